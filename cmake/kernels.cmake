@@ -1,0 +1,46 @@
+# Kernels: every src/*/*_kernels.cpp is compiled once per build. A build is an instruction set ("baseline", "avx2",
+# "avx512"), or for the tests plain C++ at one register width ("scalar", "wide16", "wide32", "wide64").
+
+file(GLOB QELJX_KERNEL_FILES CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/src/*/*_kernels.cpp)
+
+# qeljx_kernel_build(NAME WIDTH INTRINSICS FLAGS...): the object library qeljx_kernels_NAME.
+function(qeljx_kernel_build name width intrinsics)
+    add_library(qeljx_kernels_${name} OBJECT ${QELJX_KERNEL_FILES})
+    target_include_directories(qeljx_kernels_${name} PRIVATE ${PROJECT_SOURCE_DIR}/src ${PROJECT_SOURCE_DIR}/include)
+    target_compile_definitions(qeljx_kernels_${name} PRIVATE
+        QEL_BUILD=${name} QEL_WIDTH=${width} QEL_INTRINSICS=${intrinsics})
+    target_compile_options(qeljx_kernels_${name} PRIVATE -fno-exceptions -fno-rtti -fwrapv -Wno-psabi ${ARGN})
+    if(NOT CMAKE_BUILD_TYPE STREQUAL "Debug")
+        # Vectors are written by hand; the compiler's own vectorisation made kernels larger and slower.
+        target_compile_options(qeljx_kernels_${name} PRIVATE -O2 -fno-tree-vectorize)
+    endif()
+endfunction()
+
+if(CMAKE_SYSTEM_PROCESSOR MATCHES "^(x86_64|AMD64|i[3-6]86)$")
+    qeljx_kernel_build(baseline 16 1 -msse2 -mfpmath=sse)
+    qeljx_kernel_build(avx2 32 1 -mavx2 -mbmi -mbmi2 -mpopcnt)
+    qeljx_kernel_build(avx512 64 1
+        -mavx2 -mbmi -mbmi2 -mpopcnt -mavx512f -mavx512bw -mavx512dq -mavx512vl -mavx512vbmi)
+    # GCC 12 warns about the undefined registers inside its own AVX-512 header.
+    target_compile_options(qeljx_kernels_avx512 PRIVATE
+        $<$<CXX_COMPILER_ID:GNU>:-Wno-uninitialized> $<$<CXX_COMPILER_ID:GNU>:-Wno-maybe-uninitialized>)
+    set(QELJX_KERNEL_BUILDS baseline avx2 avx512)
+    add_compile_definitions(QEL_X86=1)
+else()
+    qeljx_kernel_build(baseline 16 0)
+    set(QELJX_KERNEL_BUILDS baseline)
+    add_compile_definitions(QEL_X86=0)
+endif()
+
+if(QELJX_TESTS)
+    qeljx_kernel_build(scalar 1 0)
+    qeljx_kernel_build(wide16 16 0)
+    qeljx_kernel_build(wide32 32 0)
+    qeljx_kernel_build(wide64 64 0)
+    set(QELJX_TEST_KERNEL_BUILDS scalar wide16 wide32 wide64)
+endif()
+
+set(QELJX_KERNEL_OBJECTS)
+foreach(build ${QELJX_KERNEL_BUILDS})
+    list(APPEND QELJX_KERNEL_OBJECTS $<TARGET_OBJECTS:qeljx_kernels_${build}>)
+endforeach()

@@ -1,0 +1,53 @@
+# libqeljx.so and libqeljx.a, their installation, the CMake package and the pkg-config file.
+
+file(GLOB QELJX_FILES CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/src/*/*.cpp)
+list(FILTER QELJX_FILES EXCLUDE REGEX "_kernels\\.cpp$")
+
+if(QELJX_OPENMP)
+    find_package(OpenMP REQUIRED COMPONENTS CXX)
+endif()
+
+string(TIMESTAMP QELJX_BUILD_DATE "%Y-%m-%d" UTC)
+set_source_files_properties(${PROJECT_SOURCE_DIR}/src/core/version.cpp PROPERTIES COMPILE_DEFINITIONS
+    "QEL_VERSION_MAJOR=${PROJECT_VERSION_MAJOR};QEL_VERSION_MINOR=${PROJECT_VERSION_MINOR};QEL_VERSION_PATCH=${PROJECT_VERSION_PATCH};QEL_VERSION=\"${PROJECT_VERSION}\";QEL_BUILD_DATE=\"${QELJX_BUILD_DATE}\"")
+
+add_library(qeljx_objects OBJECT ${QELJX_FILES})
+target_include_directories(qeljx_objects PRIVATE src include)
+target_compile_options(qeljx_objects PRIVATE -fno-exceptions -fno-rtti)
+if(QELJX_OPENMP)
+    target_link_libraries(qeljx_objects PRIVATE OpenMP::OpenMP_CXX)
+endif()
+
+# The version script: the interface and the internal functions are exported by name, whatever the compiler would add.
+file(GLOB QELJX_HEADERS CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/include/qeljx/*.h)
+set(QELJX_INTERNAL_EXPORTS ${PROJECT_SOURCE_DIR}/cmake/internal_exports.txt)
+set(QELJX_EXPORT_MAP ${PROJECT_BINARY_DIR}/qeljx.map)
+set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${QELJX_HEADERS} ${QELJX_INTERNAL_EXPORTS})
+file(STRINGS ${QELJX_INTERNAL_EXPORTS} exports)
+foreach(header ${QELJX_HEADERS})
+    file(READ ${header} text)
+    string(REGEX MATCHALL "QEL_API [A-Za-z0-9_ *]*[ *]qel[ijs][A-Za-z0-9_]*\\(" declarations "${text}")
+    foreach(declaration ${declarations})
+        string(REGEX REPLACE ".*[ *](qel[a-z][A-Za-z0-9_]*)\\($" "\\1" name "${declaration}")
+        list(APPEND exports ${name})
+    endforeach()
+endforeach()
+list(JOIN exports "$<SEMICOLON>\n    " exports)
+file(GENERATE OUTPUT ${QELJX_EXPORT_MAP} CONTENT "{\nglobal:\n    ${exports}$<SEMICOLON>\nlocal:\n    *$<SEMICOLON>\n}$<SEMICOLON>\n")
+
+add_library(qeljx SHARED $<TARGET_OBJECTS:qeljx_objects> ${QELJX_KERNEL_OBJECTS})
+add_library(qeljx_static STATIC $<TARGET_OBJECTS:qeljx_objects> ${QELJX_KERNEL_OBJECTS})
+set_target_properties(qeljx PROPERTIES
+    VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR} LINKER_LANGUAGE C
+    LINK_DEPENDS ${QELJX_EXPORT_MAP})
+set_target_properties(qeljx_static PROPERTIES OUTPUT_NAME qeljx EXPORT_NAME qeljx_static)
+target_link_options(qeljx PRIVATE
+    -Wl,-Bsymbolic -Wl,-z,relro -Wl,-z,now -Wl,--version-script=${QELJX_EXPORT_MAP} -Wl,--no-undefined)
+foreach(target qeljx qeljx_static)
+    target_include_directories(${target} INTERFACE
+        $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/include> $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>)
+    if(QELJX_OPENMP)
+        target_link_libraries(${target} PRIVATE $<BUILD_INTERFACE:OpenMP::OpenMP_CXX>)
+    endif()
+endforeach()
+add_library(qeljx::qeljx ALIAS qeljx)

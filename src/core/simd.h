@@ -1,0 +1,233 @@
+// Registers of N bytes for the kernels, and PortableSimd<N>, which defines, lane by lane, each operation that the
+// language cannot say. simd_x86.h specialises Simd<N>. Each kernel build has its own copy in its own namespace.
+//
+// Operations that combine two registers do so in blocks of 16 bytes, as x86 does: packing what was zipped restores the
+// order. inOrder() puts the halves of a pack of two registers, each in order, into order.
+#pragma once
+
+#include <stddef.h>
+#include <stdint.h>
+
+#define QEL_INLINE inline __attribute__((always_inline))
+
+namespace qel {
+namespace QEL_BUILD {
+namespace {
+
+template <class T, int N> struct VectorOf {
+    typedef T Type __attribute__((vector_size(N)));
+};
+template <class T, int N> using Vec = typename VectorOf<T, N>::Type;
+template <int N> using U8 = Vec<uint8_t, N>;
+template <int N> using S16 = Vec<int16_t, N>;
+template <int N> using U16 = Vec<uint16_t, N>;
+template <int N> using S32 = Vec<int32_t, N>;
+template <int N> using U32 = Vec<uint32_t, N>;
+template <int N> using U64 = Vec<uint64_t, N>;
+
+// Any address is valid.
+template <class V> QEL_INLINE V load(const void* p)
+{
+    V v;
+    __builtin_memcpy(&v, p, sizeof v);
+    return v;
+}
+template <class V> QEL_INLINE void store(void* p, V v) { __builtin_memcpy(p, &v, sizeof v); }
+
+template <class Lane> QEL_INLINE Lane clampTo(int v, int low, int high)
+{
+    return Lane(v < low ? low : v > high ? high : v);
+}
+
+template <int N> struct PortableSimd {
+    static constexpr int kBlock = 16;
+
+    // Sums and differences that saturate.
+    static QEL_INLINE S16<N> addSat(S16<N> a, S16<N> b)
+    {
+        for (int i = 0; i < N / 2; ++i) a[i] = clampTo<int16_t>(a[i] + b[i], -32768, 32767);
+        return a;
+    }
+    static QEL_INLINE S16<N> subSat(S16<N> a, S16<N> b)
+    {
+        for (int i = 0; i < N / 2; ++i) a[i] = clampTo<int16_t>(a[i] - b[i], -32768, 32767);
+        return a;
+    }
+    static QEL_INLINE U8<N> addSat(U8<N> a, U8<N> b)
+    {
+        for (int i = 0; i < N; ++i) a[i] = clampTo<uint8_t>(a[i] + b[i], 0, 255);
+        return a;
+    }
+    static QEL_INLINE U8<N> subSat(U8<N> a, U8<N> b)
+    {
+        for (int i = 0; i < N; ++i) a[i] = clampTo<uint8_t>(a[i] - b[i], 0, 255);
+        return a;
+    }
+
+    // (a + b + 1) / 2.
+    static QEL_INLINE U8<N> average(U8<N> a, U8<N> b)
+    {
+        for (int i = 0; i < N; ++i) a[i] = uint8_t((a[i] + b[i] + 1) >> 1);
+        return a;
+    }
+
+    static QEL_INLINE U8<N> least(U8<N> a, U8<N> b)
+    {
+        for (int i = 0; i < N; ++i) a[i] = a[i] < b[i] ? a[i] : b[i];
+        return a;
+    }
+    static QEL_INLINE S16<N> least(S16<N> a, S16<N> b)
+    {
+        for (int i = 0; i < N / 2; ++i) a[i] = a[i] < b[i] ? a[i] : b[i];
+        return a;
+    }
+    static QEL_INLINE U8<N> greatest(U8<N> a, U8<N> b)
+    {
+        for (int i = 0; i < N; ++i) a[i] = a[i] > b[i] ? a[i] : b[i];
+        return a;
+    }
+    static QEL_INLINE S16<N> greatest(S16<N> a, S16<N> b)
+    {
+        for (int i = 0; i < N / 2; ++i) a[i] = a[i] > b[i] ? a[i] : b[i];
+        return a;
+    }
+
+    // The upper half of each product.
+    static QEL_INLINE S16<N> mulHigh(S16<N> a, S16<N> b)
+    {
+        for (int i = 0; i < N / 2; ++i) a[i] = int16_t((int32_t(a[i]) * b[i]) >> 16);
+        return a;
+    }
+    static QEL_INLINE U16<N> mulHigh(U16<N> a, U16<N> b)
+    {
+        for (int i = 0; i < N / 2; ++i) a[i] = uint16_t((uint32_t(a[i]) * b[i]) >> 16);
+        return a;
+    }
+
+    // Lane i is a[2i] * b[2i] + a[2i + 1] * b[2i + 1], wrapping.
+    static QEL_INLINE S32<N> mulAddPairs(S16<N> a, S16<N> b)
+    {
+        S32<N> sum = {};
+        for (int i = 0; i < N / 4; ++i)
+            sum[i] = int32_t(uint32_t(a[2 * i] * b[2 * i]) + uint32_t(a[2 * i + 1] * b[2 * i + 1]));
+        return sum;
+    }
+
+    // Per block: the lanes of `a`, then those of `b`, narrowed with saturation.
+    static QEL_INLINE S16<N> pack(S32<N> a, S32<N> b)
+    {
+        S16<N> packed = {};
+        for (int i = 0; i < N / 2; ++i) {
+            S32<N>& from = i % 8 < 4 ? a : b;
+            packed[i] = clampTo<int16_t>(from[i / 8 * 4 + i % 4], -32768, 32767);
+        }
+        return packed;
+    }
+    static QEL_INLINE U8<N> packUnsigned(S16<N> a, S16<N> b)
+    {
+        U8<N> packed = {};
+        for (int i = 0; i < N; ++i) {
+            S16<N>& from = i % 16 < 8 ? a : b;
+            packed[i] = clampTo<uint8_t>(from[i / 16 * 8 + i % 8], 0, 255);
+        }
+        return packed;
+    }
+
+    // From a pack of two registers that are each in order to one register in order.
+    template <class V> static QEL_INLINE V inOrder(V v)
+    {
+        U64<N> from = (U64<N>)v, to = {};
+        for (int i = 0; i < N / 8; ++i) to[i] = from[i < N / 16 ? 2 * i : 2 * (i - N / 16) + 1];
+        return (V)to;
+    }
+
+    // Per block: the lanes of the lower (upper) halves of `a` and `b` in turns.
+    template <class V> static QEL_INLINE V zipLow(V a, V b) { return zip<0>(a, b); }
+    template <class V> static QEL_INLINE V zipHigh(V a, V b) { return zip<1>(a, b); }
+
+    // N / 2 bytes as 16-bit lanes, in order.
+    static QEL_INLINE S16<N> widen(const uint8_t* p)
+    {
+        S16<N> wide = {};
+        for (int i = 0; i < N / 2; ++i) wide[i] = p[i];
+        return wide;
+    }
+
+    // Bit i is the highest bit of lane i.
+    static QEL_INLINE uint64_t signMask(U8<N> a)
+    {
+        uint64_t mask = 0;
+        for (int i = 0; i < N; ++i) mask |= uint64_t(a[i] >> 7) << i;
+        return mask;
+    }
+
+    // k * N bytes of interleaved elements to and from k registers, in order.
+    static QEL_INLINE void load2(const uint8_t* p, U8<N>& a, U8<N>& b)
+    {
+        for (int i = 0; i < N; ++i) a[i] = p[2 * i], b[i] = p[2 * i + 1];
+    }
+    static QEL_INLINE void store2(uint8_t* p, U8<N> a, U8<N> b)
+    {
+        for (int i = 0; i < N; ++i) p[2 * i] = a[i], p[2 * i + 1] = b[i];
+    }
+    static QEL_INLINE void load3(const uint8_t* p, U8<N>& a, U8<N>& b, U8<N>& c)
+    {
+        for (int i = 0; i < N; ++i) a[i] = p[3 * i], b[i] = p[3 * i + 1], c[i] = p[3 * i + 2];
+    }
+    static QEL_INLINE void store3(uint8_t* p, U8<N> a, U8<N> b, U8<N> c)
+    {
+        for (int i = 0; i < N; ++i) p[3 * i] = a[i], p[3 * i + 1] = b[i], p[3 * i + 2] = c[i];
+    }
+    static QEL_INLINE void load4(const uint8_t* p, U8<N>& a, U8<N>& b, U8<N>& c, U8<N>& d)
+    {
+        for (int i = 0; i < N; ++i) a[i] = p[4 * i], b[i] = p[4 * i + 1], c[i] = p[4 * i + 2], d[i] = p[4 * i + 3];
+    }
+    static QEL_INLINE void store4(uint8_t* p, U8<N> a, U8<N> b, U8<N> c, U8<N> d)
+    {
+        for (int i = 0; i < N; ++i) p[4 * i] = a[i], p[4 * i + 1] = b[i], p[4 * i + 2] = c[i], p[4 * i + 3] = d[i];
+    }
+
+    // A store that bypasses the caches where the machine has one; `p` is a multiple of N.
+    template <class V> static QEL_INLINE void storePast(void* p, V v) { store(p, v); }
+    // Orders the stores of storePast before all later ones.
+    static QEL_INLINE void finishStores() {}
+
+private:
+    template <int kHalf, class V> static QEL_INLINE V zip(V a, V b)
+    {
+        constexpr int kLane = sizeof(a[0]), kPerBlock = kBlock / kLane;
+        V zipped = {};
+        for (int i = 0; i < N / kLane; ++i) {
+            int from = i / kPerBlock * kPerBlock + kHalf * kPerBlock / 2 + i % kPerBlock / 2;
+            zipped[i] = i % 2 == 0 ? a[from] : b[from];
+        }
+        return zipped;
+    }
+};
+
+template <int N> struct Simd : PortableSimd<N> {};
+
+// A number of bytes as a type: the width of one step of inSteps.
+template <int N> struct Bytes {
+    static constexpr int value = N;
+};
+
+// Walks a row of n elements: body(Bytes<N>(), i) is to do the N elements from i on. First the widest registers that
+// fit, then 16 bytes (without that step a short row takes as long as several hundred elements), then one at a time.
+template <class Body> QEL_INLINE void inSteps(int n, Body body)
+{
+    int i = 0;
+    if constexpr (QEL_WIDTH > 16)
+        for (; i <= n - QEL_WIDTH; i += QEL_WIDTH) body(Bytes<QEL_WIDTH>(), i);
+    if constexpr (QEL_WIDTH >= 16)
+        for (; i <= n - 16; i += 16) body(Bytes<16>(), i);
+    for (; i < n; ++i) body(Bytes<1>(), i);
+}
+
+}
+}
+}
+
+#if QEL_INTRINSICS && QEL_X86
+#include "core/simd_x86.h"
+#endif

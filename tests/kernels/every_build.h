@@ -1,0 +1,52 @@
+// Runs a check against every build of a kernel table that this processor can run.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include "guarded.h"
+#include "random.h"
+
+namespace qel::test {
+
+inline bool canRun(const char* build)
+{
+#if QEL_X86
+    std::string_view name = build;
+    if (name == "avx2") return __builtin_cpu_supports("avx2") && __builtin_cpu_supports("bmi2");
+    if (name == "avx512") return __builtin_cpu_supports("avx512vbmi") && __builtin_cpu_supports("avx512vl");
+#endif
+    return true;
+}
+
+// check(table) for each build but Table::scalar, which the check compares with.
+template <class Table, class Check> void everyBuild(Check check)
+{
+    const struct {
+        const char* name;
+        const Table* table;
+    } builds[] = {
+        {"baseline", &Table::baseline},
+        {"wide16", &Table::wide16},
+        {"wide32", &Table::wide32},
+        {"wide64", &Table::wide64},
+#if QEL_X86
+        {"avx2", &Table::avx2},
+        {"avx512", &Table::avx512},
+#endif
+    };
+    for (auto& build : builds) {
+        if (!canRun(build.name)) continue;
+        SCOPED_TRACE(build.name);
+        check(*build.table);
+        if (testing::Test::HasFailure()) return;
+    }
+}
+
+// Lengths around every step of a row: 1 to 200, and some long ones.
+template <class Check> void everyLength(Check check)
+{
+    for (int len = 1; len <= 200; ++len) check(len);
+    for (int len : {511, 512, 513, 1000, 4099}) check(len);
+}
+
+}

@@ -1,0 +1,110 @@
+// The register operations of a build: what its kernels use, beside the definition.
+#include "simd/operations.h"
+
+#include "core/simd.h"
+
+namespace qel {
+namespace QEL_BUILD {
+namespace {
+
+// S is Simd<N> or PortableSimd<N>; every operation reads its registers from `in` and writes its result to `out`.
+template <class S, int N> struct Run {
+    template <class V> static V at(const uint8_t* in, int i) { return load<V>(in + i * N); }
+
+#define QEL_ON_TWO(NAME, OPERATION, V)                                                                                 \
+    static void NAME(const uint8_t* in, uint8_t* out) { store(out, S::OPERATION(at<V<N>>(in, 0), at<V<N>>(in, 1))); }
+    QEL_ON_TWO(addSat16, addSat, S16)
+    QEL_ON_TWO(subSat16, subSat, S16)
+    QEL_ON_TWO(addSat8, addSat, U8)
+    QEL_ON_TWO(subSat8, subSat, U8)
+    QEL_ON_TWO(average, average, U8)
+    QEL_ON_TWO(least8, least, U8)
+    QEL_ON_TWO(least16, least, S16)
+    QEL_ON_TWO(greatest8, greatest, U8)
+    QEL_ON_TWO(greatest16, greatest, S16)
+    QEL_ON_TWO(mulHighSigned, mulHigh, S16)
+    QEL_ON_TWO(mulHighUnsigned, mulHigh, U16)
+    QEL_ON_TWO(mulAddPairs, mulAddPairs, S16)
+    QEL_ON_TWO(pack, pack, S32)
+    QEL_ON_TWO(packUnsigned, packUnsigned, S16)
+    QEL_ON_TWO(zipLow8, zipLow, U8)
+    QEL_ON_TWO(zipHigh8, zipHigh, U8)
+    QEL_ON_TWO(zipLow16, zipLow, S16)
+    QEL_ON_TWO(zipHigh16, zipHigh, S16)
+    QEL_ON_TWO(zipLow32, zipLow, S32)
+    QEL_ON_TWO(zipHigh32, zipHigh, S32)
+    QEL_ON_TWO(zipLow64, zipLow, U64)
+    QEL_ON_TWO(zipHigh64, zipHigh, U64)
+#undef QEL_ON_TWO
+
+    static void inOrder(const uint8_t* in, uint8_t* out) { store(out, S::inOrder(at<U8<N>>(in, 0))); }
+    static void widen(const uint8_t* in, uint8_t* out) { store(out, S::widen(in)); }
+    static void signMask(const uint8_t* in, uint8_t* out) { store(out, S::signMask(at<U8<N>>(in, 0))); }
+    static void load2(const uint8_t* in, uint8_t* out)
+    {
+        U8<N> a = {}, b = {};
+        S::load2(in, a, b);
+        store(out, a), store(out + N, b);
+    }
+    static void load3(const uint8_t* in, uint8_t* out)
+    {
+        U8<N> a = {}, b = {}, c = {};
+        S::load3(in, a, b, c);
+        store(out, a), store(out + N, b), store(out + 2 * N, c);
+    }
+    static void load4(const uint8_t* in, uint8_t* out)
+    {
+        U8<N> a = {}, b = {}, c = {}, d = {};
+        S::load4(in, a, b, c, d);
+        store(out, a), store(out + N, b), store(out + 2 * N, c), store(out + 3 * N, d);
+    }
+    static void store2(const uint8_t* in, uint8_t* out) { S::store2(out, at<U8<N>>(in, 0), at<U8<N>>(in, 1)); }
+    static void store3(const uint8_t* in, uint8_t* out)
+    {
+        S::store3(out, at<U8<N>>(in, 0), at<U8<N>>(in, 1), at<U8<N>>(in, 2));
+    }
+    static void store4(const uint8_t* in, uint8_t* out)
+    {
+        S::store4(out, at<U8<N>>(in, 0), at<U8<N>>(in, 1), at<U8<N>>(in, 2), at<U8<N>>(in, 3));
+    }
+    static void storePast(const uint8_t* in, uint8_t* out)
+    {
+        S::storePast(out, at<U8<N>>(in, 0));
+        S::finishStores();
+    }
+};
+
+#define QEL_OPERATION(N, NAME, IN, OUT)                                                                                \
+    {                                                                                                                  \
+#NAME, IN* N, OUT, Run < Simd < N>, N> ::NAME, Run < PortableSimd < N>, N> ::NAME                              \
+    }
+#define QEL_OPERATIONS(N)                                                                                              \
+    QEL_OPERATION(N, addSat16, 2, N), QEL_OPERATION(N, subSat16, 2, N), QEL_OPERATION(N, addSat8, 2, N),               \
+        QEL_OPERATION(N, subSat8, 2, N), QEL_OPERATION(N, average, 2, N), QEL_OPERATION(N, least8, 2, N),              \
+        QEL_OPERATION(N, least16, 2, N), QEL_OPERATION(N, greatest8, 2, N), QEL_OPERATION(N, greatest16, 2, N),        \
+        QEL_OPERATION(N, mulHighSigned, 2, N), QEL_OPERATION(N, mulHighUnsigned, 2, N),                                \
+        QEL_OPERATION(N, mulAddPairs, 2, N), QEL_OPERATION(N, pack, 2, N), QEL_OPERATION(N, packUnsigned, 2, N),       \
+        QEL_OPERATION(N, zipLow8, 2, N), QEL_OPERATION(N, zipHigh8, 2, N), QEL_OPERATION(N, zipLow16, 2, N),           \
+        QEL_OPERATION(N, zipHigh16, 2, N), QEL_OPERATION(N, zipLow32, 2, N), QEL_OPERATION(N, zipHigh32, 2, N),        \
+        QEL_OPERATION(N, zipLow64, 2, N), QEL_OPERATION(N, zipHigh64, 2, N), QEL_OPERATION(N, inOrder, 1, N),          \
+        QEL_OPERATION(N, widen, 1, N), QEL_OPERATION(N, signMask, 1, 8), QEL_OPERATION(N, load2, 2, 2 * N),            \
+        QEL_OPERATION(N, load3, 3, 3 * N), QEL_OPERATION(N, load4, 4, 4 * N), QEL_OPERATION(N, store2, 2, 2 * N),      \
+        QEL_OPERATION(N, store3, 3, 3 * N), QEL_OPERATION(N, store4, 4, 4 * N), QEL_OPERATION(N, storePast, 1, N)
+
+constexpr SimdOperation kOperations[] = {
+    QEL_OPERATIONS(16),
+#if QEL_WIDTH >= 32
+    QEL_OPERATIONS(32),
+#endif
+#if QEL_WIDTH >= 64
+    QEL_OPERATIONS(64),
+#endif
+};
+
+}
+}
+
+const SimdOperations SimdOperations::QEL_BUILD = {qel::QEL_BUILD::kOperations,
+                                                  sizeof qel::QEL_BUILD::kOperations / sizeof(SimdOperation)};
+
+}
