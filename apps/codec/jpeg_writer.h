@@ -1,0 +1,46 @@
+// Encodes pictures of 8-bit samples as baseline or extended sequential JPEG files (T.81).
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <functional>
+#include <vector>
+
+#include "codec/jpeg_info.h"
+#include "codec/picture.h"
+
+namespace qel::codec {
+
+struct JpegSampling {
+    int h = 1, v = 1; // 1 or 2
+};
+
+// Sampling factors of up to four components, in the file's order (Y Cb Cr, R G B, C M Y K or Y Cb Cr K).
+using JpegSamplings = std::array<JpegSampling, 4>;
+inline constexpr JpegSamplings kSampling444 = {{{1, 1}, {1, 1}, {1, 1}, {1, 1}}};
+inline constexpr JpegSamplings kSampling422 = {{{2, 1}, {1, 1}, {1, 1}, {2, 1}}};
+inline constexpr JpegSamplings kSampling440 = {{{1, 2}, {1, 1}, {1, 1}, {1, 2}}};
+inline constexpr JpegSamplings kSampling420 = {{{2, 2}, {1, 1}, {1, 1}, {2, 2}}};
+
+// What the file shall hold. `usual` is grey, YCbCr or YCCK, as the picture is.
+enum class JpegTarget { usual, grey, ycbcr, rgb, cmyk, ycck };
+
+struct JpegEncodeOptions {
+    int quality = 90; // 1 to 100
+    JpegTarget target = JpegTarget::usual;
+    JpegSamplings sampling = kSampling420; // ignored for grey; RGB and CMYK files are commonly 4:4:4
+    bool optimiseTables = false;           // Huffman tables made for this picture: two passes, a smaller file
+    bool interleaved = true;               // one scan for all components, or one scan for each
+    int restartInterval = 0;               // in MCUs; 0 is none
+    int restartRows = 0;                   // or in rows of MCUs of each scan; not both
+    // At the lowest qualities, quantization steps above 255 in 16-bit tables (the file is then extended sequential).
+    bool wideQuantizers = false;
+    // Called now and then with the part of the work that is done, 0 to 1; may be empty.
+    std::function<void(double)> progress;
+};
+
+// The file. CMYK samples are written as they stand, with an Adobe marker (whose readers take 255 for no ink). Throws
+// CodecError for options outside their range, or that do not fit the picture, or sizes that JPEG cannot hold.
+std::vector<uint8_t> encodeJpeg(const Picture& picture, const JpegEncodeOptions& options = {});
+
+}
