@@ -19,6 +19,7 @@ template <class T, int N> struct VectorOf {
 };
 template <class T, int N> using Vec = typename VectorOf<T, N>::Type;
 template <int N> using U8 = Vec<uint8_t, N>;
+template <int N> using S8 = Vec<int8_t, N>;
 template <int N> using S16 = Vec<int16_t, N>;
 template <int N> using U16 = Vec<uint16_t, N>;
 template <int N> using S32 = Vec<int32_t, N>;
@@ -113,6 +114,15 @@ template <int N> struct PortableSimd {
         return sum;
     }
 
+    // The same on bytes by signed weights, with a saturating sum.
+    static QEL_INLINE S16<N> mulAddPairs(U8<N> a, S8<N> weights)
+    {
+        S16<N> sum = {};
+        for (int i = 0; i < N / 2; ++i)
+            sum[i] = clampTo<int16_t>(a[2 * i] * weights[2 * i] + a[2 * i + 1] * weights[2 * i + 1], -32768, 32767);
+        return sum;
+    }
+
     // Per block: the lanes of `a`, then those of `b`, narrowed with saturation.
     static QEL_INLINE S16<N> pack(S32<N> a, S32<N> b)
     {
@@ -166,9 +176,10 @@ template <int N> struct PortableSimd {
     {
         for (int i = 0; i < N; ++i) a[i] = p[2 * i], b[i] = p[2 * i + 1];
     }
-    static QEL_INLINE void store2(uint8_t* p, U8<N> a, U8<N> b)
+    template <class V> static QEL_INLINE void store2(uint8_t* p, V a, V b)
     {
-        for (int i = 0; i < N; ++i) p[2 * i] = a[i], p[2 * i + 1] = b[i];
+        constexpr int kLane = sizeof(a[0]);
+        for (int i = 0; i < N / kLane; ++i, p += 2 * kLane) store(p, a[i]), store(p + kLane, b[i]);
     }
     static QEL_INLINE void load3(const uint8_t* p, U8<N>& a, U8<N>& b, U8<N>& c)
     {

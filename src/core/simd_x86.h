@@ -73,6 +73,16 @@ template <> struct Simd<16> : Interleaved<16, Simd<16>> {
     {
         return (S32<16>)_mm_madd_epi16((__m128i)a, (__m128i)b);
     }
+    static QEL_INLINE S16<16> mulAddPairs(U8<16> a, S8<16> weights)
+    {
+#if defined(__SSSE3__)
+        return (S16<16>)_mm_maddubs_epi16((__m128i)a, (__m128i)weights);
+#else
+        S16<16> even = ((S16<16>)a & 0xFF) * ((S16<16>)weights << 8 >> 8);
+        S16<16> odd = (S16<16>)((U16<16>)a >> 8) * ((S16<16>)weights >> 8);
+        return addSat(even, odd);
+#endif
+    }
     static QEL_INLINE S16<16> pack(S32<16> a, S32<16> b) { return (S16<16>)_mm_packs_epi32((__m128i)a, (__m128i)b); }
     static QEL_INLINE U8<16> packUnsigned(S16<16> a, S16<16> b)
     {
@@ -100,7 +110,7 @@ template <> struct Simd<16> : Interleaved<16, Simd<16>> {
     }
     static QEL_INLINE uint64_t signMask(U8<16> a) { return uint32_t(_mm_movemask_epi8((__m128i)a)); }
 
-    static QEL_INLINE void store2(uint8_t* p, U8<16> a, U8<16> b)
+    template <class V> static QEL_INLINE void store2(uint8_t* p, V a, V b)
     {
         store(p, zipLow(a, b));
         store(p + 16, zipHigh(a, b));
@@ -206,6 +216,10 @@ template <> struct Simd<32> : Interleaved<32, Simd<32>> {
     {
         return (S32<32>)_mm256_madd_epi16((__m256i)a, (__m256i)b);
     }
+    static QEL_INLINE S16<32> mulAddPairs(U8<32> a, S8<32> weights)
+    {
+        return (S16<32>)_mm256_maddubs_epi16((__m256i)a, (__m256i)weights);
+    }
     static QEL_INLINE S16<32> pack(S32<32> a, S32<32> b) { return (S16<32>)_mm256_packs_epi32((__m256i)a, (__m256i)b); }
     static QEL_INLINE U8<32> packUnsigned(S16<32> a, S16<32> b)
     {
@@ -247,9 +261,9 @@ template <> struct Simd<32> : Interleaved<32, Simd<32>> {
         return (U8<32>)_mm256_blend_epi32((__m256i)a, (__m256i)b, 0xF0);
     }
 
-    static QEL_INLINE void store2(uint8_t* p, U8<32> a, U8<32> b)
+    template <class V> static QEL_INLINE void store2(uint8_t* p, V a, V b)
     {
-        U8<32> low = zipLow(a, b), high = zipHigh(a, b);
+        auto low = (U8<32>)zipLow(a, b), high = (U8<32>)zipHigh(a, b);
         store(p, lowBlocks(low, high));
         store(p + 32, highBlocks(low, high));
     }
@@ -355,6 +369,10 @@ template <> struct Simd<64> : Interleaved<64, Simd<64>> {
     {
         return (S32<64>)_mm512_madd_epi16((__m512i)a, (__m512i)b);
     }
+    static QEL_INLINE S16<64> mulAddPairs(U8<64> a, S8<64> weights)
+    {
+        return (S16<64>)_mm512_maddubs_epi16((__m512i)a, (__m512i)weights);
+    }
     static QEL_INLINE S16<64> pack(S32<64> a, S32<64> b) { return (S16<64>)_mm512_packs_epi32((__m512i)a, (__m512i)b); }
     static QEL_INLINE U8<64> packUnsigned(S16<64> a, S16<64> b)
     {
@@ -385,7 +403,7 @@ template <> struct Simd<64> : Interleaved<64, Simd<64>> {
     }
     static QEL_INLINE uint64_t signMask(U8<64> a) { return _mm512_movepi8_mask((__m512i)a); }
 
-    static QEL_INLINE void store2(uint8_t* p, U8<64> a, U8<64> b)
+    template <class V> static QEL_INLINE void store2(uint8_t* p, V a, V b)
     {
         auto low = (__m512i)zipLow(a, b), high = (__m512i)zipHigh(a, b);
         store(p, _mm512_permutex2var_epi64(low, _mm512_setr_epi64(0, 1, 8, 9, 2, 3, 10, 11), high));

@@ -40,6 +40,10 @@ template <class S, int N> struct Run {
     static void inOrder(const uint8_t* in, uint8_t* out) { store(out, S::inOrder(at<U8<N>>(in, 0))); }
     static void widen(const uint8_t* in, uint8_t* out) { store(out, S::widen(in)); }
     static void signMask(const uint8_t* in, uint8_t* out) { store(out, S::signMask(at<U8<N>>(in, 0))); }
+    static void mulAddBytePairs(const uint8_t* in, uint8_t* out)
+    {
+        store(out, S::mulAddPairs(at<U8<N>>(in, 0), at<S8<N>>(in, 1)));
+    }
     static void load2(const uint8_t* in, uint8_t* out)
     {
         U8<N> a = {}, b = {};
@@ -59,6 +63,7 @@ template <class S, int N> struct Run {
         store(out, a), store(out + N, b), store(out + 2 * N, c), store(out + 3 * N, d);
     }
     static void store2(const uint8_t* in, uint8_t* out) { S::store2(out, at<U8<N>>(in, 0), at<U8<N>>(in, 1)); }
+    static void store2Wide(const uint8_t* in, uint8_t* out) { S::store2(out, at<U16<N>>(in, 0), at<U16<N>>(in, 1)); }
     static void store3(const uint8_t* in, uint8_t* out)
     {
         S::store3(out, at<U8<N>>(in, 0), at<U8<N>>(in, 1), at<U8<N>>(in, 2));
@@ -89,7 +94,8 @@ template <class S, int N> struct Run {
         QEL_OPERATION(N, zipLow64, 2, N), QEL_OPERATION(N, zipHigh64, 2, N), QEL_OPERATION(N, inOrder, 1, N),          \
         QEL_OPERATION(N, widen, 1, N), QEL_OPERATION(N, signMask, 1, 8), QEL_OPERATION(N, load2, 2, 2 * N),            \
         QEL_OPERATION(N, load3, 3, 3 * N), QEL_OPERATION(N, load4, 4, 4 * N), QEL_OPERATION(N, store2, 2, 2 * N),      \
-        QEL_OPERATION(N, store3, 3, 3 * N), QEL_OPERATION(N, store4, 4, 4 * N), QEL_OPERATION(N, storePast, 1, N)
+        QEL_OPERATION(N, store3, 3, 3 * N), QEL_OPERATION(N, store4, 4, 4 * N), QEL_OPERATION(N, storePast, 1, N),     \
+        QEL_OPERATION(N, mulAddBytePairs, 2, N), QEL_OPERATION(N, store2Wide, 2, 2 * N)
 
 constexpr SimdOperation kOperations[] = {
     QEL_OPERATIONS(16),
