@@ -1,0 +1,144 @@
+// Chroma sampling by two: exported functions.
+#include "jpeg/sampling.h"
+
+#include "core/checks.h"
+#include "core/dispatch.h"
+#include "core/rows.h"
+#include "qeljx/jpeg_sampling.h"
+
+using namespace qel;
+
+namespace {
+
+// Argument by argument; the two sizes are not compared.
+QelStatus checkPlanes(const uint8_t* pSrc, int srcStep, QelSize srcSize, const uint8_t* pDst, int dstStep,
+                      QelSize dstSize)
+{
+    return first(pointers(pSrc), steps(srcStep), size(srcSize), pointers(pDst), steps(dstStep), size(dstSize));
+}
+
+// The source row that holds destination row r, or its neighbour on the side where r lies. Rows repeat at the edges.
+int nearRow(int r, int srcHeight) { return r / 2 < srcHeight ? r / 2 : srcHeight - 1; }
+int farRow(int r, int srcHeight)
+{
+    int row = r % 2 == 0 ? r / 2 - 1 : r / 2 + 1;
+    return row < 0 ? 0 : row < srcHeight ? row : srcHeight - 1;
+}
+
+}
+
+QelStatus qeliSampleDownH2V1_JPEG_8u_C1R(const uint8_t* pSrc, int srcStep, QelSize srcSize, uint8_t* pDst, int dstStep,
+                                         QelSize dstSize)
+{
+    if (QelStatus bad = checkPlanes(pSrc, srcStep, srcSize, pDst, dstStep, dstSize)) return bad;
+    auto down = kernels<SamplingKernels>().downH2V1;
+    forRows(dstSize, [=](int r) { down(rowAt(pSrc, srcStep, r), rowAt(pDst, dstStep, r), dstSize.width); });
+    return qelStsNoErr;
+}
+
+QelStatus qeliSampleDownH2V2_JPEG_8u_C1R(const uint8_t* pSrc, int srcStep, QelSize srcSize, uint8_t* pDst, int dstStep,
+                                         QelSize dstSize)
+{
+    if (QelStatus bad = checkPlanes(pSrc, srcStep, srcSize, pDst, dstStep, dstSize)) return bad;
+    auto down = kernels<SamplingKernels>().downH2V2;
+    forRowsInParallel(dstSize, [=](int r) {
+        const uint8_t* upper = rowAt(rowAt(pSrc, srcStep, r), srcStep, r);
+        down(upper, rowAt(upper, srcStep, 1), rowAt(pDst, dstStep, r), dstSize.width);
+    });
+    return qelStsNoErr;
+}
+
+QelStatus qeliSampleUpH2V1_JPEG_8u_C1R(const uint8_t* pSrc, int srcStep, QelSize srcSize, uint8_t* pDst, int dstStep,
+                                       QelSize dstSize)
+{
+    if (QelStatus bad = checkPlanes(pSrc, srcStep, srcSize, pDst, dstStep, dstSize)) return bad;
+    auto up = kernels<SamplingKernels>().upH2V1;
+    forRows(dstSize, [=](int r) { up(rowAt(pSrc, srcStep, r), rowAt(pDst, dstStep, r), dstSize.width); });
+    return qelStsNoErr;
+}
+
+QelStatus qeliSampleUpH2V2_JPEG_8u_C1R(const uint8_t* pSrc, int srcStep, QelSize srcSize, uint8_t* pDst, int dstStep,
+                                       QelSize dstSize)
+{
+    if (QelStatus bad = checkPlanes(pSrc, srcStep, srcSize, pDst, dstStep, dstSize)) return bad;
+    auto up = kernels<SamplingKernels>().upH2V2;
+    forRowsInParallel(dstSize, [=](int r) {
+        up(rowAt(pSrc, srcStep, nearRow(r, srcSize.height)), rowAt(pSrc, srcStep, farRow(r, srcSize.height)),
+           rowAt(pDst, dstStep, r), dstSize.width);
+    });
+    return qelStsNoErr;
+}
+
+QelStatus qeliSampleDownRowH2V1_Box_JPEG_8u_C1(const uint8_t* pSrc, int srcWidth, uint8_t* pDst)
+{
+    if (QelStatus bad = first(pointers(pSrc, pDst), length(srcWidth))) return bad;
+    ownqj_SampleDownRowH2V1_Box_JPEG_8u_C1(pSrc, srcWidth, pDst);
+    return qelStsNoErr;
+}
+
+QelStatus qeliSampleDownRowH2V2_Box_JPEG_8u_C1(const uint8_t* pSrc1, const uint8_t* pSrc2, int srcWidth, uint8_t* pDst)
+{
+    if (QelStatus bad = first(pointers(pSrc1, pSrc2, pDst), length(srcWidth))) return bad;
+    ownqj_SampleDownRowH2V2_Box_JPEG_8u_C1(pSrc1, pSrc2, srcWidth, pDst);
+    return qelStsNoErr;
+}
+
+QelStatus qeliSampleUpRowH2V1_Triangle_JPEG_8u_C1(const uint8_t* pSrc, int srcWidth, uint8_t* pDst)
+{
+    if (QelStatus bad = first(pointers(pSrc, pDst), length(srcWidth))) return bad;
+    ownqj_SampleUpRowH2V1_Triangle_JPEG_8u_C1(pSrc, srcWidth, pDst);
+    return qelStsNoErr;
+}
+
+QelStatus qeliSampleUpRowH2V2_Triangle_JPEG_8u_C1(const uint8_t* pSrcNear, const uint8_t* pSrcFar, int srcWidth,
+                                                  uint8_t* pDst)
+{
+    if (QelStatus bad = first(pointers(pSrcNear, pSrcFar, pDst), length(srcWidth))) return bad;
+    ownqj_SampleUpRowH2V2_Triangle_JPEG_8u_C1(pSrcNear, pSrcFar, srcWidth, pDst);
+    return qelStsNoErr;
+}
+
+void ownqj_SampleDownH2V1_JPEG_8u_C1(const uint8_t* src, uint8_t* dst, int dstWidth)
+{
+    kernels<SamplingKernels>().downH2V1(src, dst, dstWidth);
+}
+
+void ownqj_SampleDownH2V2_JPEG_8u_C1(const uint8_t* src1, const uint8_t* src2, uint8_t* dst, int dstWidth)
+{
+    kernels<SamplingKernels>().downH2V2(src1, src2, dst, dstWidth);
+}
+
+void ownqj_SampleUpH2V1_JPEG_8u_C1(const uint8_t* src, uint8_t* dst, int dstWidth)
+{
+    kernels<SamplingKernels>().upH2V1(src, dst, dstWidth);
+}
+
+void ownqj_SampleUpH2V2_JPEG_8u_C1(const uint8_t* near, const uint8_t* far, uint8_t* dst, int dstWidth)
+{
+    kernels<SamplingKernels>().upH2V2(near, far, dst, dstWidth);
+}
+
+void ownqj_SampleDownRowH2V1_Box_JPEG_8u_C1(const uint8_t* src, int srcWidth, uint8_t* dst)
+{
+    kernels<SamplingKernels>().downRowH2V1(src, srcWidth, dst);
+}
+
+void ownqj_SampleDownRowH2V1_Box_JPEG_8u_C1_SSE2(const uint8_t* src, int srcWidth, uint8_t* dst)
+{
+    kernels<SamplingKernels>().downRowH2V1(src, srcWidth, dst);
+}
+
+void ownqj_SampleDownRowH2V2_Box_JPEG_8u_C1(const uint8_t* src1, const uint8_t* src2, int srcWidth, uint8_t* dst)
+{
+    kernels<SamplingKernels>().downRowH2V2(src1, src2, srcWidth, dst);
+}
+
+void ownqj_SampleUpRowH2V1_Triangle_JPEG_8u_C1(const uint8_t* src, int srcWidth, uint8_t* dst)
+{
+    kernels<SamplingKernels>().upRowH2V1(src, srcWidth, dst);
+}
+
+void ownqj_SampleUpRowH2V2_Triangle_JPEG_8u_C1(const uint8_t* near, const uint8_t* far, int srcWidth, uint8_t* dst)
+{
+    kernels<SamplingKernels>().upRowH2V2(near, far, srcWidth, dst);
+}

@@ -1,0 +1,147 @@
+// Kernels of the chroma sampling by two.
+#include "jpeg/sampling.h"
+
+#include "core/simd.h"
+
+namespace qel {
+namespace QEL_BUILD {
+namespace {
+
+// Pairs of bytes (first, second) all along a register.
+template <int N> QEL_INLINE S8<N> pairsOf(int first, int second)
+{
+    return (S8<N>)(U16<N>{} + uint16_t(first | second << 8));
+}
+
+// Box filters over one row or two. The rounding term alternates: kEven for even destination samples, kOdd for odd ones.
+template <int kEven, int kOdd, class... Rows>
+QEL_INLINE void box(Bytes<1>, uint8_t* dst, ptrdiff_t i, const Rows*... rows)
+{
+    dst[i] = uint8_t(((rows[2 * i] + rows[2 * i + 1]) + ... + (i % 2 == 0 ? kEven : kOdd)) >> sizeof...(rows));
+}
+template <int kEven, int kOdd, int N, class... Rows>
+QEL_INLINE void box(Bytes<N>, uint8_t* dst, ptrdiff_t i, const Rows*... rows)
+{
+    auto bias = (S16<N>)(U32<N>{} + uint32_t(kEven | kOdd << 16));
+    auto means = [=](ptrdiff_t k) {
+        return (Simd<N>::mulAddPairs(load<U8<N>>(rows + k), pairsOf<N>(1, 1)) + ... + bias) >> sizeof...(rows);
+    };
+    store(dst + i, Simd<N>::inOrder(Simd<N>::packUnsigned(means(2 * i), means(2 * i + N))));
+}
+template <int kEven, int kOdd, class... Rows> QEL_INLINE void boxes(uint8_t* dst, int dstWidth, const Rows*... rows)
+{
+    inSteps(dstWidth, [=](auto width, ptrdiff_t i) { box<kEven, kOdd>(width, dst, i, rows...); });
+}
+
+void downH2V1(const uint8_t* src, uint8_t* dst, int dstWidth) { boxes<1, 1>(dst, dstWidth, src); }
+void downH2V2(const uint8_t* src1, const uint8_t* src2, uint8_t* dst, int dstWidth)
+{
+    boxes<3, 3>(dst, dstWidth, src1, src2);
+}
+void downRowH2V1(const uint8_t* src, int srcWidth, uint8_t* dst) { boxes<0, 1>(dst, srcWidth / 2, src); }
+void downRowH2V2(const uint8_t* src1, const uint8_t* src2, int srcWidth, uint8_t* dst)
+{
+    boxes<1, 2>(dst, srcWidth / 2, src1, src2);
+}
+
+// Triangle filters. Each source sample i gives two destination samples: left() mixes it with the sample before it,
+// right() with the one behind it.
+struct Linear {
+    const uint8_t* row;
+
+    QEL_INLINE int at(ptrdiff_t i) const { return row[i]; }
+    static QEL_INLINE uint8_t left(int here, int before) { return uint8_t((3 * here + before + 1) >> 2); }
+    static QEL_INLINE uint8_t right(int here, int behind) { return uint8_t((3 * here + behind + 2) >> 2); }
+
+    // (a + b) / 2, rounded down.
+    template <int N> static QEL_INLINE U8<N> averageDown(U8<N> a, U8<N> b) { return ~Simd<N>::average(~a, ~b); }
+
+    // With the means taken one after the other, rounded down and up in turn, nothing is lost: the results are exact.
+    template <int N> QEL_INLINE void up(Bytes<N>, ptrdiff_t i, uint8_t* dst) const
+    {
+        auto before = load<U8<N>>(row + i - 1), here = load<U8<N>>(row + i), behind = load<U8<N>>(row + i + 1);
+        Simd<N>::store2(dst, averageDown<N>(here, Simd<N>::average(here, before)),
+                        Simd<N>::average(here, averageDown<N>(here, behind)));
+    }
+};
+
+struct Bilinear {
+    const uint8_t *near, *far;
+
+    QEL_INLINE int at(ptrdiff_t i) const { return 3 * near[i] + far[i]; }
+    static QEL_INLINE uint8_t left(int here, int before) { return uint8_t((3 * here + before + 8) >> 4); }
+    static QEL_INLINE uint8_t right(int here, int behind) { return uint8_t((3 * here + behind + 7) >> 4); }
+
+    // Neighbours are multiplied as they lie in memory: the pairs of a load at i + k are samples (i + k, i + k + 1),
+    // (i + k + 2, i + k + 3) and so on, so loads at i - 1, i and i + 1 hold every pair without a shuffle.
+    template <int N> QEL_INLINE U16<N> lefts(ptrdiff_t i) const
+    {
+        return (U16<N>)(Simd<N>::mulAddPairs(load<U8<N>>(near + i - 1), pairsOf<N>(3, 9)) +
+                        Simd<N>::mulAddPairs(load<U8<N>>(far + i - 1), pairsOf<N>(1, 3)) + 8);
+    }
+    template <int N> QEL_INLINE U16<N> rights(ptrdiff_t i) const
+    {
+        return (U16<N>)(Simd<N>::mulAddPairs(load<U8<N>>(near + i), pairsOf<N>(9, 3)) +
+                        Simd<N>::mulAddPairs(load<U8<N>>(far + i), pairsOf<N>(3, 1)) + 7);
+    }
+    // Both destination samples of source samples i, i + 2, i + 4, ... as the bytes of a lane.
+    template <int N> QEL_INLINE U16<N> upEveryOther(ptrdiff_t i) const
+    {
+        return lefts<N>(i) >> 4 | (rights<N>(i) << 4 & 0xFF00);
+    }
+    template <int N> QEL_INLINE void up(Bytes<N>, ptrdiff_t i, uint8_t* dst) const
+    {
+        Simd<N>::store2(dst, upEveryOther<N>(i), upEveryOther<N>(i + 1));
+    }
+};
+
+template <class Rows> QEL_INLINE void upSample(Bytes<1>, Rows rows, ptrdiff_t i, uint8_t* dst)
+{
+    dst[0] = rows.left(rows.at(i), rows.at(i - 1));
+    dst[1] = rows.right(rows.at(i), rows.at(i + 1));
+}
+template <int N, class Rows> QEL_INLINE void upSample(Bytes<N> width, Rows rows, ptrdiff_t i, uint8_t* dst)
+{
+    rows.up(width, i, dst);
+}
+
+// Reads one sample before the rows and one behind them.
+template <class Rows> QEL_INLINE void upPlaneRow(Rows rows, uint8_t* dst, int dstWidth)
+{
+    int pairs = dstWidth / 2;
+    inSteps(pairs, [=](auto width, ptrdiff_t i) { upSample(width, rows, i, dst + 2 * i); });
+    if (dstWidth % 2 != 0) dst[dstWidth - 1] = rows.left(rows.at(pairs), rows.at(pairs - 1));
+}
+
+// Reads nothing outside the rows: the first and last samples stand for their missing neighbours.
+template <class Rows> QEL_INLINE void upRow(Rows rows, int srcWidth, uint8_t* dst)
+{
+    ptrdiff_t last = srcWidth - 1;
+    dst[0] = rows.left(rows.at(0), rows.at(0));
+    if (srcWidth > 1) {
+        dst[1] = rows.right(rows.at(0), rows.at(1));
+        inSteps(srcWidth - 2, [=](auto width, ptrdiff_t i) { upSample(width, rows, i + 1, dst + 2 * (i + 1)); });
+        dst[2 * last] = rows.left(rows.at(last), rows.at(last - 1));
+    }
+    dst[2 * last + 1] = rows.right(rows.at(last), rows.at(last));
+}
+
+void upH2V1(const uint8_t* src, uint8_t* dst, int dstWidth) { upPlaneRow(Linear{src}, dst, dstWidth); }
+void upH2V2(const uint8_t* near, const uint8_t* far, uint8_t* dst, int dstWidth)
+{
+    upPlaneRow(Bilinear{near, far}, dst, dstWidth);
+}
+void upRowH2V1(const uint8_t* src, int srcWidth, uint8_t* dst) { upRow(Linear{src}, srcWidth, dst); }
+void upRowH2V2(const uint8_t* near, const uint8_t* far, int srcWidth, uint8_t* dst)
+{
+    upRow(Bilinear{near, far}, srcWidth, dst);
+}
+
+}
+}
+
+const SamplingKernels SamplingKernels::QEL_BUILD = {
+    qel::QEL_BUILD::downH2V1,    qel::QEL_BUILD::downH2V2,    qel::QEL_BUILD::upH2V1,    qel::QEL_BUILD::upH2V2,
+    qel::QEL_BUILD::downRowH2V1, qel::QEL_BUILD::downRowH2V2, qel::QEL_BUILD::upRowH2V1, qel::QEL_BUILD::upRowH2V2};
+
+}

@@ -1,0 +1,253 @@
+// Chroma sampling: values, edges, order of faults, regions, threads.
+#include "jpeg/sampling.h"
+#include "qeljx.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <vector>
+
+#include "guarded.h"
+#include "random.h"
+
+using qel::test::Fault;
+using qel::test::Guarded;
+using qel::test::Random;
+
+namespace {
+
+using Row = std::vector<uint8_t>;
+
+Row downRowH2V1(const Row& src)
+{
+    Row dst(src.size() / 2);
+    EXPECT_EQ(qeliSampleDownRowH2V1_Box_JPEG_8u_C1(src.data(), (int)src.size(), dst.data()), qelStsNoErr);
+    return dst;
+}
+Row downRowH2V2(const Row& src1, const Row& src2)
+{
+    Row dst(src1.size() / 2);
+    auto status = qeliSampleDownRowH2V2_Box_JPEG_8u_C1(src1.data(), src2.data(), (int)src1.size(), dst.data());
+    EXPECT_EQ(status, qelStsNoErr);
+    return dst;
+}
+Row upRowH2V1(const Row& src)
+{
+    Row dst(2 * src.size());
+    EXPECT_EQ(qeliSampleUpRowH2V1_Triangle_JPEG_8u_C1(src.data(), (int)src.size(), dst.data()), qelStsNoErr);
+    return dst;
+}
+Row upRowH2V2(const Row& near, const Row& far)
+{
+    Row dst(2 * near.size());
+    auto status = qeliSampleUpRowH2V2_Triangle_JPEG_8u_C1(near.data(), far.data(), (int)near.size(), dst.data());
+    EXPECT_EQ(status, qelStsNoErr);
+    return dst;
+}
+
+TEST(SampleDown, RowsAndPlanesRoundDifferently)
+{
+    Row row = {0, 1, 0, 1}, zeros(4), plane(2);
+    EXPECT_EQ(downRowH2V1(row), (Row{0, 1}));
+    EXPECT_EQ(qeliSampleDownH2V1_JPEG_8u_C1R(row.data(), 4, {4, 1}, plane.data(), 2, {2, 1}), qelStsNoErr);
+    EXPECT_EQ(plane, (Row{1, 1}));
+
+    // One of four: only the plane function rounds up. Two of four: every second sample of the row does. Three: all do.
+    const Row sources[] = {{0, 0, 0, 0, 0, 1, 0, 1}, {0, 1, 0, 1, 0, 1, 0, 1}, {0, 1, 0, 1, 1, 1, 1, 1}};
+    const Row rows[] = {{0, 0}, {0, 1}, {1, 1}};
+    for (int i = 0; i < 3; ++i) {
+        Row upper(sources[i].begin(), sources[i].begin() + 4), lower(sources[i].begin() + 4, sources[i].end());
+        EXPECT_EQ(downRowH2V2(upper, lower), rows[i]) << i;
+        EXPECT_EQ(qeliSampleDownH2V2_JPEG_8u_C1R(sources[i].data(), 4, {4, 2}, plane.data(), 2, {2, 1}), qelStsNoErr);
+        EXPECT_EQ(plane, (Row{1, 1})) << i;
+    }
+}
+
+// Only whole pairs count: a width of 1 writes nothing.
+TEST(SampleDown, RowsOfOddWidth)
+{
+    EXPECT_EQ(downRowH2V1({8, 10, 200}), (Row{9}));
+    EXPECT_EQ(downRowH2V2({8, 10, 200}, {8, 10, 200}), (Row{9}));
+    uint8_t untouched = 77;
+    EXPECT_EQ(qeliSampleDownRowH2V1_Box_JPEG_8u_C1(&untouched, 1, &untouched), qelStsNoErr);
+    EXPECT_EQ(qeliSampleDownRowH2V2_Box_JPEG_8u_C1(&untouched, &untouched, 1, &untouched), qelStsNoErr);
+    EXPECT_EQ(untouched, 77);
+}
+
+TEST(SampleUp, Rows)
+{
+    EXPECT_EQ(upRowH2V1({10, 20}), (Row{10, 13, 17, 20}));
+    EXPECT_EQ(upRowH2V1({0, 1, 3}), (Row{0, 0, 1, 2, 2, 3}));
+    EXPECT_EQ(upRowH2V1({77}), (Row{77, 77}));
+    // Column sums 1, 5: (4 + 8) >> 4, (8 + 7) >> 4, (16 + 8) >> 4, (20 + 7) >> 4.
+    EXPECT_EQ(upRowH2V2({0, 1}, {1, 2}), (Row{0, 0, 1, 1}));
+    // A column sum of 2 is halfway: up on the left, down on the right.
+    EXPECT_EQ(upRowH2V2({0}, {2}), (Row{1, 0}));
+}
+
+TEST(Sampling, ConstantRowsStayConstant)
+{
+    for (int value : {0, 1, 127, 128, 254, 255})
+        for (int width : {2, 3, 31, 64, 130}) {
+            Row src(width, uint8_t(value)), half(width / 2, uint8_t(value)), twice(2 * width, uint8_t(value));
+            EXPECT_EQ(downRowH2V1(src), half);
+            EXPECT_EQ(downRowH2V2(src, src), half);
+            EXPECT_EQ(upRowH2V1(src), twice);
+            EXPECT_EQ(upRowH2V2(src, src), twice);
+        }
+}
+
+TEST(Sampling, OrderOfFaultsOfPlanes)
+{
+    decltype(&qeliSampleUpH2V1_JPEG_8u_C1R) functions[] = {qeliSampleDownH2V1_JPEG_8u_C1R,
+                                                           qeliSampleDownH2V2_JPEG_8u_C1R, qeliSampleUpH2V1_JPEG_8u_C1R,
+                                                           qeliSampleUpH2V2_JPEG_8u_C1R};
+    uint8_t src[16] = {}, dst[16] = {9};
+    for (auto function : functions) {
+        EXPECT_EQ(function(nullptr, 0, {0, 1}, nullptr, 0, {0, 1}), qelStsNullPtrErr);
+        EXPECT_EQ(function(src, 0, {0, 1}, nullptr, 0, {0, 1}), qelStsStepErr);
+        EXPECT_EQ(function(src, -1, {0, 1}, nullptr, 0, {0, 1}), qelStsStepErr);
+        EXPECT_EQ(function(src, 1, {0, 1}, nullptr, 0, {0, 1}), qelStsSizeErr);
+        EXPECT_EQ(function(src, 1, {1, 0}, nullptr, 0, {0, 1}), qelStsSizeErr);
+        EXPECT_EQ(function(src, 1, {1, 1}, nullptr, 0, {0, 1}), qelStsNullPtrErr);
+        EXPECT_EQ(function(src, 1, {1, 1}, dst, 0, {0, 1}), qelStsStepErr);
+        EXPECT_EQ(function(src, 1, {1, 1}, dst, 1, {0, 1}), qelStsSizeErr);
+        EXPECT_EQ(function(src, 1, {1, 1}, dst, 1, {1, -1}), qelStsSizeErr);
+    }
+    EXPECT_EQ(dst[0], 9);
+}
+
+TEST(Sampling, FaultsOfRows)
+{
+    uint8_t src[2] = {}, dst[4] = {9};
+    for (auto function : {qeliSampleDownRowH2V1_Box_JPEG_8u_C1, qeliSampleUpRowH2V1_Triangle_JPEG_8u_C1}) {
+        EXPECT_EQ(function(nullptr, 0, dst), qelStsNullPtrErr);
+        EXPECT_EQ(function(src, 0, nullptr), qelStsNullPtrErr);
+        EXPECT_EQ(function(src, 0, dst), qelStsSizeErr);
+        EXPECT_EQ(function(src, -1, dst), qelStsSizeErr);
+    }
+    for (auto function : {qeliSampleDownRowH2V2_Box_JPEG_8u_C1, qeliSampleUpRowH2V2_Triangle_JPEG_8u_C1}) {
+        EXPECT_EQ(function(nullptr, src, 0, dst), qelStsNullPtrErr);
+        EXPECT_EQ(function(src, nullptr, 0, dst), qelStsNullPtrErr);
+        EXPECT_EQ(function(src, src, 0, nullptr), qelStsNullPtrErr);
+        EXPECT_EQ(function(src, src, 0, dst), qelStsSizeErr);
+    }
+    EXPECT_EQ(dst[0], 9);
+}
+
+// A source plane as a caller has it: random samples, and the destination filled with a known value.
+struct Planes {
+    static constexpr int kFill = 0xEE;
+    QelSize srcSize, dstSize;
+    int srcStep, dstStep;
+    std::vector<uint8_t> src, dst;
+
+    // `rows` and `columns` of the source that the function may read; the first column is the one before the row.
+    Planes(QelSize from, QelSize to, int columns, int rows)
+        : srcSize(from), dstSize(to), srcStep(columns + 3), dstStep(to.width + 5), src(srcStep * rows),
+          dst(dstStep * to.height, kFill)
+    {
+        Random(7).fill(src.data(), src.size());
+    }
+    int at(int row, int column) const { return src[row * srcStep + column + 1]; }
+
+    template <class Function> void run(Function function)
+    {
+        ASSERT_EQ(function(src.data() + 1, srcStep, srcSize, dst.data(), dstStep, dstSize), qelStsNoErr);
+    }
+    // expected(r, c) for every sample of the region; nothing beside the region has changed.
+    template <class Expected> void check(Expected expected)
+    {
+        for (int r = 0; r < dstSize.height; ++r)
+            for (int c = 0; c < dstStep; ++c)
+                ASSERT_EQ(dst[r * dstStep + c], c < dstSize.width ? expected(r, c) : kFill)
+                    << dstSize.width << 'x' << dstSize.height << " at " << c << ',' << r;
+    }
+};
+
+// Odd and even sizes on both sides of the size from which threads share the rows (8192 samples).
+constexpr QelSize kSizes[] = {{1, 1}, {1, 2}, {2, 1}, {3, 3}, {37, 5}, {64, 6}, {128, 64}, {131, 63}, {401, 33}};
+
+TEST(SampleDown, Planes)
+{
+    for (QelSize size : kSizes) {
+        Planes planes({2 * size.width, 2 * size.height}, size, 2 * size.width + 1, 2 * size.height);
+        auto pair = [&](int r, int c) { return planes.at(r, 2 * c) + planes.at(r, 2 * c + 1); };
+        planes.run(qeliSampleDownH2V1_JPEG_8u_C1R);
+        planes.check([&](int r, int c) { return (pair(r, c) + 1) >> 1; });
+        planes.run(qeliSampleDownH2V2_JPEG_8u_C1R);
+        planes.check([&](int r, int c) { return (pair(2 * r, c) + pair(2 * r + 1, c) + 3) >> 2; });
+    }
+}
+
+TEST(SampleUp, Planes)
+{
+    for (QelSize size : kSizes) {
+        QelSize half = {(size.width + 1) / 2, (size.height + 1) / 2};
+        Planes planes(half, size, half.width + 2, size.height);
+        planes.run(qeliSampleUpH2V1_JPEG_8u_C1R);
+        planes.check([&](int r, int c) {
+            int here = 3 * planes.at(r, c / 2);
+            return c % 2 == 0 ? (here + planes.at(r, c / 2 - 1) + 1) >> 2 : (here + planes.at(r, c / 2 + 1) + 2) >> 2;
+        });
+        planes.run(qeliSampleUpH2V2_JPEG_8u_C1R);
+        planes.check([&](int r, int c) {
+            int far = std::clamp(r % 2 == 0 ? r / 2 - 1 : r / 2 + 1, 0, half.height - 1);
+            auto sum = [&](int column) { return 3 * planes.at(r / 2, column) + planes.at(far, column); };
+            int here = 3 * sum(c / 2);
+            return c % 2 == 0 ? (here + sum(c / 2 - 1) + 8) >> 4 : (here + sum(c / 2 + 1) + 7) >> 4;
+        });
+    }
+}
+
+// The first sample read is the one before the first row, the last one that behind the last row.
+TEST(SampleUp, PlanesReadNothingBeyondTheNeighbours)
+{
+    constexpr int kWidth = 67, kHeight = 3, kStep = kWidth + 2;
+    for (auto fault : {Fault::before, Fault::behind}) {
+        Guarded<uint8_t> src(kStep * kHeight, fault), dst(4 * kWidth * kHeight, fault);
+        Random(8).fill(src.data(), src.size());
+        for (int dstWidth : {2 * kWidth - 1, 2 * kWidth}) {
+            auto* start = src.data() + 1;
+            EXPECT_EQ(qeliSampleUpH2V1_JPEG_8u_C1R(start, kStep, {kWidth, kHeight}, dst.data(), 2 * kWidth,
+                                                   {dstWidth, kHeight}),
+                      qelStsNoErr);
+            EXPECT_EQ(qeliSampleUpH2V2_JPEG_8u_C1R(start, kStep, {kWidth, kHeight}, dst.data(), 2 * kWidth,
+                                                   {dstWidth, 2 * kHeight}),
+                      qelStsNoErr);
+        }
+        EXPECT_TRUE(dst.intact());
+    }
+}
+
+// Rows asked for below twice the source's height repeat the last source row.
+TEST(SampleUp, MoreRowsThanTheSourceHas)
+{
+    const uint8_t src[] = {40, 40, 40, 80, 80, 80};
+    Row dst(5);
+    EXPECT_EQ(qeliSampleUpH2V2_JPEG_8u_C1R(src + 1, 3, {1, 2}, dst.data(), 1, {1, 5}), qelStsNoErr);
+    EXPECT_EQ(dst, (Row{40, 50, 70, 80, 80}));
+}
+
+TEST(Sampling, InternalNamesGiveTheSame)
+{
+    Row src(1026), down(512), other(512), up(1024), otherUp(1024);
+    Random(9).fill(src.data(), src.size());
+    const uint8_t *row1 = src.data() + 1, *row2 = src.data() + 2;
+    for (int width : {510, 512, 1024}) {
+        down = downRowH2V1(Row(row1, row1 + width));
+        ownqj_SampleDownRowH2V1_Box_JPEG_8u_C1(row1, width, other.data());
+        EXPECT_TRUE(std::equal(down.begin(), down.end(), other.begin()));
+        std::fill(other.begin(), other.end(), 0);
+        ownqj_SampleDownRowH2V1_Box_JPEG_8u_C1_SSE2(row1, width, other.data());
+        EXPECT_TRUE(std::equal(down.begin(), down.end(), other.begin()));
+    }
+    EXPECT_EQ(qeliSampleUpH2V2_JPEG_8u_C1R(row1, 1, {512, 2}, up.data(), 1024, {1024, 1}), qelStsNoErr);
+    ownqj_SampleUpH2V2_JPEG_8u_C1(row1, row1, otherUp.data(), 1024);
+    EXPECT_EQ(up, otherUp);
+    ownqj_SampleUpH2V1_JPEG_8u_C1(row2, otherUp.data(), 1024);
+    EXPECT_EQ(qeliSampleUpH2V1_JPEG_8u_C1R(row2, 1, {512, 1}, up.data(), 1024, {1024, 1}), qelStsNoErr);
+    EXPECT_EQ(up, otherUp);
+}
+
+}
