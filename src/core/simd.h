@@ -225,13 +225,13 @@ template <int N> struct Bytes {
 
 // Walks a row of n elements: body(Bytes<N>(), i) is to do the N elements from i on. First the widest registers that
 // fit, then 16 bytes (without that step a short row takes as long as several hundred elements), then one at a time.
-template <class Body> QEL_INLINE void inSteps(int n, Body body)
+template <class Count, class Body> QEL_INLINE void inSteps(Count n, Body body)
 {
-    int i = 0;
+    Count i = 0;
     if constexpr (QEL_WIDTH > 16)
-        for (; i <= n - QEL_WIDTH; i += QEL_WIDTH) body(Bytes<QEL_WIDTH>(), i);
+        for (; n - i >= QEL_WIDTH; i += QEL_WIDTH) body(Bytes<QEL_WIDTH>(), i);
     if constexpr (QEL_WIDTH >= 16)
-        for (; i <= n - 16; i += 16) body(Bytes<16>(), i);
+        for (; n - i >= 16; i += 16) body(Bytes<16>(), i);
     for (; i < n; ++i) body(Bytes<1>(), i);
 }
 

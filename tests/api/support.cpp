@@ -1,0 +1,163 @@
+// Support primitives: values, order of faults, regions.
+#include "qeljx.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <numeric>
+#include <vector>
+
+#include "core/support.h"
+#include "random.h"
+
+namespace {
+
+TEST(DivCRev, RoundsToNearestEven)
+{
+    const struct {
+        uint16_t value, divisor, quotient;
+    } table[] = {{32768, 1, 32768}, {32768, 2, 16384}, {32768, 3, 10923}, {32768, 255, 129}, {3, 2, 2},
+                 {5, 2, 2},         {7, 2, 4},         {1, 65535, 0},     {65535, 1, 65535}, {65535, 65535, 1},
+                 {65535, 2, 32768}, {0, 9, 0},         {40000, 1, 40000}, {32767, 65534, 0}, {32768, 65535, 1}};
+    for (auto& row : table) {
+        uint16_t out = 1;
+        EXPECT_EQ(qelsDivCRev_16u(&row.divisor, row.value, &out, 1), qelStsNoErr);
+        EXPECT_EQ(out, row.quotient) << row.value << " / " << row.divisor;
+    }
+}
+
+TEST(DivCRev, ZeroDivisorsWarnAndTheRestIsComputed)
+{
+    uint16_t vector[] = {4, 0, 3};
+    EXPECT_EQ(qelsDivCRev_16u_I(32768, vector, 3), qelStsDivByZero);
+    EXPECT_EQ(vector[0], 8192);
+    EXPECT_EQ(vector[1], 65535);
+    EXPECT_EQ(vector[2], 10923);
+    uint16_t divisors[] = {4, 0}, quotients[] = {9, 9};
+    EXPECT_EQ(qelsDivCRev_16u(divisors, 0, quotients, 2), qelStsDivByZero);
+    EXPECT_EQ(quotients[0], 0);
+    EXPECT_EQ(quotients[1], 0);
+    EXPECT_EQ(qelsDivCRev_16u(divisors, 0, quotients, 1), qelStsNoErr);
+}
+
+TEST(Zigzag, NaturalOrder)
+{
+    int16_t inZigzag[64], natural[64];
+    std::iota(inZigzag, inZigzag + 64, int16_t(0));
+    ASSERT_EQ(qeliZigzagInv8x8_16s_C1(inZigzag, natural), qelStsNoErr);
+    // The first row and the last one of T.81 Figure A.6.
+    const int16_t first[] = {0, 1, 5, 6, 14, 15, 27, 28}, last[] = {35, 36, 48, 49, 57, 58, 62, 63};
+    EXPECT_TRUE(std::equal(first, first + 8, natural));
+    EXPECT_TRUE(std::equal(last, last + 8, natural + 56));
+    EXPECT_EQ(qeliZigzagInv8x8_16s_C1(nullptr, natural), qelStsNullPtrErr);
+    EXPECT_EQ(qeliZigzagInv8x8_16s_C1(inZigzag, nullptr), qelStsNullPtrErr);
+}
+
+// Every function of the shape source, step, destination, step, size: dense and stepped regions give the same rows, and
+// bytes between rows stay.
+template <class Src, class Dst, class Function, class Expected> void regions(Function function, Expected expected)
+{
+    qel::test::Random random(1);
+    for (QelSize roi : {QelSize{1, 1}, QelSize{7, 3}, QelSize{64, 5}, QelSize{601, 4}})
+        for (int gap : {0, 1, 6}) {
+            int srcStep = roi.width * int(sizeof(Src)) + gap, dstStep = roi.width * int(sizeof(Dst)) + gap;
+            std::vector<uint8_t> src(srcStep * roi.height), dst(dstStep * roi.height, 0xEE);
+            random.fill(src.data(), src.size());
+            ASSERT_EQ(function((const Src*)src.data(), srcStep, (Dst*)dst.data(), dstStep, roi), qelStsNoErr);
+            for (int r = 0; r < roi.height; ++r) {
+                for (int c = 0; c < roi.width; ++c) {
+                    Src in;
+                    Dst out;
+                    memcpy(&in, &src[r * srcStep + c * sizeof in], sizeof in);
+                    memcpy(&out, &dst[r * dstStep + c * sizeof out], sizeof out);
+                    Dst want = expected(in);
+                    ASSERT_EQ(memcmp(&out, &want, sizeof out), 0) << r << ' ' << c;
+                }
+                for (int k = 0; k < gap; ++k) ASSERT_EQ(dst[r * dstStep + dstStep - gap + k], 0xEE) << r;
+            }
+        }
+}
+
+TEST(Support, Regions)
+{
+    regions<uint8_t, uint16_t>(qeliConvert_8u16u_C1R, [](uint8_t v) { return uint16_t(v); });
+    regions<int16_t, int16_t>(qeliCopy_16s_C1R, [](int16_t v) { return v; });
+    regions<float, float>(qeliCopy_32f_C1R, [](float v) { return v; });
+    auto mask = [](auto* src, int srcStep, auto* dst, int dstStep, QelSize roi) {
+        return qeliAndC_32s_C1R(src, srcStep, int32_t(0x80FF0F01), dst, dstStep, roi);
+    };
+    regions<int32_t, int32_t>(mask, [](int32_t v) { return v & int32_t(0x80FF0F01); });
+    auto inPlace = [](const int32_t* src, int srcStep, int32_t* dst, int dstStep, QelSize roi) {
+        QelStatus copied = qeliCopy_32f_C1R((const float*)src, srcStep, (float*)dst, dstStep, roi);
+        return copied != qelStsNoErr ? copied : qeliAndC_32s_C1IR(-2, dst, dstStep, roi);
+    };
+    regions<int32_t, int32_t>(inPlace, [](int32_t v) { return v & -2; });
+}
+
+// A region beyond the caches takes other stores; the bytes are the same, also where rows start at odd addresses.
+TEST(Support, LargeRegions)
+{
+    constexpr int kWidth = 8191, kHeight = 5000;
+    std::vector<uint8_t> src(size_t(kWidth) * kHeight), wide(2 * src.size() + 1);
+    for (size_t i = 0; i < src.size(); ++i) src[i] = uint8_t(i * 2654435761u >> 24);
+    for (int odd : {0, 1}) {
+        auto* dst = (uint16_t*)(wide.data() + odd);
+        ASSERT_EQ(qeliConvert_8u16u_C1R(src.data(), kWidth, dst, 2 * kWidth, {kWidth, kHeight}), qelStsNoErr);
+        for (size_t i = 0; i < src.size(); ++i) {
+            uint16_t value;
+            memcpy(&value, dst + i, sizeof value);
+            ASSERT_EQ(value, src[i]) << i;
+        }
+    }
+    std::vector<uint8_t> copy(wide.size());
+    ASSERT_EQ(
+        qeliCopy_16s_C1R((int16_t*)wide.data(), 2 * kWidth, (int16_t*)(copy.data() + 1), 2 * kWidth, {kWidth, kHeight}),
+        qelStsNoErr);
+    EXPECT_TRUE(std::equal(wide.begin(), wide.end() - 1, copy.begin() + 1));
+}
+
+TEST(Support, OrderOfFaults)
+{
+    int16_t s16[4] = {};
+    uint16_t u16[4] = {};
+    float f32[4] = {};
+    int32_t s32[4] = {};
+    uint8_t u8[4] = {};
+    // Copies: pointers, sizes, steps.
+    EXPECT_EQ(qeliCopy_16s_C1R(s16, 0, nullptr, 0, {0, 0}), qelStsNullPtrErr);
+    EXPECT_EQ(qeliCopy_16s_C1R(s16, 0, s16, 0, {0, 1}), qelStsSizeErr);
+    EXPECT_EQ(qeliCopy_16s_C1R(s16, 0, s16, 2, {1, 1}), qelStsStepErr);
+    EXPECT_EQ(qeliCopy_32f_C1R(f32, 4, f32, 0, {1, 0}), qelStsSizeErr);
+    EXPECT_EQ(qeliConvert_8u16u_C1R(u8, 0, u16, 0, {0, 0}), qelStsSizeErr);
+    EXPECT_EQ(qeliConvert_8u16u_C1R(nullptr, 0, u16, 0, {0, 0}), qelStsNullPtrErr);
+    // Logic: pointers, steps, sizes.
+    EXPECT_EQ(qeliAndC_32s_C1R(s32, 0, 1, s32, 4, {0, 0}), qelStsStepErr);
+    EXPECT_EQ(qeliAndC_32s_C1R(s32, 4, 1, s32, 4, {0, 1}), qelStsSizeErr);
+    EXPECT_EQ(qeliAndC_32s_C1IR(1, nullptr, 0, {0, 0}), qelStsNullPtrErr);
+    // Vectors: pointers, lengths.
+    EXPECT_EQ(qelsZero_8u(nullptr, 0), qelStsNullPtrErr);
+    EXPECT_EQ(qelsZero_16s(s16, 0), qelStsSizeErr);
+    EXPECT_EQ(qelsCopy_8u(u8, nullptr, 0), qelStsNullPtrErr);
+    EXPECT_EQ(qelsCopy_8u(u8, u8, -1), qelStsSizeErr);
+    EXPECT_EQ(qelsDivCRev_16u(nullptr, 1, u16, 0), qelStsNullPtrErr);
+    EXPECT_EQ(qelsDivCRev_16u_I(1, u16, 0), qelStsSizeErr);
+}
+
+TEST(Support, FillsAndCopies)
+{
+    int16_t values[] = {1, 2, 3, 4};
+    EXPECT_EQ(qelsZero_16s(values + 1, 2), qelStsNoErr);
+    EXPECT_EQ(values[0], 1);
+    EXPECT_EQ(values[1] | values[2], 0);
+    EXPECT_EQ(values[3], 4);
+    uint8_t from[] = {5, 6, 7}, to[] = {0, 0, 0};
+    EXPECT_EQ(qelsCopy_8u(from, to, 2), qelStsNoErr);
+    EXPECT_TRUE(to[0] == 5 && to[1] == 6 && to[2] == 0);
+    EXPECT_EQ(qelsZero_8u(from, 2), qelStsNoErr);
+    EXPECT_TRUE(from[0] == 0 && from[1] == 0 && from[2] == 7);
+    int32_t words[] = {1, 1, 1};
+    ownsSet_32s(-9, words, 2);
+    EXPECT_TRUE(words[0] == -9 && words[1] == -9 && words[2] == 1);
+}
+
+}
