@@ -1,0 +1,83 @@
+// Picture files of every kind.
+#include "codec/picture_file.h"
+
+#include <algorithm>
+#include <array>
+#include <cctype>
+
+#include "codec/convert.h"
+#include "codec/error.h"
+#include "codec/file_io.h"
+#include "codec/png.h"
+#include "codec/pnm.h"
+
+namespace qel::codec {
+namespace {
+
+enum class Extension { none, pgm, ppm, pnm, pam, png };
+
+Extension extensionOf(const std::string& path)
+{
+    if (path == "-") return Extension::pnm;
+    size_t dot = path.find_last_of("./");
+    if (dot == std::string::npos || path[dot] == '/') return Extension::none;
+    std::string name = path.substr(dot + 1);
+    std::transform(name.begin(), name.end(), name.begin(), [](unsigned char c) { return char(std::tolower(c)); });
+    const std::array<const char*, 6> names = {"", "pgm", "ppm", "pnm", "pam", "png"};
+    auto found = std::find(names.begin(), names.end(), name);
+    return found == names.end() ? Extension::none : Extension(found - names.begin());
+}
+
+void write(const Picture& picture, Extension extension, const ByteSink& sink)
+{
+    bool isGrey = picture.space() == ColourSpace::grey, isCmyk = picture.space() == ColourSpace::cmyk;
+    if (isCmyk && extension != Extension::pam && extension != Extension::pnm)
+        throw CodecError("a CMYK picture fits .pam files only");
+    if (!isGrey && extension == Extension::pgm) throw CodecError("a colour picture does not fit a .pgm file");
+    if (extension == Extension::png) return writePng(picture, sink);
+    if (extension == Extension::pam) return writePam(picture, sink);
+    if (isGrey && extension == Extension::ppm) return writePnm(withRgb(picture), sink);
+    writePnm(picture, sink);
+}
+
+}
+
+FileKind kindOf(Bytes file)
+{
+    if (isPnm(file)) return FileKind::pnm;
+    if (isPng(file)) return FileKind::png;
+    if (file.size() >= 2 && file[0] == 0xFF && file[1] == 0xD8) return FileKind::jpeg;
+    return FileKind::unknown;
+}
+
+LoadedPicture loadPicture(Bytes file)
+{
+    LoadedPicture loaded;
+    switch (kindOf(file)) {
+    case FileKind::pnm:
+        loaded.picture = readPnm(file);
+        break;
+    case FileKind::png:
+        loaded.picture = readPng(file, loaded.warnings);
+        break;
+    default:
+        throw CodecError("not a picture of a known kind", 0);
+    }
+    return loaded;
+}
+
+void checkExtension(const std::string& path)
+{
+    if (extensionOf(path) == Extension::none)
+        throw CodecError("the name does not end in .pgm, .ppm, .pnm, .pam or .png");
+}
+
+void storePicture(const Picture& picture, const std::string& path)
+{
+    checkExtension(path);
+    OutputFile file(path);
+    write(picture, extensionOf(path), [&](Bytes bytes) { file.write(bytes); });
+    file.commit();
+}
+
+}

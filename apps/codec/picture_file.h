@@ -1,0 +1,30 @@
+// Picture files of every kind: known by their content when read, by the extension of their name when written.
+#pragma once
+
+#include <string>
+
+#include "codec/bytes.h"
+#include "codec/picture.h"
+
+namespace qel::codec {
+
+enum class FileKind { unknown, pnm, png, jpeg };
+
+FileKind kindOf(Bytes file);
+
+struct LoadedPicture {
+    Picture picture;
+    Warnings warnings;
+};
+
+// The picture in a PGM, PPM, PAM, PNG or JPEG file. Throws CodecError.
+LoadedPicture loadPicture(Bytes file);
+
+// Throws CodecError unless `path` has an extension that storePicture knows, so that this shows before the work is done.
+void checkExtension(const std::string& path);
+
+// Writes .pgm, .ppm, .pnm, .pam or .png; "-" is standard output and gets PNM. A grey picture becomes RGB for .ppm.
+// Nothing stands under the name until the file is whole. Throws CodecError.
+void storePicture(const Picture& picture, const std::string& path);
+
+}
