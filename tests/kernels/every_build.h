@@ -2,14 +2,25 @@
 #pragma once
 
 #include <gtest/gtest.h>
+#include <stdlib.h>
+
+#include <string_view>
 
 #include "guarded.h"
 #include "random.h"
 
 namespace qel::test {
 
+// The environment variable QELJX_TEST_BUILD names the one build to test, for slow emulators.
+inline bool isWanted(const char* build)
+{
+    const char* only = getenv("QELJX_TEST_BUILD");
+    return only == nullptr || std::string_view(only) == build;
+}
+
 inline bool canRun(const char* build)
 {
+    if (!isWanted(build)) return false;
 #if QEL_X86
     std::string_view name = build;
     if (name == "avx2") return __builtin_cpu_supports("avx2") && __builtin_cpu_supports("bmi2");
