@@ -4,6 +4,10 @@
 #include <stddef.h>
 #include <stdint.h>
 
+#ifdef _OPENMP
+#include <omp.h>
+#endif
+
 #include "qeljx/types.h"
 
 namespace qel {
@@ -23,11 +27,21 @@ template <class Row> inline void forRows(QelSize roi, Row row)
     for (int r = 0; r < roi.height; ++r) row(r);
 }
 
+// True where a parallel region would have one thread: entering it all the same costs a microsecond.
+inline bool runsAlone()
+{
+#ifdef _OPENMP
+    return omp_get_max_threads() == 1 || omp_in_parallel();
+#else
+    return true;
+#endif
+}
+
 // The same, with one contiguous block of rows for each OpenMP thread where the region is large enough. The size is
 // tested before the pragma: an `if` clause that is false still costs a quarter of a microsecond.
 template <class Row> inline void forRowsInParallel(QelSize roi, Row row)
 {
-    if ((int64_t)roi.width * roi.height <= kSerialElements) return forRows(roi, row);
+    if ((int64_t)roi.width * roi.height <= kSerialElements || runsAlone()) return forRows(roi, row);
 #pragma omp parallel for schedule(static)
     for (int r = 0; r < roi.height; ++r) row(r);
 }
