@@ -1,0 +1,249 @@
+// Huffman objects: sizes, contents, bad lists, and optimal tables.
+#include "jpeg/huffman_tables.h"
+
+#include <gtest/gtest.h>
+
+#include <numeric>
+#include <queue>
+#include <vector>
+
+#include "guarded.h"
+#include "huffman_reference.h"
+
+using namespace qel::test;
+
+namespace {
+
+// The luminance DC table of T.81 K.3.1: two of its codes are 00 (value 0) and 111111110 (value 11).
+const uint8_t kBits[16] = {0, 1, 5, 1, 1, 1, 1, 1, 1};
+const uint8_t kValues[12] = {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11};
+
+TEST(HuffmanObjects, SizesAndZeroStates)
+{
+    int size = 0;
+    EXPECT_EQ(qeliDecodeHuffmanSpecGetBufSize_JPEG_8u(&size), qelStsNoErr);
+    EXPECT_EQ(size, 1644);
+    EXPECT_EQ(qeliEncodeHuffmanSpecGetBufSize_JPEG_8u(&size), qelStsNoErr);
+    EXPECT_EQ(size, 1024);
+    EXPECT_EQ(qeliDecodeHuffmanStateGetBufSize_JPEG_8u(&size), qelStsNoErr);
+    EXPECT_EQ(size, 20);
+    Guarded<uint8_t> reading(size);
+    EXPECT_EQ(qeliDecodeHuffmanStateInit_JPEG_8u((QelDecodeHuffmanState*)reading.data()), qelStsNoErr);
+    EXPECT_EQ(std::accumulate(reading.data(), reading.data() + size, 0), 0);
+    EXPECT_EQ(qeliEncodeHuffmanStateGetBufSize_JPEG_8u(&size), qelStsNoErr);
+    EXPECT_EQ(size, 1044);
+    Guarded<uint8_t> writing(size);
+    EXPECT_EQ(qeliEncodeHuffmanStateInit_JPEG_8u((QelEncodeHuffmanState*)writing.data()), qelStsNoErr);
+    EXPECT_EQ(std::accumulate(writing.data(), writing.data() + size, 0), 0);
+    EXPECT_TRUE(reading.intact() && writing.intact());
+}
+
+TEST(HuffmanObjects, NullPointers)
+{
+    QelDecodeHuffmanSpec* decoding = nullptr;
+    EXPECT_EQ(qeliDecodeHuffmanSpecGetBufSize_JPEG_8u(nullptr), qelStsNullPtrErr);
+    EXPECT_EQ(qeliDecodeHuffmanSpecInitAlloc_JPEG_8u(nullptr, kValues, &decoding), qelStsNullPtrErr);
+    EXPECT_EQ(qeliDecodeHuffmanSpecInitAlloc_JPEG_8u(kBits, nullptr, &decoding), qelStsNullPtrErr);
+    EXPECT_EQ(qeliDecodeHuffmanSpecInitAlloc_JPEG_8u(kBits, kValues, nullptr), qelStsNullPtrErr);
+    EXPECT_EQ(decoding, nullptr);
+    EXPECT_EQ(qeliEncodeHuffmanSpecInit_JPEG_8u(kBits, kValues, nullptr), qelStsNullPtrErr);
+    EXPECT_EQ(qeliEncodeHuffmanStateInitAlloc_JPEG_8u(nullptr), qelStsNullPtrErr);
+    EXPECT_EQ(qeliDecodeHuffmanSpecFree_JPEG_8u(nullptr), qelStsNullPtrErr);
+    EXPECT_EQ(qeliEncodeHuffmanStateFree_JPEG_8u(nullptr), qelStsNullPtrErr);
+}
+
+TEST(HuffmanObjects, AllocatedOnesAreAlignedAndZero)
+{
+    QelEncodeHuffmanState* writing = nullptr;
+    QelDecodeHuffmanState* reading = nullptr;
+    ASSERT_EQ(qeliEncodeHuffmanStateInitAlloc_JPEG_8u(&writing), qelStsNoErr);
+    ASSERT_EQ(qeliDecodeHuffmanStateInitAlloc_JPEG_8u(&reading), qelStsNoErr);
+    EXPECT_EQ((uintptr_t)writing % 32 + (uintptr_t)reading % 32, 0u);
+    EXPECT_EQ(writing->count | reading->count | writing->correctionBits[1023] | (int)reading->positionsLeft, 0);
+    EXPECT_EQ(qeliEncodeHuffmanStateFree_JPEG_8u(writing), qelStsNoErr);
+    EXPECT_EQ(qeliDecodeHuffmanStateFree_JPEG_8u(reading), qelStsNoErr);
+}
+
+TEST(DecodeHuffmanSpec, Contents)
+{
+    QelDecodeHuffmanSpec* spec = nullptr;
+    ASSERT_EQ(qeliDecodeHuffmanSpecInitAlloc_JPEG_8u(kBits, kValues, &spec), qelStsNoErr);
+    EXPECT_EQ(spec->values[11], 11);
+    EXPECT_EQ(spec->values[12], 0);
+    EXPECT_EQ(spec->lookAhead[0x00], (2u << 16) | 0);
+    EXPECT_EQ(spec->lookAhead[0x3F], (2u << 16) | 0);
+    EXPECT_EQ(spec->lookAhead[0x40], (3u << 16) | 1);
+    EXPECT_EQ(spec->lookAhead[0xFE], (8u << 16) | 10);
+    EXPECT_EQ(spec->lookAhead[0xFF], 0u); // 111111110 has nine bits
+    const uint16_t firstCodes[18] = {0, 0, 0, 2, 14, 30, 62, 126, 254, 510};
+    const uint16_t largest[18] = {0,   0xFFFF, 0,      6,      14,     30,     62,     126,    254,
+                                  510, 0xFFFF, 0xFFFF, 0xFFFF, 0xFFFF, 0xFFFF, 0xFFFF, 0xFFFF, 0xFFFF};
+    const uint16_t indices[17] = {0, 0, 0, 1, 6, 7, 8, 9, 10, 11};
+    EXPECT_EQ(memcmp(spec->firstCode, firstCodes, sizeof firstCodes), 0);
+    EXPECT_EQ(memcmp(spec->largestCode + 1, largest + 1, sizeof largest - 2), 0);
+    EXPECT_EQ(memcmp(spec->valueIndex, indices, sizeof indices), 0);
+    EXPECT_EQ(qeliDecodeHuffmanSpecFree_JPEG_8u(spec), qelStsNoErr);
+}
+
+TEST(EncodeHuffmanSpec, Contents)
+{
+    QelEncodeHuffmanSpec* spec = nullptr;
+    ASSERT_EQ(qeliEncodeHuffmanSpecInitAlloc_JPEG_8u(kBits, kValues, &spec), qelStsNoErr);
+    EXPECT_EQ(spec->entries[0], (2u << 16) | 0);
+    EXPECT_EQ(spec->entries[1], (3u << 16) | 2);
+    EXPECT_EQ(spec->entries[11], (9u << 16) | 510);
+    EXPECT_EQ(spec->entries[12], 0u);
+    EXPECT_EQ(qeliEncodeHuffmanSpecFree_JPEG_8u(spec), qelStsNoErr);
+
+    // A value that is listed twice has its later code.
+    const uint8_t bits[16] = {0, 3}, values[3] = {7, 8, 7};
+    QelEncodeHuffmanSpec twice;
+    ASSERT_EQ(qeliEncodeHuffmanSpecInit_JPEG_8u(bits, values, &twice), qelStsNoErr);
+    EXPECT_EQ(twice.entries[7], (2u << 16) | 2);
+}
+
+TEST(HuffmanSpecs, EmptyLists)
+{
+    const uint8_t bits[16] = {};
+    QelEncodeHuffmanSpec encoding;
+    QelDecodeHuffmanSpec decoding;
+    ASSERT_EQ(qeliEncodeHuffmanSpecInit_JPEG_8u(bits, kValues, &encoding), qelStsNoErr);
+    ASSERT_EQ(qeliDecodeHuffmanSpecInit_JPEG_8u(bits, kValues, &decoding), qelStsNoErr);
+    for (int i = 0; i < 256; ++i) ASSERT_EQ(encoding.entries[i] | decoding.lookAhead[i], 0u);
+    for (int length = 1; length <= 17; ++length) ASSERT_EQ(decoding.largestCode[length], 0xFFFF);
+}
+
+TEST(HuffmanSpecs, BadLists)
+{
+    std::vector<uint8_t> values(256);
+    std::iota(values.begin(), values.end(), 0);
+    const struct {
+        const char* what;
+        uint8_t bits[16];
+        QelStatus encoder, decoder;
+    } table[] = {
+        {"256 codes", {0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 128, 128, 0}, qelStsNoErr, qelStsNoErr},
+        {"257 codes",
+         {0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 1, 128, 128, 0},
+         qelStsJPEGHuffSpecErr,
+         qelStsJPEGHuffSpecErr},
+        {"more than fit", {2, 1}, qelStsJPEGHuffSpecErr, qelStsNoErr},
+        {"all ones in use", {1, 2}, qelStsJPEGHuffSpecErr, qelStsNoErr},
+        {"256 codes of one bit",
+         {255, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 1},
+         qelStsJPEGHuffSpecErr,
+         qelStsNoErr},
+    };
+    for (auto& row : table) {
+        Guarded<QelEncodeHuffmanSpec> encoding(1);
+        Guarded<QelDecodeHuffmanSpec> decoding(1);
+        EXPECT_EQ(qeliEncodeHuffmanSpecInit_JPEG_8u(row.bits, values.data(), encoding.data()), row.encoder) << row.what;
+        EXPECT_EQ(qeliDecodeHuffmanSpecInit_JPEG_8u(row.bits, values.data(), decoding.data()), row.decoder) << row.what;
+        EXPECT_TRUE(encoding.intact() && decoding.intact()) << row.what;
+    }
+    // A rejected table is handed over all the same, to be freed.
+    QelEncodeHuffmanSpec* spec = nullptr;
+    EXPECT_EQ(qeliEncodeHuffmanSpecInitAlloc_JPEG_8u(table[2].bits, values.data(), &spec), qelStsJPEGHuffSpecErr);
+    EXPECT_EQ(qeliEncodeHuffmanSpecFree_JPEG_8u(spec), qelStsNoErr);
+}
+
+// Values are read only as far as the list of counts says.
+TEST(HuffmanSpecs, ReadNoValueTooMany)
+{
+    Guarded<uint8_t> values(12);
+    memcpy(values.data(), kValues, 12);
+    QelEncodeHuffmanSpec encoding;
+    QelDecodeHuffmanSpec decoding;
+    EXPECT_EQ(qeliEncodeHuffmanSpecInit_JPEG_8u(kBits, values.data(), &encoding), qelStsNoErr);
+    EXPECT_EQ(qeliDecodeHuffmanSpecInit_JPEG_8u(kBits, values.data(), &decoding), qelStsNoErr);
+}
+
+TEST(OptimalTable, OneSymbolHasOneBit)
+{
+    uint32_t statistics[256] = {};
+    statistics[42] = 1000;
+    uint8_t bits[16], values[256] = {};
+    ASSERT_EQ(qeliEncodeHuffmanRawTableInit_JPEG_8u(statistics, bits, values), qelStsNoErr);
+    EXPECT_EQ(bits[0], 1);
+    EXPECT_EQ(std::accumulate(bits, bits + 16, 0), 1);
+    EXPECT_EQ(values[0], 42);
+}
+
+TEST(OptimalTable, NothingCounted)
+{
+    uint32_t statistics[256] = {};
+    uint8_t bits[16], values[1] = {77};
+    ASSERT_EQ(qeliEncodeHuffmanRawTableInit_JPEG_8u(statistics, bits, values), qelStsNoErr);
+    EXPECT_EQ(std::accumulate(bits, bits + 16, 0), 0);
+    EXPECT_EQ(values[0], 77);
+    EXPECT_EQ(qeliEncodeHuffmanRawTableInit_JPEG_8u(statistics, nullptr, values), qelStsNullPtrErr);
+}
+
+// Each counter as large as all before it together: the tree is a chain, and too deep from 33 symbols on.
+TEST(OptimalTable, FailsOnlyWhereTheTreeIsTooDeep)
+{
+    for (int symbols : {17, 31, 32, 33}) {
+        uint32_t statistics[256] = {};
+        // Fibonacci numbers make a chain with the slowest growth.
+        for (int i = 0, a = 1, b = 2; i < symbols; ++i, b += a, a = b - a) statistics[i] = (uint32_t)a;
+        uint8_t bits[16], values[256];
+        memset(bits, 77, sizeof bits);
+        QelStatus status = qeliEncodeHuffmanRawTableInit_JPEG_8u(statistics, bits, values);
+        EXPECT_EQ(status, symbols > 32 ? qelStsJPEGHuffSpecErr : qelStsNoErr) << symbols;
+        EXPECT_EQ(bits[0], symbols > 32 ? 77 : 1) << symbols;
+    }
+}
+
+// The bits that an optimal code without limit would take, with the reserved symbol counted once.
+uint64_t leastBits(const std::vector<uint32_t>& statistics)
+{
+    std::priority_queue<uint64_t, std::vector<uint64_t>, std::greater<>> weights;
+    weights.push(1);
+    for (auto n : statistics)
+        if (n != 0) weights.push(n);
+    uint64_t total = 0;
+    while (weights.size() > 1) {
+        uint64_t a = weights.top();
+        weights.pop();
+        uint64_t b = weights.top();
+        weights.pop();
+        total += a + b;
+        weights.push(a + b);
+    }
+    return total;
+}
+
+TEST(OptimalTable, IsValidAndOptimal)
+{
+    Random random(5);
+    int unlimited = 0;
+    for (int round = 0; round < 300; ++round) {
+        std::vector<uint32_t> statistics(256);
+        int largest = random.between(0, 20), symbols = random.between(1, 256);
+        for (int i = 0; i < symbols; ++i) statistics[i] = (uint32_t)random.between(0, 1 << random.between(0, largest));
+        uint8_t bits[16];
+        Guarded<uint8_t> values(std::count_if(statistics.begin(), statistics.end(), [](auto n) { return n != 0; }));
+        ASSERT_EQ(qeliEncodeHuffmanRawTableInit_JPEG_8u(statistics.data(), bits, values.data()), qelStsNoErr);
+        ASSERT_EQ((size_t)std::accumulate(bits, bits + 16, 0), values.size());
+        ASSERT_TRUE(values.intact());
+
+        // Complete but for the word of all ones: the reserved symbol had one of the longest codes.
+        int longest = 16;
+        while (longest > 1 && bits[longest - 1] == 0) --longest;
+        uint32_t kraft = 1;
+        uint64_t total = longest; // the reserved symbol
+        for (int length = 1, i = 0; length <= longest; ++length) {
+            kraft += uint32_t(bits[length - 1]) << (longest - length);
+            for (int k = 0; k < bits[length - 1]; ++k, ++i) total += uint64_t(length) * statistics[values.data()[i]];
+        }
+        ASSERT_EQ(kraft, values.size() > 0 ? 1u << longest : 1);
+        ASSERT_GE(total, leastBits(statistics));
+        if (longest < 16) {
+            ++unlimited;
+            ASSERT_EQ(total, values.size() > 0 ? leastBits(statistics) : 1);
+        }
+    }
+    EXPECT_GT(unlimited, 100);
+}
+
+}
