@@ -1,0 +1,213 @@
+// Sequential Huffman encoding and statistics: exported functions, and the plain steps, which define what is written.
+#include "jpeg/huffman_encode.h"
+
+#include <string.h>
+
+#include "core/checks.h"
+#include "core/dispatch.h"
+#include "jpeg/huffman_bits.h"
+#include "jpeg/zigzag.h"
+
+using namespace qel;
+
+namespace {
+
+// Room that the fast paths ask for.
+constexpr int kRoomForBlock = 24, kRoomForOne = 9;
+
+int categoryOf(int value) { return (int)ownqj_get_csize((uint32_t)(value < 0 ? -value : value)); }
+
+int16_t coefficientAt(const int16_t* block, int index)
+{
+    int16_t value;
+    memcpy(&value, block + index, sizeof value);
+    return value;
+}
+
+struct Stream {
+    uint8_t* dst;
+    int dstLen;
+    int* pos;
+    QelEncodeHuffmanState* state;
+
+    int room() const { return (unsigned)*pos < (unsigned)dstLen ? dstLen - *pos : 0; }
+    QelStatus write(uint32_t value, int length) const
+    {
+        return ownqj_write_bits_jpeg(value, length, dst, dstLen, pos, state);
+    }
+    QelStatus writeSymbol(const QelEncodeHuffmanSpec* spec, int symbol) const
+    {
+        uint32_t entry = spec->entries[symbol];
+        return write(entry, (int)(entry >> 16));
+    }
+    // A negative value is written as the one's complement of its magnitude.
+    QelStatus writeValue(int value, int category) const
+    {
+        return category == 0 ? qelStsNoErr : write((uint32_t)(value < 0 ? value - 1 : value), category);
+    }
+    // Fills the last byte with ones and begins anew, also where there is no room for that byte.
+    QelStatus flush() const
+    {
+        QelStatus status = write(0x7F, 7);
+        ownqj_EncodeHuffmanStateInit(state);
+        return status;
+    }
+};
+
+QelStatus encodeDc(const Stream& out, int difference, const QelEncodeHuffmanSpec* dc)
+{
+    int category = categoryOf(difference);
+    if (QelStatus bad = out.writeSymbol(dc, category)) return bad;
+    return out.writeValue(difference, category);
+}
+
+QelStatus encodeAc(const Stream& out, const int16_t* block, const QelEncodeHuffmanSpec* ac)
+{
+    int run = 0;
+    for (int k = 1; k < 64; ++k) {
+        int value = coefficientAt(block, own_qj_izigzag_index[k]), category = categoryOf(value);
+        if (value == 0) {
+            ++run;
+            continue;
+        }
+        for (; run > 15; run -= 16)
+            if (QelStatus bad = out.writeSymbol(ac, kSixteenZeros)) return bad;
+        if (QelStatus bad = out.writeSymbol(ac, run << 4 | category)) return bad;
+        if (QelStatus bad = out.writeValue(value, category)) return bad;
+        run = 0;
+    }
+    return run == 0 ? qelStsNoErr : out.writeSymbol(ac, kEndOfBlock);
+}
+
+// A difference of 32768 in magnitude has no bits behind its category.
+QelStatus encodeOne(const Stream& out, int16_t value, const QelEncodeHuffmanSpec* spec)
+{
+    int category = categoryOf(value);
+    if (QelStatus bad = out.writeSymbol(spec, category)) return bad;
+    return category < 16 ? out.writeValue(value, category) : qelStsNoErr;
+}
+
+int takeDifference(const int16_t* block, int16_t* lastDc)
+{
+    int16_t dc = coefficientAt(block, 0);
+    int difference = dc - *lastDc;
+    *lastDc = dc;
+    return difference;
+}
+
+}
+
+QelStatus qeliEncodeHuffman8x8_JPEG_16s1u_C1(const int16_t* pSrc, uint8_t* pDst, int dstLenBytes, int* pDstCurrPos,
+                                             int16_t* pLastDC, const QelEncodeHuffmanSpec* pDcTable,
+                                             const QelEncodeHuffmanSpec* pAcTable, QelEncodeHuffmanState* pState,
+                                             int flush)
+{
+    if (QelStatus bad = first(pointers(pDst), length(dstLenBytes), pointers(pDstCurrPos, pState))) return bad;
+    Stream out = {pDst, dstLenBytes, pDstCurrPos, pState};
+    if (flush) return out.flush();
+    if (QelStatus bad = pointers(pSrc, pLastDC, pDcTable, pAcTable)) return bad;
+    if (out.room() >= kRoomForBlock) {
+        QelStatus status = ownqj_EncodeHuffman8x8_JPEG_16s1u_C1(pSrc, pDst, dstLenBytes, pDstCurrPos, pLastDC, pDcTable,
+                                                                pAcTable, pState);
+        if (status != qelStsJPEGOutOfBufErr) return status;
+    }
+    if (QelStatus bad = encodeDc(out, takeDifference(pSrc, pLastDC), pDcTable)) return bad;
+    return encodeAc(out, pSrc, pAcTable);
+}
+
+QelStatus qeliEncodeHuffman8x8_Direct_JPEG_16s1u_C1(const int16_t* pSrc, uint8_t* pDst, int* pDstBitsLen,
+                                                    int16_t* pLastDC, const QelEncodeHuffmanSpec* pDcTable,
+                                                    const QelEncodeHuffmanSpec* pAcTable)
+{
+    if (QelStatus bad = pointers(pSrc, pDst, pDstBitsLen, pLastDC, pDcTable, pAcTable)) return bad;
+    ownqj_EncodeHuffman8x8_Direct_JPEG_16s1u_C1(pSrc, pDst, pDstBitsLen, pLastDC, pDcTable, pAcTable);
+    return qelStsNoErr;
+}
+
+QelStatus qeliEncodeHuffmanOne_JPEG_16s1u_C1(int16_t src, uint8_t* pDst, int dstLenBytes, int* pDstCurrPos,
+                                             const QelEncodeHuffmanSpec* pDcTable, QelEncodeHuffmanState* pState,
+                                             int flush)
+{
+    if (QelStatus bad = first(pointers(pDst), length(dstLenBytes), pointers(pDstCurrPos, pState))) return bad;
+    Stream out = {pDst, dstLenBytes, pDstCurrPos, pState};
+    if (flush) {
+        out.flush();
+        return qelStsNoErr;
+    }
+    if (QelStatus bad = pointers(pDcTable)) return bad;
+    if (out.room() >= kRoomForOne)
+        ownqj_EecodeHuffmanOne_JPEG_16s1u_C1(src, pDst, pDstCurrPos, pDcTable, pState);
+    else
+        encodeOne(out, src, pDcTable);
+    return qelStsNoErr;
+}
+
+QelStatus qeliGetHuffmanStatistics8x8_JPEG_16s_C1(const int16_t* pSrc, uint32_t* pDcStatistics, uint32_t* pAcStatistics,
+                                                  int16_t* pLastDC)
+{
+    if (QelStatus bad = pointers(pSrc, pDcStatistics, pAcStatistics, pLastDC)) return bad;
+    kernels<HuffmanEncodeKernels>().countBlock(pSrc, takeDifference(pSrc, pLastDC), pDcStatistics, pAcStatistics);
+    return qelStsNoErr;
+}
+
+QelStatus qeliGetHuffmanStatisticsOne_JPEG_16s_C1(int16_t src, uint32_t* pStatistics)
+{
+    if (QelStatus bad = pointers(pStatistics)) return bad;
+    int category = categoryOf(src);
+    if (category > 16) return qelStsOutOfRangeErr;
+    ++pStatistics[category];
+    return qelStsNoErr;
+}
+
+// Between calls the low word holds the last written byte above the pending bits, all of them from bit 31 down.
+QelStatus ownqj_EncodeHuffman8x8_JPEG_16s1u_C1(const int16_t* src, uint8_t* dst, int dstLen, int* pos, int16_t* lastDc,
+                                               const QelEncodeHuffmanSpec* dc, const QelEncodeHuffmanSpec* ac,
+                                               QelEncodeHuffmanState* state)
+{
+    BitSink sink = {state->accumulator[0] >> (24 - state->count), state->count, dst + *pos, dstLen - *pos};
+    int16_t before = *lastDc;
+    QelStatus status = kernels<HuffmanEncodeKernels>().encodeBlock(src, takeDifference(src, lastDc), dc, ac, &sink);
+    if (status == qelStsJPEGOutOfBufErr) {
+        *lastDc = before;
+        return status;
+    }
+    state->accumulator[0] = (uint32_t)(sink.bits << (24 - sink.count));
+    state->accumulator[1] = 0;
+    state->count = sink.count;
+    *pos = (int)(sink.next - dst);
+    return status;
+}
+
+// The partial last byte stands in the buffer, its pending bits at the top.
+void ownqj_EncodeHuffman8x8_Direct_JPEG_16s1u_C1(const int16_t* src, uint8_t* dst, int* bitLength, int16_t* lastDc,
+                                                 const QelEncodeHuffmanSpec* dc, const QelEncodeHuffmanSpec* ac)
+{
+    int bytes = *bitLength >> 3, count = *bitLength & 7;
+    uint64_t bits = count == 0 ? 0 : dst[bytes] >> (8 - count);
+    BitSink sink = {bits, count, dst + bytes, INT64_MAX};
+    kernels<HuffmanEncodeKernels>().encodeBlock(src, takeDifference(src, lastDc), dc, ac, &sink);
+    if (sink.count != 0) *sink.next = (uint8_t)(sink.bits << (8 - sink.count));
+    *bitLength = (int)((uint32_t)(sink.next - dst) * 8 + (uint32_t)sink.count);
+}
+
+// Code and value together are at most 31 bits.
+void ownqj_EecodeHuffmanOne_JPEG_16s1u_C1(int16_t src, uint8_t* dst, int* pos, const QelEncodeHuffmanSpec* spec,
+                                          QelEncodeHuffmanState* state)
+{
+    int category = categoryOf(src), extraBits = category & 15;
+    uint32_t entry = spec->entries[category], extra = (uint32_t)(src + (src >> 15)) & ((1u << extraBits) - 1);
+    if (entry == 0) return;
+    uint64_t bits = (uint64_t)state->accumulator[0] >> (24 - state->count);
+    bits = (bits << (entry >> 16) | (entry & 0xFFFF)) << extraBits | extra;
+    int count = state->count + (int)(entry >> 16) + extraBits;
+    uint8_t* next = dst + *pos;
+    for (; count >= 8; count -= 8) {
+        auto byte = (uint8_t)(bits >> (count - 8));
+        *next++ = byte;
+        if (byte == 0xFF) *next++ = 0;
+    }
+    state->accumulator[0] = (uint32_t)(bits << (24 - count));
+    state->accumulator[1] = 0;
+    state->count = count;
+    *pos = (int)(next - dst);
+}
