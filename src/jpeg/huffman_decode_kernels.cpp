@@ -1,0 +1,130 @@
+// Kernels of sequential Huffman decoding.
+#include "jpeg/huffman_decode.h"
+
+#include "jpeg/huffman_reader.h"
+#include "jpeg/scan_order.h"
+
+namespace qel {
+namespace QEL_BUILD {
+namespace {
+
+// The value that `n` bits stand for, 1 to 15 (T.81 F.2.2.1): those that begin with 0 are negative.
+QEL_INLINE int extend(uint32_t bits, int n)
+{
+    int below = int(bits >> (n - 1)) - 1;
+    return int(bits) + (below & (1 - (1 << n)));
+}
+
+// Position 0 is still missing when `position` comes back as 0. qelStsJPEGMarkerWarn: the segment ended within a symbol.
+template <class Reader>
+QEL_INLINE QelStatus decodeInto(int16_t* block, Reader& in, int16_t* lastDc, HuffmanTablePair tables, int& position)
+{
+    position = 0;
+    int symbol = in.symbol(*tables.dc);
+    if (symbol < 0) return symbol == kNoBits ? qelStsJPEGMarkerWarn : qelStsJPEGHuffTableErr;
+    int dc = *lastDc;
+    if (int n = symbol & 15) {
+        if (!in.has(n)) return qelStsJPEGOutOfBufErr;
+        dc += extend(in.take(n), n);
+        *lastDc = int16_t(dc);
+    }
+    store(block, int16_t(dc));
+    for (position = 1; position < 64;) {
+        symbol = in.symbol(*tables.ac);
+        if (symbol < 0) return symbol == kNoBits ? qelStsJPEGMarkerWarn : qelStsJPEGHuffTableErr;
+        int run = symbol >> 4 & 15, n = symbol & 15;
+        if (n == 0) {
+            if (run < 15) break;
+            position += 16;
+            continue;
+        }
+        position += run;
+        if (!in.has(n)) return qelStsJPEGOutOfBufErr;
+        int value = extend(in.take(n), n);
+        if (position > 63) return qelStsJPEGCoeffPosErr;
+        store(block + kScanOrder.index[position], int16_t(value));
+        ++position;
+    }
+    return qelStsNoErr;
+}
+
+QelStatus decodeBlock(BitSource* source, int16_t* block, int16_t* lastDc, HuffmanTablePair tables,
+                      uint32_t* positionsLeft)
+{
+    BitReader<true> in = {*source};
+    int position;
+    QelStatus status = decodeInto(block, in, lastDc, tables, position);
+    *source = in;
+    if (status == qelStsJPEGMarkerWarn) return qelStsJPEGOutOfBufErr;
+    if (status == qelStsNoErr) *positionsLeft = position > 63 ? 0 : uint32_t(64 - position);
+    return status;
+}
+
+QelStatus decodeBlockDirect(BitSource* source, int16_t* block, int16_t* lastDc, HuffmanTablePair tables)
+{
+    BitReader<false> in = {*source};
+    int position;
+    QelStatus status = decodeInto(block, in, lastDc, tables, position);
+    if (status == qelStsJPEGMarkerWarn) {
+        if (position == 0) {
+            source->marker = in.marker;
+            return status;
+        }
+        in.count = 0;
+        status = qelStsNoErr;
+    }
+    *source = in;
+    return status;
+}
+
+// A difference of category 16 is 32768, with no bits behind the symbol.
+QelStatus decodeOne(BitSource* source, const QelDecodeHuffmanSpec* spec, int16_t* value)
+{
+    BitReader<true> in = {*source};
+    int symbol = in.symbol(*spec);
+    bool whole = symbol >= 0 && (symbol == 0 || symbol > 15 || in.has(symbol));
+    if (whole) *value = int16_t(symbol == 0 ? 0 : symbol > 15 ? -32768 : extend(in.take(symbol), symbol));
+    *source = in;
+    return whole ? qelStsNoErr : qelStsJPEGOutOfBufErr;
+}
+
+QelStatus fill(BitSource* source, int needed)
+{
+    BitReader<true> in = {*source};
+    QelStatus status = in.fillBytewise(needed);
+    *source = in;
+    return status;
+}
+
+void fillDirect(BitSource* source)
+{
+    BitReader<false> in = {*source};
+    in.fillBytewise(0);
+    *source = in;
+}
+
+template <bool kBounded> int symbolOf(BitSource* source, const QelDecodeHuffmanSpec* spec)
+{
+    BitReader<kBounded> in = {*source};
+    int symbol = in.symbol(*spec);
+    *source = in;
+    return symbol;
+}
+
+template <bool kBounded> int longCodeOf(BitSource* source, const QelDecodeHuffmanSpec* spec, int length)
+{
+    BitReader<kBounded> in = {*source};
+    int symbol = in.longCode(*spec, length);
+    *source = in;
+    return symbol;
+}
+
+}
+}
+
+const HuffmanDecodeKernels HuffmanDecodeKernels::QEL_BUILD = {
+    qel::QEL_BUILD::decodeBlock, qel::QEL_BUILD::decodeBlockDirect, qel::QEL_BUILD::decodeOne,
+    qel::QEL_BUILD::fill,        qel::QEL_BUILD::symbolOf<true>,    qel::QEL_BUILD::longCodeOf<true>,
+    qel::QEL_BUILD::fillDirect,  qel::QEL_BUILD::symbolOf<false>,   qel::QEL_BUILD::longCodeOf<false>};
+
+}

@@ -1,0 +1,326 @@
+// Sequential Huffman decoding, against the bit-at-a-time decoder: values, positions, states, and damaged streams.
+#include <gtest/gtest.h>
+
+#include "guarded.h"
+#include "huffman_reference.h"
+#include "jpeg/huffman_tables.h"
+
+using namespace qel::test;
+
+namespace {
+
+using Block = std::array<int16_t, 64>;
+
+QelDecodeHuffmanSpec specOf(const Lists& lists)
+{
+    QelDecodeHuffmanSpec spec;
+    EXPECT_EQ(qeliDecodeHuffmanSpecInit_JPEG_8u(lists.bits.data(), lists.values.data(), &spec), qelStsNoErr);
+    return spec;
+}
+
+// The library's decoder beside the reference, on a stream that ends at a page that faults.
+struct Pair {
+    QelDecodeHuffmanSpec dc, ac;
+    QelDecodeHuffmanState state = {};
+    Guarded<uint8_t> src;
+    int pos = 0;
+    uint32_t marker = 0;
+    int16_t lastDc = 0;
+    Guarded<int16_t> block;
+    ReferenceDecoder reference;
+
+    Pair(const Lists& dcLists, const Lists& acLists, const std::vector<uint8_t>& stream)
+        : dc(specOf(dcLists)), ac(specOf(acLists)), src(stream.size()), block(64)
+    {
+        memcpy(src.data(), stream.data(), stream.size());
+        reference.src = stream;
+        reference.dc = dcLists;
+        reference.ac = acLists;
+        for (int i = 0; i < 64; ++i) block.data()[i] = -1;
+    }
+
+    // One block by both; the status that both gave.
+    QelStatus decode()
+    {
+        QelStatus status = qeliDecodeHuffman8x8_JPEG_1u16s_C1(src.data(), (int)src.size(), &pos, block.data(), &lastDc,
+                                                              &marker, &dc, &ac, &state);
+        EXPECT_EQ(status, reference.decode());
+        EXPECT_EQ(memcmp(block.data(), reference.block.data(), 128), 0);
+        EXPECT_EQ(lastDc, reference.lastDc);
+        EXPECT_EQ(state.positionsLeft, (uint32_t)reference.positionsLeft);
+        EXPECT_TRUE(block.intact());
+        expectSameSource();
+        return status;
+    }
+    void expectSameSource()
+    {
+        EXPECT_EQ(pos, reference.pos);
+        EXPECT_EQ(marker, reference.marker);
+        EXPECT_EQ(state.count, (int)reference.held.size());
+        EXPECT_EQ(state.accumulator[0], reference.word);
+        EXPECT_EQ(state.accumulator[1], 0u);
+    }
+    // Until a call fails or makes no progress.
+    void decodeAll()
+    {
+        for (int i = 0; i < 10000 && !testing::Test::HasFailure(); ++i) {
+            int before = pos, held = state.count;
+            if (decode() != qelStsNoErr || (before == pos && held == state.count)) return;
+        }
+    }
+};
+
+std::vector<uint8_t> encoded(const Lists& dc, const Lists& ac, const std::vector<Block>& blocks)
+{
+    ReferenceEncoder encoder(dc, ac, 1 << 24);
+    for (auto& block : blocks) EXPECT_EQ(encoder.encode(block), qelStsNoErr);
+    encoder.write(0x7F, 7);
+    return encoder.bytes;
+}
+
+std::vector<Block> randomBlocks(Random& random, int count)
+{
+    int sparsity = 1 << random.between(0, 6), bits = random.between(0, 13);
+    std::vector<Block> blocks;
+    for (int i = 0; i < count; ++i) blocks.push_back(randomBlock(random, sparsity, bits));
+    return blocks;
+}
+
+TEST(DecodeHuffman8x8, GivesBackWhatWasEncoded)
+{
+    Random random(1);
+    for (int round = 0; round < 100; ++round) {
+        Lists dc = randomLists(random), ac = randomLists(random);
+        auto blocks = randomBlocks(random, 30);
+        Pair pair(dc, ac, encoded(dc, ac, blocks));
+        for (auto& block : blocks) {
+            ASSERT_EQ(pair.decode(), qelStsNoErr);
+            ASSERT_EQ(memcmp(pair.block.data(), block.data(), 128), 0);
+            ASSERT_FALSE(HasFailure());
+        }
+    }
+}
+
+// Cut at every byte, with and without a marker behind.
+TEST(DecodeHuffman8x8, EndsAnywhere)
+{
+    Random random(2);
+    for (int round = 0; round < 6; ++round) {
+        Lists dc = randomLists(random), ac = randomLists(random);
+        auto stream = encoded(dc, ac, randomBlocks(random, 5));
+        for (size_t len = 0; len <= std::min(stream.size(), size_t(300)); ++len) {
+            std::vector<uint8_t> cut(stream.begin(), stream.begin() + len);
+            Pair(dc, ac, cut).decodeAll();
+            cut.insert(cut.end(), {0xFF, 0xD9});
+            Pair(dc, ac, cut).decodeAll();
+            ASSERT_FALSE(HasFailure()) << round << ' ' << len;
+        }
+    }
+}
+
+// Any bytes, any table, also lists that describe more codes than there are.
+TEST(DecodeHuffman8x8, AnyBytes)
+{
+    Random random(3);
+    for (int round = 0; round < 3000; ++round) {
+        Lists dc = randomLists(random, false), ac = randomLists(random, false);
+        if (round % 4 == 0) {
+            random.fill(ac.values.data(), 256);
+            for (int left = 256; auto& n : ac.bits) {
+                n = uint8_t(random.between(0, std::min(left, 1 << random.between(0, 8))));
+                left -= n;
+            }
+        }
+        std::vector<uint8_t> stream(random.between(0, 300));
+        int kind = random.between(0, 3);
+        for (auto& byte : stream) {
+            bool special = kind == 1 ? random.between(0, 3) == 0 : kind == 2 && random.between(0, 20) == 0;
+            byte = kind == 3 ? uint8_t(round) : special ? 0xFF : uint8_t(random.between(0, 255));
+        }
+        // Most 0xFF are stuffed, so that the stream goes on behind them.
+        for (size_t i = 1; i < stream.size(); ++i)
+            if (stream[i - 1] == 0xFF && random.between(0, 7) != 0) stream[i] = random.between(0, 3) == 0 ? 0xFF : 0;
+        Pair(dc, ac, stream).decodeAll();
+        ASSERT_FALSE(HasFailure()) << round;
+    }
+}
+
+// Two codes: 0 (end of block; for DC no difference) and 10 (one bit; for AC after 15 zeros).
+const Lists kDcLists = {{1, 1}, {0x00, 0x01}}, kAcLists = {{1, 1}, {0x00, 0xF1}};
+
+TEST(DecodeHuffman8x8, StuffingAndFillBytes)
+{
+    const Lists nines = {{0, 0, 0, 0, 0, 0, 0, 0, 255}, {}};
+    for (std::vector<uint8_t> stream : {std::vector<uint8_t>{0xFF, 0x00, 0x12}, {0xFF, 0xFF, 0xFF, 0x00, 0x12}}) {
+        Pair pair(kDcLists, nines, stream);
+        pair.decode();
+        EXPECT_EQ(pair.state.accumulator[0], 0xFF12u);
+        EXPECT_EQ(pair.marker, 0u);
+    }
+}
+
+TEST(DecodeHuffman8x8, Markers)
+{
+    // Four blocks in one byte, then a restart marker.
+    Pair pair(kDcLists, kAcLists, {0x00, 0xFF, 0xD0, 0x00});
+    for (int i = 0; i < 4; ++i) {
+        EXPECT_EQ(pair.decode(), qelStsNoErr);
+        EXPECT_EQ(pair.marker, 0xD0u);
+        EXPECT_EQ(pair.pos, 3);
+    }
+    EXPECT_EQ(pair.decode(), qelStsJPEGOutOfBufErr);
+    EXPECT_EQ(pair.marker, 0xD0u);
+    // The caller takes the marker, and goes on.
+    qeliDecodeHuffmanStateInit_JPEG_8u(&pair.state);
+    pair.marker = pair.reference.marker = pair.reference.word = 0;
+    pair.reference.held.clear();
+    EXPECT_EQ(pair.decode(), qelStsNoErr);
+    EXPECT_EQ(pair.pos, 4);
+}
+
+TEST(DecodeHuffman8x8, DcOnly)
+{
+    Pair pair(kDcLists, kAcLists, {0x00});
+    pair.lastDc = -77;
+    pair.reference.lastDc = -77;
+    EXPECT_EQ(pair.decode(), qelStsNoErr);
+    EXPECT_EQ(pair.block.data()[0], -77);
+    EXPECT_EQ(pair.state.positionsLeft, 63u);
+}
+
+// DC 0, then four times 15 zeros and a one: positions 16, 32, 48, and 64.
+TEST(DecodeHuffman8x8, RunPastTheLastPosition)
+{
+    Pair pair(kDcLists, kAcLists, {0b01011011, 0b01101000, 0x00});
+    EXPECT_EQ(pair.decode(), qelStsJPEGCoeffPosErr);
+    EXPECT_EQ(pair.block.data()[kScan[48]], 1);
+    EXPECT_EQ(pair.block.data()[63], 0);
+    // Sixteen zeros that lead past the end do end the block.
+    const Lists zeros = {{1, 1}, {0x00, 0xF0}};
+    Pair ended(kDcLists, zeros, {0b01010101, 0x00});
+    EXPECT_EQ(ended.decode(), qelStsNoErr);
+    EXPECT_EQ(ended.state.positionsLeft, 0u);
+}
+
+TEST(DecodeHuffman8x8, OrderOfFaults)
+{
+    Pair pair(kDcLists, kAcLists, {0x00});
+    auto call = [&](const uint8_t* src, int len, int* pos, QelDecodeHuffmanState* state) {
+        return qeliDecodeHuffman8x8_JPEG_1u16s_C1(src, len, pos, pair.block.data(), &pair.lastDc, &pair.marker,
+                                                  &pair.dc, &pair.ac, state);
+    };
+    EXPECT_EQ(call(nullptr, -1, nullptr, nullptr), qelStsNullPtrErr);
+    EXPECT_EQ(call(pair.src.data(), -1, nullptr, nullptr), qelStsBadArgErr);
+    EXPECT_EQ(call(pair.src.data(), 1, nullptr, &pair.state), qelStsNullPtrErr);
+    EXPECT_EQ(call(pair.src.data(), 1, &pair.pos, nullptr), qelStsNullPtrErr);
+    pair.pos = -1;
+    EXPECT_EQ(call(pair.src.data(), 1, &pair.pos, &pair.state), qelStsBadArgErr);
+    EXPECT_EQ(pair.block.data()[0], -1);
+    pair.pos = 0;
+    EXPECT_EQ(call(pair.src.data(), 0, &pair.pos, &pair.state), qelStsJPEGOutOfBufErr);
+}
+
+TEST(DecodeHuffmanDirect, EqualsTheBitwiseDecoder)
+{
+    Random random(4);
+    for (int round = 0; round < 1500; ++round) {
+        Lists dc = randomLists(random), ac = randomLists(random);
+        std::vector<uint8_t> stream(random.between(0, 100));
+        if (round % 2 == 0)
+            stream = encoded(dc, ac, randomBlocks(random, 8));
+        else
+            for (auto& byte : stream) byte = uint8_t(random.between(0, 255));
+        stream.insert(stream.end(), {0xFF, 0xD9});
+        Pair pair(dc, ac, stream);
+        pair.reference.direct = true;
+        int bitPosition = 0, count = 0, decoded = 0;
+        uint32_t bits = 0;
+        for (QelStatus status = qelStsNoErr; status == qelStsNoErr && decoded < 8; ++decoded) {
+            auto before = pair.reference;
+            int bitsBefore = bitPosition;
+            status = qeliDecodeHuffman8x8_Direct_JPEG_1u16s_C1(pair.src.data(), &bitPosition, pair.block.data(),
+                                                               &pair.lastDc, &pair.marker, &bits, &count, &pair.dc,
+                                                               &pair.ac);
+            ASSERT_EQ(status, pair.reference.decode());
+            ASSERT_EQ(memcmp(pair.block.data(), pair.reference.block.data(), 128), 0);
+            ASSERT_EQ(pair.marker, pair.reference.marker);
+            ASSERT_EQ(pair.lastDc, pair.reference.lastDc);
+            if (pair.reference.endedAtDc) {
+                // Only the marker is handed over.
+                ASSERT_EQ(bitPosition, bitsBefore);
+                ASSERT_EQ(count, (int)before.held.size());
+                break;
+            }
+            ASSERT_EQ(bitPosition, 8 * pair.reference.pos);
+            ASSERT_EQ(count, (int)pair.reference.held.size());
+            ASSERT_EQ(bits, pair.reference.word);
+        }
+    }
+}
+
+TEST(DecodeHuffmanDirect, Faults)
+{
+    Pair pair(kDcLists, kAcLists, {0xFF, 0xD9});
+    int bitPosition = 0, count = 0;
+    uint32_t bits = 0;
+    auto call = [&](uint32_t* pBits) {
+        return qeliDecodeHuffman8x8_Direct_JPEG_1u16s_C1(pair.src.data(), &bitPosition, pair.block.data(), &pair.lastDc,
+                                                         &pair.marker, pBits, &count, &pair.dc, &pair.ac);
+    };
+    bitPosition = -1;
+    EXPECT_EQ(call(nullptr), qelStsNullPtrErr);
+    EXPECT_EQ(call(&bits), qelStsBadArgErr);
+    bitPosition = 0;
+    for (int bad : {-1, 33}) {
+        count = bad;
+        EXPECT_EQ(call(&bits), qelStsBadArgErr);
+    }
+    EXPECT_EQ(pair.block.data()[0], -1);
+    // A code of sixteen ones is in no table.
+    bits = 0xFFFF, count = 16;
+    EXPECT_EQ(call(&bits), qelStsJPEGHuffTableErr);
+}
+
+TEST(DecodeHuffmanOne, EqualsTheBitwiseDecoder)
+{
+    Random random(5);
+    for (int round = 0; round < 500; ++round) {
+        Lists lists = randomLists(random, round % 2 == 0);
+        std::vector<uint8_t> stream(random.between(0, 80));
+        for (auto& byte : stream) byte = uint8_t(random.between(0, 255));
+        for (size_t i = 1; i < stream.size(); ++i)
+            if (stream[i - 1] == 0xFF && random.between(0, 3) != 0) stream[i] = 0;
+        Pair pair(lists, lists, stream);
+        for (int i = 0; i < 400; ++i) {
+            int16_t value = 77, expected = 77;
+            int s = pair.reference.symbol(lists);
+            bool whole = s >= 0 && (s == 0 || s > 15 || pair.reference.has(s));
+            if (whole) expected = int16_t(s == 0 ? 0 : s > 15 ? -32768 : pair.reference.value(s));
+            ASSERT_EQ(qeliDecodeHuffmanOne_JPEG_1u16s_C1(pair.src.data(), (int)pair.src.size(), &pair.pos, &value,
+                                                         &pair.marker, &pair.dc, &pair.state),
+                      whole ? qelStsNoErr : qelStsJPEGOutOfBufErr);
+            ASSERT_EQ(value, expected);
+            pair.expectSameSource();
+            ASSERT_FALSE(HasFailure()) << round << ' ' << i;
+            if (!whole) break;
+        }
+    }
+}
+
+TEST(DecodeHuffmanOne, CategorySixteenHasNoBits)
+{
+    Pair pair({{1, 1}, {16, 0}}, kAcLists, {0x40});
+    int16_t value = 0;
+    auto decode = [&] {
+        return qeliDecodeHuffmanOne_JPEG_1u16s_C1(pair.src.data(), 1, &pair.pos, &value, &pair.marker, &pair.dc,
+                                                  &pair.state);
+    };
+    EXPECT_EQ(decode(), qelStsNoErr);
+    EXPECT_EQ(value, -32768);
+    EXPECT_EQ(pair.state.count, 7);
+    EXPECT_EQ(decode(), qelStsNoErr);
+    EXPECT_EQ(value, 0);
+    EXPECT_EQ(pair.state.count, 5);
+}
+
+}

@@ -1,0 +1,137 @@
+// Huffman kernels: every build equals the scalar one.
+#include "jpeg/huffman_decode.h"
+#include "jpeg/huffman_encode.h"
+
+#include "huffman_reference.h"
+#include "kernels/every_build.h"
+
+using namespace qel;
+using namespace qel::test;
+
+namespace {
+
+// A random table that has a code for every symbol but `without`.
+Lists listsWithout(Random& random, int without)
+{
+    Lists lists;
+    for (int length : {7, 9, 12, 16}) lists.bits[length - 1] = length == 16 ? 63 : 64;
+    for (int i = 0, symbol = 0; symbol < 256; ++symbol)
+        if (symbol != without) lists.values[i++] = uint8_t(symbol);
+    for (int i = 254; i > 0; --i) std::swap(lists.values[i], lists.values[random.between(0, i)]);
+    return lists;
+}
+
+QelEncodeHuffmanSpec encodeSpecOf(const Lists& lists)
+{
+    QelEncodeHuffmanSpec spec = {};
+    auto codes = codesOf(lists);
+    for (size_t i = 0; i < codes.size(); ++i)
+        spec.entries[lists.values[i]] = uint32_t(codes[i].length) << 16 | codes[i].word;
+    return spec;
+}
+
+TEST(HuffmanEncodeKernels, Blocks)
+{
+    everyBuild<HuffmanEncodeKernels>([](const HuffmanEncodeKernels& table) {
+        Random random(1);
+        for (int round = 0; round < 2000; ++round) {
+            auto dc = encodeSpecOf(listsWithout(random, 200));
+            auto ac = encodeSpecOf(listsWithout(random, random.between(0, 255)));
+            auto block = randomBlock(random, 1 << random.between(0, 6), random.between(0, 15));
+            size_t room = size_t(random.between(24, 700));
+            int count = random.between(0, 7), difference = random.between(-65535, 65535);
+            Guarded<uint8_t> dst(room), expected(room);
+            BitSink sink = {uint64_t(random.between(0, 32767)), count, dst.data(), int64_t(room)}, other = sink;
+            other.next = expected.data();
+            QelStatus status = table.encodeBlock(block.data(), difference, &dc, &ac, &sink);
+            ASSERT_EQ(status, HuffmanEncodeKernels::scalar.encodeBlock(block.data(), difference, &dc, &ac, &other));
+            ASSERT_EQ(sink.next - dst.data(), other.next - expected.data());
+            ASSERT_EQ(sink.bits, other.bits);
+            ASSERT_EQ(sink.count, other.count);
+            ASSERT_EQ(sink.room, other.room);
+            ASSERT_EQ(memcmp(dst.data(), expected.data(), room), 0);
+            ASSERT_TRUE(dst.intact());
+        }
+    });
+}
+
+TEST(HuffmanEncodeKernels, Statistics)
+{
+    everyBuild<HuffmanEncodeKernels>([](const HuffmanEncodeKernels& table) {
+        Random random(2);
+        std::array<uint32_t, 256> dc{}, ac{}, expectedDc{}, expectedAc{};
+        for (int round = 0; round < 2000; ++round) {
+            auto block = randomBlock(random, 1 << random.between(0, 6), random.between(0, 15));
+            int difference = random.between(-65535, 65535);
+            table.countBlock(block.data(), difference, dc.data(), ac.data());
+            HuffmanEncodeKernels::scalar.countBlock(block.data(), difference, expectedDc.data(), expectedAc.data());
+        }
+        ASSERT_EQ(dc, expectedDc);
+        ASSERT_EQ(ac, expectedAc);
+    });
+}
+
+// A table without codes longer than ten bits has many that are in no table.
+QelDecodeHuffmanSpec decodeSpecOf(const Lists& lists)
+{
+    QelDecodeHuffmanSpec spec = {};
+    auto codes = codesOf(lists);
+    for (auto& largest : spec.largestCode) largest = kNoCodeOfLength;
+    for (size_t i = 0; i < codes.size(); ++i) {
+        auto [length, word] = codes[i];
+        spec.values[i] = lists.values[i];
+        if (spec.largestCode[length] == kNoCodeOfLength) {
+            spec.firstCode[length] = uint16_t(word);
+            spec.valueIndex[length] = uint16_t(i);
+        }
+        spec.largestCode[length] = uint16_t(word);
+        for (uint32_t k = 0; length <= 8 && k < 1u << (8 - length); ++k)
+            spec.lookAhead[(word << (8 - length)) + k] = uint32_t(length) << 16 | lists.values[i];
+    }
+    return spec;
+}
+
+TEST(HuffmanDecodeKernels, Streams)
+{
+    everyBuild<HuffmanDecodeKernels>([](const HuffmanDecodeKernels& table) {
+        Random random(3);
+        for (int round = 0; round < 2000; ++round) {
+            auto dc = decodeSpecOf(listsWithout(random, 0)), ac = decodeSpecOf(listsWithout(random, 0));
+            Guarded<uint8_t> src(size_t(random.between(4, 200)));
+            random.fill(src.data(), src.size());
+            for (size_t i = 1; i < src.size(); ++i)
+                if (src.data()[i - 1] == 0xFF) src.data()[i] = 0;
+            src.data()[src.size() - 2] = 0xFF, src.data()[src.size() - 1] = 0xD9;
+            int len = int(src.size()) - (round % 2 == 0 ? 2 : 0);
+            BitSource ours = {src.data(), len, 0, 0, 0, 0}, theirs = ours;
+            auto& scalar = HuffmanDecodeKernels::scalar;
+            for (QelStatus status = qelStsNoErr; status == qelStsNoErr && ours.marker == 0;) {
+                int16_t block[64] = {}, expected[64] = {}, lastDc = 5, expectedDc = 5;
+                uint32_t left = 77, expectedLeft = 77;
+                QelStatus other;
+                int before = ours.pos;
+                if (round % 3 == 0) {
+                    status = table.decodeOne(&ours, &dc, block);
+                    other = scalar.decodeOne(&theirs, &dc, expected);
+                } else if (round % 3 == 1 && len == int(src.size())) {
+                    status = table.decodeBlockDirect(&ours, block, &lastDc, {&dc, &ac});
+                    other = scalar.decodeBlockDirect(&theirs, expected, &expectedDc, {&dc, &ac});
+                } else {
+                    status = table.decodeBlock(&ours, block, &lastDc, {&dc, &ac}, &left);
+                    other = scalar.decodeBlock(&theirs, expected, &expectedDc, {&dc, &ac}, &expectedLeft);
+                }
+                ASSERT_EQ(status, other);
+                ASSERT_EQ(memcmp(block, expected, sizeof block), 0);
+                ASSERT_EQ(lastDc, expectedDc);
+                ASSERT_EQ(left, expectedLeft);
+                ASSERT_EQ(ours.pos, theirs.pos);
+                ASSERT_EQ(ours.marker, theirs.marker);
+                ASSERT_EQ(ours.bits, theirs.bits);
+                ASSERT_EQ(ours.count, theirs.count);
+                if (before == len) break;
+            }
+        }
+    });
+}
+
+}
