@@ -8,8 +8,9 @@ if(QELJX_OPENMP)
 endif()
 
 string(TIMESTAMP QELJX_BUILD_DATE "%Y-%m-%d" UTC)
-set_source_files_properties(${PROJECT_SOURCE_DIR}/src/core/version.cpp PROPERTIES COMPILE_DEFINITIONS
-    "QEL_VERSION_MAJOR=${PROJECT_VERSION_MAJOR};QEL_VERSION_MINOR=${PROJECT_VERSION_MINOR};QEL_VERSION_PATCH=${PROJECT_VERSION_PATCH};QEL_VERSION=\"${PROJECT_VERSION}\";QEL_BUILD_DATE=\"${QELJX_BUILD_DATE}\"")
+set_property(SOURCE ${PROJECT_SOURCE_DIR}/src/core/version.cpp PROPERTY COMPILE_DEFINITIONS
+    QEL_VERSION_MAJOR=${PROJECT_VERSION_MAJOR} QEL_VERSION_MINOR=${PROJECT_VERSION_MINOR}
+    QEL_VERSION_PATCH=${PROJECT_VERSION_PATCH} QEL_VERSION="${PROJECT_VERSION}" QEL_BUILD_DATE="${QELJX_BUILD_DATE}")
 
 add_library(qeljx_objects OBJECT ${QELJX_FILES})
 target_include_directories(qeljx_objects PRIVATE src include)
@@ -33,7 +34,8 @@ foreach(header ${QELJX_HEADERS})
     endforeach()
 endforeach()
 list(JOIN exports "$<SEMICOLON>\n    " exports)
-file(GENERATE OUTPUT ${QELJX_EXPORT_MAP} CONTENT "{\nglobal:\n    ${exports}$<SEMICOLON>\nlocal:\n    *$<SEMICOLON>\n}$<SEMICOLON>\n")
+file(GENERATE OUTPUT ${QELJX_EXPORT_MAP} CONTENT
+    "{\nglobal:\n    ${exports}$<SEMICOLON>\nlocal:\n    *$<SEMICOLON>\n}$<SEMICOLON>\n")
 
 add_library(qeljx SHARED $<TARGET_OBJECTS:qeljx_objects> ${QELJX_KERNEL_OBJECTS})
 add_library(qeljx_static STATIC $<TARGET_OBJECTS:qeljx_objects> ${QELJX_KERNEL_OBJECTS})
