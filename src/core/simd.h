@@ -35,6 +35,18 @@ template <class V> QEL_INLINE V load(const void* p)
 }
 template <class V> QEL_INLINE void store(void* p, V v) { __builtin_memcpy(p, &v, sizeof v); }
 
+// Lanes by index, the same in each block of 16 bytes: inBlocks<1, 0, 3, 2>(v) swaps neighbours of 32 bits.
+template <int... kFrom, class V> QEL_INLINE V inBlocks(V v)
+{
+    constexpr int kLanes = sizeof...(kFrom);
+    static_assert(kLanes * sizeof(v[0]) == 16);
+    if constexpr (sizeof v == 16) return __builtin_shufflevector(v, v, kFrom...);
+    if constexpr (sizeof v == 32) return __builtin_shufflevector(v, v, kFrom..., (kFrom + kLanes)...);
+    if constexpr (sizeof v == 64)
+        return __builtin_shufflevector(v, v, kFrom..., (kFrom + kLanes)..., (kFrom + 2 * kLanes)...,
+                                       (kFrom + 3 * kLanes)...);
+}
+
 template <class Lane> QEL_INLINE Lane clampTo(int v, int low, int high)
 {
     return Lane(v < low ? low : v > high ? high : v);
@@ -105,6 +117,16 @@ template <int N> struct PortableSimd {
         return a;
     }
 
+    // Products in units of 2^-15, rounded to nearest, ties to even; -1 times -1 wraps.
+    static QEL_INLINE S16<N> mulRoundEven(S16<N> a, S16<N> b)
+    {
+        for (int i = 0; i < N / 2; ++i) {
+            int32_t product = int32_t(a[i]) * b[i];
+            a[i] = int16_t((product + 0x3FFF + ((product >> 15) & 1)) >> 15);
+        }
+        return a;
+    }
+
     // Lane i is a[2i] * b[2i] + a[2i + 1] * b[2i + 1], wrapping.
     static QEL_INLINE S32<N> mulAddPairs(S16<N> a, S16<N> b)
     {
@@ -163,6 +185,24 @@ template <int N> struct PortableSimd {
         return wide;
     }
 
+    // A register of twice the width from two, and its halves.
+    static QEL_INLINE S16<N> join(S16<N / 2> lower, S16<N / 2> upper)
+    {
+        S16<N> joined = {};
+        for (int i = 0; i < N / 4; ++i) joined[i] = lower[i], joined[i + N / 4] = upper[i];
+        return joined;
+    }
+    static QEL_INLINE S16<N / 2> lowerHalf(S16<N> a) { return half<0>(a); }
+    static QEL_INLINE S16<N / 2> upperHalf(S16<N> a) { return half<1>(a); }
+
+    template <class V> static QEL_INLINE bool isZero(V v)
+    {
+        U64<N> lanes = (U64<N>)v;
+        for (int i = 0; i < N / 8; ++i)
+            if (lanes[i] != 0) return false;
+        return true;
+    }
+
     // Bit i is the highest bit of lane i.
     static QEL_INLINE uint64_t signMask(U8<N> a)
     {
@@ -204,6 +244,12 @@ template <int N> struct PortableSimd {
     static QEL_INLINE void finishStores() {}
 
 private:
+    template <int kHalf> static QEL_INLINE S16<N / 2> half(S16<N> a)
+    {
+        S16<N / 2> lanes = {};
+        for (int i = 0; i < N / 4; ++i) lanes[i] = a[kHalf * N / 4 + i];
+        return lanes;
+    }
     template <int kHalf, class V> static QEL_INLINE V zip(V a, V b)
     {
         constexpr int kLane = sizeof(a[0]), kPerBlock = kBlock / kLane;
@@ -233,23 +279,6 @@ template <class Count, class Body> QEL_INLINE void inSteps(Count n, Body body)
     if constexpr (QEL_WIDTH >= 16)
         for (; n - i >= 16; i += 16) body(Bytes<16>(), i);
     for (; i < n; ++i) body(Bytes<1>(), i);
-}
-
-// The same from `begin` to `end` for a body that may do elements twice: what is left of the row is done by a step that
-// ends with it, so that only rows of less than 16 elements go one at a time. All steps between the first and the last
-// start at multiples of their width.
-template <class Body> QEL_INLINE void inOverlappingSteps(ptrdiff_t begin, ptrdiff_t end, Body body)
-{
-    auto walk = [=](auto step) {
-        ptrdiff_t last = end - step.value;
-        for (ptrdiff_t i = begin; i < last; i = (i & -step.value) + step.value) body(step, i);
-        body(step, last);
-    };
-    if constexpr (QEL_WIDTH > 16)
-        if (end - begin >= QEL_WIDTH) return walk(Bytes<QEL_WIDTH>());
-    if constexpr (QEL_WIDTH >= 16)
-        if (end - begin >= 16) return walk(Bytes<16>());
-    for (ptrdiff_t i = begin; i < end; ++i) body(Bytes<1>(), i);
 }
 
 }

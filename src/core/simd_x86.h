@@ -57,6 +57,13 @@ template <int N, class Simd> struct Interleaved {
     }
 };
 
+// From products rounded with ties up, and their low halves: a tie has 0x4000 in its last 15 bits.
+template <class V> QEL_INLINE V evenTies(V rounded, V low)
+{
+    V isTie = low * 2 == -32768;
+    return rounded & ~(V)(isTie & 1);
+}
+
 template <> struct Simd<16> : Interleaved<16, Simd<16>> {
     static QEL_INLINE S16<16> addSat(S16<16> a, S16<16> b) { return (S16<16>)_mm_adds_epi16((__m128i)a, (__m128i)b); }
     static QEL_INLINE S16<16> subSat(S16<16> a, S16<16> b) { return (S16<16>)_mm_subs_epi16((__m128i)a, (__m128i)b); }
@@ -69,6 +76,17 @@ template <> struct Simd<16> : Interleaved<16, Simd<16>> {
     static QEL_INLINE S16<16> greatest(S16<16> a, S16<16> b) { return (S16<16>)_mm_max_epi16((__m128i)a, (__m128i)b); }
     static QEL_INLINE S16<16> mulHigh(S16<16> a, S16<16> b) { return (S16<16>)_mm_mulhi_epi16((__m128i)a, (__m128i)b); }
     static QEL_INLINE U16<16> mulHigh(U16<16> a, U16<16> b) { return (U16<16>)_mm_mulhi_epu16((__m128i)a, (__m128i)b); }
+    static QEL_INLINE S16<16> mulRoundEven(S16<16> a, S16<16> b)
+    {
+        S16<16> low = a * b;
+#if defined(__SSSE3__)
+        return evenTies((S16<16>)_mm_mulhrs_epi16((__m128i)a, (__m128i)b), low);
+#else
+        // The product's bits 15 to 30, and the 15 below them: up if these and the parity are beyond one half.
+        S16<16> parity = (S16<16>)((U16<16>)low >> 15);
+        return mulHigh(a, b) * 2 + parity - ((low & 0x7FFF) > 0x4000 - parity);
+#endif
+    }
     static QEL_INLINE S32<16> mulAddPairs(S16<16> a, S16<16> b)
     {
         return (S32<16>)_mm_madd_epi16((__m128i)a, (__m128i)b);
@@ -107,6 +125,14 @@ template <> struct Simd<16> : Interleaved<16, Simd<16>> {
     static QEL_INLINE S16<16> widen(const uint8_t* p)
     {
         return (S16<16>)_mm_unpacklo_epi8(_mm_loadl_epi64((const __m128i*)p), _mm_setzero_si128());
+    }
+    template <class V> static QEL_INLINE bool isZero(V v)
+    {
+#if defined(__SSE4_1__)
+        return _mm_testz_si128((__m128i)v, (__m128i)v);
+#else
+        return _mm_movemask_epi8(_mm_cmpeq_epi8((__m128i)v, _mm_setzero_si128())) == 0xFFFF;
+#endif
     }
     static QEL_INLINE uint64_t signMask(U8<16> a) { return uint32_t(_mm_movemask_epi8((__m128i)a)); }
 
@@ -212,6 +238,10 @@ template <> struct Simd<32> : Interleaved<32, Simd<32>> {
     {
         return (U16<32>)_mm256_mulhi_epu16((__m256i)a, (__m256i)b);
     }
+    static QEL_INLINE S16<32> mulRoundEven(S16<32> a, S16<32> b)
+    {
+        return evenTies((S16<32>)_mm256_mulhrs_epi16((__m256i)a, (__m256i)b), a * b);
+    }
     static QEL_INLINE S32<32> mulAddPairs(S16<32> a, S16<32> b)
     {
         return (S32<32>)_mm256_madd_epi16((__m256i)a, (__m256i)b);
@@ -245,6 +275,13 @@ template <> struct Simd<32> : Interleaved<32, Simd<32>> {
     {
         return (S16<32>)_mm256_cvtepu8_epi16(_mm_loadu_si128((const __m128i*)p));
     }
+    static QEL_INLINE S16<32> join(S16<16> lower, S16<16> upper)
+    {
+        return (S16<32>)_mm256_inserti128_si256(_mm256_castsi128_si256((__m128i)lower), (__m128i)upper, 1);
+    }
+    static QEL_INLINE S16<16> lowerHalf(S16<32> a) { return (S16<16>)_mm256_castsi256_si128((__m256i)a); }
+    static QEL_INLINE S16<16> upperHalf(S16<32> a) { return (S16<16>)_mm256_extracti128_si256((__m256i)a, 1); }
+    template <class V> static QEL_INLINE bool isZero(V v) { return _mm256_testz_si256((__m256i)v, (__m256i)v); }
     static QEL_INLINE uint64_t signMask(U8<32> a) { return uint32_t(_mm256_movemask_epi8((__m256i)a)); }
 
     // The lower (upper) blocks of `a` and `b`, and the lower block of `a` beside the upper one of `b`.
@@ -365,6 +402,10 @@ template <> struct Simd<64> : Interleaved<64, Simd<64>> {
     {
         return (U16<64>)_mm512_mulhi_epu16((__m512i)a, (__m512i)b);
     }
+    static QEL_INLINE S16<64> mulRoundEven(S16<64> a, S16<64> b)
+    {
+        return evenTies((S16<64>)_mm512_mulhrs_epi16((__m512i)a, (__m512i)b), a * b);
+    }
     static QEL_INLINE S32<64> mulAddPairs(S16<64> a, S16<64> b)
     {
         return (S32<64>)_mm512_madd_epi16((__m512i)a, (__m512i)b);
@@ -400,6 +441,16 @@ template <> struct Simd<64> : Interleaved<64, Simd<64>> {
     static QEL_INLINE S16<64> widen(const uint8_t* p)
     {
         return (S16<64>)_mm512_cvtepu8_epi16(_mm256_loadu_si256((const __m256i*)p));
+    }
+    static QEL_INLINE S16<64> join(S16<32> lower, S16<32> upper)
+    {
+        return (S16<64>)_mm512_inserti64x4(_mm512_castsi256_si512((__m256i)lower), (__m256i)upper, 1);
+    }
+    static QEL_INLINE S16<32> lowerHalf(S16<64> a) { return (S16<32>)_mm512_castsi512_si256((__m512i)a); }
+    static QEL_INLINE S16<32> upperHalf(S16<64> a) { return (S16<32>)_mm512_extracti64x4_epi64((__m512i)a, 1); }
+    template <class V> static QEL_INLINE bool isZero(V v)
+    {
+        return _mm512_test_epi64_mask((__m512i)v, (__m512i)v) == 0;
     }
     static QEL_INLINE uint64_t signMask(U8<64> a) { return _mm512_movepi8_mask((__m512i)a); }
 

@@ -24,6 +24,7 @@ template <class S, int N> struct Run {
     QEL_ON_TWO(greatest16, greatest, S16)
     QEL_ON_TWO(mulHighSigned, mulHigh, S16)
     QEL_ON_TWO(mulHighUnsigned, mulHigh, U16)
+    QEL_ON_TWO(mulRoundEven, mulRoundEven, S16)
     QEL_ON_TWO(mulAddPairs, mulAddPairs, S16)
     QEL_ON_TWO(pack, pack, S32)
     QEL_ON_TWO(packUnsigned, packUnsigned, S16)
@@ -39,6 +40,32 @@ template <class S, int N> struct Run {
 
     static void inOrder(const uint8_t* in, uint8_t* out) { store(out, S::inOrder(at<U8<N>>(in, 0))); }
     static void widen(const uint8_t* in, uint8_t* out) { store(out, S::widen(in)); }
+    // Small products of both signs have last bits that are nearly all zeros or ones.
+    static void mulSmall(const uint8_t* in, uint8_t* out)
+    {
+        store(out, S::mulRoundEven(at<S16<N>>(in, 0) >> 13, at<S16<N>>(in, 1) >> 13));
+    }
+    // Multiples of 2^7 have products that are often half way.
+    static void mulTies(const uint8_t* in, uint8_t* out)
+    {
+        store(out, S::mulRoundEven(at<S16<N>>(in, 0) & ~0x7F, at<S16<N>>(in, 1) & ~0x7F));
+    }
+    static void join(const uint8_t* in, uint8_t* out)
+    {
+        if constexpr (N > 16) store(out, S::join(load<S16<N / 2>>(in), load<S16<N / 2>>(in + N / 2)));
+    }
+    static void halves(const uint8_t* in, uint8_t* out)
+    {
+        if constexpr (N > 16)
+            store(out, S::upperHalf(load<S16<N>>(in))), store(out + N / 2, S::lowerHalf(load<S16<N>>(in)));
+    }
+    // One bit anywhere, or none: where depends on the random input.
+    static void isZero(const uint8_t* in, uint8_t* out)
+    {
+        uint8_t bit[N] = {};
+        if (in[0] % 8) bit[in[1] % N] = uint8_t(1 << in[2] % 8);
+        out[0] = S::isZero(load<U8<N>>(bit));
+    }
     static void signMask(const uint8_t* in, uint8_t* out) { store(out, S::signMask(at<U8<N>>(in, 0))); }
     static void mulAddBytePairs(const uint8_t* in, uint8_t* out)
     {
@@ -95,7 +122,9 @@ template <class S, int N> struct Run {
         QEL_OPERATION(N, widen, 1, N), QEL_OPERATION(N, signMask, 1, 8), QEL_OPERATION(N, load2, 2, 2 * N),            \
         QEL_OPERATION(N, load3, 3, 3 * N), QEL_OPERATION(N, load4, 4, 4 * N), QEL_OPERATION(N, store2, 2, 2 * N),      \
         QEL_OPERATION(N, store3, 3, 3 * N), QEL_OPERATION(N, store4, 4, 4 * N), QEL_OPERATION(N, storePast, 1, N),     \
-        QEL_OPERATION(N, mulAddBytePairs, 2, N), QEL_OPERATION(N, store2Wide, 2, 2 * N)
+        QEL_OPERATION(N, mulAddBytePairs, 2, N), QEL_OPERATION(N, store2Wide, 2, 2 * N),                               \
+        QEL_OPERATION(N, mulRoundEven, 2, N), QEL_OPERATION(N, mulTies, 2, N), QEL_OPERATION(N, mulSmall, 2, N),       \
+        QEL_OPERATION(N, join, 1, N), QEL_OPERATION(N, halves, 1, N), QEL_OPERATION(N, isZero, 1, 1)
 
 constexpr SimdOperation kOperations[] = {
     QEL_OPERATIONS(16),
