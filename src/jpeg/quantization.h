@@ -1,0 +1,23 @@
+// Quantization: the table of its block kernels, and their exported doors.
+#pragma once
+
+#include <stdint.h>
+
+#include "core/exports.h"
+
+namespace qel {
+
+struct QuantizationKernels {
+    // Source and destination may be the same block.
+    void (*forward)(const int16_t* src, int16_t* dst, const uint16_t* encTable);
+    void (*inverse)(const int16_t* src, int16_t* dst, const uint16_t* decTable);
+
+    static const QuantizationKernels baseline, avx2, avx512;
+    static const QuantizationKernels scalar, wide16, wide32, wide64;
+};
+
+}
+
+QEL_KERNEL void ownqj_QuantFwd_8x8_Sfs15_16s(const int16_t* src, int16_t* dst, const uint16_t* encTable);
+QEL_KERNEL void ownqj_QuantInv_8x8_16s(const int16_t* src, int16_t* dst, const uint16_t* decTable);
+QEL_KERNEL void ownqj_QuantInv_8x8_16s_I(int16_t* srcDst, const uint16_t* decTable);

@@ -1,0 +1,115 @@
+// Quantization: tables, values, order of faults.
+#include "qeljx.h"
+
+#include <gtest/gtest.h>
+#include <limits.h>
+#include <string.h>
+
+namespace {
+
+// A table that holds 0, 1, 2, ... and some larger steps.
+struct RawTable {
+    uint8_t steps[64];
+    RawTable()
+    {
+        for (int i = 0; i < 64; ++i) steps[i] = uint8_t(i < 48 ? i : 255 - 13 * (i - 48));
+    }
+};
+
+TEST(QuantFwdRawTableInit, Scales)
+{
+    const struct {
+        int quality;
+        uint8_t in, out;
+    } table[] = {
+        {50, 16, 16},   {50, 255, 255},    {75, 16, 8},   {75, 11, 6},   {75, 1, 1},        {25, 16, 32},
+        {25, 200, 255}, {1, 5, 250},       {1, 6, 255},   {100, 255, 1}, {100, 0, 1},       {49, 100, 102},
+        {99, 99, 2},    {90, 0, 1},        {101, 255, 1}, {1000, 9, 1},  {INT_MAX, 200, 1}, {-1, 200, 1},
+        {-50, 255, 1},  {INT_MIN, 255, 1}, {0, 1, 255},   {0, 255, 255}, {0, 0, 1},
+    };
+    for (auto& row : table) {
+        uint8_t steps[64];
+        memset(steps, row.in, sizeof steps);
+        EXPECT_EQ(qeliQuantFwdRawTableInit_JPEG_8u(steps, row.quality), qelStsNoErr);
+        for (uint8_t step : steps) EXPECT_EQ(step, row.out) << int(row.in) << " at quality " << row.quality;
+    }
+}
+
+TEST(QuantTableInit, NaturalOrderAndReciprocals)
+{
+    const uint8_t corner[5] = {3, 7, 31, 9, 255}; // the first diagonals: (0, 0), (0, 1), (1, 0), (2, 0), (1, 1)
+    uint8_t raw[64];
+    memset(raw, 1, sizeof raw);
+    memcpy(raw, corner, sizeof corner);
+    raw[63] = 2;
+    uint16_t enc[64], dec[64];
+    EXPECT_EQ(qeliQuantFwdTableInit_JPEG_8u16u(raw, enc), qelStsNoErr);
+    EXPECT_EQ(qeliQuantInvTableInit_JPEG_8u16u(raw, dec), qelStsNoErr);
+    const struct {
+        int natural;
+        uint16_t enc, dec;
+    } table[] = {{0, 10923, 3}, {1, 4681, 7},  {8, 1057, 31}, {16, 3641, 9},
+                 {9, 129, 255}, {2, 32768, 1}, {63, 16384, 2}};
+    for (auto& row : table) {
+        EXPECT_EQ(enc[row.natural], row.enc) << row.natural;
+        EXPECT_EQ(dec[row.natural], row.dec) << row.natural;
+    }
+}
+
+TEST(QuantTableInit, ZeroStepWarnsInTheEncoderOnly)
+{
+    RawTable raw;
+    uint16_t enc[64], dec[64];
+    EXPECT_EQ(qeliQuantFwdTableInit_JPEG_8u16u(raw.steps, enc), qelStsDivByZero);
+    EXPECT_EQ(qeliQuantInvTableInit_JPEG_8u16u(raw.steps, dec), qelStsNoErr);
+    EXPECT_EQ(enc[0], 65535);
+    EXPECT_EQ(dec[0], 0);
+    // Everything else is computed all the same.
+    for (int i = 1; i < 64; ++i) EXPECT_EQ(enc[i], (2 * 32768 + dec[i]) / (2 * dec[i])) << i;
+}
+
+TEST(QuantFwd8x8, Values)
+{
+    const struct {
+        uint16_t entry;
+        int16_t in, out;
+    } table[] = {{2048, 8, 1},    {2048, 7, 0},      {2048, -8, 0},       {2048, -9, -1},        {2048, 24, 2},
+                 {2048, -24, -1}, {2048, -25, -2},   {32768, 4095, 4095}, {32768, -4096, -4096}, {32768, 4096, -4096},
+                 {129, 255, 1},   {65535, 100, 200}, {0, 4095, 0}};
+    for (auto& row : table) {
+        int16_t block[64];
+        uint16_t entries[64];
+        for (int i = 0; i < 64; ++i) block[i] = row.in, entries[i] = row.entry;
+        EXPECT_EQ(qeliQuantFwd8x8_JPEG_16s_C1I(block, entries), qelStsNoErr);
+        for (int16_t value : block) EXPECT_EQ(value, row.out) << row.in << " times " << row.entry;
+    }
+}
+
+TEST(QuantInv8x8, WrapsWithoutSaturating)
+{
+    int16_t block[64] = {1000, -1000, -3, 32767, -32768};
+    const uint16_t steps[64] = {100, 100, 255, 2, 255};
+    EXPECT_EQ(qeliQuantInv8x8_JPEG_16s_C1I(block, steps), qelStsNoErr);
+    const int16_t expected[] = {-31072, 31072, -765, -2, -32768, 0};
+    for (int i = 0; i < 6; ++i) EXPECT_EQ(block[i], expected[i]) << i;
+}
+
+TEST(Quantization, NullPointers)
+{
+    uint8_t raw[64] = {5};
+    uint16_t table[64] = {6};
+    int16_t block[64] = {7};
+    EXPECT_EQ(qeliQuantFwdRawTableInit_JPEG_8u(nullptr, 50), qelStsNullPtrErr);
+    EXPECT_EQ(qeliQuantFwdTableInit_JPEG_8u16u(nullptr, table), qelStsNullPtrErr);
+    EXPECT_EQ(qeliQuantFwdTableInit_JPEG_8u16u(raw, nullptr), qelStsNullPtrErr);
+    EXPECT_EQ(qeliQuantInvTableInit_JPEG_8u16u(nullptr, table), qelStsNullPtrErr);
+    EXPECT_EQ(qeliQuantInvTableInit_JPEG_8u16u(raw, nullptr), qelStsNullPtrErr);
+    EXPECT_EQ(qeliQuantFwd8x8_JPEG_16s_C1I(nullptr, table), qelStsNullPtrErr);
+    EXPECT_EQ(qeliQuantFwd8x8_JPEG_16s_C1I(block, nullptr), qelStsNullPtrErr);
+    EXPECT_EQ(qeliQuantInv8x8_JPEG_16s_C1I(nullptr, table), qelStsNullPtrErr);
+    EXPECT_EQ(qeliQuantInv8x8_JPEG_16s_C1I(block, nullptr), qelStsNullPtrErr);
+    EXPECT_EQ(table[0], 6);
+    EXPECT_EQ(block[0], 7);
+}
+
+}

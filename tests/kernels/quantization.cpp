@@ -1,0 +1,42 @@
+// Quantization kernels: every build, the scalar one too, equals the steps one value at a time.
+#include "jpeg/quantization.h"
+
+#include "kernels/every_build.h"
+
+using namespace qel;
+using namespace qel::test;
+
+namespace {
+
+int16_t quantized(int16_t c, uint16_t entry)
+{
+    int16_t a = int16_t(uint32_t(c) * 8);
+    int product = (a * (entry >> 1)) >> 16;
+    return int16_t((product + 1) >> 1);
+}
+
+void check(const QuantizationKernels& kernels)
+{
+    Random random(7);
+    Guarded<int16_t> src(64, Fault::behind, 1), dst(64, Fault::before, 1);
+    Guarded<uint16_t> table(64, Fault::behind, 3);
+    for (int round = 0; round < 2000; ++round) {
+        random.fill(src.data(), 64);
+        random.fill(table.data(), 64);
+        if (round % 2)
+            for (int i = 0; i < 64; ++i) src.data()[i] = int16_t(src.data()[i] % 4096);
+        kernels.forward(src.data(), dst.data(), table.data());
+        for (int i = 0; i < 64; ++i) ASSERT_EQ(dst.data()[i], quantized(src.data()[i], table.data()[i]));
+        kernels.inverse(src.data(), dst.data(), table.data());
+        for (int i = 0; i < 64; ++i) ASSERT_EQ(dst.data()[i], int16_t(uint32_t(src.data()[i]) * table.data()[i])) << i;
+        ASSERT_TRUE(src.intact() && dst.intact());
+    }
+}
+
+TEST(QuantizationKernels, BothWays)
+{
+    check(QuantizationKernels::scalar);
+    everyBuild<QuantizationKernels>(check);
+}
+
+}
