@@ -1,0 +1,68 @@
+// The 8x8 DCT: exported functions.
+#include "jpeg/dct.h"
+
+#include "core/checks.h"
+#include "core/dispatch.h"
+#include "qeljx/jpeg_block.h"
+
+using namespace qel;
+
+QelStatus qeliDCTQuantFwd8x8LS_JPEG_8u16s_C1R(const uint8_t* pSrc, int srcStep, int16_t* pDst,
+                                              const uint16_t* pEncTable)
+{
+    if (QelStatus bad = first(pointers(pSrc, pDst), steps(srcStep), pointers(pEncTable))) return bad;
+    kernels<DctKernels>().forwardQuantSamples(pSrc, srcStep, pDst, pEncTable);
+    return qelStsNoErr;
+}
+
+QelStatus qeliDCTQuantFwd8x8_JPEG_16s_C1(const int16_t* pSrc, int16_t* pDst, const uint16_t* pEncTable)
+{
+    if (QelStatus bad = first(pointers(pSrc, pDst, pEncTable))) return bad;
+    kernels<DctKernels>().forwardQuant(pSrc, pDst, pEncTable);
+    return qelStsNoErr;
+}
+
+QelStatus qeliDCTQuantFwd8x8_JPEG_16s_C1I(int16_t* pSrcDst, const uint16_t* pEncTable)
+{
+    if (QelStatus bad = first(pointers(pSrcDst, pEncTable))) return bad;
+    kernels<DctKernels>().forwardQuant(pSrcDst, pSrcDst, pEncTable);
+    return qelStsNoErr;
+}
+
+QelStatus qeliDCTQuantInv8x8LS_JPEG_16s8u_C1R(const int16_t* pSrc, uint8_t* pDst, int dstStep,
+                                              const uint16_t* pDecTable)
+{
+    if (QelStatus bad = first(pointers(pSrc, pDst), steps(dstStep), pointers(pDecTable))) return bad;
+    kernels<DctKernels>().inverseQuantSamples(pSrc, pDst, dstStep, pDecTable);
+    return qelStsNoErr;
+}
+
+QelStatus qeliDCTQuantInv8x8_JPEG_16s_C1(const int16_t* pSrc, int16_t* pDst, const uint16_t* pDecTable)
+{
+    if (QelStatus bad = first(pointers(pSrc, pDst, pDecTable))) return bad;
+    kernels<DctKernels>().inverseQuant(pSrc, pDst, pDecTable);
+    return qelStsNoErr;
+}
+
+QelStatus qeliDCTQuantInv8x8_JPEG_16s_C1I(int16_t* pSrcDst, const uint16_t* pDecTable)
+{
+    if (QelStatus bad = first(pointers(pSrcDst, pDecTable))) return bad;
+    kernels<DctKernels>().inverseQuant(pSrcDst, pSrcDst, pDecTable);
+    return qelStsNoErr;
+}
+
+QelStatus qeliDCT8x8InvLSClip_16s8u_C1R(const int16_t* pSrc, uint8_t* pDst, int dstStep, int16_t shift, uint8_t min,
+                                        uint8_t max)
+{
+    if (QelStatus bad = first(pointers(pSrc, pDst), steps(dstStep))) return bad;
+    kernels<DctKernels>().inverseClip(pSrc, pDst, dstStep, shift, min, max);
+    return qelStsNoErr;
+}
+
+void dct_8x8_fwd_16s(const int16_t* src, int16_t* dst) { kernels<DctKernels>().forward(src, dst); }
+void dct_8x8_inv_16s(const int16_t* src, int16_t* dst) { kernels<DctKernels>().inverse(src, dst); }
+
+void own_8x8_LSClip_16s8u(const int16_t* src, uint8_t* dst, int dstStep, int16_t shift, uint8_t min, uint8_t max)
+{
+    kernels<DctKernels>().clip(src, dst, dstStep, shift, min, max);
+}

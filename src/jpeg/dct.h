@@ -1,0 +1,31 @@
+// The 8x8 DCT, alone and fused with quantization, level shift and clamping: the table of its block kernels, and their
+// exported doors.
+#pragma once
+
+#include <stdint.h>
+
+#include "core/exports.h"
+
+namespace qel {
+
+// Source and destination may be the same block.
+struct DctKernels {
+    void (*forward)(const int16_t* src, int16_t* dst);
+    void (*forwardQuant)(const int16_t* src, int16_t* dst, const uint16_t* encTable);
+    void (*forwardQuantSamples)(const uint8_t* src, int srcStep, int16_t* dst, const uint16_t* encTable);
+    void (*inverse)(const int16_t* src, int16_t* dst);
+    void (*inverseQuant)(const int16_t* src, int16_t* dst, const uint16_t* decTable);
+    void (*inverseQuantSamples)(const int16_t* src, uint8_t* dst, int dstStep, const uint16_t* decTable);
+    void (*inverseClip)(const int16_t* src, uint8_t* dst, int dstStep, int16_t shift, uint8_t min, uint8_t max);
+    void (*clip)(const int16_t* src, uint8_t* dst, int dstStep, int16_t shift, uint8_t min, uint8_t max);
+
+    static const DctKernels baseline, avx2, avx512;
+    static const DctKernels scalar, wide16, wide32, wide64;
+};
+
+}
+
+QEL_KERNEL void dct_8x8_fwd_16s(const int16_t* src, int16_t* dst);
+QEL_KERNEL void dct_8x8_inv_16s(const int16_t* src, int16_t* dst);
+QEL_KERNEL void own_8x8_LSClip_16s8u(const int16_t* src, uint8_t* dst, int dstStep, int16_t shift, uint8_t min,
+                                     uint8_t max);

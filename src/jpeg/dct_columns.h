@@ -1,0 +1,64 @@
+// Column passes of the 8x8 DCT: eight rows, one lane per column. Sums and differences saturate, shifts to the left
+// wrap.
+#pragma once
+
+#include "core/simd.h"
+#include "jpeg/dct_tables.h"
+
+namespace qel {
+namespace QEL_BUILD {
+namespace {
+
+using Row = S16<16>;
+
+struct Rows {
+    Row at[8];
+};
+
+QEL_INLINE Row add(Row a, Row b) { return Simd<16>::addSat(a, b); }
+QEL_INLINE Row sub(Row a, Row b) { return Simd<16>::subSat(a, b); }
+QEL_INLINE Row mulHigh(int16_t factor, Row a) { return Simd<16>::mulHigh(Row{} + factor, a); }
+// For factors that do not fit: (65536 + factor) * a.
+QEL_INLINE Row mulHighPlus1(int16_t factor, Row a) { return add(mulHigh(factor, a), a); }
+
+// The result is 8 times the vertical DCT, with the rows scaled as kCosines says. The products are truncated; setting
+// the last bit of some results is what makes up for it on average.
+QEL_INLINE void forwardColumns(Row (&r)[8])
+{
+    auto t0 = add(r[0], r[7]), t7 = sub(r[0], r[7]), t1 = add(r[1], r[6]), t6 = sub(r[1], r[6]);
+    auto t2 = add(r[2], r[5]), t5 = sub(r[2], r[5]), t3 = add(r[3], r[4]), t4 = sub(r[3], r[4]);
+
+    auto tp03 = add(t0, t3) << 3, tm03 = sub(t0, t3) << 3;
+    auto tp12 = add(t1 << 3, t2 << 3), tm12 = sub(t1 << 3, t2 << 3);
+    r[0] = add(tp03, tp12);
+    r[4] = sub(tp03, tp12);
+    r[2] = add(tm03, mulHigh(kTan2, tm12)) | 1;
+    r[6] = sub(mulHigh(kTan2, tm03), tm12) | 1;
+
+    auto tp65 = mulHigh(kCos4, add(t6 << 4, t5 << 4)) | 1, tm65 = mulHigh(kCos4, sub(t6 << 4, t5 << 4));
+    auto tp465 = add(t4 << 3, tm65), tm465 = sub(t4 << 3, tm65);
+    auto tp765 = add(t7 << 3, tp65), tm765 = sub(t7 << 3, tp65);
+    r[1] = add(mulHigh(kTan1, tp465), tp765) | 1;
+    r[7] = sub(mulHigh(kTan1, tp765), tp465);
+    r[3] = sub(tm765, mulHighPlus1(kTan3Minus1, tm465));
+    r[5] = add(mulHighPlus1(kTan3Minus1, tm765), tm465);
+}
+
+QEL_INLINE void inverseColumns(Row (&x)[8])
+{
+    auto a = add(mulHighPlus1(kTan3Minus1, x[5]), x[3]), b = sub(x[5], mulHighPlus1(kTan3Minus1, x[3]));
+    auto d = add(mulHigh(kTan1, x[7]), x[1]), c = sub(mulHigh(kTan1, x[1]), x[7]);
+    auto e0 = add(a, d), e1 = sub(d, a), h0 = sub(c, b), h1 = add(c, b);
+    auto f = add(mulHigh(kTan2, x[6]), x[2]), g = sub(mulHigh(kTan2, x[2]), x[6]);
+    auto s = mulHighPlus1(kCos4Minus1, add(e1, h0)), m = mulHighPlus1(kCos4Minus1, sub(e1, h0));
+    auto p = add(x[0], x[4]), q = sub(x[0], x[4]);
+    auto p0 = add(p, f), p3 = sub(p, f), q1 = add(q, g), q2 = sub(q, g);
+    x[0] = add(e0, p0) >> 5, x[7] = sub(p0, e0) >> 5;
+    x[1] = add(q1, s) >> 5, x[6] = sub(q1, s) >> 5;
+    x[2] = add(q2, m) >> 5, x[5] = sub(q2, m) >> 5;
+    x[3] = add(h1, p3) >> 5, x[4] = sub(p3, h1) >> 5;
+}
+
+}
+}
+}

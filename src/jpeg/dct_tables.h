@@ -1,0 +1,71 @@
+// Constants of the 8x8 DCT kernels.
+#pragma once
+
+#include <stdint.h>
+
+#include "core/simd.h"
+
+namespace qel {
+namespace QEL_BUILD {
+namespace {
+
+// The order in which the row passes take the rows: those that share a table stand side by side, so that registers of
+// any width hold whole tables.
+constexpr int kRowOrder[8] = {0, 4, 1, 7, 2, 6, 3, 5};
+
+// In units of 2^-16; cos(pi/4) of the forward kernel in units of 2^-15.
+constexpr int16_t kTan1 = 13036, kTan2 = 27146, kTan3Minus1 = -21746, kCos4 = 23170, kCos4Minus1 = -19195;
+
+// 16384 * c * sqrt(2) * cos(k * pi/16) for k = 1 to 7, rounded. The column passes leave rows v and 8 - v divided by
+// c = sqrt(2) * cos(v * pi/16), and rows 0 and 4 as they are.
+constexpr int16_t kCosines[4][7] = {{22725, 21407, 19266, 16384, 12873, 8867, 4520},
+                                    {31521, 29692, 26722, 22725, 17855, 12299, 6270},
+                                    {29692, 27969, 25172, 21407, 16819, 11585, 5906},
+                                    {26722, 25172, 22654, 19266, 15137, 10426, 5315}};
+
+// Horizontal frequency u at position x, in the table of the given row.
+constexpr int16_t basis(int row, int u, int x)
+{
+    const int16_t* cosines = kCosines[row == 4 ? 0 : row > 4 ? 8 - row : row];
+    int angle = u == 0 ? 4 : (2 * x + 1) * u % 32;
+    if (angle > 16) angle = 32 - angle;
+    return angle > 8 ? int16_t(-cosines[16 - angle - 1]) : cosines[angle - 1];
+}
+
+// Factors of mulAddPairs, [part][place in kRowOrder], and what goes with them.
+struct RowTables {
+    // Parts 0 and 1 give frequencies 0 to 3, parts 2 and 3 frequencies 4 to 7. Values 0 to 3 of a row meet even
+    // frequencies in the order 0, 1 | 2, 3 (first part | second) and odd ones in the order 3, 2 | 1, 0.
+    alignas(64) int16_t forward[4][8][8];
+    // Positions 0 to 3 from frequencies 0 and 2, 4 and 6, 1 and 3, 5 and 7.
+    alignas(64) int16_t inverse[4][8][8];
+    alignas(64) int32_t inverseRounding[8][4];
+    alignas(64) int16_t halfSigns[8][8]; // 1 for positions 0 to 3, -1 for 4 to 7
+    alignas(64) int32_t isOdd[8][4];     // all ones for odd frequencies
+};
+
+// The first row's 2^16 carries one half of the final shift by 5 to every sample.
+constexpr int32_t kInverseRounding[8] = {65536, 5802, 4520, 3408, 2048, 910, 1024, 746};
+
+constexpr RowTables makeRowTables()
+{
+    RowTables t = {};
+    for (int place = 0; place < 8; ++place)
+        for (int lane = 0; lane < 8; ++lane) {
+            int row = kRowOrder[place], i = lane / 2, odd = lane % 2;
+            for (int part = 0; part < 4; ++part) {
+                int u = part / 2 * 4 + i, x = part % 2 * 2 + odd;
+                t.forward[part][place][lane] = basis(row, u, u % 2 == 0 ? x : 3 - x);
+                t.inverse[part][place][lane] = basis(row, part % 2 * 4 + part / 2 + 2 * odd, i);
+            }
+            t.inverseRounding[place][i] = kInverseRounding[row];
+            t.halfSigns[place][lane] = lane < 4 ? 1 : -1;
+            t.isOdd[place][i] = -(i % 2);
+        }
+    return t;
+}
+constexpr RowTables kRowTables = makeRowTables();
+
+}
+}
+}

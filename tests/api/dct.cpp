@@ -1,0 +1,187 @@
+// The 8x8 DCT: values, accuracy, order of faults.
+#include "qeljx.h"
+
+#include <gtest/gtest.h>
+#include <string.h>
+
+#include <algorithm>
+
+#include "dct_reference.h"
+#include "random.h"
+
+using namespace qel::test;
+
+namespace {
+
+struct Tables {
+    uint16_t enc[64], dec[64];
+    explicit Tables(int step)
+    {
+        uint8_t raw[64];
+        memset(raw, step, sizeof raw);
+        qeliQuantFwdTableInit_JPEG_8u16u(raw, enc);
+        qeliQuantInvTableInit_JPEG_8u16u(raw, dec);
+    }
+};
+
+TEST(Dct, FlatBlocksGoThereAndBack)
+{
+    const Tables ones(1);
+    for (int v = 0; v < 256; ++v) {
+        uint8_t samples[64], back[64];
+        int16_t block[64];
+        memset(samples, v, sizeof samples);
+        ASSERT_EQ(qeliDCTQuantFwd8x8LS_JPEG_8u16s_C1R(samples, 8, block, ones.enc), qelStsNoErr);
+        EXPECT_NEAR(block[0], 8 * (v - 128), 1);
+        for (int i = 1; i < 64; ++i) EXPECT_EQ(block[i], 0) << v << ' ' << i;
+        ASSERT_EQ(qeliDCTQuantInv8x8LS_JPEG_16s8u_C1R(block, back, 8, ones.dec), qelStsNoErr);
+        for (uint8_t sample : back) EXPECT_NEAR(sample, v, 1);
+    }
+}
+
+TEST(Dct, MeanAloneSpreadsEvenly)
+{
+    const Tables ones(1);
+    for (int mean = -8000; mean <= 8000; mean += 7) {
+        int16_t block[64] = {int16_t(mean)};
+        ASSERT_EQ(qeliDCTQuantInv8x8_JPEG_16s_C1I(block, ones.dec), qelStsNoErr);
+        for (int16_t value : block) EXPECT_NEAR(value, mean / 8.0, 1);
+    }
+}
+
+TEST(Dct, OvershootIsClamped)
+{
+    const Tables ones(1);
+    const struct {
+        int16_t mean, other;
+        uint8_t least, most;
+    } table[] = {{3000, 0, 255, 255}, {-3000, 0, 0, 0}, {1000, 900, 0, 255}, {32767, 0, 255, 255}, {-32768, 0, 0, 0}};
+    for (auto& row : table) {
+        int16_t block[64] = {row.mean, row.other};
+        uint8_t out[64];
+        ASSERT_EQ(qeliDCTQuantInv8x8LS_JPEG_16s8u_C1R(block, out, 8, ones.dec), qelStsNoErr);
+        EXPECT_LE(*std::min_element(out, out + 64), row.least + (row.other ? 200 : 0));
+        EXPECT_EQ(*std::max_element(out, out + 64), row.most);
+    }
+}
+
+TEST(Dct, ClipKeepsToItsBoundsAndRows)
+{
+    Random random(8);
+    for (int round = 0; round < 500; ++round) {
+        int16_t block[64];
+        random.fill(block, 64);
+        if (round % 2)
+            for (auto& value : block) value = int16_t(value >> 6);
+        uint8_t out[8 * 12];
+        memset(out, 7, sizeof out);
+        ASSERT_EQ(qeliDCT8x8InvLSClip_16s8u_C1R(block, out, 12, 128, 16, 235), qelStsNoErr);
+        for (int i = 0; i < 96; ++i) {
+            if (i % 12 >= 8)
+                ASSERT_EQ(out[i], 7);
+            else
+                ASSERT_TRUE(out[i] >= 16 && out[i] <= 235) << int(out[i]);
+        }
+    }
+}
+
+// Samples as pictures have them: smooth ramps, an edge, some noise; and pure noise.
+void fillSamples(Random& random, uint8_t* samples, int round)
+{
+    int across = random.between(-12, 12), down = random.between(-12, 12), mean = random.between(40, 215);
+    int edge = random.between(0, 15), height = random.between(-90, 90), noise = random.between(0, 6);
+    for (int i = 0; i < 64; ++i) {
+        int v = mean + across * (i % 8 - 4) + down * (i / 8 - 4) + (i % 8 + i / 8 > edge ? height : 0);
+        v += random.between(-noise, noise);
+        samples[i] = uint8_t(round % 4 == 0 ? random.between(0, 255) : std::clamp(v, 0, 255));
+    }
+}
+
+struct Accuracy {
+    double largest = 0, squares = 0, sum = 0;
+    int count = 0;
+    void add(double error)
+    {
+        largest = std::max(largest, std::abs(error));
+        squares += error * error, sum += error, ++count;
+    }
+    // Rounding to integers alone gives errors up to 0.5, and 0.2887 in the root mean square.
+    void expectWithin(double bound) const
+    {
+        EXPECT_LT(largest, bound);
+        EXPECT_LT(sqrt(squares / count), 0.295);
+        EXPECT_LT(std::abs(sum / count), 0.006);
+    }
+};
+
+TEST(Dct, ForwardIsAccurate)
+{
+    const Tables ones(1);
+    const ExactDct exact;
+    Random random(9);
+    Accuracy accuracy;
+    for (int round = 0; round < 20000; ++round) {
+        uint8_t samples[64];
+        int16_t shifted[64], block[64];
+        double expected[64];
+        fillSamples(random, samples, round);
+        for (int i = 0; i < 64; ++i) shifted[i] = int16_t(samples[i] - 128);
+        exact.forward(shifted, expected);
+        ASSERT_EQ(qeliDCTQuantFwd8x8LS_JPEG_8u16s_C1R(samples, 8, block, ones.enc), qelStsNoErr);
+        for (int i = 0; i < 64; ++i) accuracy.add(block[i] - expected[i]);
+    }
+    accuracy.expectWithin(0.8);
+}
+
+TEST(Dct, InverseIsAccurate)
+{
+    const ExactDct exact;
+    Random random(10);
+    for (int step : {1, 3, 16}) {
+        const Tables tables(step);
+        Accuracy accuracy;
+        for (int round = 0; round < 7000; ++round) {
+            uint8_t samples[64];
+            int16_t block[64], scaled[64], out[64];
+            double expected[64];
+            fillSamples(random, samples, round);
+            ASSERT_EQ(qeliDCTQuantFwd8x8LS_JPEG_8u16s_C1R(samples, 8, block, tables.enc), qelStsNoErr);
+            for (int i = 0; i < 64; ++i) scaled[i] = int16_t(block[i] * step);
+            exact.inverse(scaled, expected);
+            ASSERT_EQ(qeliDCTQuantInv8x8_JPEG_16s_C1(block, out, tables.dec), qelStsNoErr);
+            for (int i = 0; i < 64; ++i) accuracy.add(out[i] - expected[i]);
+        }
+        accuracy.expectWithin(0.62);
+    }
+}
+
+TEST(Dct, OrderOfFaults)
+{
+    const Tables ones(1);
+    uint8_t samples[64] = {9};
+    int16_t block[64] = {7}, other[64] = {8};
+    EXPECT_EQ(qeliDCTQuantFwd8x8LS_JPEG_8u16s_C1R(nullptr, 0, block, nullptr), qelStsNullPtrErr);
+    EXPECT_EQ(qeliDCTQuantFwd8x8LS_JPEG_8u16s_C1R(samples, 0, nullptr, nullptr), qelStsNullPtrErr);
+    EXPECT_EQ(qeliDCTQuantFwd8x8LS_JPEG_8u16s_C1R(samples, 0, block, nullptr), qelStsStepErr);
+    EXPECT_EQ(qeliDCTQuantFwd8x8LS_JPEG_8u16s_C1R(samples, 1, block, nullptr), qelStsNullPtrErr);
+    EXPECT_EQ(qeliDCTQuantInv8x8LS_JPEG_16s8u_C1R(nullptr, samples, 0, nullptr), qelStsNullPtrErr);
+    EXPECT_EQ(qeliDCTQuantInv8x8LS_JPEG_16s8u_C1R(block, nullptr, 0, nullptr), qelStsNullPtrErr);
+    EXPECT_EQ(qeliDCTQuantInv8x8LS_JPEG_16s8u_C1R(block, samples, -8, nullptr), qelStsStepErr);
+    EXPECT_EQ(qeliDCTQuantInv8x8LS_JPEG_16s8u_C1R(block, samples, 8, nullptr), qelStsNullPtrErr);
+    EXPECT_EQ(qeliDCT8x8InvLSClip_16s8u_C1R(nullptr, samples, 0, 128, 0, 255), qelStsNullPtrErr);
+    EXPECT_EQ(qeliDCT8x8InvLSClip_16s8u_C1R(block, nullptr, 0, 128, 0, 255), qelStsNullPtrErr);
+    EXPECT_EQ(qeliDCT8x8InvLSClip_16s8u_C1R(block, samples, 0, 128, 0, 255), qelStsStepErr);
+    for (auto function : {qeliDCTQuantFwd8x8_JPEG_16s_C1, qeliDCTQuantInv8x8_JPEG_16s_C1}) {
+        EXPECT_EQ(function(nullptr, block, ones.enc), qelStsNullPtrErr);
+        EXPECT_EQ(function(other, nullptr, ones.enc), qelStsNullPtrErr);
+        EXPECT_EQ(function(other, block, nullptr), qelStsNullPtrErr);
+    }
+    for (auto function : {qeliDCTQuantFwd8x8_JPEG_16s_C1I, qeliDCTQuantInv8x8_JPEG_16s_C1I}) {
+        EXPECT_EQ(function(nullptr, ones.enc), qelStsNullPtrErr);
+        EXPECT_EQ(function(block, nullptr), qelStsNullPtrErr);
+    }
+    EXPECT_EQ(samples[0], 9);
+    EXPECT_EQ(block[0], 7);
+}
+
+}
