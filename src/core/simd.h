@@ -47,6 +47,12 @@ template <int... kFrom, class V> QEL_INLINE V inBlocks(V v)
                                        (kFrom + 3 * kLanes)...);
 }
 
+// Pairs of bytes (first, second) all along a register.
+template <int N> QEL_INLINE S8<N> pairsOf(int first, int second)
+{
+    return (S8<N>)(U16<N>{} + uint16_t((first & 0xFF) | second << 8));
+}
+
 template <class Lane> QEL_INLINE Lane clampTo(int v, int low, int high)
 {
     return Lane(v < low ? low : v > high ? high : v);

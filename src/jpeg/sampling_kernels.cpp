@@ -7,12 +7,6 @@ namespace qel {
 namespace QEL_BUILD {
 namespace {
 
-// Pairs of bytes (first, second) all along a register.
-template <int N> QEL_INLINE S8<N> pairsOf(int first, int second)
-{
-    return (S8<N>)(U16<N>{} + uint16_t(first | second << 8));
-}
-
 // Box filters over one row or two. The rounding term alternates: kEven for even destination samples, kOdd for odd ones.
 template <int kEven, int kOdd, class... Rows>
 QEL_INLINE void box(Bytes<1>, uint8_t* dst, ptrdiff_t i, const Rows*... rows)

@@ -1,0 +1,334 @@
+// Kernels of the colour conversion. Which arithmetic converts a pixel depends on its place in the row alone: groups of
+// four (or eight) pixels use products in fixed point, what is left of the row the tables.
+#include "jpeg/colour.h"
+
+#include "jpeg/colour_tables.h"
+#include "jpeg/pixel_formats.h"
+
+namespace qel {
+namespace QEL_BUILD {
+namespace {
+
+// --- YCbCr to RGB, 14 fraction bits.
+
+constexpr int kCrToRed = 22970, kCbToGreen = -5638, kCrToGreen = -11700, kCbToBlue = 29032;
+
+// What is added before the shift: a half, moved a little in some members to centre the error.
+struct Rounding {
+    int red, green, blue;
+};
+constexpr Rounding kTuned = {8192 - 47, 8192 + 110, 8192 - 57};
+constexpr Rounding kPlain = {8192, 8192, 8192};
+
+QEL_INLINE uint8_t clampToByte(int v) { return clampTo<uint8_t>(v, 0, 255); }
+
+template <Rounding kRounding>
+QEL_INLINE void toRgb(Lane, uint8_t y, uint8_t cb, uint8_t cr, uint8_t& r, uint8_t& g, uint8_t& b)
+{
+    int blue = cb - 128, red = cr - 128;
+    r = clampToByte(y + ((kCrToRed * red + kRounding.red) >> 14));
+    g = clampToByte(y + ((kCbToGreen * blue + kCrToGreen * red + kRounding.green) >> 14));
+    b = clampToByte(y + ((kCbToBlue * blue + kRounding.blue) >> 14));
+}
+
+// In registers sums have 16 bits, 6 of them fraction: Y comes as 64 * Y + kLumaBias, and a chroma c as 256 * c + low,
+// so that the upper half of a product has 6 fraction bits and `low` stands for the rounding. There are only 256 such
+// products: the one `low` that gives all of them is found, or refused, at compile time.
+constexpr int kLumaBias = 25;
+
+constexpr int lowByteFor(int factor, int rounding)
+{
+    for (int low = 0; low < 256; ++low) {
+        bool isExact = true;
+        for (int c = -128; c < 128; ++c) {
+            int sum = kLumaBias + (((256 * c + low) * factor) >> 16);
+            isExact = isExact && sum >> 6 == (factor * c + rounding) >> 14;
+        }
+        if (isExact) return low;
+    }
+    return -1;
+}
+
+// Green has two chroma terms, too dense for that: their exact sum is split at 8 bits into two sums of byte products,
+// 256 * upper + lower. It is subtracted, so 255 turns rounding down into rounding up.
+template <Rounding kRounding, int N> QEL_INLINE S16<N> greenChroma(U8<N> pairs)
+{
+    using Weights = U8<N>;
+    auto weigh = [&](int cb, int cr) { return Simd<N>::mulAddPairs((Weights)pairsOf<N>(cb, cr), (S8<N>)pairs); };
+    S16<N> lower = weigh(-kCbToGreen & 255, -kCrToGreen & 255) - int16_t(kRounding.green - 256 * kLumaBias - 255);
+    return weigh(-kCbToGreen >> 8, -kCrToGreen >> 8) + (lower >> 8);
+}
+
+template <Rounding kRounding, int N>
+QEL_INLINE void toRgb(Samples<N>, U8<N> y, U8<N> cb, U8<N> cr, U8<N>& r, U8<N>& g, U8<N>& b)
+{
+    using Ops = Simd<N>;
+    constexpr int lowRed = lowByteFor(kCrToRed, kRounding.red), lowBlue = lowByteFor(kCbToBlue, kRounding.blue);
+    static_assert(lowRed >= 0 && lowBlue >= 0);
+    U8<N> none = {};
+    cb ^= 128, cr ^= 128;
+
+    auto half = [&](auto zip, S16<N>& red, S16<N>& green, S16<N>& blue) {
+        auto luma = (S16<N>)((U16<N>)zip(none + uint8_t(4 * kLumaBias), y) >> 2);
+        red = (luma + Ops::mulHigh((S16<N>)zip(none + uint8_t(lowRed), cr), S16<N>{} + int16_t(kCrToRed))) >> 6;
+        green = (luma - greenChroma<kRounding, N>(zip(cb, cr))) >> 6;
+        blue = (luma + Ops::mulHigh((S16<N>)zip(none + uint8_t(lowBlue), cb), S16<N>{} + int16_t(kCbToBlue))) >> 6;
+    };
+    S16<N> redLow, greenLow, blueLow, redHigh, greenHigh, blueHigh;
+    half([](auto low, auto high) { return Ops::zipLow(low, high); }, redLow, greenLow, blueLow);
+    half([](auto low, auto high) { return Ops::zipHigh(low, high); }, redHigh, greenHigh, blueHigh);
+    r = Ops::packUnsigned(redLow, redHigh);
+    g = Ops::packUnsigned(greenLow, greenHigh);
+    b = Ops::packUnsigned(blueLow, blueHigh);
+}
+
+QEL_INLINE void toRgbByTables(uint8_t y, uint8_t cb, uint8_t cr, uint8_t& r, uint8_t& g, uint8_t& b)
+{
+    r = clampToByte(y + cr_r_tbl[cr]);
+    g = clampToByte(y + ((cb_g_tbl[cb] + cr_g_tbl[cr]) >> 16));
+    b = clampToByte(y + cb_b_tbl[cb]);
+}
+
+template <Rounding kRounding, class Pixels>
+QEL_INLINE void rowToRgb(const uint8_t* y, const uint8_t* cb, const uint8_t* cr, Pixels pixels, int width)
+{
+    Planes3<const uint8_t> planes = {y, cb, cr};
+    ptrdiff_t i = inGroups<4>(0, width, [=](auto samples, ptrdiff_t at) {
+        using V = decltype(samples);
+        typename V::Type a, b, c, red, green, blue;
+        planes.get<V>(at, a, b, c);
+        toRgb<kRounding>(samples, a, b, c, red, green, blue);
+        pixels.template put<V>(at, red, green, blue);
+    });
+    for (; i < width; ++i) {
+        uint8_t red, green, blue;
+        toRgbByTables(y[i], cb[i], cr[i], red, green, blue);
+        pixels.template put<Lane>(i, red, green, blue);
+    }
+}
+
+// --- RGB to YCbCr, 15 fraction bits.
+
+// The factors of one sum, the rounding term, and the offset of the result.
+struct Weights {
+    int red, green, blue, rounding, offset;
+};
+struct Fixed15 {
+    static constexpr Weights kY = {9798, 19235, 3736, 16266, 0};
+    static constexpr Weights kCb = {-5529, -10855, 16384, 16384, 128};
+    static constexpr Weights kCr = {16384, -13720, -2664, 16400, 128};
+};
+// Factors of 14 bits, doubled.
+struct Fixed14 {
+    static constexpr Weights kY = {2 * 4899, 2 * 9617, 2 * 1868, 2 * 8192, 0};
+    static constexpr Weights kCb = {2 * -2764, 2 * -5428, 2 * 8192, 2 * 8192, 128};
+    static constexpr Weights kCr = {2 * 8192, 2 * -6860, 2 * -1332, 2 * 8192, 128};
+};
+
+template <Weights kWeights> QEL_INLINE uint8_t weigh(Lane, uint8_t r, uint8_t g, uint8_t b)
+{
+    int sum = kWeights.red * r + kWeights.green * g + kWeights.blue * b + kWeights.rounding;
+    return clampToByte((sum >> 15) + kWeights.offset);
+}
+
+// A factor as 256 * upperByte + lowerByte, both signed.
+constexpr int upperByte(int factor) { return (factor + 128) >> 8; }
+constexpr int lowerByte(int factor) { return factor - 256 * upperByte(factor); }
+
+// The pixels of half a register, as pairs (red, green) and (blue, 1), in 16 bits: two sums of byte products.
+template <Weights kWeights, int N> QEL_INLINE U16<N> weighPairs(U8<N> redGreen, U8<N> blueOne)
+{
+    constexpr Weights w = kWeights;
+    using Ops = Simd<N>;
+    S16<N> lower = Ops::mulAddPairs(redGreen, pairsOf<N>(lowerByte(w.red), lowerByte(w.green)));
+    if constexpr (lowerByte(w.blue) != 0 || lowerByte(w.rounding) != 0)
+        lower += Ops::mulAddPairs(blueOne, pairsOf<N>(lowerByte(w.blue), lowerByte(w.rounding)));
+    S16<N> upper = Ops::mulAddPairs(redGreen, pairsOf<N>(upperByte(w.red), upperByte(w.green))) +
+                   Ops::mulAddPairs(blueOne, pairsOf<N>(upperByte(w.blue), upperByte(w.rounding)));
+    upper += lower >> 8;
+    if constexpr (w.offset != 0) upper += int16_t(w.offset << 7);
+    return (U16<N>)upper >> 7;
+}
+
+template <Weights kWeights, int N> QEL_INLINE U8<N> weigh(Samples<N>, U8<N> r, U8<N> g, U8<N> b)
+{
+    using Ops = Simd<N>;
+    U8<N> one = U8<N>{} + 1;
+    auto low = weighPairs<kWeights, N>(Ops::zipLow(r, g), Ops::zipLow(b, one));
+    auto high = weighPairs<kWeights, N>(Ops::zipHigh(r, g), Ops::zipHigh(b, one));
+    return Ops::packUnsigned((S16<N>)low, (S16<N>)high);
+}
+
+QEL_INLINE uint8_t sumOfTerms(uint8_t r, uint8_t g, uint8_t b, ColourTerm red, ColourTerm green, ColourTerm blue)
+{
+    return uint8_t((cc_table[red + r] + cc_table[green + g] + cc_table[blue + b]) >> 16);
+}
+
+// Destinations of a conversion from RGB: each converts what it holds.
+struct ToYcc {
+    Planes3<uint8_t> planes;
+
+    template <class V, class Fixed, class S> QEL_INLINE void put(ptrdiff_t i, S r, S g, S b) const
+    {
+        planes.put<V>(i, weigh<Fixed::kY>(V(), r, g, b), weigh<Fixed::kCb>(V(), r, g, b),
+                      weigh<Fixed::kCr>(V(), r, g, b));
+    }
+    QEL_INLINE void putByTables(ptrdiff_t i, uint8_t r, uint8_t g, uint8_t b) const
+    {
+        planes.put<Lane>(i, sumOfTerms(r, g, b, kRedToY, kGreenToY, kBlueToY),
+                         sumOfTerms(r, g, b, kRedToCb, kGreenToCb, kBlueToCb),
+                         sumOfTerms(r, g, b, kRedToCr, kGreenToCr, kBlueToCr));
+    }
+};
+struct ToY {
+    uint8_t* row;
+
+    template <class V, class Fixed, class S> QEL_INLINE void put(ptrdiff_t i, S r, S g, S b) const
+    {
+        V::store(row + i, weigh<Fixed::kY>(V(), r, g, b));
+    }
+    QEL_INLINE void putByTables(ptrdiff_t i, uint8_t r, uint8_t g, uint8_t b) const
+    {
+        row[i] = sumOfTerms(r, g, b, kRedToY, kGreenToY, kBlueToY);
+    }
+};
+
+template <class Fixed, int kGroup, class Pixels, class To>
+QEL_INLINE ptrdiff_t groupsFromRgb(ptrdiff_t i, int width, Pixels pixels, To to)
+{
+    return inGroups<kGroup>(i, width, [=](auto samples, ptrdiff_t at) {
+        using V = decltype(samples);
+        typename V::Type r, g, b;
+        pixels.template get<V>(at, r, g, b);
+        to.template put<V, Fixed>(at, r, g, b);
+    });
+}
+
+// kEights: runs of 8 pixels with 15 fraction bits come first.
+template <bool kEights, class Pixels, class To> QEL_INLINE void rowFromRgb(Pixels pixels, To to, int width)
+{
+    ptrdiff_t i = 0;
+    if constexpr (kEights) i = groupsFromRgb<Fixed15, 8>(i, width, pixels, to);
+    i = groupsFromRgb<Fixed14, 4>(i, width, pixels, to);
+    for (; i < width; ++i) {
+        uint8_t r, g, b;
+        pixels.template get<Lane>(i, r, g, b);
+        to.putByTables(i, r, g, b);
+    }
+}
+
+// --- CMYK is inverted RGB and a K that is passed on.
+
+template <class Inks> struct ToInks {
+    Inks inks;
+    const uint8_t* k;
+
+    template <class V, class S> QEL_INLINE void put(ptrdiff_t i, S r, S g, S b) const
+    {
+        inks.template put<V>(i, S(~r), S(~g), S(~b), V::load(k + i));
+    }
+};
+template <class Inks> struct FromInks {
+    Inks inks;
+    uint8_t* k;
+
+    template <class V, class S> QEL_INLINE void get(ptrdiff_t i, S& r, S& g, S& b) const
+    {
+        S cyan, magenta, yellow, black;
+        inks.template get<V>(i, cyan, magenta, yellow, black);
+        r = S(~cyan), g = S(~magenta), b = S(~yellow);
+        V::store(k + i, black);
+    }
+};
+
+// --- Rows by layout.
+
+template <class Pixels>
+void yccToPixels(const uint8_t* y, const uint8_t* cb, const uint8_t* cr, uint8_t* dst, int width)
+{
+    rowToRgb<kTuned>(y, cb, cr, Pixels{dst}, width);
+}
+template <class Pixels>
+void yccToPacked(const uint8_t* y, const uint8_t* cb, const uint8_t* cr, uint16_t* dst, int width)
+{
+    rowToRgb<kTuned>(y, cb, cr, Pixels{(uint8_t*)dst}, width);
+}
+void yccToPlanes(const uint8_t* y, const uint8_t* cb, const uint8_t* cr, uint8_t* r, uint8_t* g, uint8_t* b, int width)
+{
+    rowToRgb<kPlain>(y, cb, cr, Planes3<uint8_t>{r, g, b}, width);
+}
+void ycckToPlanes(const uint8_t* y, const uint8_t* cb, const uint8_t* cr, const uint8_t* k, uint8_t* cyan,
+                  uint8_t* magenta, uint8_t* yellow, uint8_t* black, int width)
+{
+    Planes4<uint8_t> inks = {cyan, magenta, yellow, black};
+    rowToRgb<kPlain>(y, cb, cr, ToInks<Planes4<uint8_t>>{inks, k}, width);
+}
+void ycckToPixels(const uint8_t* y, const uint8_t* cb, const uint8_t* cr, const uint8_t* k, uint8_t* dst, int width)
+{
+    rowToRgb<kPlain>(y, cb, cr, ToInks<Cmyk32<uint8_t>>{{dst}, k}, width);
+}
+
+void planesToYcc(const uint8_t* r, const uint8_t* g, const uint8_t* b, uint8_t* y, uint8_t* cb, uint8_t* cr, int width)
+{
+    rowFromRgb<true>(Planes3<const uint8_t>{r, g, b}, ToYcc{{y, cb, cr}}, width);
+}
+template <class Pixels> void pixelsToYcc(const uint8_t* src, uint8_t* y, uint8_t* cb, uint8_t* cr, int width)
+{
+    rowFromRgb<true>(Pixels{src}, ToYcc{{y, cb, cr}}, width);
+}
+template <class Pixels> void packedToYcc(const uint16_t* src, uint8_t* y, uint8_t* cb, uint8_t* cr, int width)
+{
+    rowFromRgb<false>(Pixels{(const uint8_t*)src}, ToYcc{{y, cb, cr}}, width);
+}
+void planesToYcck(const uint8_t* cyan, const uint8_t* magenta, const uint8_t* yellow, const uint8_t* black, uint8_t* y,
+                  uint8_t* cb, uint8_t* cr, uint8_t* k, int width)
+{
+    Planes4<const uint8_t> inks = {cyan, magenta, yellow, black};
+    rowFromRgb<false>(FromInks<Planes4<const uint8_t>>{inks, k}, ToYcc{{y, cb, cr}}, width);
+}
+void pixelsToYcck(const uint8_t* src, uint8_t* y, uint8_t* cb, uint8_t* cr, uint8_t* k, int width)
+{
+    rowFromRgb<false>(FromInks<Cmyk32<const uint8_t>>{{src}, k}, ToYcc{{y, cb, cr}}, width);
+}
+void planesToY(const uint8_t* r, const uint8_t* g, const uint8_t* b, uint8_t* y, int width)
+{
+    rowFromRgb<false>(Planes3<const uint8_t>{r, g, b}, ToY{y}, width);
+}
+template <class Pixels> void pixelsToY(const uint8_t* src, uint8_t* y, int width)
+{
+    rowFromRgb<false>(Pixels{src}, ToY{y}, width);
+}
+
+using From = const uint8_t;
+using To = uint8_t;
+
+constexpr ColourKernels kKernels = {
+    .yccToRgb = yccToPixels<Rgb24<To>>,
+    .yccToBgr = yccToPixels<Bgr24<To>>,
+    .yccToRgbPlanes = yccToPlanes,
+    .yccToRgb555 = yccToPacked<Rgb555<To>>,
+    .yccToBgr555 = yccToPacked<Bgr555<To>>,
+    .yccToRgb565 = yccToPacked<Rgb565<To>>,
+    .yccToBgr565 = yccToPacked<Bgr565<To>>,
+    .ycckToCmykPlanes = ycckToPlanes,
+    .ycckToCmyk = ycckToPixels,
+    .rgbPlanesToYcc = planesToYcc,
+    .rgbToYcc = pixelsToYcc<Rgb24<From>>,
+    .bgrToYcc = pixelsToYcc<Bgr24<From>>,
+    .rgb555ToYcc = packedToYcc<Rgb555<From>>,
+    .bgr555ToYcc = packedToYcc<Bgr555<From>>,
+    .rgb565ToYcc = packedToYcc<Rgb565<From>>,
+    .bgr565ToYcc = packedToYcc<Bgr565<From>>,
+    .cmykPlanesToYcck = planesToYcck,
+    .cmykToYcck = pixelsToYcck,
+    .rgbPlanesToY = planesToY,
+    .rgbToY = pixelsToY<Rgb24<From>>,
+    .bgrToY = pixelsToY<Bgr24<From>>,
+};
+
+}
+}
+
+const ColourKernels ColourKernels::QEL_BUILD = qel::QEL_BUILD::kKernels;
+
+}

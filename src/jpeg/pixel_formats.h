@@ -1,0 +1,137 @@
+// Pixel formats for kernels. A format is a pointer into a row with get<V>(i, ...) and put<V>(i, ...) of the V::kCount
+// pixels from i on, channels as V::Type. T is const where the row is only read.
+#pragma once
+
+#include "jpeg/samples.h"
+
+namespace qel {
+namespace QEL_BUILD {
+namespace {
+
+template <class T> struct Rgb24 {
+    T* row;
+
+    template <class V, class S> QEL_INLINE void get(ptrdiff_t i, S& r, S& g, S& b) const
+    {
+        V::load3(row + 3 * i, r, g, b);
+    }
+    template <class V, class S> QEL_INLINE void put(ptrdiff_t i, S r, S g, S b) const
+    {
+        V::store3(row + 3 * i, r, g, b);
+    }
+};
+template <class T> struct Bgr24 {
+    T* row;
+
+    template <class V, class S> QEL_INLINE void get(ptrdiff_t i, S& r, S& g, S& b) const
+    {
+        V::load3(row + 3 * i, b, g, r);
+    }
+    template <class V, class S> QEL_INLINE void put(ptrdiff_t i, S r, S g, S b) const
+    {
+        V::store3(row + 3 * i, b, g, r);
+    }
+};
+
+template <class T> struct Planes3 {
+    T *first, *second, *third;
+
+    template <class V, class S> QEL_INLINE void get(ptrdiff_t i, S& a, S& b, S& c) const
+    {
+        a = V::load(first + i), b = V::load(second + i), c = V::load(third + i);
+    }
+    template <class V, class S> QEL_INLINE void put(ptrdiff_t i, S a, S b, S c) const
+    {
+        V::store(first + i, a), V::store(second + i, b), V::store(third + i, c);
+    }
+};
+
+// Pixels of 16 bits, little-endian: one colour in bits 0 to 4, green in the middle, one in the upper bits. Channels are
+// cut to their upper bits, and read with zeros below.
+template <int kGreenBits, class S> QEL_INLINE void unpack16(S lower, S upper, S& low, S& green, S& high)
+{
+    low = S(lower << 3);
+    if (kGreenBits == 5) {
+        green = S((lower >> 2 & 0x38) | upper << 6);
+        high = S(upper << 1 & 0xF8);
+    } else {
+        green = S((lower >> 3 & 0x1C) | upper << 5);
+        high = S(upper & 0xF8);
+    }
+}
+template <int kGreenBits, class S> QEL_INLINE void pack16(S low, S green, S high, S& lower, S& upper)
+{
+    if (kGreenBits == 5) {
+        lower = S(low >> 3 | (green << 2 & 0xE0));
+        upper = S(green >> 6 | (high >> 1 & 0x7C));
+    } else {
+        lower = S(low >> 3 | (green << 3 & 0xE0));
+        upper = S(green >> 5 | (high & 0xF8));
+    }
+}
+
+// Red in the lowest bits.
+template <int kGreenBits, class T> struct Rgb16 {
+    T* row; // bytes
+
+    template <class V, class S> QEL_INLINE void get(ptrdiff_t i, S& r, S& g, S& b) const
+    {
+        S lower, upper;
+        V::load2(row + 2 * i, lower, upper);
+        unpack16<kGreenBits>(lower, upper, r, g, b);
+    }
+    template <class V, class S> QEL_INLINE void put(ptrdiff_t i, S r, S g, S b) const
+    {
+        S lower, upper;
+        pack16<kGreenBits>(r, g, b, lower, upper);
+        V::store2(row + 2 * i, lower, upper);
+    }
+};
+// Blue in the lowest bits.
+template <int kGreenBits, class T> struct Bgr16 {
+    T* row;
+
+    template <class V, class S> QEL_INLINE void get(ptrdiff_t i, S& r, S& g, S& b) const
+    {
+        Rgb16<kGreenBits, T>{row}.template get<V>(i, b, g, r);
+    }
+    template <class V, class S> QEL_INLINE void put(ptrdiff_t i, S r, S g, S b) const
+    {
+        Rgb16<kGreenBits, T>{row}.template put<V>(i, b, g, r);
+    }
+};
+template <class T> using Rgb555 = Rgb16<5, T>;
+template <class T> using Bgr555 = Bgr16<5, T>;
+template <class T> using Rgb565 = Rgb16<6, T>;
+template <class T> using Bgr565 = Bgr16<6, T>;
+
+template <class T> struct Planes4 {
+    T *first, *second, *third, *fourth;
+
+    template <class V, class S> QEL_INLINE void get(ptrdiff_t i, S& a, S& b, S& c, S& d) const
+    {
+        a = V::load(first + i), b = V::load(second + i), c = V::load(third + i), d = V::load(fourth + i);
+    }
+    template <class V, class S> QEL_INLINE void put(ptrdiff_t i, S a, S b, S c, S d) const
+    {
+        V::store(first + i, a), V::store(second + i, b), V::store(third + i, c), V::store(fourth + i, d);
+    }
+};
+
+// Interleaved C, M, Y, K.
+template <class T> struct Cmyk32 {
+    T* row;
+
+    template <class V, class S> QEL_INLINE void get(ptrdiff_t i, S& c, S& m, S& y, S& k) const
+    {
+        V::load4(row + 4 * i, c, m, y, k);
+    }
+    template <class V, class S> QEL_INLINE void put(ptrdiff_t i, S c, S m, S y, S k) const
+    {
+        V::store4(row + 4 * i, c, m, y, k);
+    }
+};
+
+}
+}
+}

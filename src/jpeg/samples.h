@@ -1,0 +1,118 @@
+// Samples V of a row, for formulas and pixel formats that are written once: one sample in a byte (Lane), a register
+// full (Samples<N>), or the first few of a register (Few<kCount>). V::Type is the value; its arithmetic wraps, so that
+// plain code casts intermediates back, V::Type(a + b). Addresses may be anything; only V::kCount samples are touched.
+#pragma once
+
+#include "core/simd.h"
+
+namespace qel {
+namespace QEL_BUILD {
+namespace {
+
+struct Lane {
+    using Type = uint8_t;
+    static constexpr int kCount = 1;
+
+    static QEL_INLINE Type load(const uint8_t* p) { return *p; }
+    static QEL_INLINE void store(uint8_t* p, Type a) { *p = a; }
+    static QEL_INLINE void load2(const uint8_t* p, Type& a, Type& b) { a = p[0], b = p[1]; }
+    static QEL_INLINE void store2(uint8_t* p, Type a, Type b) { p[0] = a, p[1] = b; }
+    static QEL_INLINE void load3(const uint8_t* p, Type& a, Type& b, Type& c) { a = p[0], b = p[1], c = p[2]; }
+    static QEL_INLINE void store3(uint8_t* p, Type a, Type b, Type c) { p[0] = a, p[1] = b, p[2] = c; }
+    static QEL_INLINE void load4(const uint8_t* p, Type& a, Type& b, Type& c, Type& d)
+    {
+        a = p[0], b = p[1], c = p[2], d = p[3];
+    }
+    static QEL_INLINE void store4(uint8_t* p, Type a, Type b, Type c, Type d)
+    {
+        p[0] = a, p[1] = b, p[2] = c, p[3] = d;
+    }
+};
+
+template <int N> struct Samples {
+    using Type = U8<N>;
+    static constexpr int kCount = N;
+
+    static QEL_INLINE Type load(const uint8_t* p) { return qel::QEL_BUILD::load<Type>(p); }
+    static QEL_INLINE void store(uint8_t* p, Type a) { qel::QEL_BUILD::store(p, a); }
+    static QEL_INLINE void load2(const uint8_t* p, Type& a, Type& b) { Simd<N>::load2(p, a, b); }
+    static QEL_INLINE void store2(uint8_t* p, Type a, Type b) { Simd<N>::store2(p, a, b); }
+    static QEL_INLINE void load3(const uint8_t* p, Type& a, Type& b, Type& c) { Simd<N>::load3(p, a, b, c); }
+    static QEL_INLINE void store3(uint8_t* p, Type a, Type b, Type c) { Simd<N>::store3(p, a, b, c); }
+    static QEL_INLINE void load4(const uint8_t* p, Type& a, Type& b, Type& c, Type& d)
+    {
+        Simd<N>::load4(p, a, b, c, d);
+    }
+    static QEL_INLINE void store4(uint8_t* p, Type a, Type b, Type c, Type d) { Simd<N>::store4(p, a, b, c, d); }
+};
+
+// 4 or 8 samples, so that short rows and the ends of rows need no loop over single pixels.
+template <int kFew> struct Few : Samples<16> {
+    static constexpr int kCount = kFew;
+
+    // kChannels * kCount bytes, with room to load or store whole registers.
+    template <int kChannels> struct Room {
+        uint8_t bytes[16 * kChannels] = {};
+
+        Room() = default;
+        explicit QEL_INLINE Room(const uint8_t* p) { __builtin_memcpy(bytes, p, kChannels * kCount); }
+        QEL_INLINE void copyTo(uint8_t* p) const { __builtin_memcpy(p, bytes, kChannels * kCount); }
+    };
+
+    static QEL_INLINE Type load(const uint8_t* p) { return Samples<16>::load(Room<1>(p).bytes); }
+    static QEL_INLINE void load2(const uint8_t* p, Type& a, Type& b) { Samples<16>::load2(Room<2>(p).bytes, a, b); }
+    static QEL_INLINE void load3(const uint8_t* p, Type& a, Type& b, Type& c)
+    {
+        Samples<16>::load3(Room<3>(p).bytes, a, b, c);
+    }
+    static QEL_INLINE void load4(const uint8_t* p, Type& a, Type& b, Type& c, Type& d)
+    {
+        Samples<16>::load4(Room<4>(p).bytes, a, b, c, d);
+    }
+    static QEL_INLINE void store(uint8_t* p, Type a)
+    {
+        Room<1> room;
+        Samples<16>::store(room.bytes, a);
+        room.copyTo(p);
+    }
+    static QEL_INLINE void store2(uint8_t* p, Type a, Type b)
+    {
+        Room<2> room;
+        Samples<16>::store2(room.bytes, a, b);
+        room.copyTo(p);
+    }
+    static QEL_INLINE void store3(uint8_t* p, Type a, Type b, Type c)
+    {
+        Room<3> room;
+        Samples<16>::store3(room.bytes, a, b, c);
+        room.copyTo(p);
+    }
+    static QEL_INLINE void store4(uint8_t* p, Type a, Type b, Type c, Type d)
+    {
+        Room<4> room;
+        Samples<16>::store4(room.bytes, a, b, c, d);
+        room.copyTo(p);
+    }
+};
+
+// Walks a row from sample i on in whole groups of kGroup (4 or 8) samples: body(V(), i) is to do the V::kCount samples
+// from i on. The widest registers that fit come first. Returns where the last group ends.
+template <int kGroup, class Body> QEL_INLINE ptrdiff_t inGroups(ptrdiff_t i, ptrdiff_t n, Body body)
+{
+    [[maybe_unused]] auto run = [&](auto samples) {
+        for (; n - i >= samples.kCount; i += samples.kCount) body(samples, i);
+    };
+    if constexpr (QEL_WIDTH > 16) run(Samples<QEL_WIDTH>());
+    if constexpr (QEL_WIDTH >= 16) {
+        run(Samples<16>());
+        run(Few<8>());
+        if constexpr (kGroup == 4) run(Few<4>());
+    } else {
+        for (ptrdiff_t end = n - (n - i) % kGroup; i < end; ++i) body(Lane(), i);
+    }
+    return i;
+}
+
+}
+}
+}

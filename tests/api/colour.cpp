@@ -1,0 +1,401 @@
+// Colour conversion: values against the written arithmetic, order of faults, regions, threads.
+#include "qeljx.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstring>
+#include <functional>
+#include <vector>
+
+#include "random.h"
+
+namespace {
+
+using qel::test::Random;
+using Bytes = std::vector<uint8_t>;
+
+struct Pixel {
+    int a, b, c, k = 0; // R, G, B or Y, Cb, Cr, and K
+};
+
+int clamp(int v) { return v < 0 ? 0 : v > 255 ? 255 : v; }
+
+// The arithmetic, place by place. `left` is what remains of the row's whole groups of four pixels, 0 in the tail.
+struct Decoder {
+    int red, green, blue; // added before the shift by 14
+
+    Pixel operator()(Pixel p, int left) const
+    {
+        int y = p.a, cb = p.b - 128, cr = p.c - 128;
+        if (left > 0)
+            return {clamp(y + ((22970 * cr + red) >> 14)), clamp(y + ((-5638 * cb - 11700 * cr + green) >> 14)),
+                    clamp(y + ((29032 * cb + blue) >> 14)), p.k};
+        return {clamp(y + ((91881 * cr + 32768) >> 16)), clamp(y + ((-22554 * cb - 46802 * cr + 32768) >> 16)),
+                clamp(y + ((116130 * cb + 32768) >> 16)), p.k};
+    }
+};
+const Decoder kTuned = {8192 - 47, 8192 + 110, 8192 - 57}, kPlain = {8192, 8192, 8192};
+
+struct Encoder {
+    bool hasEights;
+
+    Pixel operator()(Pixel p, int left) const
+    {
+        int r = p.a, g = p.b, b = p.c;
+        if (hasEights && left >= 8)
+            return {(9798 * r + 19235 * g + 3736 * b + 16266) >> 15,
+                    clamp((-5529 * r - 10855 * g + 16384 * b + 128 * 32768 + 16384) >> 15),
+                    clamp((16384 * r - 13720 * g - 2664 * b + 128 * 32768 + 16400) >> 15), p.k};
+        if (left > 0)
+            return {(4899 * r + 9617 * g + 1868 * b + 8192) >> 14,
+                    clamp((-2764 * r - 5428 * g + 8192 * b + 128 * 16384 + 8192) >> 14),
+                    clamp((8192 * r - 6860 * g - 1332 * b + 128 * 16384 + 8192) >> 14), p.k};
+        return {(19595 * r + 38470 * g + 7471 * b + 32768) >> 16, (-11059 * r - 21709 * g + 32768 * b + 8421375) >> 16,
+                (32768 * r - 27439 * g - 5329 * b + 8421375) >> 16, p.k};
+    }
+};
+
+// What remains of the whole groups at pixel i: runs of eight come before the one of four.
+int leftAt(int i, int width)
+{
+    int whole = width & ~3;
+    if (i >= whole) return 0;
+    return i < (width & ~7) ? 8 : 4;
+}
+
+// Pixel layouts: bytes of a pixel in one plane, planes, and how a pixel lies there.
+struct Layout {
+    int bytes, planes;
+    Pixel (*get)(const uint8_t* const* rows, int i);
+    void (*put)(uint8_t* const* rows, int i, Pixel p);
+};
+
+Pixel getPlanes3(const uint8_t* const* s, int i) { return {s[0][i], s[1][i], s[2][i]}; }
+Pixel getPlanes4(const uint8_t* const* s, int i) { return {s[0][i], s[1][i], s[2][i], s[3][i]}; }
+void putPlanes3(uint8_t* const* d, int i, Pixel p)
+{
+    d[0][i] = uint8_t(p.a), d[1][i] = uint8_t(p.b), d[2][i] = uint8_t(p.c);
+}
+void putPlanes4(uint8_t* const* d, int i, Pixel p)
+{
+    putPlanes3(d, i, p);
+    d[3][i] = uint8_t(p.k);
+}
+Pixel invert(Pixel p) { return {255 - p.a, 255 - p.b, 255 - p.c, p.k}; }
+
+template <bool kIsBgr> Pixel ordered(Pixel p) { return kIsBgr ? Pixel{p.c, p.b, p.a} : p; }
+template <bool kIsBgr> Pixel get24(const uint8_t* const* s, int i)
+{
+    return ordered<kIsBgr>({s[0][3 * i], s[0][3 * i + 1], s[0][3 * i + 2]});
+}
+template <bool kIsBgr> void put24(uint8_t* const* d, int i, Pixel p)
+{
+    p = ordered<kIsBgr>(p);
+    d[0][3 * i] = uint8_t(p.a), d[0][3 * i + 1] = uint8_t(p.b), d[0][3 * i + 2] = uint8_t(p.c);
+}
+template <bool kIsBgr, int kGreenBits> Pixel get16(const uint8_t* const* s, int i)
+{
+    int word = s[0][2 * i] | s[0][2 * i + 1] << 8;
+    return ordered<kIsBgr>({(word & 0x1F) << 3, kGreenBits == 5 ? (word & 0x3E0) >> 2 : (word & 0x7E0) >> 3,
+                            kGreenBits == 5 ? (word & 0x7C00) >> 7 : (word & 0xF800) >> 8});
+}
+template <bool kIsBgr, int kGreenBits> void put16(uint8_t* const* d, int i, Pixel p)
+{
+    p = ordered<kIsBgr>(p);
+    int word = p.a >> 3 | p.b >> (8 - kGreenBits) << 5 | p.c >> 3 << (5 + kGreenBits);
+    d[0][2 * i] = uint8_t(word), d[0][2 * i + 1] = uint8_t(word >> 8);
+}
+
+const Layout kPlanes = {1, 3, getPlanes3, putPlanes3};
+const Layout kPlanesK = {1, 4, getPlanes4, putPlanes4};
+const Layout kInkPlanes = {1, 4, [](const uint8_t* const* s, int i) { return invert(getPlanes4(s, i)); },
+                           [](uint8_t* const* d, int i, Pixel p) { putPlanes4(d, i, invert(p)); }};
+const Layout kInks = {4, 1,
+                      [](const uint8_t* const* s, int i) {
+                          const uint8_t* p = s[0] + 4 * i;
+                          return invert({p[0], p[1], p[2], p[3]});
+                      },
+                      [](uint8_t* const* d, int i, Pixel p) {
+                          p = invert(p);
+                          uint8_t inks[] = {uint8_t(p.a), uint8_t(p.b), uint8_t(p.c), uint8_t(p.k)};
+                          memcpy(d[0] + 4 * i, inks, 4);
+                      }};
+const Layout kGray = {1, 1, nullptr, [](uint8_t* const* d, int i, Pixel p) { d[0][i] = uint8_t(p.a); }};
+const Layout kRgb = {3, 1, get24<false>, put24<false>}, kBgr = {3, 1, get24<true>, put24<true>};
+const Layout kRgb555 = {2, 1, get16<false, 5>, put16<false, 5>}, kBgr555 = {2, 1, get16<true, 5>, put16<true, 5>};
+const Layout kRgb565 = {2, 1, get16<false, 6>, put16<false, 6>}, kBgr565 = {2, 1, get16<true, 6>, put16<true, 6>};
+
+// A member behind one signature: plane arrays on both sides, also for interleaved pixels; null stands for a null.
+struct Member {
+    const char* name;
+    const Layout& src;
+    const Layout& dst;
+    std::function<Pixel(Pixel, int)> formula;
+    std::function<QelStatus(const uint8_t* const*, int, uint8_t* const*, int, QelSize)> run;
+};
+
+template <class T> constexpr bool kIsPlanes = std::is_pointer_v<std::remove_pointer_t<T>>;
+template <class To, class Byte> To argument(Byte* const* planes)
+{
+    if constexpr (kIsPlanes<To>)
+        return planes;
+    else
+        return planes == nullptr ? nullptr : (To)planes[0];
+}
+template <class Formula, class Src, class Dst> Member member(const char* name, const Layout& src, const Layout& dst,
+                                                             Formula formula,
+                                                             QelStatus (*function)(Src, int, Dst, int, QelSize))
+{
+    auto run = [=](const uint8_t* const* pSrc, int srcStep, uint8_t* const* pDst, int dstStep, QelSize roi) {
+        return function(argument<Src>(pSrc), srcStep, argument<Dst>(pDst), dstStep, roi);
+    };
+    return {name, src, dst, formula, run};
+}
+#define MEMBER(NAME, SRC, DST, FORMULA) member(#NAME, SRC, DST, FORMULA, NAME)
+
+const Member kMembers[] = {
+    MEMBER(qeliYCbCrToRGB_JPEG_8u_P3C3R, kPlanes, kRgb, kTuned),
+    MEMBER(qeliYCbCrToBGR_JPEG_8u_P3C3R, kPlanes, kBgr, kTuned),
+    MEMBER(qeliYCbCrToRGB_JPEG_8u_P3R, kPlanes, kPlanes, kPlain),
+    MEMBER(qeliYCbCrToRGB555_JPEG_8u16u_P3C3R, kPlanes, kRgb555, kTuned),
+    MEMBER(qeliYCbCrToBGR555_JPEG_8u16u_P3C3R, kPlanes, kBgr555, kTuned),
+    MEMBER(qeliYCbCrToRGB565_JPEG_8u16u_P3C3R, kPlanes, kRgb565, kTuned),
+    MEMBER(qeliYCbCrToBGR565_JPEG_8u16u_P3C3R, kPlanes, kBgr565, kTuned),
+    MEMBER(qeliYCCKToCMYK_JPEG_8u_P4R, kPlanesK, kInkPlanes, kPlain),
+    MEMBER(qeliYCCKToCMYK_JPEG_8u_P4C4R, kPlanesK, kInks, kPlain),
+    MEMBER(qeliRGBToYCbCr_JPEG_8u_P3R, kPlanes, kPlanes, Encoder{true}),
+    MEMBER(qeliRGBToYCbCr_JPEG_8u_C3P3R, kRgb, kPlanes, Encoder{true}),
+    MEMBER(qeliBGRToYCbCr_JPEG_8u_C3P3R, kBgr, kPlanes, Encoder{true}),
+    MEMBER(qeliRGB555ToYCbCr_JPEG_16u8u_C3P3R, kRgb555, kPlanes, Encoder{false}),
+    MEMBER(qeliBGR555ToYCbCr_JPEG_16u8u_C3P3R, kBgr555, kPlanes, Encoder{false}),
+    MEMBER(qeliRGB565ToYCbCr_JPEG_16u8u_C3P3R, kRgb565, kPlanes, Encoder{false}),
+    MEMBER(qeliBGR565ToYCbCr_JPEG_16u8u_C3P3R, kBgr565, kPlanes, Encoder{false}),
+    MEMBER(qeliCMYKToYCCK_JPEG_8u_P4R, kInkPlanes, kPlanesK, Encoder{false}),
+    MEMBER(qeliCMYKToYCCK_JPEG_8u_C4P4R, kInks, kPlanesK, Encoder{false}),
+    MEMBER(qeliRGBToY_JPEG_8u_P3C1R, kPlanes, kGray, Encoder{false}),
+    MEMBER(qeliRGBToY_JPEG_8u_C3C1R, kRgb, kGray, Encoder{false}),
+    MEMBER(qeliBGRToY_JPEG_8u_C3C1R, kBgr, kGray, Encoder{false}),
+};
+
+// The planes of one side, one behind the other.
+template <class Byte> std::vector<Byte*> planesOf(Byte* data, const Layout& layout, size_t planeBytes)
+{
+    std::vector<Byte*> planes;
+    for (int k = 0; k < layout.planes; ++k) planes.push_back(data + k * planeBytes);
+    return planes;
+}
+
+// Converts a random region and compares all of the destination with the formulas, the bytes between rows included.
+void checkRegion(const Member& member, QelSize roi, int srcStep, int dstStep, Random& random)
+{
+    size_t srcBytes = size_t(srcStep) * (roi.height - 1) + size_t(member.src.bytes) * roi.width;
+    size_t dstBytes = size_t(dstStep) * (roi.height - 1) + size_t(member.dst.bytes) * roi.width;
+    Bytes src(srcBytes * member.src.planes), dst(dstBytes * member.dst.planes, 0xEE), expected = dst;
+    random.fill(src.data(), src.size());
+    auto from = planesOf((const uint8_t*)src.data(), member.src, srcBytes);
+    auto to = planesOf(expected.data(), member.dst, dstBytes);
+    for (int r = 0; r < roi.height; ++r) {
+        for (int i = 0; i < roi.width; ++i)
+            member.dst.put(to.data(), i, member.formula(member.src.get(from.data(), i), leftAt(i, roi.width)));
+        for (auto& row : from) row += srcStep;
+        for (auto& row : to) row += dstStep;
+    }
+    from = planesOf((const uint8_t*)src.data(), member.src, srcBytes);
+    to = planesOf(dst.data(), member.dst, dstBytes);
+    ASSERT_EQ(member.run(from.data(), srcStep, to.data(), dstStep, roi), qelStsNoErr);
+    ASSERT_TRUE(dst == expected) << member.name << ' ' << roi.width << 'x' << roi.height;
+}
+
+TEST(Colour, EveryMemberFollowsTheArithmeticOfItsPlaces)
+{
+    Random random(1);
+    for (auto& member : kMembers)
+        for (int width = 1; width <= 140; ++width)
+            checkRegion(member, {width, 3}, member.src.bytes * width + width % 5, member.dst.bytes * width + 3, random);
+}
+
+// Rows that overlap: sources all the way, destinations written in ascending order.
+TEST(Colour, StepsMayBeSmallerThanRows)
+{
+    Random random(2);
+    for (auto& member : kMembers) {
+        checkRegion(member, {21, 4}, 1, member.dst.bytes * 21, random);
+        checkRegion(member, {21, 4}, member.src.bytes * 21, 7, random);
+    }
+}
+
+// More than 8192 pixels are shared out to threads.
+TEST(Colour, LargeRegionsEqualSmallOnes)
+{
+    Random random(3);
+    for (auto& member : kMembers)
+        for (QelSize roi : {QelSize{128, 64}, QelSize{8193, 1}, QelSize{131, 63}, QelSize{9, 1000}})
+            checkRegion(member, roi, member.src.bytes * roi.width, member.dst.bytes * roi.width + 1, random);
+}
+
+// --- All colours. Rows of `width` pixels make every pixel lie in the places that a test wants.
+
+// The equations of JFIF in real numbers.
+struct Real {
+    double a, b, c;
+};
+Real realRgb(Pixel p)
+{
+    double cb = p.b - 128, cr = p.c - 128;
+    auto limit = [](double v) { return std::fmin(std::fmax(v, 0), 255); };
+    return {limit(p.a + 1.402 * cr), limit(p.a - 0.344136 * cb - 0.714136 * cr), limit(p.a + 1.772 * cb)};
+}
+Real realYcc(Pixel p)
+{
+    return {0.299 * p.a + 0.587 * p.b + 0.114 * p.c, std::fmin(128 - 0.168736 * p.a - 0.331264 * p.b + 0.5 * p.c, 255),
+            std::fmin(128 + 0.5 * p.a - 0.418688 * p.b - 0.081312 * p.c, 255)};
+}
+
+// A member of kMembers on all 2^24 inputs; no result lies further than `bound` from the real equations.
+template <class Formula> void checkAllColours(int index, Formula formula, Real (*real)(Pixel), int width, double bound)
+{
+    const Member& member = kMembers[index];
+    constexpr int kPixels = 1 << 20;
+    const int height = kPixels / width;
+    Bytes src(3 * kPixels), dst(3 * kPixels);
+    auto from = planesOf((const uint8_t*)src.data(), member.src, kPixels);
+    auto to = planesOf(dst.data(), member.dst, kPixels);
+    auto sources = planesOf(src.data(), member.src, kPixels);
+    double worst = 0;
+    int wrong = 0;
+    for (int batch = 0; batch < 16; ++batch) {
+        auto colour = [=](int i) { return Pixel{i & 255, i >> 8 & 255, i >> 16 | batch << 4}; };
+        for (int i = 0; i < kPixels; ++i) member.src.put(sources.data(), i, colour(i));
+        ASSERT_EQ(
+            member.run(from.data(), member.src.bytes * width, to.data(), member.dst.bytes * width, {width, height}),
+            qelStsNoErr);
+        for (int i = 0; i < kPixels; ++i) {
+            Pixel p = colour(i), expected = formula(p, leftAt(i % width, width));
+            Pixel result = member.dst.get(to.data(), i);
+            Real exact = real(p);
+            wrong += result.a != expected.a || result.b != expected.b || result.c != expected.c;
+            worst = std::max(
+                {worst, std::fabs(result.a - exact.a), std::fabs(result.b - exact.b), std::fabs(result.c - exact.c)});
+        }
+    }
+    EXPECT_EQ(wrong, 0) << member.name << " in rows of " << width;
+    EXPECT_LE(worst, bound) << member.name << " in rows of " << width;
+}
+
+TEST(Colour, AllYCbCr)
+{
+    checkAllColours(0, kTuned, realRgb, 1 << 16, 0.512);
+    checkAllColours(2, kPlain, realRgb, 1 << 16, 0.506);
+    checkAllColours(0, kTuned, realRgb, 2, 0.502);
+}
+
+TEST(Colour, AllRgb)
+{
+    checkAllColours(9, Encoder{true}, realYcc, 1 << 16, 0.504);
+    checkAllColours(9, Encoder{true}, realYcc, 4, 0.507);
+    checkAllColours(9, Encoder{true}, realYcc, 2, 0.502);
+}
+
+// --- Worked values.
+
+TEST(Colour, GrayStaysGray)
+{
+    const uint8_t chroma[] = {128, 128, 128, 128};
+    for (int y = 0; y < 256; ++y)
+        for (int width = 1; width <= 4; ++width) {
+            const uint8_t luma[] = {uint8_t(y), uint8_t(y), uint8_t(y), uint8_t(y)};
+            const uint8_t* planes[] = {luma, chroma, chroma};
+            uint8_t rgb[12];
+            ASSERT_EQ(qeliYCbCrToRGB_JPEG_8u_P3C3R(planes, 4, rgb, 12, {width, 1}), qelStsNoErr);
+            for (int k = 0; k < 3 * width; ++k) ASSERT_EQ(rgb[k], y);
+        }
+}
+
+TEST(Colour, Extremes)
+{
+    const struct {
+        uint8_t ycc[3], rgb[3];
+    } decoded[] = {{{255, 128, 255}, {255, 164, 255}}, {{0, 128, 0}, {0, 91, 0}}, {{0, 0, 128}, {0, 44, 0}}};
+    for (auto& row : decoded) {
+        const uint8_t* planes[] = {row.ycc, row.ycc + 1, row.ycc + 2};
+        uint8_t rgb[3];
+        ASSERT_EQ(qeliYCbCrToRGB_JPEG_8u_P3C3R(planes, 1, rgb, 3, {1, 1}), qelStsNoErr);
+        for (int k = 0; k < 3; ++k) EXPECT_EQ(rgb[k], row.rgb[k]);
+    }
+    const struct {
+        uint8_t rgb[3], ycc[3];
+    } encoded[] = {{{255, 255, 255}, {255, 128, 128}}, {{0, 0, 0}, {0, 128, 128}},    {{255, 0, 0}, {76, 85, 255}},
+                   {{0, 255, 0}, {150, 44, 21}},       {{0, 0, 255}, {29, 255, 107}}, {{255, 255, 0}, {226, 0, 149}}};
+    for (auto& row : encoded) {
+        uint8_t ycc[3], *planes[] = {ycc, ycc + 1, ycc + 2};
+        ASSERT_EQ(qeliRGBToYCbCr_JPEG_8u_C3P3R(row.rgb, 3, planes, 1, {1, 1}), qelStsNoErr);
+        for (int k = 0; k < 3; ++k) EXPECT_EQ(ycc[k], row.ycc[k]) << int(row.rgb[0]) << ' ' << k;
+    }
+}
+
+// White in 15 bits is 248, not 255: the lower bits stay zero.
+TEST(Colour, PackedPixelsAreNotStretched)
+{
+    const uint16_t white = 0x7FFF;
+    uint8_t y, cb, cr, *planes[] = {&y, &cb, &cr};
+    ASSERT_EQ(qeliRGB555ToYCbCr_JPEG_16u8u_C3P3R(&white, 2, planes, 1, {1, 1}), qelStsNoErr);
+    EXPECT_EQ(y, 248);
+    EXPECT_EQ(cb, 128);
+    EXPECT_EQ(cr, 128);
+    const uint8_t full = 255, gray = 128, *from[] = {&full, &gray, &gray};
+    uint16_t packed = 0xFFFF;
+    ASSERT_EQ(qeliYCbCrToRGB555_JPEG_8u16u_P3C3R(from, 1, &packed, 2, {1, 1}), qelStsNoErr);
+    EXPECT_EQ(packed, 0x7FFF);
+}
+
+TEST(Colour, InPlaceOnPlanes)
+{
+    Random random(4);
+    for (auto& member : kMembers) {
+        if (member.src.bytes != 1 || member.dst.bytes != 1 || member.dst.planes != member.src.planes) continue;
+        Bytes data(4 * 203), result(data.size());
+        random.fill(data.data(), data.size());
+        auto from = planesOf((const uint8_t*)data.data(), member.src, 203);
+        auto to = planesOf(result.data(), member.dst, 203);
+        ASSERT_EQ(member.run(from.data(), 203, to.data(), 203, {203, 1}), qelStsNoErr);
+        auto same = planesOf(data.data(), member.dst, 203);
+        ASSERT_EQ(member.run(from.data(), 203, same.data(), 203, {203, 1}), qelStsNoErr);
+        EXPECT_EQ(memcmp(data.data(), result.data(), 203 * member.dst.planes), 0) << member.name;
+    }
+}
+
+// All nulls, then steps (zero or less), then sizes; nothing is written.
+TEST(Colour, OrderOfFaults)
+{
+    for (auto& member : kMembers) {
+        SCOPED_TRACE(member.name);
+        const Bytes src(4, 7);
+        Bytes dst(4, 9);
+        auto from = planesOf(src.data(), member.src, 0);
+        auto to = planesOf(dst.data(), member.dst, 0);
+        auto status = [&](int srcStep, int dstStep, QelSize roi) {
+            return member.run(from.data(), srcStep, to.data(), dstStep, roi);
+        };
+        EXPECT_EQ(member.run(nullptr, 0, to.data(), 0, {0, 0}), qelStsNullPtrErr);
+        EXPECT_EQ(member.run(from.data(), 0, nullptr, 0, {0, 0}), qelStsNullPtrErr);
+        for (auto& plane : from) {
+            plane = nullptr;
+            EXPECT_EQ(status(0, 0, {0, 0}), qelStsNullPtrErr);
+            plane = src.data();
+        }
+        for (auto& plane : to) {
+            plane = nullptr;
+            EXPECT_EQ(status(0, 0, {0, 0}), qelStsNullPtrErr);
+            plane = dst.data();
+        }
+        EXPECT_EQ(status(0, 1, {0, 0}), qelStsStepErr);
+        EXPECT_EQ(status(1, -1, {0, 0}), qelStsStepErr);
+        EXPECT_EQ(status(1, 1, {0, 1}), qelStsSizeErr);
+        EXPECT_EQ(status(1, 1, {1, -1}), qelStsSizeErr);
+        EXPECT_EQ(dst, Bytes(4, 9));
+    }
+}
+
+}
