@@ -5,6 +5,7 @@
 
 #include "core/checks.h"
 #include "core/dispatch.h"
+#include "core/past_caches.h"
 #include "core/rows.h"
 #include "jpeg/zigzag.h"
 #include "qeljx/support.h"
@@ -12,9 +13,6 @@
 using namespace qel;
 
 namespace {
-
-// Output beyond this many bytes does not stay in any cache, and is stored past them.
-constexpr size_t kPastCaches = size_t(64) << 20;
 
 // One call of row(src, dst, elements, past) for a region whose rows lie back to back, else one for each row.
 template <class Src, class Dst, class Row>

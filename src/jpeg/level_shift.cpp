@@ -3,10 +3,31 @@
 
 #include "core/checks.h"
 #include "core/dispatch.h"
+#include "core/past_caches.h"
 #include "core/rows.h"
 #include "qeljx/jpeg_block.h"
 
 using namespace qel;
+
+namespace {
+
+template <class Src, class Dst>
+void shiftRegion(void (*shift)(const Src*, Dst*, int), const Src* src, int srcStep, Dst* dst, int dstStep, QelSize roi)
+{
+    if ((size_t)roi.width * (size_t)roi.height * sizeof(Dst) < kPastCaches)
+        return forRows(roi, [=](int r) { shift(rowAt(src, srcStep, r), rowAt(dst, dstStep, r), roi.width); });
+    forRows(roi, [=](int r) {
+        const Src* row = rowAt(src, srcStep, r);
+        RowPastCaches out(rowAt(dst, dstStep, r));
+        eachPiece(roi.width, [&](int first, int count) {
+            shift(row + first, (Dst*)out.room(), count);
+            out.add((size_t)count * sizeof(Dst));
+        });
+        out.finish();
+    });
+}
+
+}
 
 QelStatus qeliSub128_JPEG_8u16s_C1R(const uint8_t* pSrc, int srcStep, int16_t* pDst, int dstStep, QelSize roi)
 {
@@ -25,14 +46,12 @@ QelStatus qeliAdd128_JPEG_16s8u_C1R(const int16_t* pSrc, int srcStep, uint8_t* p
 
 void ownqj_Sub128_JPEG_8u16s_C1R(const uint8_t* src, int srcStep, int16_t* dst, int dstStep, QelSize roi)
 {
-    auto sub128 = kernels<LevelShiftKernels>().sub128;
-    forRows(roi, [=](int r) { sub128(rowAt(src, srcStep, r), rowAt(dst, dstStep, r), roi.width); });
+    shiftRegion(kernels<LevelShiftKernels>().sub128, src, srcStep, dst, dstStep, roi);
 }
 
 void ownqj_Add128_JPEG_16s8u_C1R(const int16_t* src, int srcStep, uint8_t* dst, int dstStep, QelSize roi)
 {
-    auto add128 = kernels<LevelShiftKernels>().add128;
-    forRows(roi, [=](int r) { add128(rowAt(src, srcStep, r), rowAt(dst, dstStep, r), roi.width); });
+    shiftRegion(kernels<LevelShiftKernels>().add128, src, srcStep, dst, dstStep, roi);
 }
 
 void ownqj_Sub128_JPEG_8u16s_C1(const uint8_t* src, int16_t* dst, int len)

@@ -1,0 +1,66 @@
+// Output that no cache can hold: a row is made piece by piece in a buffer that stays in the first-level cache, and
+// goes from there to memory in whole cache lines, past the caches.
+#pragma once
+
+#include <stddef.h>
+#include <stdint.h>
+#include <string.h>
+
+#include "core/dispatch.h"
+#include "core/support.h"
+
+namespace qel {
+
+// From this many bytes on, output is far over the size of most caches; below, storing past them loses.
+constexpr size_t kPastCaches = size_t(24) << 20;
+
+// Elements of a piece: a multiple of every kernel's step, so that a row in pieces gives what a whole row gives.
+constexpr int kPieceElements = 1024;
+constexpr size_t kLargestPiece = 4 * kPieceElements;
+
+// One row of output. Write up to kLargestPiece bytes at room(), say how many with add(), and at the end finish().
+class RowPastCaches {
+public:
+    explicit RowPastCaches(void* dst)
+        : before_((uintptr_t)dst % kLine), held_(before_), line_((uint8_t*)dst - before_),
+          copyPast_(kernels<SupportKernels>().copyPast)
+    {}
+
+    uint8_t* room() { return buffer_ + held_; }
+
+    void add(size_t bytes)
+    {
+        held_ += bytes;
+        size_t whole = held_ / kLine * kLine;
+        if (whole == 0) return;
+        size_t start = 0;
+        if (before_ > 0) {
+            memcpy(line_ + before_, buffer_ + before_, kLine - before_);
+            start = kLine;
+            before_ = 0;
+        }
+        copyPast_(buffer_ + start, line_ + start, whole - start);
+        line_ += whole;
+        held_ -= whole;
+        memcpy(buffer_, buffer_ + whole, held_);
+    }
+
+    void finish() { memcpy(line_ + before_, buffer_ + before_, held_ - before_); }
+
+private:
+    static constexpr size_t kLine = 64;
+
+    size_t before_; // bytes of the first line that lie before the row
+    size_t held_;   // bytes in the buffer, those before the row included
+    uint8_t* line_; // the destination's line that the buffer begins with
+    void (*copyPast_)(const uint8_t*, uint8_t*, size_t);
+    alignas(kLine) uint8_t buffer_[kLine + kLargestPiece];
+};
+
+// Calls convert(first, count) for the pieces of a row of `width` elements.
+template <class Convert> inline void eachPiece(int width, Convert convert)
+{
+    for (int i = 0; i < width; i += kPieceElements) convert(i, width - i < kPieceElements ? width - i : kPieceElements);
+}
+
+}
