@@ -1,0 +1,11 @@
+// The machine's own limit for a stage that moves bytes: read as many, write as many, compute nothing.
+#pragma once
+
+#include "contest.h"
+
+namespace qel::bench {
+
+// Adds "traffic" and "traffic streaming" for `units` units of `in` bytes read and `out` bytes written.
+void addTraffic(Contest& contest, double units, int in, int out);
+
+}
