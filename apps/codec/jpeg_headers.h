@@ -1,0 +1,66 @@
+// What the marker segments before and between scans define: the frame, the tables, the scan (T.81 B.2).
+#pragma once
+
+#include <array>
+#include <optional>
+#include <span>
+#include <vector>
+
+#include "codec/jpeg_info.h"
+#include "codec/jpeg_markers.h"
+#include "codec/jpeg_tables.h"
+
+namespace qel::codec {
+
+// Quantization steps in natural order.
+using QuantizerSteps = std::array<uint16_t, 64>;
+
+struct ScanHeader {
+    struct Component {
+        int index = 0; // in the frame
+        int dcTable = 0, acTable = 0;
+    };
+    std::vector<Component> components;
+    int first = 0, last = 63, high = 0, low = 0; // Ss, Se, Ah, Al
+    size_t dataAt = 0;                           // where the entropy-coded data begins
+};
+
+// Reads headers from scan to scan, and keeps the tables that are in force.
+class JpegHeaders {
+public:
+    // Throws CodecError unless the file begins as JPEG files do.
+    explicit JpegHeaders(std::span<const uint8_t> file);
+
+    // Reads on from byte `from` to the next scan; nothing at the end of the picture. Throws CodecError for headers that
+    // break the rules, FileEnds where the end of the picture is missing.
+    std::optional<ScanHeader> nextScan(size_t from);
+
+    const JpegInfo& info() const { return info_; }
+    const QuantizerSteps& quantizer(const JpegComponent& component) const;
+    const HuffmanLists& dcTable(int slot) const { return huffman("DC", dc_[slot]); }
+    const HuffmanLists& acTable(int slot) const { return huffman("AC", ac_[slot]); }
+    int restartInterval() const { return restartInterval_; }
+    size_t framePosition() const { return framePosition_; }
+
+private:
+    static const HuffmanLists& huffman(const char* kind, const std::optional<HuffmanLists>& table);
+    void read(const Segment& segment);
+    void readFrame(const Segment& segment);
+    void readComponents(Fields& fields, int count);
+    void readQuantizers(const Segment& segment);
+    void readHuffmanTables(const Segment& segment);
+    void readApplication(const Segment& segment);
+    ScanHeader readScan(const Segment& segment) const;
+    int linesBehindScan(size_t from) const;
+
+    std::span<const uint8_t> file_;
+    JpegInfo info_;
+    std::array<std::optional<QuantizerSteps>, 4> quantizers_;
+    // A file without tables means the typical ones, as in motion JPEG.
+    std::array<std::optional<HuffmanLists>, 4> dc_ = {kTypicalDc[0], kTypicalDc[1]};
+    std::array<std::optional<HuffmanLists>, 4> ac_ = {kTypicalAc[0], kTypicalAc[1]};
+    int restartInterval_ = 0;
+    size_t framePosition_ = 0;
+};
+
+}

@@ -1,0 +1,39 @@
+// Arithmetic of MCUs.
+#include "codec/jpeg_layout.h"
+
+namespace qel::codec {
+
+namespace {
+
+int mcus(int samples, int maxFactor) { return (samples + 8 * maxFactor - 1) / (8 * maxFactor); }
+
+}
+
+ScanLayout::ScanLayout(const JpegInfo& info, const std::vector<int>& components)
+{
+    if (components.size() == 1) {
+        const JpegComponent& only = info.components[components[0]];
+        mcusAcross = blocksFor(only.width);
+        mcusDown = blocksFor(only.height);
+        shares.push_back({components[0], 1, 1});
+    } else {
+        mcusAcross = mcus(info.width, info.maxH());
+        mcusDown = mcus(info.height, info.maxV());
+        for (int i : components) shares.push_back({i, info.components[i].h, info.components[i].v});
+    }
+    for (int slot = 0; slot < int(shares.size()); ++slot)
+        for (int dy = 0; dy < shares[slot].down; ++dy)
+            for (int dx = 0; dx < shares[slot].across; ++dx) blocks.push_back({slot, dx, dy});
+}
+
+int paddedBlocksAcross(const JpegInfo& info, const JpegComponent& component)
+{
+    return mcus(info.width, info.maxH()) * component.h;
+}
+
+int paddedBlocksDown(const JpegInfo& info, const JpegComponent& component)
+{
+    return mcus(info.height, info.maxV()) * component.v;
+}
+
+}

@@ -1,0 +1,73 @@
+// Marker layer of a JPEG file: marker codes, marker segments, and reading the fields in them (T.81 Annex B).
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <span>
+#include <string>
+#include <vector>
+
+#include "codec/error.h"
+
+namespace qel::codec {
+
+namespace marker {
+inline constexpr uint8_t kSof0 = 0xC0, kSof1 = 0xC1, kSof2 = 0xC2, kSof3 = 0xC3, kDht = 0xC4, kJpg = 0xC8, kDac = 0xCC,
+                         kSof15 = 0xCF, kRst0 = 0xD0, kRst7 = 0xD7, kSoi = 0xD8, kEoi = 0xD9, kSos = 0xDA, kDqt = 0xDB,
+                         kDnl = 0xDC, kDri = 0xDD, kApp0 = 0xE0, kApp14 = 0xEE, kTem = 0x01;
+
+inline bool isRestart(uint32_t code) { return code >= kRst0 && code <= kRst7; }
+inline bool isFrame(uint8_t code)
+{
+    return code >= kSof0 && code <= kSof15 && code != kDht && code != kJpg && code != kDac;
+}
+inline bool standsAlone(uint8_t code) { return (code >= kRst0 && code <= kEoi) || code == kTem; }
+}
+
+// The file ends where it must not. After a scan has begun this is survived, elsewhere an error.
+class FileEnds : public CodecError {
+public:
+    using CodecError::CodecError;
+};
+
+// Position of the first marker (its 0xFF) at or behind `from`, or the size of the file.
+size_t findMarker(std::span<const uint8_t> file, size_t from);
+
+// A marker with the parameters behind it.
+struct Segment {
+    uint8_t code = 0;
+    size_t position = 0; // of the 0xFF
+    size_t end = 0;      // first byte behind the segment
+    std::span<const uint8_t> parameters;
+};
+
+// The segment whose marker is the first at or behind `from`. Throws FileEnds, or CodecError for a bad length.
+Segment readSegment(std::span<const uint8_t> file, size_t from);
+
+// Walks the parameters of a segment, and refuses to read past them.
+class Fields {
+public:
+    // `name` is for messages.
+    Fields(const Segment& segment, const char* name)
+        : bytes_(segment.parameters), position_(segment.end - bytes_.size()), name_(name)
+    {}
+
+    int u8() { return take(1)[0]; }
+    int u16()
+    {
+        auto two = take(2);
+        return two[0] << 8 | two[1];
+    }
+    std::span<const uint8_t> take(size_t count);
+    bool atEnd() const { return bytes_.empty(); }
+    // Throws CodecError unless all parameters have been read.
+    void finish() const;
+    [[noreturn]] void fail(const std::string& what) const;
+
+private:
+    std::span<const uint8_t> bytes_;
+    size_t position_; // of the next byte, in the file
+    const char* name_;
+};
+
+}

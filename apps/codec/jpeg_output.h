@@ -1,0 +1,45 @@
+// From components to the picture: up-sampling and colour conversion, row by row.
+#pragma once
+
+#include <vector>
+
+#include "codec/jpeg_info.h"
+#include "codec/jpeg_reader.h"
+#include "codec/picture.h"
+#include "codec/plane.h"
+
+namespace qel::codec {
+
+class RowWriter {
+public:
+    // `planes` has one plane for each component and must outlive this object, as must `picture`.
+    RowWriter(const JpegInfo& info, JpegUpsampling upsampling, const std::vector<Plane>& planes, Picture& picture);
+
+    // Writes rows of the picture up to, not including, `end`. The planes must hold the rows of samples that these are
+    // made of, one more above and below where chroma is interpolated between rows.
+    void writeUntil(int end);
+    // The rows that are left become grey.
+    void fillRest();
+
+private:
+    enum class Filter { none, triangleH2V1, triangleH2V2, triangleH1V2, replicate };
+    struct Source {
+        const Plane* plane;
+        Filter filter;
+        int h, v;                 // sampling factors
+        int width, height;        // samples
+        std::vector<uint8_t> row; // after up-sampling
+    };
+    Filter filterFor(const JpegComponent& component, JpegUpsampling upsampling) const;
+    const uint8_t* fullRow(Source& source, int y) const;
+    void replicate(Source& source, int y) const;
+    void convert(const uint8_t* const rows[], uint8_t* out) const;
+
+    JpegColour colour_;
+    int maxH_, maxV_;
+    std::vector<Source> sources_;
+    Picture& picture_;
+    int next_ = 0;
+};
+
+}

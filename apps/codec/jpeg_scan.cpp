@@ -1,0 +1,97 @@
+// Restart intervals and recovery from damage.
+#include "codec/jpeg_scan.h"
+
+#include <algorithm>
+
+namespace qel::codec {
+
+namespace {
+
+std::vector<int> indicesOf(const ScanHeader& scan)
+{
+    std::vector<int> indices;
+    for (auto& component : scan.components) indices.push_back(component.index);
+    return indices;
+}
+
+}
+
+ScanDecoder::ScanDecoder(std::span<const uint8_t> file, const JpegHeaders& headers, const ScanHeader& scan)
+    : layout_(headers.info(), indicesOf(scan)), data_(file.subspan(scan.dataAt)), base_(scan.dataAt),
+      state_(make<DecodeState>(qeliDecodeHuffmanStateInitAlloc_JPEG_8u)),
+      interval_(headers.restartInterval() ? headers.restartInterval() : kNever), nextRestart_(interval_)
+{
+    auto spec = [](const HuffmanLists& lists) {
+        return make<DecodeSpec>(qeliDecodeHuffmanSpecInitAlloc_JPEG_8u, lists.bits.data(), lists.values.data());
+    };
+    for (auto& component : scan.components)
+        slots_.push_back({spec(headers.dcTable(component.dcTable)), spec(headers.acTable(component.acTable)), 0});
+}
+
+void ScanDecoder::resetCoder()
+{
+    marker_ = 0;
+    check(qeliDecodeHuffmanStateInit_JPEG_8u(state_.get()));
+    for (Slot& slot : slots_) slot.lastDc = 0;
+}
+
+void ScanDecoder::restart()
+{
+    // After damage the marker has been passed already, or there is none.
+    if (resumeAt_ < mcu_) resynchronise(mcu_ / interval_ - 1);
+    nextRestart_ += interval_;
+}
+
+// A block failed. Without restart markers a bad run of zeros is no reason to give up: codes find their step again soon,
+// and the picture stays recognisable.
+bool ScanDecoder::survive(QelStatus status)
+{
+    noteDamage();
+    if (interval_ == kNever && status == qelStsJPEGCoeffPosErr) return true;
+    resynchronise(mcu_ / interval_);
+    return false;
+}
+
+// Finds the restart marker that ends the given interval, and sets resumeAt_ to the MCU behind it.
+void ScanDecoder::resynchronise(int64_t interval)
+{
+    size_t from = size_t(at_) - (marker_ ? 2 : 0);
+    resumeAt_ = kNever;
+    marker_ = 0;
+    for (;; from += 2) {
+        size_t found = findMarker(data_, from);
+        if (std::ranges::any_of(data_.subspan(from, found - from), [](uint8_t byte) { return byte != 0xFF; }))
+            noteDamage();
+        from = found;
+        at_ = int(from);
+        if (from == data_.size()) return;
+        uint8_t code = data_[from + 1];
+        if (code >= marker::kSof0 && (!marker::isRestart(code) || interval_ == kNever)) return;
+        if (code >= marker::kSof0 && resumeBehind(code - marker::kRst0, interval)) break;
+        noteDamage();
+    }
+    at_ += 2;
+    resetCoder();
+}
+
+// Eight restart markers take turns: one or two ahead of the one that is due, and intervals are missing; one or two
+// behind, and the marker is a leftover to be passed over (false).
+bool ScanDecoder::resumeBehind(int number, int64_t interval)
+{
+    int ahead = (number - int(interval % 8)) & 7;
+    if (ahead >= 6) return false;
+    if (ahead != 0) noteDamage();
+    resumeAt_ = (interval + 1 + (ahead <= 2 ? ahead : 0)) * interval_;
+    return true;
+}
+
+void ScanDecoder::noteDamage() { firstDamage_ = std::min(firstDamage_, position()); }
+
+std::string ScanDecoder::damage() const
+{
+    if (firstDamage_ == SIZE_MAX) return {};
+    return "damaged or missing data at byte " + std::to_string(firstDamage_) + "; " + std::to_string(lostMcus_) +
+           " of " + std::to_string(int64_t(layout_.mcusAcross) * layout_.mcusDown) + " units are lost";
+}
+
+}

@@ -1,0 +1,86 @@
+// Entropy-coded data of one sequential scan: blocks of coefficients in the order of the file, across restart markers
+// and damage (T.81 E.2, F.2).
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <span>
+#include <string>
+#include <vector>
+
+#include "codec/jpeg_headers.h"
+#include "codec/jpeg_layout.h"
+#include "codec/library.h"
+
+namespace qel::codec {
+
+class ScanDecoder {
+public:
+    ScanDecoder(std::span<const uint8_t> file, const JpegHeaders& headers, const ScanHeader& scan);
+
+    const ScanLayout& layout() const { return layout_; }
+
+    // Decodes the next row of MCUs and calls `sink(i, column, block)` for every block, where `i` counts the blocks of
+    // an MCU (layout().blocks) and `block` holds 64 quantized coefficients in natural order, all zero where data is
+    // lost.
+    template <class Sink> void decodeRow(Sink&& sink)
+    {
+        for (int column = 0; column < layout_.mcusAcross; ++column, ++mcu_) {
+            if (mcu_ == nextRestart_) restart();
+            bool lost = mcu_ < resumeAt_;
+            for (int i = 0; i < int(layout_.blocks.size()); ++i) {
+                lost = lost || !decodeBlock(layout_.blocks[i].slot);
+                if (lost) block_.fill(0);
+                sink(i, column, block_.data());
+            }
+            lostMcus_ += lost;
+        }
+    }
+
+    // No data is left: all further blocks will be zero.
+    bool ended() const { return resumeAt_ == kNever; }
+    // Where the next marker is to be looked for.
+    size_t position() const { return base_ + at_ - (marker_ ? 2 : 0); }
+    // One line on the damage that was met; empty for a sound scan.
+    std::string damage() const;
+
+private:
+    struct Slot {
+        DecodeSpec dc, ac;
+        int16_t lastDc = 0;
+    };
+    static constexpr int64_t kNever = INT64_MAX;
+
+    bool decodeBlock(int slot)
+    {
+        Slot& s = slots_[slot];
+        QelStatus status =
+            qeliDecodeHuffman8x8_JPEG_1u16s_C1(data_.data(), int(data_.size()), &at_, block_.data(), &s.lastDc,
+                                               &marker_, s.dc.get(), s.ac.get(), state_.get());
+        return status >= 0 || survive(status);
+    }
+    bool survive(QelStatus status);
+    void restart();
+    void resynchronise(int64_t interval);
+    bool resumeBehind(int number, int64_t interval);
+    void resetCoder();
+    void noteDamage();
+
+    ScanLayout layout_;
+    std::span<const uint8_t> data_; // from the first entropy-coded byte to the end of the file
+    size_t base_;                   // of data_ in the file
+    int at_ = 0;                    // in data_
+    uint32_t marker_ = 0;           // that the reader has met
+    DecodeState state_;
+    std::vector<Slot> slots_;
+    alignas(64) std::array<int16_t, 64> block_;
+
+    int64_t interval_;     // MCUs between restart markers
+    int64_t mcu_ = 0;      // next to be decoded
+    int64_t nextRestart_;  // MCU before which a restart marker stands
+    int64_t resumeAt_ = 0; // MCUs before this one are lost
+    int64_t lostMcus_ = 0;
+    size_t firstDamage_ = SIZE_MAX;
+};
+
+}
