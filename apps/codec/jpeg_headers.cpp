@@ -2,6 +2,9 @@
 #include "codec/jpeg_headers.h"
 
 #include <algorithm>
+#include <string_view>
+
+#include "codec/jpeg_layout.h"
 
 namespace qel::codec {
 
@@ -139,10 +142,7 @@ void JpegHeaders::readComponents(Fields& fields, int count)
         if (component.quantizer > 3) fields.fail("quantization table " + std::to_string(component.quantizer));
         info_.components.push_back(component);
     }
-    for (JpegComponent& component : info_.components) {
-        component.width = ceilDivide(info_.width * component.h, info_.maxH());
-        component.height = ceilDivide(info_.height * component.v, info_.maxV());
-    }
+    setComponentSizes(info_);
 }
 
 // A frame header may leave the number of lines to a DNL segment behind the first scan (T.81 B.2.5); 0 if there is none.

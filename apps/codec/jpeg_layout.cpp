@@ -5,7 +5,9 @@ namespace qel::codec {
 
 namespace {
 
-int mcus(int samples, int maxFactor) { return (samples + 8 * maxFactor - 1) / (8 * maxFactor); }
+int ceilDivide(int a, int b) { return (a + b - 1) / b; }
+
+int mcus(int samples, int maxFactor) { return ceilDivide(samples, 8 * maxFactor); }
 
 }
 
@@ -24,6 +26,14 @@ ScanLayout::ScanLayout(const JpegInfo& info, const std::vector<int>& components)
     for (int slot = 0; slot < int(shares.size()); ++slot)
         for (int dy = 0; dy < shares[slot].down; ++dy)
             for (int dx = 0; dx < shares[slot].across; ++dx) blocks.push_back({slot, dx, dy});
+}
+
+void setComponentSizes(JpegInfo& info)
+{
+    for (JpegComponent& component : info.components) {
+        component.width = ceilDivide(info.width * component.h, info.maxH());
+        component.height = ceilDivide(info.height * component.v, info.maxV());
+    }
 }
 
 int paddedBlocksAcross(const JpegInfo& info, const JpegComponent& component)

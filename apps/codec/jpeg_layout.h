@@ -31,6 +31,9 @@ struct ScanLayout {
 
 constexpr int blocksFor(int samples) { return (samples + 7) / 8; }
 
+// Sets the sizes of the components from that of the picture and the sampling factors (T.81 A.1.1).
+void setComponentSizes(JpegInfo& info);
+
 // Blocks of a component in whole MCUs of the frame.
 int paddedBlocksAcross(const JpegInfo& info, const JpegComponent& component);
 int paddedBlocksDown(const JpegInfo& info, const JpegComponent& component);

@@ -10,10 +10,6 @@ namespace qel::codec {
 
 namespace {
 
-// Pixels of a row that go to one call of a colour conversion: few enough that the library keeps to this thread, and a
-// multiple of what its kernels take at a time.
-constexpr int kChunk = 8192;
-
 // Rows lie between two rows of samples, at a quarter of the way: 3:1, with the rounding alternating as in the
 // library's horizontal filter.
 void interpolateRows(const uint8_t* near, const uint8_t* far, int bias, int width, uint8_t* out)
@@ -100,10 +96,10 @@ void RowWriter::convert(const uint8_t* const rows[], uint8_t* out) const
         return interleave<4>(rows, width, out);
     case JpegColour::ycbcr:
     case JpegColour::ycck:
-        for (int x = 0; x < width; x += kChunk) {
+        for (int x = 0; x < width; x += kConvertedAtOnce) {
             const uint8_t* at[4];
             for (size_t i = 0; i < sources_.size(); ++i) at[i] = rows[i] + x;
-            QelSize size = {std::min(kChunk, width - x), 1};
+            QelSize size = {std::min(kConvertedAtOnce, width - x), 1};
             check(colour_ == JpegColour::ycbcr ? qeliYCbCrToRGB_JPEG_8u_P3C3R(at, width, out + 3 * x, 3 * width, size)
                                                : qeliYCCKToCMYK_JPEG_8u_P4C4R(at, width, out + 4 * x, 4 * width, size));
         }

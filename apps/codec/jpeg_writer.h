@@ -4,6 +4,7 @@
 #include <array>
 #include <cstdint>
 #include <functional>
+#include <optional>
 #include <vector>
 
 #include "codec/jpeg_info.h"
@@ -28,7 +29,7 @@ enum class JpegTarget { usual, grey, ycbcr, rgb, cmyk, ycck };
 struct JpegEncodeOptions {
     int quality = 90; // 1 to 100
     JpegTarget target = JpegTarget::usual;
-    JpegSamplings sampling = kSampling420; // ignored for grey; RGB and CMYK files are commonly 4:4:4
+    std::optional<JpegSamplings> sampling; // else 4:2:0 for YCbCr and YCCK, 4:4:4 for RGB and CMYK; grey has none
     bool optimiseTables = false;           // Huffman tables made for this picture: two passes, a smaller file
     bool interleaved = true;               // one scan for all components, or one scan for each
     int restartInterval = 0;               // in MCUs; 0 is none

@@ -16,6 +16,10 @@ inline void check(QelStatus status)
     if (status < 0) throw CodecError("the library reports status " + std::to_string(status));
 }
 
+// Pixels of one call of a colour conversion: few enough that the library keeps to this thread, and a multiple of what
+// its kernels take at a time.
+inline constexpr int kConvertedAtOnce = 8192;
+
 template <auto Free> struct Freed {
     void operator()(auto* object) const { Free(object); }
 };

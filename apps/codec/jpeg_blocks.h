@@ -1,0 +1,84 @@
+// Where the blocks of a scan come from: the forward DCT of strips, or a store of quantized coefficients.
+#pragma once
+
+#include <array>
+#include <memory>
+#include <vector>
+
+#include "codec/jpeg_headers.h"
+#include "codec/jpeg_input.h"
+#include "codec/jpeg_layout.h"
+#include "codec/library.h"
+
+namespace qel::codec {
+
+// Transforms and quantizes blocks of the strips.
+class ForwardTransform {
+public:
+    ForwardTransform(const JpegInfo& info, const ScanLayout& layout, const std::array<QuantizerSteps, 2>& multipliers,
+                     StripReader& strips)
+        : strips_(strips)
+    {
+        for (const McuBlock& place : layout.blocks) {
+            const ScanShare& share = layout.shares[place.slot];
+            const Plane& strip = strips.strip(share.component);
+            const QuantizerSteps& table = multipliers[info.components[share.component].quantizer];
+            origins_.push_back({strip.row(8 * place.dy) + 8 * place.dx, strip.step(), 8 * share.across, table.data()});
+        }
+    }
+
+    void startRow(int mcuRow) { strips_.load(mcuRow); }
+
+    void block(int i, int mcuColumn, int16_t* values) const
+    {
+        const Origin& o = origins_[i];
+        check(qeliDCTQuantFwd8x8LS_JPEG_8u16s_C1R(o.samples + mcuColumn * o.columnsPerMcu, o.step, values,
+                                                  o.multipliers));
+    }
+
+    const int16_t* operator()(int i, int mcuColumn)
+    {
+        block(i, mcuColumn, block_.data());
+        return block_.data();
+    }
+
+private:
+    struct Origin {
+        const uint8_t* samples;
+        int step, columnsPerMcu;
+        const uint16_t* multipliers;
+    };
+    StripReader& strips_;
+    std::vector<Origin> origins_;
+    alignas(64) std::array<int16_t, 64> block_;
+};
+
+// Quantized blocks of one component, in whole MCUs.
+struct BlockStore {
+    int across;
+    std::unique_ptr<int16_t[]> values;
+
+    int16_t* block(int row, int column) { return values.get() + 64 * (size_t(row) * across + column); }
+};
+
+// Blocks of a scan from the stores.
+class StoredBlocks {
+public:
+    StoredBlocks(const ScanLayout& layout, std::vector<BlockStore>& stores) : layout_(layout), stores_(stores) {}
+
+    void startRow(int mcuRow) { mcuRow_ = mcuRow; }
+
+    int16_t* operator()(int i, int mcuColumn)
+    {
+        const McuBlock& place = layout_.blocks[i];
+        const ScanShare& share = layout_.shares[place.slot];
+        return stores_[share.component].block(mcuRow_ * share.down + place.dy, mcuColumn * share.across + place.dx);
+    }
+
+private:
+    const ScanLayout& layout_;
+    std::vector<BlockStore>& stores_;
+    int mcuRow_ = 0;
+};
+
+}

@@ -1,0 +1,74 @@
+// Tables from counts; room, padding and restart markers of a scan.
+#include "codec/jpeg_scan_writer.h"
+
+#include <algorithm>
+
+#include "codec/jpeg_markers.h"
+
+namespace qel::codec {
+
+namespace {
+
+// No block takes more: 64 codes of 16 bits, each with 11 more, and a zero byte stuffed behind each byte.
+constexpr int kMaxBlockBytes = 64 * (16 + 11) / 8 * 2;
+// Padding of the last byte, stuffed, and a marker.
+constexpr int kMaxRestartBytes = 4;
+
+}
+
+HuffmanPair ScanStatistics::tables(int table) const
+{
+    HuffmanPair pair;
+    auto build = [](const std::array<uint32_t, 256>& counts, HuffmanLists& lists) {
+        check(qeliEncodeHuffmanRawTableInit_JPEG_8u(counts.data(), lists.bits.data(), lists.values.data()));
+    };
+    build(counts_[table].dc, pair.dc);
+    build(counts_[table].ac, pair.ac);
+    return pair;
+}
+
+ScanEncoder::ScanEncoder(std::vector<uint8_t>& out, const ScanLayout& layout, const std::array<HuffmanPair, 2>& pairs,
+                         std::vector<int> tables)
+    : out_(out), used_(out.size()),
+      roomPerRow_(layout.mcusAcross * (int(layout.blocks.size()) * kMaxBlockBytes + kMaxRestartBytes) +
+                  kMaxRestartBytes),
+      state_(make<EncodeState>(qeliEncodeHuffmanStateInitAlloc_JPEG_8u)), tables_(std::move(tables)),
+      lastDc_(tables_.size())
+{
+    auto spec = [](const HuffmanLists& lists) {
+        return make<EncodeSpec>(qeliEncodeHuffmanSpecInitAlloc_JPEG_8u, lists.bits.data(), lists.values.data());
+    };
+    for (int i = 0; i < 2; ++i) specs_[i] = {spec(pairs[i].dc), spec(pairs[i].ac)};
+}
+
+void ScanEncoder::startRow()
+{
+    used_ += size_t(position_);
+    if (out_.size() - used_ < size_t(roomPerRow_)) out_.resize(std::max(2 * out_.size(), used_ + roomPerRow_));
+    end_ = out_.data() + used_;
+    room_ = int(std::min<size_t>(out_.size() - used_, INT32_MAX));
+    position_ = 0;
+}
+
+void ScanEncoder::flush()
+{
+    check(qeliEncodeHuffman8x8_JPEG_16s1u_C1(nullptr, end_, room_, &position_, nullptr, nullptr, nullptr, state_.get(),
+                                             1));
+}
+
+void ScanEncoder::restart()
+{
+    flush();
+    end_[position_++] = 0xFF;
+    end_[position_++] = uint8_t(marker::kRst0 + nextMarker_);
+    nextMarker_ = (nextMarker_ + 1) % 8;
+    std::ranges::fill(lastDc_, int16_t(0));
+}
+
+void ScanEncoder::finish()
+{
+    flush();
+    out_.resize(used_ + position_);
+}
+
+}
