@@ -61,7 +61,7 @@ bool fitsCodeSpace(const HuffmanLists& lists)
 
 }
 
-JpegHeaders::JpegHeaders(std::span<const uint8_t> file) : file_(file)
+JpegHeaders::JpegHeaders(Bytes file) : file_(file)
 {
     if (file.size() < 2 || file[0] != 0xFF || file[1] != marker::kSoi) throw CodecError("not a JPEG file", 0);
     if (file.size() > INT32_MAX) throw CodecError("a JPEG file of 2 GiB or more");

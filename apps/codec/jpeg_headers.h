@@ -3,9 +3,9 @@
 
 #include <array>
 #include <optional>
-#include <span>
 #include <vector>
 
+#include "codec/bytes.h"
 #include "codec/jpeg_info.h"
 #include "codec/jpeg_markers.h"
 #include "codec/jpeg_tables.h"
@@ -29,7 +29,7 @@ struct ScanHeader {
 class JpegHeaders {
 public:
     // Throws CodecError unless the file begins as JPEG files do.
-    explicit JpegHeaders(std::span<const uint8_t> file);
+    explicit JpegHeaders(Bytes file);
 
     // Reads on from byte `from` to the next scan; nothing at the end of the picture. Throws CodecError for headers that
     // break the rules, FileEnds where the end of the picture is missing.
@@ -53,7 +53,7 @@ private:
     ScanHeader readScan(const Segment& segment) const;
     int linesBehindScan(size_t from) const;
 
-    std::span<const uint8_t> file_;
+    Bytes file_;
     JpegInfo info_;
     std::array<std::optional<QuantizerSteps>, 4> quantizers_;
     // A file without tables means the typical ones, as in motion JPEG.

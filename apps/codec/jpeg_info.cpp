@@ -45,7 +45,7 @@ int JpegInfo::maxH() const { return std::ranges::max(components, {}, &JpegCompon
 
 int JpegInfo::maxV() const { return std::ranges::max(components, {}, &JpegComponent::v).v; }
 
-JpegInfo readJpegInfo(std::span<const uint8_t> file)
+JpegInfo readJpegInfo(Bytes file)
 {
     JpegHeaders headers(file);
     auto scan = headers.nextScan(2);

@@ -2,8 +2,9 @@
 #pragma once
 
 #include <cstdint>
-#include <span>
 #include <vector>
+
+#include "codec/bytes.h"
 
 namespace qel::codec {
 
@@ -40,6 +41,6 @@ struct JpegInfo {
 
 // Reads the headers and counts the scans; no picture is decoded, so this also answers for processes that decodeJpeg
 // refuses. Throws CodecError where there is no frame header to be read.
-JpegInfo readJpegInfo(std::span<const uint8_t> file);
+JpegInfo readJpegInfo(Bytes file);
 
 }

@@ -5,7 +5,7 @@
 
 namespace qel::codec {
 
-size_t findMarker(std::span<const uint8_t> file, size_t from)
+size_t findMarker(Bytes file, size_t from)
 {
     while (from + 1 < file.size()) {
         auto* found = static_cast<const uint8_t*>(memchr(file.data() + from, 0xFF, file.size() - 1 - from));
@@ -17,7 +17,7 @@ size_t findMarker(std::span<const uint8_t> file, size_t from)
     return file.size();
 }
 
-Segment readSegment(std::span<const uint8_t> file, size_t from)
+Segment readSegment(Bytes file, size_t from)
 {
     Segment segment;
     segment.position = findMarker(file, from);
@@ -36,7 +36,7 @@ Segment readSegment(std::span<const uint8_t> file, size_t from)
     return segment;
 }
 
-std::span<const uint8_t> Fields::take(size_t count)
+Bytes Fields::take(size_t count)
 {
     if (bytes_.size() < count) fail("too short");
     auto taken = bytes_.first(count);

@@ -3,10 +3,10 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <span>
 #include <string>
 #include <vector>
 
+#include "codec/bytes.h"
 #include "codec/error.h"
 
 namespace qel::codec {
@@ -31,18 +31,18 @@ public:
 };
 
 // Position of the first marker (its 0xFF) at or behind `from`, or the size of the file.
-size_t findMarker(std::span<const uint8_t> file, size_t from);
+size_t findMarker(Bytes file, size_t from);
 
 // A marker with the parameters behind it.
 struct Segment {
     uint8_t code = 0;
     size_t position = 0; // of the 0xFF
     size_t end = 0;      // first byte behind the segment
-    std::span<const uint8_t> parameters;
+    Bytes parameters;
 };
 
 // The segment whose marker is the first at or behind `from`. Throws FileEnds, or CodecError for a bad length.
-Segment readSegment(std::span<const uint8_t> file, size_t from);
+Segment readSegment(Bytes file, size_t from);
 
 // Walks the parameters of a segment, and refuses to read past them.
 class Fields {
@@ -58,14 +58,14 @@ public:
         auto two = take(2);
         return two[0] << 8 | two[1];
     }
-    std::span<const uint8_t> take(size_t count);
+    Bytes take(size_t count);
     bool atEnd() const { return bytes_.empty(); }
     // Throws CodecError unless all parameters have been read.
     void finish() const;
     [[noreturn]] void fail(const std::string& what) const;
 
 private:
-    std::span<const uint8_t> bytes_;
+    Bytes bytes_;
     size_t position_; // of the next byte, in the file
     const char* name_;
 };

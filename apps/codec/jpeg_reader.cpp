@@ -17,14 +17,14 @@ constexpr uint64_t kMaxMemory = uint64_t(1920) << 20;
 
 class Decoder {
 public:
-    Decoder(std::span<const uint8_t> file, const JpegDecodeOptions& options);
+    Decoder(Bytes file, const JpegDecodeOptions& options);
 
     Picture picture();
     std::vector<JpegPlane> separatePlanes();
     std::vector<JpegCoefficients> coefficients();
 
     const JpegInfo& info() const { return headers_.info(); }
-    std::vector<std::string> takeWarnings() { return std::move(warnings_); }
+    Warnings takeWarnings() { return std::move(warnings_); }
 
 private:
     void checkSupported() const;
@@ -39,16 +39,15 @@ private:
         if (options_.progress) options_.progress(double(coder.position()) / double(file_.size()));
     }
 
-    std::span<const uint8_t> file_;
+    Bytes file_;
     const JpegDecodeOptions& options_;
     JpegHeaders headers_;
     ScanHeader firstScan_;
     std::vector<bool> seen_; // components that have had their scan
-    std::vector<std::string> warnings_;
+    Warnings warnings_;
 };
 
-Decoder::Decoder(std::span<const uint8_t> file, const JpegDecodeOptions& options)
-    : file_(file), options_(options), headers_(file)
+Decoder::Decoder(Bytes file, const JpegDecodeOptions& options) : file_(file), options_(options), headers_(file)
 {
     firstScan_ = *headers_.nextScan(2);
     checkSupported();
@@ -208,21 +207,21 @@ std::vector<JpegCoefficients> Decoder::coefficients()
 
 }
 
-DecodedJpeg decodeJpeg(std::span<const uint8_t> file, const JpegDecodeOptions& options)
+DecodedJpeg decodeJpeg(Bytes file, const JpegDecodeOptions& options)
 {
     Decoder decoder(file, options);
     Picture picture = decoder.picture();
     return {std::move(picture), decoder.info(), decoder.takeWarnings()};
 }
 
-DecodedJpegPlanes decodeJpegPlanes(std::span<const uint8_t> file, const JpegDecodeOptions& options)
+DecodedJpegPlanes decodeJpegPlanes(Bytes file, const JpegDecodeOptions& options)
 {
     Decoder decoder(file, options);
     std::vector<JpegPlane> planes = decoder.separatePlanes();
     return {std::move(planes), decoder.info(), decoder.takeWarnings()};
 }
 
-DecodedJpegCoefficients decodeJpegCoefficients(std::span<const uint8_t> file, const JpegDecodeOptions& options)
+DecodedJpegCoefficients decodeJpegCoefficients(Bytes file, const JpegDecodeOptions& options)
 {
     Decoder decoder(file, options);
     std::vector<JpegCoefficients> components = decoder.coefficients();

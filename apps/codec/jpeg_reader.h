@@ -3,10 +3,10 @@
 
 #include <cstdint>
 #include <functional>
-#include <span>
 #include <string>
 #include <vector>
 
+#include "codec/bytes.h"
 #include "codec/jpeg_info.h"
 #include "codec/picture.h"
 
@@ -25,12 +25,12 @@ struct JpegDecodeOptions {
 struct DecodedJpeg {
     Picture picture; // grey, RGB or CMYK; CMYK values as the file stores them (Adobe's: 255 is no ink)
     JpegInfo info;
-    std::vector<std::string> warnings; // damage that was survived, one line each; empty for a sound file
+    Warnings warnings; // damage that was survived, one line each; empty for a sound file
 };
 
 // The whole picture in the colour space that it stands for. Throws CodecError for a file that is unsupported or broken
 // before its first scan. Damage inside a scan is skipped up to the next restart marker; what cannot be decoded is grey.
-DecodedJpeg decodeJpeg(std::span<const uint8_t> file, const JpegDecodeOptions& options = {});
+DecodedJpeg decodeJpeg(Bytes file, const JpegDecodeOptions& options = {});
 
 // One component before up-sampling and colour conversion, rows without gaps.
 struct JpegPlane {
@@ -41,10 +41,10 @@ struct JpegPlane {
 struct DecodedJpegPlanes {
     std::vector<JpegPlane> planes;
     JpegInfo info;
-    std::vector<std::string> warnings;
+    Warnings warnings;
 };
 
-DecodedJpegPlanes decodeJpegPlanes(std::span<const uint8_t> file, const JpegDecodeOptions& options = {});
+DecodedJpegPlanes decodeJpegPlanes(Bytes file, const JpegDecodeOptions& options = {});
 
 // The quantized coefficients of one component: blocks row by row as its own size needs, 64 values each in natural
 // order.
@@ -56,9 +56,9 @@ struct JpegCoefficients {
 struct DecodedJpegCoefficients {
     std::vector<JpegCoefficients> components;
     JpegInfo info;
-    std::vector<std::string> warnings;
+    Warnings warnings;
 };
 
-DecodedJpegCoefficients decodeJpegCoefficients(std::span<const uint8_t> file, const JpegDecodeOptions& options = {});
+DecodedJpegCoefficients decodeJpegCoefficients(Bytes file, const JpegDecodeOptions& options = {});
 
 }

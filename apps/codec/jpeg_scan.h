@@ -4,10 +4,10 @@
 
 #include <array>
 #include <cstdint>
-#include <span>
 #include <string>
 #include <vector>
 
+#include "codec/bytes.h"
 #include "codec/jpeg_headers.h"
 #include "codec/jpeg_layout.h"
 #include "codec/library.h"
@@ -16,7 +16,7 @@ namespace qel::codec {
 
 class ScanDecoder {
 public:
-    ScanDecoder(std::span<const uint8_t> file, const JpegHeaders& headers, const ScanHeader& scan);
+    ScanDecoder(Bytes file, const JpegHeaders& headers, const ScanHeader& scan);
 
     const ScanLayout& layout() const { return layout_; }
 
@@ -67,10 +67,10 @@ private:
     void noteDamage();
 
     ScanLayout layout_;
-    std::span<const uint8_t> data_; // from the first entropy-coded byte to the end of the file
-    size_t base_;                   // of data_ in the file
-    int at_ = 0;                    // in data_
-    uint32_t marker_ = 0;           // that the reader has met
+    Bytes data_;          // from the first entropy-coded byte to the end of the file
+    size_t base_;         // of data_ in the file
+    int at_ = 0;          // in data_
+    uint32_t marker_ = 0; // that the reader has met
     DecodeState state_;
     std::vector<Slot> slots_;
     alignas(64) std::array<int16_t, 64> block_;
