@@ -10,8 +10,6 @@ namespace qel::codec {
 
 namespace {
 
-int ceilDivide(int a, int b) { return (a + b - 1) / b; }
-
 JpegProcess processOf(uint8_t frameMarker)
 {
     switch (frameMarker) {

@@ -19,7 +19,7 @@ struct JpegDecodeOptions {
     JpegUpsampling upsampling = JpegUpsampling::triangle;
     uint64_t maxPixels = UINT64_MAX; // larger pictures are refused, beside the limit of Picture itself
     // Called now and then with the part of the work that is done, 0 to 1; may be empty.
-    std::function<void(double)> progress;
+    std::function<void(double)> progress = {};
 };
 
 struct DecodedJpeg {

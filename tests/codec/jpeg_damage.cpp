@@ -1,0 +1,220 @@
+// JPEG files that are damaged, odd or unsupported: what is survived, what is refused, and that nothing breaks.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+#include "codec/compare.h"
+#include "codec/jpeg_markers.h"
+#include "codec/jpeg_reader.h"
+#include "jpeg_cases.h"
+#include "libjpeg_peer.h"
+#include "pictures.h"
+
+namespace {
+
+using namespace qel::codec;
+using namespace qel::test;
+using File = std::vector<uint8_t>;
+
+File smallFile(JpegEncodeOptions options = {}, ColourSpace space = ColourSpace::rgb)
+{
+    return encodeJpeg(paintedPicture(75, 53, space), options);
+}
+
+// Position of the n-th marker of a kind.
+size_t markerAt(const File& file, uint8_t code, int n = 0)
+{
+    for (size_t at = findMarker(file, 0); at < file.size(); at = findMarker(file, at + 2))
+        if (file[at + 1] == code && n-- == 0) return at;
+    ADD_FAILURE() << "no marker " << int(code);
+    return 0;
+}
+
+File without(File file, size_t from, size_t to)
+{
+    file.erase(file.begin() + from, file.begin() + to);
+    return file;
+}
+
+File withoutSegments(File file, uint8_t code)
+{
+    while (findMarker(file, 0) < file.size() && std::ranges::search(file, File{0xFF, code})) {
+        size_t at = markerAt(file, code);
+        file = without(file, at, readSegment(file, at).end);
+    }
+    return file;
+}
+
+// Number of rows, from the top, that two pictures share.
+int sameRows(const Picture& a, const Picture& b)
+{
+    int y = 0;
+    while (y < a.height() && std::equal(a.row(y), a.row(y) + a.step(), b.row(y))) ++y;
+    return y;
+}
+
+TEST(JpegDamage, ATruncatedPictureIsDeliveredWithAWarning)
+{
+    File file = smallFile({.sampling = kSampling420});
+    Picture whole = decodeJpeg(file).picture;
+    size_t data = markerAt(file, marker::kSos);
+    int last = 0;
+    for (size_t keep : {data + 14, (data + file.size()) / 2, file.size() - 40, file.size() - 2}) {
+        DecodedJpeg cut = decodeJpeg(Bytes(file).first(keep));
+        EXPECT_FALSE(cut.warnings.empty());
+        int same = sameRows(cut.picture, whole);
+        EXPECT_GE(same, last);
+        last = same;
+    }
+    EXPECT_EQ(last, whole.height());
+}
+
+TEST(JpegDamage, DecodingResumesAtTheNextRestartMarker)
+{
+    File file = smallFile({.sampling = kSampling444, .restartRows = 1});
+    Picture whole = decodeJpeg(file).picture;
+    size_t second = markerAt(file, marker::kRst0), third = markerAt(file, marker::kRst0 + 1);
+    auto expectOneRowLost = [&](const File& damaged) {
+        DecodedJpeg decoded = decodeJpeg(damaged);
+        EXPECT_EQ(decoded.warnings.size(), 1u);
+        for (int y = 0; y < whole.height(); ++y)
+            EXPECT_EQ(std::equal(whole.row(y), whole.row(y) + whole.step(), decoded.picture.row(y)), y / 8 != 1) << y;
+    };
+    expectOneRowLost(without(file, second + 5, third));
+    expectOneRowLost(without(file, second, third));
+    // A marker in the middle of the data, behind the one that is due.
+    File repeated = file;
+    repeated.insert(repeated.begin() + third - 3, {0xFF, marker::kRst0});
+    EXPECT_EQ(sameRows(decodeJpeg(repeated).picture, whole), 8);
+}
+
+TEST(JpegDamage, FillBytesAndUnknownSegmentsAreNoDamage)
+{
+    File file = smallFile({.restartInterval = 3});
+    File odd = file;
+    odd.insert(odd.begin() + markerAt(odd, marker::kEoi), 3, 0xFF);
+    odd.insert(odd.begin() + markerAt(odd, marker::kRst0 + 2), 2, 0xFF);
+    const uint8_t segments[] = {0xFF, 0xFE, 0, 4, 'h', 'i', 0xFF, 0xE5, 0, 2, 0xFF, 0xFF, 0xF3, 0, 3, 9};
+    odd.insert(odd.begin() + markerAt(odd, marker::kDqt), std::begin(segments), std::end(segments));
+    DecodedJpeg decoded = decodeJpeg(odd);
+    EXPECT_TRUE(decoded.warnings.empty());
+    expectSame(decoded.picture, decodeJpeg(file).picture);
+}
+
+TEST(JpegDamage, MissingHuffmanTablesAreTheTypicalOnes)
+{
+    File file = smallFile();
+    expectSame(decodeJpeg(withoutSegments(file, marker::kDht)).picture, decodeJpeg(file).picture);
+}
+
+TEST(JpegDamage, TheHeightMayFollowTheScan)
+{
+    File file = smallFile(), late = file;
+    size_t frame = markerAt(late, marker::kSof0);
+    const uint8_t lines[] = {0xFF, marker::kDnl, 0, 4, late[frame + 5], late[frame + 6]};
+    late[frame + 5] = late[frame + 6] = 0;
+    EXPECT_NE(errorOf([&] { decodeJpeg(late); }), "");
+    late.insert(late.end() - 2, std::begin(lines), std::end(lines));
+    expectSame(decodeJpeg(late).picture, decodeJpeg(file).picture);
+}
+
+TEST(JpegDamage, RefusalsSayWhatAndWhere)
+{
+    const File sound = smallFile();
+    size_t dqt = markerAt(sound, marker::kDqt), sof = markerAt(sound, marker::kSof0),
+           dht = markerAt(sound, marker::kDht), sos = markerAt(sound, marker::kSos);
+    const struct {
+        size_t at;
+        uint8_t value;
+        const char* message;
+        size_t position;
+    } table[] = {
+        {0, 0, "not a JPEG file", 0},
+        {dqt + 3, 1, "a marker segment of length 1", dqt + 2},
+        {dqt + 3, 60, "quantization table: too short", dqt + 62},
+        {dqt + 4, 4, "quantization table: unknown kind or number 4", dqt + 5},
+        {sof + 1, 0xC2, "the coding process SOF2 (progressive) is not supported", sof},
+        {sof + 1, 0xC9, "the coding process SOF9 (other) is not supported", sof},
+        {sof + 4, 12, "samples of 12 bits are not supported", sof},
+        {sof + 8, 0, "frame header: a picture without pixels", sof + 9},
+        {sof + 9, 4, "frame header: too short", sof + 19},
+        {sof + 9, 2, "frame header: too long", sof + 16},
+        {sof + 11, 0x02, "frame header: sampling factors 0x2", sof + 13},
+        {sof + 11, 0x25, "frame header: sampling factors 2x5", sof + 13},
+        {sof + 12, 7, "frame header: quantization table 7", sof + 13},
+        {dht + 4, 0x20, "Huffman table: unknown kind or number 32", dht + 5},
+        {dht + 5, 3, "Huffman table: more codes than fit", dht + 21},
+        {sos + 4, 5, "scan header: 5 components", sos + 5},
+        {sos + 5, 9, "scan header: component 9 is not in the frame", sos + 7},
+        {sos + 6, 0x40, "scan header: Huffman tables 64", sos + 7},
+    };
+    for (auto& row : table) {
+        File file = sound;
+        file[row.at] = row.value;
+        EXPECT_EQ(errorOf([&] { decodeJpeg(file); }),
+                  row.message + (" (at byte " + std::to_string(row.position) + ")"));
+    }
+    EXPECT_EQ(errorOf([&] { decodeJpeg(withoutSegments(sound, marker::kDqt)); }), "quantization table 0 is missing");
+    EXPECT_EQ(errorOf([&] { decodeJpeg(Bytes(sound).first(sos)); }),
+              "the file ends where a marker is expected (at byte " + std::to_string(sos) + ")");
+    EXPECT_EQ(errorOf([&] { decodeJpeg(sound, {.maxPixels = 74 * 53}); }),
+              "the picture has more pixels than allowed (at byte " + std::to_string(sof) + ")");
+}
+
+TEST(JpegDamage, AHugeSizeOverLittleDataTakesLittle)
+{
+    for (bool interleaved : {true, false}) {
+        File file = smallFile({.sampling = kSampling444, .interleaved = interleaved});
+        size_t frame = markerAt(file, marker::kSof0);
+        for (int i = 5; i <= 8; ++i) file[frame + i] = 0xFF;
+        EXPECT_NE(errorOf([&] { decodeJpeg(file); }), "");
+        EXPECT_NE(errorOf([&] { decodeJpegPlanes(file); }), "");
+        EXPECT_NE(errorOf([&] { decodeJpegCoefficients(file); }), "");
+    }
+}
+
+TEST(JpegDamage, OptionsThatDoNotFitAreRefused)
+{
+    constexpr JpegSamplings kTooMany = {{{2, 2}, {2, 2}, {2, 2}, {2, 2}}};
+    constexpr JpegSamplings kThree = {{{3, 1}, {1, 1}, {1, 1}, {1, 1}}};
+    const JpegEncodeOptions table[] = {{.quality = 0},
+                                       {.quality = 101},
+                                       {.target = JpegTarget::cmyk},
+                                       {.sampling = kTooMany},
+                                       {.sampling = kThree},
+                                       {.restartInterval = -1},
+                                       {.restartInterval = 65536},
+                                       {.restartInterval = 2, .restartRows = 2}};
+    for (auto& options : table) EXPECT_NE(errorOf([&] { smallFile(options); }), "");
+    EXPECT_NE(errorOf([&] { encodeJpeg(Picture(9, 9, ColourSpace::rgb, 12), {}); }), "");
+}
+
+// Decoding ends in a picture, which can then be encoded, or in a CodecError.
+void decodeAnyhow(Bytes file)
+{
+    try {
+        DecodedJpeg decoded = decodeJpeg(file, {.maxPixels = 1 << 20});
+        encodeJpeg(decoded.picture, {.optimiseTables = true});
+        decodeJpegCoefficients(file);
+    } catch (const CodecError&) {}
+}
+
+class JpegMutations : public testing::TestWithParam<JpegCase> {};
+
+TEST_P(JpegMutations, NeverBreakTheDecoder)
+{
+    const File sound = encodeJpeg(paintedPicture(41, 27, GetParam().space), GetParam().options);
+    Random random(unsigned(sound.size()));
+    for (int round = 0; round < 100; ++round) {
+        File file = sound;
+        for (int flips = random.between(1, 8); flips > 0; --flips)
+            file[random.between(0, int(file.size()) - 1)] ^= uint8_t(1 << random.between(0, 7));
+        if (round % 4 == 0) file.resize(random.between(0, int(file.size())));
+        decodeAnyhow(file);
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Cases, JpegMutations, testing::ValuesIn(jpegCases()),
+                         [](const auto& tested) { return tested.param.name; });
+
+}

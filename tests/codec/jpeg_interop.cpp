@@ -1,0 +1,83 @@
+// Files of ours in an independent decoder, and its files in ours.
+#include <gtest/gtest.h>
+
+#include "codec/compare.h"
+#include "jpeg_cases.h"
+#include "libjpeg_peer.h"
+
+namespace {
+
+using namespace qel::codec;
+using namespace qel::test;
+
+void expectEqual(const std::vector<JpegCoefficients>& ours, const std::vector<JpegCoefficients>& peers)
+{
+    ASSERT_EQ(ours.size(), peers.size());
+    for (size_t i = 0; i < ours.size(); ++i) {
+        EXPECT_EQ(ours[i].blocksAcross, peers[i].blocksAcross);
+        EXPECT_EQ(ours[i].blocksDown, peers[i].blocksDown);
+        EXPECT_TRUE(ours[i].values == peers[i].values) << "component " << i;
+    }
+}
+
+// Both decode the file to the same coefficients and, but for the rounding of two inverse transforms and colour
+// conversions, to the same picture.
+void expectDecodedAlike(Bytes file, bool replicate)
+{
+    DecodedJpegCoefficients ours = decodeJpegCoefficients(file);
+    EXPECT_TRUE(ours.warnings.empty());
+    expectEqual(ours.components, peerCoefficients(file));
+
+    JpegUpsampling upsampling = replicate ? JpegUpsampling::replicate : JpegUpsampling::triangle;
+    DecodedJpeg decoded = decodeJpeg(file, {.upsampling = upsampling});
+    EXPECT_TRUE(decoded.warnings.empty());
+    Difference d = compare(decoded.picture, peerDecode(file, replicate)).whole;
+    EXPECT_LE(d.largestError, 4);
+    bool tiny = decoded.picture.width() * decoded.picture.height() < 64;
+    EXPECT_LE(d.meanSquaredError, tiny ? 2 : 0.8);
+}
+
+class JpegInterop : public testing::TestWithParam<JpegCase> {
+protected:
+    // Calls `test` with pictures of many sizes, and whether the peer replicates chroma of one that is so narrow.
+    template <class Test> void forEachSize(Test test)
+    {
+        const std::pair<int, int> sizes[] = {{1, 1},   {2, 3},   {3, 40},   {7, 5},   {8, 8},
+                                             {16, 16}, {17, 33}, {101, 80}, {160, 90}};
+        for (auto [width, height] : sizes) {
+            SCOPED_TRACE(std::to_string(width) + "x" + std::to_string(height));
+            test(paintedPicture(width, height, GetParam().space), width <= 4);
+        }
+    }
+};
+
+TEST_P(JpegInterop, OurFilesInThePeer)
+{
+    forEachSize([](const Picture& picture, bool replicate) {
+        expectDecodedAlike(encodeJpeg(picture, GetParam().options), replicate);
+    });
+}
+
+TEST_P(JpegInterop, PeersFilesInOurs)
+{
+    forEachSize([](const Picture& picture, bool replicate) {
+        expectDecodedAlike(peerEncode(picture, GetParam().options), replicate);
+    });
+}
+
+// As true to the picture as the peer, and no longer.
+TEST_P(JpegInterop, EncodesAsWellAsThePeer)
+{
+    if (GetParam().options.target == JpegTarget::grey) GTEST_SKIP() << "the picture itself has colours";
+    Picture picture = paintedPicture(320, 240, GetParam().space);
+    auto ours = encodeJpeg(picture, GetParam().options), peers = peerEncode(picture, GetParam().options);
+    double ourError = compare(peerDecode(ours), picture).whole.meanSquaredError;
+    double peersError = compare(peerDecode(peers), picture).whole.meanSquaredError;
+    EXPECT_LE(ourError, 1.02 * peersError + 0.1);
+    EXPECT_LE(double(ours.size()), 1.01 * double(peers.size()) + 16);
+}
+
+INSTANTIATE_TEST_SUITE_P(Cases, JpegInterop, testing::ValuesIn(jpegCases()),
+                         [](const auto& tested) { return tested.param.name; });
+
+}

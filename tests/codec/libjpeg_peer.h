@@ -1,0 +1,21 @@
+// An independent JPEG codec (libjpeg's interface) to compare with.
+#pragma once
+
+#include <vector>
+
+#include "codec/bytes.h"
+#include "codec/jpeg_reader.h"
+#include "codec/jpeg_writer.h"
+#include "codec/picture.h"
+
+namespace qel::test {
+
+// The picture, with chroma interpolated unless `replicate`. Throws std::runtime_error for what the peer refuses.
+codec::Picture peerDecode(codec::Bytes file, bool replicate = false);
+
+std::vector<codec::JpegCoefficients> peerCoefficients(codec::Bytes file);
+
+// A file after the options of our own encoder, as far as it holds what the peer can write.
+std::vector<uint8_t> peerEncode(const codec::Picture& picture, const codec::JpegEncodeOptions& options);
+
+}
