@@ -44,7 +44,11 @@ set_target_properties(qeljx PROPERTIES
     LINK_DEPENDS ${QELJX_EXPORT_MAP})
 set_target_properties(qeljx_static PROPERTIES OUTPUT_NAME qeljx EXPORT_NAME qeljx_static)
 target_link_options(qeljx PRIVATE
-    -Wl,-Bsymbolic -Wl,-z,relro -Wl,-z,now -Wl,--version-script=${QELJX_EXPORT_MAP} -Wl,--no-undefined)
+    -Wl,-Bsymbolic -Wl,-z,relro -Wl,-z,now -Wl,--version-script=${QELJX_EXPORT_MAP})
+# An instrumented library finds the sanitizers in the program.
+if(NOT QELJX_FUZZ)
+    target_link_options(qeljx PRIVATE -Wl,--no-undefined)
+endif()
 foreach(target qeljx qeljx_static)
     target_include_directories(${target} INTERFACE
         $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/include> $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>)
