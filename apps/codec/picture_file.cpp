@@ -4,10 +4,12 @@
 #include <algorithm>
 #include <array>
 #include <cctype>
+#include <utility>
 
 #include "codec/convert.h"
 #include "codec/error.h"
 #include "codec/file_io.h"
+#include "codec/jpeg_reader.h"
 #include "codec/png.h"
 #include "codec/pnm.h"
 
@@ -40,6 +42,13 @@ void write(const Picture& picture, Extension extension, const ByteSink& sink)
     writePnm(picture, sink);
 }
 
+LoadedPicture loadJpeg(Bytes file)
+{
+    DecodedJpeg decoded = decodeJpeg(file);
+    bool isDamaged = !decoded.warnings.empty();
+    return {std::move(decoded.picture), std::move(decoded.warnings), isDamaged};
+}
+
 }
 
 FileKind kindOf(Bytes file)
@@ -60,16 +69,19 @@ LoadedPicture loadPicture(Bytes file)
     case FileKind::png:
         loaded.picture = readPng(file, loaded.warnings);
         break;
+    case FileKind::jpeg:
+        return loadJpeg(file);
     default:
         throw CodecError("not a picture of a known kind", 0);
     }
     return loaded;
 }
 
+bool isStorable(const std::string& path) { return extensionOf(path) != Extension::none; }
+
 void checkExtension(const std::string& path)
 {
-    if (extensionOf(path) == Extension::none)
-        throw CodecError("the name does not end in .pgm, .ppm, .pnm, .pam or .png");
+    if (!isStorable(path)) throw CodecError("the name does not end in .pgm, .ppm, .pnm, .pam or .png");
 }
 
 void storePicture(const Picture& picture, const std::string& path)

@@ -15,12 +15,16 @@ FileKind kindOf(Bytes file);
 struct LoadedPicture {
     Picture picture;
     Warnings warnings;
+    bool isDamaged = false; // some of the picture is missing
 };
 
 // The picture in a PGM, PPM, PAM, PNG or JPEG file. Throws CodecError.
 LoadedPicture loadPicture(Bytes file);
 
-// Throws CodecError unless `path` has an extension that storePicture knows, so that this shows before the work is done.
+// True if `path` is "-" or has an extension that storePicture knows.
+bool isStorable(const std::string& path);
+
+// Throws CodecError unless isStorable(path), so that this shows before the work is done.
 void checkExtension(const std::string& path);
 
 // Writes .pgm, .ppm, .pnm, .pam or .png; "-" is standard output and gets PNM. A grey picture becomes RGB for .ppm.

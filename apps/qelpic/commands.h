@@ -1,0 +1,32 @@
+// The subcommands of qelpic: what the command line says, and what is done with it.
+#pragma once
+
+#include <string>
+
+#include "codec/jpeg_reader.h"
+#include "codec/jpeg_writer.h"
+
+namespace qel::qelpic {
+
+enum ExitCode {
+    kDone = 0,
+    kFailed = 1,  // a file is damaged, unsupported or cannot be written: nothing was written
+    kUsage = 2,   // the command line
+    kDamaged = 3, // a picture was written, but the input is damaged: the warnings say what is missing
+};
+
+struct Options {
+    std::string input, output; // for `compare` the two pictures
+    codec::JpegEncodeOptions encoding;
+    codec::JpegDecodeOptions decoding;
+    bool isQuiet = false;
+    int runs = 0; // how often to code for the time to be taken; 0 is once, without a report
+};
+
+// All throw FileError (console.h).
+ExitCode encode(const Options& options);
+ExitCode decode(const Options& options);
+ExitCode info(const Options& options);
+ExitCode compare(const Options& options);
+
+}

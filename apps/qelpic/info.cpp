@@ -1,0 +1,57 @@
+// qelpic info: what a picture file says about itself.
+#include <cstdio>
+
+#include "codec/file_io.h"
+#include "codec/jpeg_info.h"
+#include "codec/picture_file.h"
+#include "qelpic/commands.h"
+#include "qelpic/console.h"
+
+namespace qel::qelpic {
+namespace {
+
+void printJpeg(const codec::JpegInfo& jpeg)
+{
+    std::printf("format           JPEG, %s\n", codec::nameOf(jpeg.process));
+    std::printf("size             %d x %d\n", jpeg.width, jpeg.height);
+    std::printf("colour           %s, %d bits\n", codec::nameOf(jpeg.colour), jpeg.precision);
+    for (auto& component : jpeg.components)
+        std::printf("component %-6d %d x %d, sampling %dx%d, quantization table %d\n", component.id, component.width,
+                    component.height, component.h, component.v, component.quantizer);
+    std::printf("scans            %d\n", jpeg.scans);
+    if (jpeg.restartInterval) std::printf("restart interval %d MCUs\n", jpeg.restartInterval);
+    if (jpeg.hasJfif) std::puts("JFIF             yes");
+    if (jpeg.adobeTransform >= 0) std::printf("Adobe transform  %d\n", jpeg.adobeTransform);
+}
+
+void printPicture(const char* format, const codec::Picture& picture)
+{
+    const char* spaces[] = {"grey", "RGB", "CMYK"};
+    std::printf("format           %s\n", format);
+    std::printf("size             %d x %d\n", picture.width(), picture.height());
+    std::printf("colour           %s, %d bits\n", spaces[int(picture.space())], picture.precision());
+}
+
+}
+
+ExitCode info(const Options& options)
+{
+    return about(options.input, [&] {
+        std::vector<uint8_t> file = codec::readFile(options.input);
+        double pixels;
+        if (codec::kindOf(file) == codec::FileKind::jpeg) {
+            codec::JpegInfo jpeg = codec::readJpegInfo(file);
+            printJpeg(jpeg);
+            pixels = double(jpeg.width) * jpeg.height;
+        } else {
+            auto loaded = codec::loadPicture(file);
+            warn(options.input, loaded.warnings, options.isQuiet);
+            printPicture(codec::kindOf(file) == codec::FileKind::png ? "PNG" : "PNM", loaded.picture);
+            pixels = double(loaded.picture.width()) * loaded.picture.height();
+        }
+        std::printf("file             %zu bytes, %.3f bits per pixel\n", file.size(), 8 * file.size() / pixels);
+        return kDone;
+    });
+}
+
+}

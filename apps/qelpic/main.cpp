@@ -1,0 +1,182 @@
+// qelpic: encodes and decodes picture files with the codec built on libqeljx.
+#include <qeljx.h>
+
+#include <CLI/CLI.hpp>
+#include <cstdio>
+#include <map>
+#include <new>
+
+#ifdef _OPENMP
+#include <omp.h>
+#endif
+
+#include "qelpic/commands.h"
+#include "qelpic/console.h"
+
+namespace qel::qelpic {
+namespace {
+
+using codec::JpegTarget;
+using codec::JpegUpsampling;
+
+constexpr const char* kAbout =
+    "Encodes and decodes JPEG files.\n"
+    "Reads PGM, PPM, PAM, PNG and JPEG, known by their content; writes what the name of the output says.\n"
+    "\"-\" is standard input, or standard output.";
+constexpr const char* kExitCodes =
+    "Exit codes: 0 done; 1 a file is damaged, unsupported or cannot be written; 2 wrong usage;\n"
+    "3 a picture was written, but the input is damaged (the warnings say what is missing).";
+
+std::string version()
+{
+    const QelLibraryVersion& library = *qeljGetLibVersion();
+    return std::string("qelpic ") + library.version + "\n" + library.name + " " + library.version + ", built " +
+           library.buildDate + ", best instruction set " + library.cpuCode;
+}
+
+struct CommandLine {
+    Options options;
+    int threads = 0;
+    std::string sampling;
+    bool isRgb = false, isCmyk = false, isSeparate = false;
+
+    void addCommon(CLI::App& command)
+    {
+        command.add_flag("-q,--quiet", options.isQuiet, "No warnings and no progress bar");
+    }
+
+    void addCoding(CLI::App& command)
+    {
+        addCommon(command);
+        command.add_option("--threads", threads, "Threads to use; by default as many as there are processors")
+            ->check(CLI::Range(1, 1024));
+        command.add_option("--time", options.runs, "Code N times and say how long the fastest took")
+            ->check(CLI::Range(1, 1000000))
+            ->type_name("N");
+    }
+
+    CLI::App* addEncode(CLI::App& app)
+    {
+        auto& encoding = options.encoding;
+        CLI::App* command = app.add_subcommand("encode", "Encode a picture as a JPEG file");
+        command->add_option("input", options.input, "Picture to encode")->required();
+        command->add_option("output", options.output, "JPEG file to write")->required();
+        command->add_option("--quality", encoding.quality, "1 (smallest file) to 100 (best picture)")
+            ->check(CLI::Range(1, 100))
+            ->capture_default_str();
+        command
+            ->add_option("--sampling", sampling,
+                         "Chroma sampling: 444, 422, 440, 420 or grey (no chroma); 420 by "
+                         "default, 444 with --rgb and --cmyk")
+            ->check(CLI::IsMember({"444", "422", "440", "420", "grey"}));
+        command->add_flag("--optimize", encoding.optimiseTables,
+                          "Huffman tables made for this picture: smaller, slower");
+        auto* restart = command->add_option("--restart", encoding.restartInterval, "Restart marker every N MCUs")
+                            ->check(CLI::Range(1, 65535));
+        command->add_option("--restart-rows", encoding.restartRows, "Restart marker every N rows of MCUs")
+            ->check(CLI::Range(1, 65535))
+            ->excludes(restart);
+        auto* rgb = command->add_flag("--rgb", isRgb, "Store RGB as it is, not as YCbCr");
+        command->add_flag("--cmyk", isCmyk, "Store CMYK as it is, not as YCCK")->excludes(rgb);
+        command->add_flag("--separate-scans", isSeparate, "One scan for each component instead of one for all");
+        command->add_flag("--extended", encoding.wideQuantizers,
+                          "Allow the coarsest quantization of low qualities (extended sequential files)");
+        addCoding(*command);
+        return command;
+    }
+
+    CLI::App* addDecode(CLI::App& app)
+    {
+        CLI::App* command = app.add_subcommand("decode", "Decode a JPEG file");
+        command->add_option("input", options.input, "JPEG file to decode")->required();
+        command->add_option("output", options.output, "Picture to write: .pgm, .ppm, .pnm, .pam or .png")->required();
+        const std::map<std::string, JpegUpsampling> names = {{"triangle", JpegUpsampling::triangle},
+                                                             {"replicate", JpegUpsampling::replicate}};
+        command
+            ->add_option("--upsampling", options.decoding.upsampling,
+                         "Chroma to full size: triangle (smooth, the default) or replicate (fast)")
+            ->transform(CLI::CheckedTransformer(names).description(""))
+            ->type_name("NAME");
+        command->add_option("--max-pixels", options.decoding.maxPixels, "Refuse larger pictures")
+            ->check(CLI::PositiveNumber);
+        addCoding(*command);
+        return command;
+    }
+
+    CLI::App* addInfo(CLI::App& app)
+    {
+        CLI::App* command = app.add_subcommand("info", "Say what a picture file holds");
+        command->add_option("input", options.input, "Picture file")->required();
+        addCommon(*command);
+        return command;
+    }
+
+    CLI::App* addCompare(CLI::App& app)
+    {
+        CLI::App* command = app.add_subcommand("compare", "Compare two pictures: PSNR and largest error");
+        command->add_option("a", options.input, "First picture")->required();
+        command->add_option("b", options.output, "Second picture")->required();
+        addCommon(*command);
+        return command;
+    }
+
+    // What the options mean together.
+    void settle()
+    {
+        auto& encoding = options.encoding;
+        encoding.interleaved = !isSeparate;
+        if (isRgb) encoding.target = JpegTarget::rgb;
+        if (isCmyk) encoding.target = JpegTarget::cmyk;
+        if (sampling == "grey") encoding.target = JpegTarget::grey;
+        const std::map<std::string, codec::JpegSamplings> samplings = {{"444", codec::kSampling444},
+                                                                       {"422", codec::kSampling422},
+                                                                       {"440", codec::kSampling440},
+                                                                       {"420", codec::kSampling420}};
+        auto found = samplings.find(sampling);
+        if (found != samplings.end()) encoding.sampling = found->second;
+#ifdef _OPENMP
+        if (threads) omp_set_num_threads(threads);
+#endif
+    }
+};
+
+int run(int argc, char** argv)
+{
+    CommandLine line;
+    CLI::App app(kAbout, "qelpic");
+    app.footer(kExitCodes);
+    app.set_version_flag("--version", version);
+    app.require_subcommand(1);
+    const std::pair<CLI::App*, ExitCode (*)(const Options&)> commands[] = {{line.addEncode(app), encode},
+                                                                           {line.addDecode(app), decode},
+                                                                           {line.addInfo(app), info},
+                                                                           {line.addCompare(app), compare}};
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::Success& help) {
+        return app.exit(help);
+    } catch (const CLI::ParseError& error) {
+        say(std::string("qelpic: ") + error.what() + "; see qelpic --help");
+        return kUsage;
+    }
+    line.settle();
+    for (auto [command, action] : commands)
+        if (command->parsed()) return action(line.options);
+    return kUsage;
+}
+
+}
+}
+
+int main(int argc, char** argv)
+{
+    using namespace qel::qelpic;
+    try {
+        return run(argc, argv);
+    } catch (const std::bad_alloc&) {
+        say("qelpic: not enough memory");
+    } catch (const std::exception& error) {
+        say(std::string("qelpic: ") + error.what());
+    }
+    return kFailed;
+}
