@@ -1,8 +1,10 @@
 // qelpic compare: PSNR and largest error of two pictures.
 #include "codec/compare.h"
 
+#include <algorithm>
 #include <cstdio>
 
+#include "codec/convert.h"
 #include "codec/file_io.h"
 #include "codec/picture_file.h"
 #include "qelpic/commands.h"
@@ -29,13 +31,17 @@ void print(const char* channel, const codec::Difference& difference, int precisi
 ExitCode compare(const Options& options)
 {
     auto a = load(options.input, options), b = load(options.output, options);
+    // Deeper samples are rounded to the other picture's precision.
+    int precision = std::min(a.picture.precision(), b.picture.precision());
+    for (codec::Picture* picture : {&a.picture, &b.picture})
+        if (picture->precision() > precision) *picture = codec::withPrecision(*picture, precision);
     auto result = about(options.output, [&] { return codec::compare(a.picture, b.picture); });
     static constexpr const char* kNames[3][4] = {
         {"grey"}, {"red", "green", "blue"}, {"cyan", "magenta", "yellow", "black"}};
     std::puts("channel  PSNR(dB)  largest error  mean squared error");
     for (size_t c = 0; c < result.channels.size(); ++c)
-        print(kNames[int(a.picture.space())][c], result.channels[c], a.picture.precision());
-    print("all", result.whole, a.picture.precision());
+        print(kNames[int(a.picture.space())][c], result.channels[c], precision);
+    print("all", result.whole, precision);
     return a.isDamaged || b.isDamaged ? kDamaged : kDone;
 }
 

@@ -34,6 +34,9 @@ std::string version()
            library.buildDate + ", best instruction set " + library.cpuCode;
 }
 
+// Checks that do not clutter the help texts, which name the values themselves.
+CLI::Validator within(int low, int high) { return CLI::Range(low, high).description(""); }
+
 struct CommandLine {
     Options options;
     int threads = 0;
@@ -49,9 +52,10 @@ struct CommandLine {
     {
         addCommon(command);
         command.add_option("--threads", threads, "Threads to use; by default as many as there are processors")
-            ->check(CLI::Range(1, 1024));
+            ->check(within(1, 1024))
+            ->type_name("N");
         command.add_option("--time", options.runs, "Code N times and say how long the fastest took")
-            ->check(CLI::Range(1, 1000000))
+            ->check(within(1, 1000000))
             ->type_name("N");
     }
 
@@ -62,19 +66,23 @@ struct CommandLine {
         command->add_option("input", options.input, "Picture to encode")->required();
         command->add_option("output", options.output, "JPEG file to write")->required();
         command->add_option("--quality", encoding.quality, "1 (smallest file) to 100 (best picture)")
-            ->check(CLI::Range(1, 100))
+            ->check(within(1, 100))
+            ->type_name("N")
             ->capture_default_str();
         command
             ->add_option("--sampling", sampling,
                          "Chroma sampling: 444, 422, 440, 420 or grey (no chroma); 420 by "
                          "default, 444 with --rgb and --cmyk")
-            ->check(CLI::IsMember({"444", "422", "440", "420", "grey"}));
+            ->check(CLI::IsMember({"444", "422", "440", "420", "grey"}).description(""))
+            ->type_name("NAME");
         command->add_flag("--optimize", encoding.optimiseTables,
                           "Huffman tables made for this picture: smaller, slower");
         auto* restart = command->add_option("--restart", encoding.restartInterval, "Restart marker every N MCUs")
-                            ->check(CLI::Range(1, 65535));
+                            ->check(within(1, 65535))
+                            ->type_name("N");
         command->add_option("--restart-rows", encoding.restartRows, "Restart marker every N rows of MCUs")
-            ->check(CLI::Range(1, 65535))
+            ->check(within(1, 65535))
+            ->type_name("N")
             ->excludes(restart);
         auto* rgb = command->add_flag("--rgb", isRgb, "Store RGB as it is, not as YCbCr");
         command->add_flag("--cmyk", isCmyk, "Store CMYK as it is, not as YCCK")->excludes(rgb);
@@ -98,7 +106,8 @@ struct CommandLine {
             ->transform(CLI::CheckedTransformer(names).description(""))
             ->type_name("NAME");
         command->add_option("--max-pixels", options.decoding.maxPixels, "Refuse larger pictures")
-            ->check(CLI::PositiveNumber);
+            ->check(CLI::PositiveNumber.description(""))
+            ->type_name("N");
         addCoding(*command);
         return command;
     }

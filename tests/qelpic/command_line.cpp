@@ -1,0 +1,209 @@
+// qelpic as a user meets it: exit codes, one line for each error, files that appear only when they are whole.
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+#include <string>
+
+namespace {
+
+namespace fs = std::filesystem;
+
+std::string textOf(const fs::path& path)
+{
+    std::ostringstream text;
+    text << std::ifstream(path, std::ios::binary).rdbuf();
+    return text.str();
+}
+
+struct Outcome {
+    int exitCode;
+    std::string output, errors;
+};
+
+// A folder of its own with a drawn picture, photo.png.
+class Qelpic : public testing::Test {
+protected:
+    static void SetUpTestSuite()
+    {
+        std::string name = (fs::temp_directory_path() / "qelpic-test-XXXXXX").string();
+        folder_ = mkdtemp(name.data());
+        ASSERT_EQ(shell(QELPIC_DRAW " 160 120 photo.png").exitCode, 0);
+        ASSERT_EQ(qelpic("encode photo.png photo.jpg").exitCode, 0);
+    }
+    static void TearDownTestSuite() { fs::remove_all(folder_); }
+
+    static Outcome shell(const std::string& command)
+    {
+        std::string full = "cd " + folder_.string() + " && { " + command + "; } >.output 2>.errors </dev/null";
+        int status = std::system(full.c_str());
+        return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, textOf(folder_ / ".output"), textOf(folder_ / ".errors")};
+    }
+    static Outcome qelpic(const std::string& arguments) { return shell(QELPIC " " + arguments); }
+
+    // The overall PSNR that `compare` prints.
+    static double psnr(const std::string& a, const std::string& b)
+    {
+        Outcome outcome = qelpic("compare " + a + " " + b);
+        EXPECT_EQ(outcome.exitCode, 0) << outcome.errors;
+        size_t all = outcome.output.find("\nall ");
+        return all == std::string::npos ? -1 : std::atof(outcome.output.c_str() + all + 4);
+    }
+    static bool exists(const char* name) { return fs::exists(folder_ / name); }
+    static void store(const char* name, const std::string& bytes) { std::ofstream(folder_ / name) << bytes; }
+
+    static inline fs::path folder_;
+};
+
+TEST_F(Qelpic, EncodesAndDecodes)
+{
+    const struct {
+        const char *options, *expected; // what `info` says
+        double psnr;
+    } table[] = {
+        {"", "component 1      160 x 120, sampling 2x2", 30},
+        {"--sampling 422", "component 1      160 x 120, sampling 2x1", 30},
+        {"--sampling 440", "component 1      160 x 120, sampling 1x2", 30},
+        {"--sampling 444 --quality 100", "component 2      160 x 120, sampling 1x1", 42},
+        {"--rgb", "colour           RGB", 34},
+        {"--optimize --threads 1", "scans            1", 30},
+        {"--separate-scans", "scans            3", 30},
+        {"--restart 7", "restart interval 7 MCUs", 30},
+        {"--restart-rows 1", "restart interval 10 MCUs", 30},
+    };
+    for (auto& row : table) {
+        SCOPED_TRACE(row.options);
+        Outcome encoded = qelpic("encode photo.png a.jpg " + std::string(row.options));
+        EXPECT_EQ(encoded.exitCode, 0);
+        EXPECT_EQ(encoded.errors, "");
+        EXPECT_NE(qelpic("info a.jpg").output.find(row.expected), std::string::npos);
+        EXPECT_EQ(qelpic("decode a.jpg a.ppm").exitCode, 0);
+        EXPECT_GT(psnr("photo.png", "a.ppm"), row.psnr);
+        EXPECT_GT(psnr("a.jpg", "a.ppm"), 1000); // infinite: the same decoder
+    }
+}
+
+TEST_F(Qelpic, Grey)
+{
+    EXPECT_EQ(qelpic("encode photo.png a.jpg --sampling grey").exitCode, 0);
+    EXPECT_EQ(qelpic("decode a.jpg grey.pgm").exitCode, 0);
+    EXPECT_EQ(qelpic("encode grey.pgm b.jpg").exitCode, 0);
+    EXPECT_GT(psnr("grey.pgm", "b.jpg"), 35);
+    EXPECT_EQ(qelpic("compare grey.pgm photo.png").exitCode, 1);
+}
+
+TEST_F(Qelpic, DeepSamplesAreRoundedWithAWarning)
+{
+    store("deep.pgm", "P2 2 2 65535 0 65535 32768 100");
+    Outcome outcome = qelpic("encode deep.pgm a.jpg");
+    EXPECT_EQ(outcome.exitCode, 0);
+    EXPECT_EQ(outcome.errors, "qelpic: deep.pgm: warning: samples of 16 bits are rounded to 8\n");
+    EXPECT_EQ(qelpic("encode -q deep.pgm a.jpg").errors, "");
+    EXPECT_GT(psnr("deep.pgm", "a.jpg"), 30);
+}
+
+TEST_F(Qelpic, StandardStreams)
+{
+    EXPECT_EQ(shell(QELPIC " encode - - <photo.png >a.jpg").exitCode, 0);
+    EXPECT_EQ(textOf(folder_ / "a.jpg"), textOf(folder_ / "photo.jpg"));
+    EXPECT_EQ(qelpic("decode photo.jpg -").output.substr(0, 14), "P6\n160 120\n255");
+}
+
+// One line with the file's name and what is wrong with it; no output is left behind or harmed.
+TEST_F(Qelpic, ErrorsAreOneLine)
+{
+    store("empty.jpg", "");
+    store("text.png", "just text");
+    store("short.ppm", "P6 100 100 255\nabc");
+    store("huge.ppm", "P6 2000000000 2000000000 255\nabc");
+    store("kept.jpg", "kept");
+    store("start.jpg", textOf(folder_ / "photo.jpg").substr(0, 100));
+    const struct {
+        const char *arguments, *message;
+    } table[] = {
+        {"decode none.jpg x.png", "none.jpg: cannot be opened: No such file or directory"},
+        {"decode empty.jpg x.png", "empty.jpg: not a JPEG file (at byte 0)"},
+        {"decode photo.png x.png", "photo.png: not a JPEG file (at byte 0)"},
+        {"info text.png", "text.png: not a picture of a known kind (at byte 0)"},
+        {"encode short.ppm kept.jpg", "short.ppm: the file is too short for its picture (at byte 18)"},
+        {"encode huge.ppm kept.jpg", "huge.ppm: the file is too short for its picture (at byte 32)"},
+        {"decode photo.jpg x.gif", "x.gif: the name does not end in .pgm, .ppm, .pnm, .pam or .png"},
+        {"decode photo.jpg x.pgm", "x.pgm: a colour picture does not fit a .pgm file"},
+        {"encode photo.png x.png", "x.png: the output is a JPEG file: its name should end in .jpg"},
+        {"encode photo.png no/x.jpg", "no/x.jpg: cannot be written: No such file or directory"},
+    };
+    for (auto& row : table) {
+        Outcome outcome = qelpic(row.arguments);
+        EXPECT_EQ(outcome.exitCode, 1) << row.arguments;
+        EXPECT_EQ(outcome.errors, "qelpic: " + std::string(row.message) + "\n");
+        EXPECT_EQ(outcome.output, "");
+    }
+    Outcome cut = qelpic("decode start.jpg x.png");
+    EXPECT_EQ(cut.exitCode, 1);
+    EXPECT_NE(cut.errors.find("qelpic: start.jpg: "), std::string::npos);
+    EXPECT_NE(cut.errors.find("(at byte "), std::string::npos);
+    EXPECT_FALSE(exists("x.png") || exists("x.pgm") || exists("x.gif"));
+    EXPECT_EQ(textOf(folder_ / "kept.jpg"), "kept");
+    for (auto& entry : fs::directory_iterator(folder_)) EXPECT_NE(entry.path().extension(), ".part");
+}
+
+TEST_F(Qelpic, TruncatedPicturesAreDeliveredAsFarAsTheyGo)
+{
+    std::string whole = textOf(folder_ / "photo.jpg");
+    store("cut.jpg", whole.substr(0, whole.size() * 9 / 10));
+    Outcome outcome = qelpic("decode cut.jpg cut.png");
+    EXPECT_EQ(outcome.exitCode, 3);
+    EXPECT_EQ(outcome.errors.find("qelpic: cut.jpg: warning: "), 0u) << outcome.errors;
+    EXPECT_EQ(qelpic("decode --quiet cut.jpg cut.png").errors, "");
+    // The rows above the cut are those of the whole file.
+    EXPECT_EQ(shell(QELPIC " decode -q cut.jpg - | head -c 30000 >a.raw").exitCode, 0);
+    EXPECT_EQ(shell(QELPIC " decode photo.jpg - | head -c 30000 >b.raw").exitCode, 0);
+    EXPECT_EQ(textOf(folder_ / "a.raw"), textOf(folder_ / "b.raw"));
+    EXPECT_EQ(qelpic("encode cut.jpg again.jpg").exitCode, 3);
+}
+
+TEST_F(Qelpic, UsageErrors)
+{
+    for (const char* arguments :
+         {"", "paint", "encode photo.png", "encode photo.png x.jpg --quality 0", "encode photo.png x.jpg --quality 101",
+          "encode photo.png x.jpg --sampling 411", "encode photo.png x.jpg --rgb --cmyk",
+          "encode photo.png x.jpg --restart 3 --restart-rows 2", "decode photo.jpg x.png --upsampling best",
+          "decode photo.jpg x.png extra"}) {
+        Outcome outcome = qelpic(arguments);
+        EXPECT_EQ(outcome.exitCode, 2) << arguments;
+        EXPECT_EQ(outcome.errors.find("qelpic: "), 0u) << arguments;
+        EXPECT_EQ(outcome.errors.find('\n'), outcome.errors.size() - 1) << outcome.errors;
+    }
+    EXPECT_FALSE(exists("x.jpg"));
+}
+
+TEST_F(Qelpic, OptionsThatDoNotFitThePicture)
+{
+    Outcome outcome = qelpic("encode photo.png x.jpg --cmyk");
+    EXPECT_EQ(outcome.exitCode, 1);
+    EXPECT_EQ(outcome.errors.find("qelpic: photo.png: "), 0u) << outcome.errors;
+    outcome = qelpic("decode photo.jpg x.png --max-pixels 1000");
+    EXPECT_EQ(outcome.exitCode, 1);
+    EXPECT_EQ(outcome.errors.find("qelpic: photo.jpg: "), 0u) << outcome.errors;
+}
+
+TEST_F(Qelpic, HelpAndVersion)
+{
+    for (const char* command : {"", "encode ", "decode ", "info ", "compare "}) {
+        Outcome outcome = qelpic(std::string(command) + "--help");
+        EXPECT_EQ(outcome.exitCode, 0);
+        EXPECT_NE(outcome.output.find("Exit codes: 0 done"), std::string::npos) << command;
+    }
+    EXPECT_NE(qelpic("--version").output.find("libqeljx.so "), std::string::npos);
+}
+
+TEST_F(Qelpic, Times)
+{
+    EXPECT_NE(qelpic("encode photo.png a.jpg --time 2").errors.find(" megapixels/s"), std::string::npos);
+    EXPECT_NE(qelpic("decode photo.jpg a.png --time 2").errors.find(" megapixels/s"), std::string::npos);
+}
+
+}
