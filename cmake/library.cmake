@@ -1,4 +1,4 @@
-# libqeljx.so and libqeljx.a, their installation, the CMake package and the pkg-config file.
+# libqeljx.so and libqeljx.a.
 
 file(GLOB QELJX_FILES CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/src/*/*.cpp)
 list(FILTER QELJX_FILES EXCLUDE REGEX "_kernels\\.cpp$")
@@ -56,4 +56,10 @@ foreach(target qeljx qeljx_static)
         target_link_libraries(${target} PRIVATE $<BUILD_INTERFACE:OpenMP::OpenMP_CXX>)
     endif()
 endforeach()
+# The OpenMP runtime by the names of its libraries, so that a C project needs no OpenMP of its own to link the archive.
+set(QELJX_STATIC_LIBRARIES "")
+if(QELJX_OPENMP)
+    set(QELJX_STATIC_LIBRARIES ${OpenMP_CXX_LIB_NAMES})
+endif()
+target_link_libraries(qeljx_static INTERFACE "$<INSTALL_INTERFACE:${QELJX_STATIC_LIBRARIES}>")
 add_library(qeljx::qeljx ALIAS qeljx)
