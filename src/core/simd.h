@@ -287,6 +287,23 @@ template <class Count, class Body> QEL_INLINE void inSteps(Count n, Body body)
     for (; i < n; ++i) body(Bytes<1>(), i);
 }
 
+// The same from `begin` to `end` for a body that may do elements twice: what is left of the row is done by a step that
+// ends with it, so that only rows of less than 16 elements go one at a time. All steps between the first and the last
+// start where i + phase is a multiple of their width.
+template <class Body> QEL_INLINE void inOverlappingSteps(ptrdiff_t begin, ptrdiff_t end, ptrdiff_t phase, Body body)
+{
+    auto walk = [=](auto step) {
+        ptrdiff_t i = begin, stride = step.value - ((begin + phase) & (step.value - 1)), last = end - step.value;
+        for (; i < last; i += stride, stride = step.value) body(step, i);
+        body(step, last);
+    };
+    if constexpr (QEL_WIDTH > 16)
+        if (end - begin >= QEL_WIDTH) return walk(Bytes<QEL_WIDTH>());
+    if constexpr (QEL_WIDTH >= 16)
+        if (end - begin >= 16) return walk(Bytes<16>());
+    for (ptrdiff_t i = begin; i < end; ++i) body(Bytes<1>(), i);
+}
+
 }
 }
 }

@@ -24,7 +24,9 @@ QEL_INLINE void box(Bytes<N>, uint8_t* dst, ptrdiff_t i, const Rows*... rows)
 }
 template <int kEven, int kOdd, class... Rows> QEL_INLINE void boxes(uint8_t* dst, int dstWidth, const Rows*... rows)
 {
-    inSteps(dstWidth, [=](auto width, ptrdiff_t i) { box<kEven, kOdd>(width, dst, i, rows...); });
+    // Registers begin at even destination samples, as their rounding terms do.
+    inOverlappingSteps(0, dstWidth & ~1, 0, [=](auto step, ptrdiff_t i) { box<kEven, kOdd>(step, dst, i, rows...); });
+    if (dstWidth % 2 != 0) box<kEven, kOdd>(Bytes<1>(), dst, dstWidth - 1, rows...);
 }
 
 void downH2V1(const uint8_t* src, uint8_t* dst, int dstWidth) { boxes<1, 1>(dst, dstWidth, src); }
@@ -94,16 +96,19 @@ template <class Rows> QEL_INLINE void upSample(Bytes<1>, Rows rows, ptrdiff_t i,
     dst[0] = rows.left(rows.at(i), rows.at(i - 1));
     dst[1] = rows.right(rows.at(i), rows.at(i + 1));
 }
-template <int N, class Rows> QEL_INLINE void upSample(Bytes<N> width, Rows rows, ptrdiff_t i, uint8_t* dst)
+template <int N, class Rows> QEL_INLINE void upSample(Bytes<N> step, Rows rows, ptrdiff_t i, uint8_t* dst)
 {
-    rows.up(width, i, dst);
+    rows.up(step, i, dst);
 }
+
+// Where a destination register, of two samples for each step, is aligned; stores are most of the traffic.
+QEL_INLINE ptrdiff_t phaseOf(const uint8_t* dst) { return ptrdiff_t((uintptr_t)dst / 2); }
 
 // Reads one sample before the rows and one behind them.
 template <class Rows> QEL_INLINE void upPlaneRow(Rows rows, uint8_t* dst, int dstWidth)
 {
     int pairs = dstWidth / 2;
-    inSteps(pairs, [=](auto width, ptrdiff_t i) { upSample(width, rows, i, dst + 2 * i); });
+    inOverlappingSteps(0, pairs, phaseOf(dst), [=](auto step, ptrdiff_t i) { upSample(step, rows, i, dst + 2 * i); });
     if (dstWidth % 2 != 0) dst[dstWidth - 1] = rows.left(rows.at(pairs), rows.at(pairs - 1));
 }
 
@@ -114,7 +119,8 @@ template <class Rows> QEL_INLINE void upRow(Rows rows, int srcWidth, uint8_t* ds
     dst[0] = rows.left(rows.at(0), rows.at(0));
     if (srcWidth > 1) {
         dst[1] = rows.right(rows.at(0), rows.at(1));
-        inSteps(srcWidth - 2, [=](auto width, ptrdiff_t i) { upSample(width, rows, i + 1, dst + 2 * (i + 1)); });
+        inOverlappingSteps(1, last, phaseOf(dst),
+                           [=](auto step, ptrdiff_t i) { upSample(step, rows, i, dst + 2 * i); });
         dst[2 * last] = rows.left(rows.at(last), rows.at(last - 1));
     }
     dst[2 * last + 1] = rows.right(rows.at(last), rows.at(last));
