@@ -9,6 +9,13 @@ namespace qel {
 namespace QEL_BUILD {
 namespace {
 
+// v >> kBits. Shuffles keep the ports busy that shift; the multipliers have time.
+template <int kBits, int N, class V> QEL_INLINE V shiftByProduct(V v)
+{
+    constexpr uint16_t factor = 1 << (16 - kBits);
+    return Simd<N>::mulHigh(v, (V)(U16<N>{} + factor));
+}
+
 // --- YCbCr to RGB, 14 fraction bits.
 
 constexpr int kCrToRed = 22970, kCbToGreen = -5638, kCrToGreen = -11700, kCbToBlue = 29032;
@@ -56,7 +63,7 @@ template <Rounding kRounding, int N> QEL_INLINE S16<N> greenChroma(U8<N> pairs)
     using Weights = U8<N>;
     auto weigh = [&](int cb, int cr) { return Simd<N>::mulAddPairs((Weights)pairsOf<N>(cb, cr), (S8<N>)pairs); };
     S16<N> lower = weigh(-kCbToGreen & 255, -kCrToGreen & 255) - int16_t(kRounding.green - 256 * kLumaBias - 255);
-    return weigh(-kCbToGreen >> 8, -kCrToGreen >> 8) + (lower >> 8);
+    return weigh(-kCbToGreen >> 8, -kCrToGreen >> 8) + shiftByProduct<8, N>(lower);
 }
 
 template <Rounding kRounding, int N>
@@ -68,11 +75,12 @@ QEL_INLINE void toRgb(Samples<N>, U8<N> y, U8<N> cb, U8<N> cr, U8<N>& r, U8<N>& 
     U8<N> none = {};
     cb ^= 128, cr ^= 128;
 
+    auto scale = [](S16<N> sum) { return shiftByProduct<6, N>(sum); };
     auto half = [&](auto zip, S16<N>& red, S16<N>& green, S16<N>& blue) {
-        auto luma = (S16<N>)((U16<N>)zip(none + uint8_t(4 * kLumaBias), y) >> 2);
-        red = (luma + Ops::mulHigh((S16<N>)zip(none + uint8_t(lowRed), cr), S16<N>{} + int16_t(kCrToRed))) >> 6;
-        green = (luma - greenChroma<kRounding, N>(zip(cb, cr))) >> 6;
-        blue = (luma + Ops::mulHigh((S16<N>)zip(none + uint8_t(lowBlue), cb), S16<N>{} + int16_t(kCbToBlue))) >> 6;
+        auto luma = (S16<N>)shiftByProduct<2, N>((U16<N>)zip(none + uint8_t(4 * kLumaBias), y));
+        red = scale(luma + Ops::mulHigh((S16<N>)zip(none + uint8_t(lowRed), cr), S16<N>{} + int16_t(kCrToRed)));
+        green = scale(luma - greenChroma<kRounding, N>(zip(cb, cr)));
+        blue = scale(luma + Ops::mulHigh((S16<N>)zip(none + uint8_t(lowBlue), cb), S16<N>{} + int16_t(kCbToBlue)));
     };
     S16<N> redLow, greenLow, blueLow, redHigh, greenHigh, blueHigh;
     half([](auto low, auto high) { return Ops::zipLow(low, high); }, redLow, greenLow, blueLow);
@@ -145,7 +153,7 @@ template <Weights kWeights, int N> QEL_INLINE U16<N> weighPairs(U8<N> redGreen, 
         lower += Ops::mulAddPairs(blueOne, pairsOf<N>(lowerByte(w.blue), lowerByte(w.rounding)));
     S16<N> upper = Ops::mulAddPairs(redGreen, pairsOf<N>(upperByte(w.red), upperByte(w.green))) +
                    Ops::mulAddPairs(blueOne, pairsOf<N>(upperByte(w.blue), upperByte(w.rounding)));
-    upper += lower >> 8;
+    upper += shiftByProduct<8, N>(lower);
     if constexpr (w.offset != 0) upper += int16_t(w.offset << 7);
     return (U16<N>)upper >> 7;
 }
