@@ -37,6 +37,16 @@ void expectDecodedAlike(Bytes file, bool replicate)
     EXPECT_LE(d.meanSquaredError, tiny ? 2 : 0.8);
 }
 
+Picture luminanceOf(const Picture& rgb)
+{
+    Picture grey(rgb.width(), rgb.height(), ColourSpace::grey, 8);
+    for (int i = 0; i < rgb.width() * rgb.height(); ++i) {
+        const uint8_t* pixel = rgb.row(0) + 3 * i;
+        grey.row(0)[i] = uint8_t(0.299 * pixel[0] + 0.587 * pixel[1] + 0.114 * pixel[2] + 0.5);
+    }
+    return grey;
+}
+
 class JpegInterop : public testing::TestWithParam<JpegCase> {
 protected:
     // Calls `test` with pictures of many sizes, and whether the peer replicates chroma of one that is so narrow.
@@ -68,9 +78,9 @@ TEST_P(JpegInterop, PeersFilesInOurs)
 // As true to the picture as the peer, and no longer.
 TEST_P(JpegInterop, EncodesAsWellAsThePeer)
 {
-    if (GetParam().options.target == JpegTarget::grey) GTEST_SKIP() << "the picture itself has colours";
     Picture picture = paintedPicture(320, 240, GetParam().space);
     auto ours = encodeJpeg(picture, GetParam().options), peers = peerEncode(picture, GetParam().options);
+    if (GetParam().options.target == JpegTarget::grey) picture = luminanceOf(picture);
     double ourError = compare(peerDecode(ours), picture).whole.meanSquaredError;
     double peersError = compare(peerDecode(peers), picture).whole.meanSquaredError;
     EXPECT_LE(ourError, 1.02 * peersError + 0.1);
