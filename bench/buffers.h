@@ -47,16 +47,16 @@ public:
         while (step < row) step *= 2;
         step_ = int(step);
         for (int p = 0; p < layout.planes; ++p) memory_.emplace_back(step * height);
-        for (int p = 0; p < layout.planes; ++p) rows_[p] = memory_[p].data() + margin;
+        for (auto& memory : memory_) rows_.push_back(memory.data() + margin);
     }
     int step() const { return step_; }
     // The first row of plane `p`; the array of all, as functions over planes want it.
     uint8_t* operator[](int p) const { return rows_[p]; }
-    uint8_t* const* pointers() const { return rows_; }
+    uint8_t* const* pointers() const { return rows_.data(); }
 
 private:
     std::vector<Memory> memory_;
-    uint8_t* rows_[4] = {};
+    std::vector<uint8_t*> rows_;
     int step_;
 };
 

@@ -4,7 +4,10 @@
 namespace qel::bench {
 
 void addLevelShiftCases();
+void addColourCases();
 void addSamplingCases();
+void addBlockCases();
+void addHuffmanCases();
 void addSupportCases();
 
 }

@@ -82,19 +82,23 @@ Quartiles quartilesOf(std::vector<double> v)
 // A contestant with the number of runs in a turn, and what its turns have shown: seconds a run.
 struct Entry {
     Contestant who;
-    int repeats = 0, restRepeats = 0;
+    int repeats = 0;
     std::vector<double> seconds = {};
 
     Entry(Contestant contestant, double turn, Clock clock) : who(std::move(contestant))
     {
         repeats = repeatsFor(who.run, turn, clock);
-        if (who.rest) restRepeats = repeatsFor(who.rest, turn, clock);
+        if (who.rest) who.rest();
     }
-    void takeTurn(Clock clock)
+    void takeTurn(Clock clock) { seconds.push_back(who.rest ? difference(clock) : timeOf(who.run, repeats, clock)); }
+
+private:
+    // A difference of two long times would be at the mercy of what happens between them: they alternate run by run.
+    double difference(Clock clock) const
     {
-        double time = timeOf(who.run, repeats, clock);
-        if (who.rest) time -= timeOf(who.rest, restRepeats, clock);
-        seconds.push_back(time);
+        double sum = 0;
+        for (int i = 0; i < repeats; ++i) sum += timeOf(who.run, 1, clock) - timeOf(who.rest, 1, clock);
+        return sum / repeats;
     }
 };
 

@@ -68,7 +68,10 @@ void addCases()
 {
     using namespace qel::bench;
     addLevelShiftCases();
+    addColourCases();
     addSamplingCases();
+    addBlockCases();
+    addHuffmanCases();
     addSupportCases();
 }
 

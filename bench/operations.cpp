@@ -47,7 +47,7 @@ Contest contestOf(const Operation& operation, const WorkingSet& set)
     Contest contest = {"pixel", double(set.width) * set.height, {}};
     auto add = [&](std::string name, Work work) { contest.contestants.push_back({name, [=] { work(p); }}); };
     add(kLibrary, operation.work);
-    if (operation.builds) operation.builds(add);
+    if (operation.builds) operation.builds(operation.src.planes, add);
     for (auto& peer : operation.peers) add(peer.name, peer.work);
     addTraffic(contest, contest.units, operation.src.bytesPerPixel(), operation.dst.bytesPerPixel());
     contest.check = [=] { compare(operation, p); };

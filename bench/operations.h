@@ -4,9 +4,12 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <tuple>
+#include <utility>
 
 #include "buffers.h"
 #include "contest.h"
+#include "core/rows.h"
 
 namespace qel::bench {
 
@@ -25,14 +28,41 @@ struct Peer {
     int tolerance = -1;
 };
 
+// Hands the same work, done by the row kernel of each build that the processor can run, to `add`.
+using Builds = std::function<void(int srcPlanes, const std::function<void(std::string, Work)>& add)>;
+
 struct Operation {
     std::string name;
     Layout src, dst;
     Work work;
+    Builds builds = nullptr;
     std::vector<Peer> peers = {};
-    // Rows of the kernel builds, by name of the build; adds what the processor can run.
-    std::function<void(const std::function<void(std::string, Work)>& add)> builds = nullptr;
 };
+
+// A kernel takes the rows of the source's planes, those of the destination's, and the width.
+template <class... P> Work rows(void (*kernel)(P...), int srcPlanes)
+{
+    return [=](const Pictures& p) {
+        auto row = [&](int plane, int y) {
+            bool fromSrc = plane < srcPlanes;
+            auto& planes = fromSrc ? *p.src : *p.dst;
+            return rowAt(planes[fromSrc ? plane : plane - srcPlanes], planes.step(), y);
+        };
+        auto call = [&]<size_t... I>(int y, std::index_sequence<I...>)
+        {
+            kernel((std::tuple_element_t<I, std::tuple<P...>>)row(int(I), y)..., p.roi.width);
+        };
+        for (int y = 0; y < p.roi.height; ++y) call(y, std::make_index_sequence<sizeof...(P) - 1>());
+    };
+}
+
+// The builds of one member of a table of kernels.
+template <class Table, class Kernel> Builds buildsOf(Kernel Table::*kernel)
+{
+    return [=](int srcPlanes, auto& add) {
+        forBuilds<Table>([&](auto name, auto& build) { add(name, rows(build.*kernel, srcPlanes)); });
+    };
+}
 
 // Calls of the public functions: planes or interleaved pixels on either side.
 template <class S, class D> Work call(QelStatus (*f)(const S*, int, D*, int, QelSize))

@@ -43,8 +43,8 @@ void addSupportCases()
 {
     for (auto& operation : {
              Operation{"Convert_8u16u", kBytes, kWords, call(qeliConvert_8u16u_C1R)},
-             Operation{"Copy_16s", kWords, kWords, call(qeliCopy_16s_C1R), {memcpyOf(2)}},
-             Operation{"Copy_32f", kDoubleWords, kDoubleWords, call(qeliCopy_32f_C1R), {memcpyOf(4)}},
+             Operation{"Copy_16s", kWords, kWords, call(qeliCopy_16s_C1R), nullptr, {memcpyOf(2)}},
+             Operation{"Copy_32f", kDoubleWords, kDoubleWords, call(qeliCopy_32f_C1R), nullptr, {memcpyOf(4)}},
              Operation{"AndC_32s", kDoubleWords, kDoubleWords, andC},
              Operation{"DivCRev_16u", kWords, kWords, divCRev},
          })
