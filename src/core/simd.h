@@ -235,6 +235,16 @@ template <int N> struct PortableSimd {
     {
         for (int i = 0; i < N; ++i) p[3 * i] = a[i], p[3 * i + 1] = b[i], p[3 * i + 2] = c[i];
     }
+    // 3 * N bytes of triples (a, b, c) as pairs: ab[0] and c1[0] hold (a, b) and (c, 1) of the lower eight triples of
+    // each block of 16, ab[1] and c1[1] those of the upper eight.
+    static QEL_INLINE void loadPairs3(const uint8_t* p, U8<N>* ab, U8<N>* c1)
+    {
+        for (int i = 0; i < N; ++i) {
+            int half = i % 16 / 8, at = i / 16 * 16 + 2 * (i % 8);
+            ab[half][at] = p[3 * i], ab[half][at + 1] = p[3 * i + 1];
+            c1[half][at] = p[3 * i + 2], c1[half][at + 1] = 1;
+        }
+    }
     static QEL_INLINE void load4(const uint8_t* p, U8<N>& a, U8<N>& b, U8<N>& c, U8<N>& d)
     {
         for (int i = 0; i < N; ++i) a[i] = p[4 * i], b[i] = p[4 * i + 1], c[i] = p[4 * i + 2], d[i] = p[4 * i + 3];

@@ -14,6 +14,7 @@ struct Triples {
     alignas(64) uint8_t load[3][64];   // load[c][i]: where pixel i of channel c lies after the blends
     alignas(64) uint8_t store[3][64];  // store[c][j]: which pixel of channel c goes to byte j
     alignas(64) uint8_t choose[3][64]; // choose[m][j]: all ones where j mod 3 is m (j within its block of 16)
+    alignas(64) uint8_t pairs[2][64];  // four triples as pairs: where they come from, from byte 0 or from byte 4 on
 };
 constexpr Triples makeTriples()
 {
@@ -25,6 +26,11 @@ constexpr Triples makeTriples()
             t.store[c][j] = uint8_t((16 * k + inBlock - c) / 3);
             t.choose[c][j] = inBlock % 3 == c ? 0xFF : 0;
         }
+    for (int j = 0; j < 64; ++j) {
+        int triple = j % 8 / 2, from = 3 * triple + (j % 16 < 8 ? j % 2 : 2);
+        bool isZero = j % 16 >= 8 && j % 2 == 1;
+        for (int k = 0; k < 2; ++k) t.pairs[k][j] = isZero ? 0x80 : uint8_t(from + 4 * k);
+    }
     return t;
 }
 constexpr Triples kTriples = makeTriples();
@@ -44,6 +50,13 @@ template <int N, class Simd> struct Interleaved {
         auto first = load<U8<N>>(p), second = load<U8<N>>(p + N);
         a = evenBytes(first, second);
         b = oddBytes(first, second);
+    }
+    static QEL_INLINE void loadPairs3(const uint8_t* p, U8<N>* ab, U8<N>* c1)
+    {
+        U8<N> a, b, c, one = U8<N>{} + 1;
+        Simd::load3(p, a, b, c);
+        ab[0] = Simd::zipLow(a, b), ab[1] = Simd::zipHigh(a, b);
+        c1[0] = Simd::zipLow(c, one), c1[1] = Simd::zipHigh(c, one);
     }
     static QEL_INLINE void load4(const uint8_t* p, U8<N>& a, U8<N>& b, U8<N>& c, U8<N>& d)
     {
@@ -334,6 +347,23 @@ template <> struct Simd<32> : Interleaved<32, Simd<32>> {
         a = shuffle(blend(blend(r0, r1, mask[2]), r2, mask[1]), kTriples.load[0]);
         b = shuffle(blend(blend(r0, r1, mask[0]), r2, mask[2]), kTriples.load[1]);
         c = shuffle(blend(blend(r0, r1, mask[1]), r2, mask[0]), kTriples.load[2]);
+    }
+    // Four triples for each block: their pairs (a, b) in its lower half, pairs (c, 0) in its upper one.
+    template <int kSkip> static QEL_INLINE U64<32> fourTriples(const uint8_t* p)
+    {
+        auto low = _mm_loadu_si128((const __m128i*)(p - kSkip)),
+             high = _mm_loadu_si128((const __m128i*)(p - kSkip + 48));
+        auto both = (U8<32>)_mm256_inserti128_si256(_mm256_castsi128_si256(low), high, 1);
+        return (U64<32>)shuffle(both, kTriples.pairs[kSkip / 4]);
+    }
+    // The last load starts four bytes early, so as not to read behind the triples.
+    static QEL_INLINE void loadPairs3(const uint8_t* p, U8<32>* ab, U8<32>* c1)
+    {
+        auto one = (U8<32>)(U16<32>{} + 256);
+        U64<32> t0 = fourTriples<0>(p), t1 = fourTriples<0>(p + 12);
+        U64<32> t2 = fourTriples<0>(p + 24), t3 = fourTriples<4>(p + 36);
+        ab[0] = (U8<32>)zipLow(t0, t1), ab[1] = (U8<32>)zipLow(t2, t3);
+        c1[0] = (U8<32>)zipHigh(t0, t1) | one, c1[1] = (U8<32>)zipHigh(t2, t3) | one;
     }
     static QEL_INLINE void store3(uint8_t* p, U8<32> a, U8<32> b, U8<32> c)
     {

@@ -133,9 +133,41 @@ struct Fixed14 {
     static constexpr Weights kCr = {2 * 8192, 2 * -6860, 2 * -1332, 2 * 8192, 128};
 };
 
-template <Weights kWeights> QEL_INLINE uint8_t weigh(Lane, uint8_t r, uint8_t g, uint8_t b)
+// Pixels as the sums want them: one by its colours, or a register full as pairs, half by half: (red, green) and
+// (blue, 1), with red and blue exchanged in Pairs<V, true>.
+struct Single {
+    uint8_t r, g, b;
+};
+template <class V, bool kIsBgr> struct Pairs {
+    typename V::Type firstTwo[2], thirdOne[2];
+};
+
+template <class Pixels> constexpr bool kIsRgb24 = false;
+template <class Pixels> constexpr bool kIsBgr24 = false;
+template <class T> constexpr bool kIsRgb24<Rgb24<T>> = true;
+template <class T> constexpr bool kIsBgr24<Bgr24<T>> = true;
+
+template <class V, class Pixels> QEL_INLINE auto coloursAt(Pixels pixels, ptrdiff_t i)
 {
-    int sum = kWeights.red * r + kWeights.green * g + kWeights.blue * b + kWeights.rounding;
+    typename V::Type r, g, b;
+    if constexpr (V::kCount == 1) {
+        pixels.template get<V>(i, r, g, b);
+        return Single{r, g, b};
+    } else if constexpr (kIsRgb24<Pixels> || kIsBgr24<Pixels>) {
+        Pairs<V, kIsBgr24<Pixels>> pairs;
+        V::loadPairs3(pixels.row + 3 * i, pairs.firstTwo, pairs.thirdOne);
+        return pairs;
+    } else {
+        using Ops = Simd<sizeof r>;
+        auto one = typename V::Type{} + 1;
+        pixels.template get<V>(i, r, g, b);
+        return Pairs<V, false>{{Ops::zipLow(r, g), Ops::zipHigh(r, g)}, {Ops::zipLow(b, one), Ops::zipHigh(b, one)}};
+    }
+}
+
+template <Weights kWeights> QEL_INLINE uint8_t weigh(Single p)
+{
+    int sum = kWeights.red * p.r + kWeights.green * p.g + kWeights.blue * p.b + kWeights.rounding;
     return clampToByte((sum >> 15) + kWeights.offset);
 }
 
@@ -143,28 +175,28 @@ template <Weights kWeights> QEL_INLINE uint8_t weigh(Lane, uint8_t r, uint8_t g,
 constexpr int upperByte(int factor) { return (factor + 128) >> 8; }
 constexpr int lowerByte(int factor) { return factor - 256 * upperByte(factor); }
 
-// The pixels of half a register, as pairs (red, green) and (blue, 1), in 16 bits: two sums of byte products.
-template <Weights kWeights, int N> QEL_INLINE U16<N> weighPairs(U8<N> redGreen, U8<N> blueOne)
+// Half a register of pairs in 16 bits: two sums of byte products, and the 15 bits below the result cut off.
+template <int kFirst, int kSecond, int kThird, int kRounding, int kOffset, int N>
+QEL_INLINE S16<N> weighHalf(U8<N> firstTwo, U8<N> thirdOne)
 {
-    constexpr Weights w = kWeights;
     using Ops = Simd<N>;
-    S16<N> lower = Ops::mulAddPairs(redGreen, pairsOf<N>(lowerByte(w.red), lowerByte(w.green)));
-    if constexpr (lowerByte(w.blue) != 0 || lowerByte(w.rounding) != 0)
-        lower += Ops::mulAddPairs(blueOne, pairsOf<N>(lowerByte(w.blue), lowerByte(w.rounding)));
-    S16<N> upper = Ops::mulAddPairs(redGreen, pairsOf<N>(upperByte(w.red), upperByte(w.green))) +
-                   Ops::mulAddPairs(blueOne, pairsOf<N>(upperByte(w.blue), upperByte(w.rounding)));
+    S16<N> lower = Ops::mulAddPairs(firstTwo, pairsOf<N>(lowerByte(kFirst), lowerByte(kSecond)));
+    if constexpr (lowerByte(kThird) != 0 || lowerByte(kRounding) != 0)
+        lower += Ops::mulAddPairs(thirdOne, pairsOf<N>(lowerByte(kThird), lowerByte(kRounding)));
+    S16<N> upper = Ops::mulAddPairs(firstTwo, pairsOf<N>(upperByte(kFirst), upperByte(kSecond))) +
+                   Ops::mulAddPairs(thirdOne, pairsOf<N>(upperByte(kThird), upperByte(kRounding)));
     upper += shiftByProduct<8, N>(lower);
-    if constexpr (w.offset != 0) upper += int16_t(w.offset << 7);
-    return (U16<N>)upper >> 7;
+    if constexpr (kOffset != 0) upper += int16_t(kOffset << 7);
+    return (S16<N>)((U16<N>)upper >> 7);
 }
 
-template <Weights kWeights, int N> QEL_INLINE U8<N> weigh(Samples<N>, U8<N> r, U8<N> g, U8<N> b)
+template <Weights w, class V, bool kIsBgr> QEL_INLINE typename V::Type weigh(Pairs<V, kIsBgr> p)
 {
-    using Ops = Simd<N>;
-    U8<N> one = U8<N>{} + 1;
-    auto low = weighPairs<kWeights, N>(Ops::zipLow(r, g), Ops::zipLow(b, one));
-    auto high = weighPairs<kWeights, N>(Ops::zipHigh(r, g), Ops::zipHigh(b, one));
-    return Ops::packUnsigned((S16<N>)low, (S16<N>)high);
+    constexpr int N = sizeof(typename V::Type), first = kIsBgr ? w.blue : w.red, third = kIsBgr ? w.red : w.blue;
+    auto half = [&](int k) {
+        return weighHalf<first, w.green, third, w.rounding, w.offset, N>(p.firstTwo[k], p.thirdOne[k]);
+    };
+    return Simd<N>::packUnsigned(half(0), half(1));
 }
 
 QEL_INLINE uint8_t sumOfTerms(uint8_t r, uint8_t g, uint8_t b, ColourTerm red, ColourTerm green, ColourTerm blue)
@@ -176,10 +208,9 @@ QEL_INLINE uint8_t sumOfTerms(uint8_t r, uint8_t g, uint8_t b, ColourTerm red, C
 struct ToYcc {
     Planes3<uint8_t> planes;
 
-    template <class V, class Fixed, class S> QEL_INLINE void put(ptrdiff_t i, S r, S g, S b) const
+    template <class V, class Fixed, class Colours> QEL_INLINE void put(ptrdiff_t i, Colours rgb) const
     {
-        planes.put<V>(i, weigh<Fixed::kY>(V(), r, g, b), weigh<Fixed::kCb>(V(), r, g, b),
-                      weigh<Fixed::kCr>(V(), r, g, b));
+        planes.put<V>(i, weigh<Fixed::kY>(rgb), weigh<Fixed::kCb>(rgb), weigh<Fixed::kCr>(rgb));
     }
     QEL_INLINE void putByTables(ptrdiff_t i, uint8_t r, uint8_t g, uint8_t b) const
     {
@@ -191,9 +222,9 @@ struct ToYcc {
 struct ToY {
     uint8_t* row;
 
-    template <class V, class Fixed, class S> QEL_INLINE void put(ptrdiff_t i, S r, S g, S b) const
+    template <class V, class Fixed, class Colours> QEL_INLINE void put(ptrdiff_t i, Colours rgb) const
     {
-        V::store(row + i, weigh<Fixed::kY>(V(), r, g, b));
+        V::store(row + i, weigh<Fixed::kY>(rgb));
     }
     QEL_INLINE void putByTables(ptrdiff_t i, uint8_t r, uint8_t g, uint8_t b) const
     {
@@ -206,9 +237,7 @@ QEL_INLINE ptrdiff_t groupsFromRgb(ptrdiff_t i, int width, Pixels pixels, To to)
 {
     return inGroups<kGroup>(i, width, [=](auto samples, ptrdiff_t at) {
         using V = decltype(samples);
-        typename V::Type r, g, b;
-        pixels.template get<V>(at, r, g, b);
-        to.template put<V, Fixed>(at, r, g, b);
+        to.template put<V, Fixed>(at, coloursAt<V>(pixels, at));
     });
 }
 

@@ -39,6 +39,7 @@ template <int N> struct Samples {
     static QEL_INLINE void store2(uint8_t* p, Type a, Type b) { Simd<N>::store2(p, a, b); }
     static QEL_INLINE void load3(const uint8_t* p, Type& a, Type& b, Type& c) { Simd<N>::load3(p, a, b, c); }
     static QEL_INLINE void store3(uint8_t* p, Type a, Type b, Type c) { Simd<N>::store3(p, a, b, c); }
+    static QEL_INLINE void loadPairs3(const uint8_t* p, Type* ab, Type* c1) { Simd<N>::loadPairs3(p, ab, c1); }
     static QEL_INLINE void load4(const uint8_t* p, Type& a, Type& b, Type& c, Type& d)
     {
         Simd<N>::load4(p, a, b, c, d);
@@ -64,6 +65,10 @@ template <int kFew> struct Few : Samples<16> {
     static QEL_INLINE void load3(const uint8_t* p, Type& a, Type& b, Type& c)
     {
         Samples<16>::load3(Room<3>(p).bytes, a, b, c);
+    }
+    static QEL_INLINE void loadPairs3(const uint8_t* p, Type* ab, Type* c1)
+    {
+        Samples<16>::loadPairs3(Room<3>(p).bytes, ab, c1);
     }
     static QEL_INLINE void load4(const uint8_t* p, Type& a, Type& b, Type& c, Type& d)
     {
