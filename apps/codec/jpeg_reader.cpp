@@ -31,6 +31,7 @@ private:
     void checkMemory(uint64_t bytes) const;
     void streamInto(Picture& picture);
     std::vector<Plane> decodePlanes(uint64_t otherMemory);
+    int fillGaps(std::vector<Plane>& planes, bool all) const;
     template <class MakeSink> void decodeScans(MakeSink makeSink);
     bool takeNew(const ScanHeader& scan);
     std::optional<ScanHeader> scanBehind(const ScanDecoder& coder);
@@ -43,7 +44,8 @@ private:
     const JpegDecodeOptions& options_;
     JpegHeaders headers_;
     ScanHeader firstScan_;
-    std::vector<bool> seen_; // components that have had their scan
+    std::vector<bool> seen_;       // components that have had their scan
+    std::vector<int> decodedRows_; // of their samples
     Warnings warnings_;
 };
 
@@ -52,6 +54,7 @@ Decoder::Decoder(Bytes file, const JpegDecodeOptions& options) : file_(file), op
     firstScan_ = *headers_.nextScan(2);
     checkSupported();
     seen_.resize(info().components.size());
+    decodedRows_.resize(info().components.size());
 }
 
 void Decoder::checkSupported() const
@@ -85,7 +88,10 @@ Picture Decoder::picture()
         streamInto(picture);
     } else {
         std::vector<Plane> planes = decodePlanes(picture.sizeInBytes());
-        RowWriter(info(), options_.upsampling, planes, picture).writeUntil(picture.height());
+        int end = fillGaps(planes, false);
+        RowWriter writer(info(), options_.upsampling, planes, picture);
+        writer.writeUntil(end);
+        writer.fillRest();
     }
     return picture;
 }
@@ -151,6 +157,7 @@ template <class MakeSink> void Decoder::decodeScans(MakeSink makeSink)
         for (int row = 0; row < coder.layout().mcusDown && !coder.ended(); ++row) {
             sink.startRow(row);
             coder.decodeRow(sink);
+            for (const ScanShare& share : coder.layout().shares) decodedRows_[share.component] += 8 * share.down;
             report(coder);
         }
         scan = scanBehind(coder);
@@ -168,17 +175,35 @@ std::vector<Plane> Decoder::decodePlanes(uint64_t otherMemory)
 
     std::vector<Plane> planes;
     for (const JpegComponent& c : info().components) {
-        Plane& plane = planes.emplace_back(8 * paddedBlocksAcross(info(), c), 8 * paddedBlocksDown(info(), c));
-        memset(plane.row(0), 128, plane.sizeInBytes());
+        planes.emplace_back(8 * paddedBlocksAcross(info(), c), 8 * paddedBlocksDown(info(), c));
     }
     decodeScans([&](const ScanLayout& layout) { return BlockTransform(headers_, layout, planes); });
     return planes;
+}
+
+// Rows of samples that were not decoded become grey: all of them, or those of the part of the picture that any
+// component reaches. Returns the number of rows of the picture in that part.
+int Decoder::fillGaps(std::vector<Plane>& planes, bool all) const
+{
+    int end = all ? info().height : 0;
+    for (size_t i = 0; i < planes.size(); ++i) {
+        int reached = decodedRows_[i] * info().maxV() / info().components[i].v;
+        end = std::max(end, std::min(reached, info().height));
+    }
+    for (size_t i = 0; i < planes.size(); ++i) {
+        const JpegComponent& c = info().components[i];
+        // One row more, for interpolation.
+        int needed = std::min(end * c.v / info().maxV() + 2, c.height);
+        for (int y = decodedRows_[i]; y < needed; ++y) memset(planes[i].row(y), 128, planes[i].step());
+    }
+    return end;
 }
 
 std::vector<JpegPlane> Decoder::separatePlanes()
 {
     std::vector<JpegPlane> result;
     std::vector<Plane> planes = decodePlanes(uint64_t(info().width) * info().height * info().components.size());
+    fillGaps(planes, true);
     for (size_t i = 0; i < planes.size(); ++i) {
         const JpegComponent& component = info().components[i];
         JpegPlane& plane = result.emplace_back(JpegPlane{component.width, component.height, {}});

@@ -90,8 +90,9 @@ void ScanDecoder::noteDamage() { firstDamage_ = std::min(firstDamage_, position(
 std::string ScanDecoder::damage() const
 {
     if (firstDamage_ == SIZE_MAX) return {};
-    return "damaged or missing data at byte " + std::to_string(firstDamage_) + "; " + std::to_string(lostMcus_) +
-           " of " + std::to_string(int64_t(layout_.mcusAcross) * layout_.mcusDown) + " units are lost";
+    int64_t all = int64_t(layout_.mcusAcross) * layout_.mcusDown, lost = lostMcus_ + all - mcu_;
+    return "damaged or missing data at byte " + std::to_string(firstDamage_) + "; " + std::to_string(lost) + " of " +
+           std::to_string(all) + " units are lost";
 }
 
 }

@@ -41,7 +41,7 @@ public:
     bool ended() const { return resumeAt_ == kNever; }
     // Where the next marker is to be looked for.
     size_t position() const { return base_ + at_ - (marker_ ? 2 : 0); }
-    // One line on the damage that was met; empty for a sound scan.
+    // One line on the damage that was met, when no more rows will be decoded; empty for a sound scan.
     std::string damage() const;
 
 private:

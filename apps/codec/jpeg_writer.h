@@ -30,10 +30,10 @@ struct JpegEncodeOptions {
     int quality = 90; // 1 to 100
     JpegTarget target = JpegTarget::usual;
     std::optional<JpegSamplings> sampling = {}; // else 4:2:0 for YCbCr and YCCK, 4:4:4 for RGB and CMYK; grey has none
-    bool optimiseTables = false;           // Huffman tables made for this picture: two passes, a smaller file
-    bool interleaved = true;               // one scan for all components, or one scan for each
-    int restartInterval = 0;               // in MCUs; 0 is none
-    int restartRows = 0;                   // or in rows of MCUs of each scan; not both
+    bool optimiseTables = false;                // Huffman tables made for this picture: two passes, a smaller file
+    bool interleaved = true;                    // one scan for all components, or one scan for each
+    int restartInterval = 0;                    // in MCUs; 0 is none
+    int restartRows = 0;                        // or in rows of MCUs of each scan; not both
     // At the lowest qualities, quantization steps above 255 in 16-bit tables (the file is then extended sequential).
     bool wideQuantizers = false;
     // Called now and then with the part of the work that is done, 0 to 1; may be empty.
