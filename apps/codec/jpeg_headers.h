@@ -32,7 +32,7 @@ public:
     explicit JpegHeaders(Bytes file);
 
     // Reads on from byte `from` to the next scan; nothing at the end of the picture. Throws CodecError for headers that
-    // break the rules, FileEnds where the end of the picture is missing.
+    // break the rules, and where the end of the picture is missing.
     std::optional<ScanHeader> nextScan(size_t from);
 
     const JpegInfo& info() const { return info_; }

@@ -33,7 +33,7 @@ struct JpegInfo {
     bool hasJfif = false;
     int adobeTransform = -1; // of the Adobe APP14 marker; -1 where there is none
     int restartInterval = 0; // of the first scan, in MCUs; 0 is none
-    int scans = 0;           // in the whole file
+    int scans = 0;           // readJpegInfo: in the whole file; decoders: read so far
 
     int maxH() const;
     int maxV() const;

@@ -21,16 +21,16 @@ Segment readSegment(Bytes file, size_t from)
 {
     Segment segment;
     segment.position = findMarker(file, from);
-    if (segment.position == file.size()) throw FileEnds("the file ends where a marker is expected", file.size());
+    if (segment.position == file.size()) throw CodecError("the file ends where a marker is expected", file.size());
     segment.code = file[segment.position + 1];
     segment.end = segment.position + 2;
     if (marker::standsAlone(segment.code)) return segment;
 
     auto rest = file.subspan(segment.end);
-    if (rest.size() < 2) throw FileEnds("the file ends inside a marker segment", file.size());
+    if (rest.size() < 2) throw CodecError("the file ends inside a marker segment", file.size());
     size_t length = size_t(rest[0]) << 8 | rest[1];
     if (length < 2) throw CodecError("a marker segment of length " + std::to_string(length), segment.end);
-    if (rest.size() < length) throw FileEnds("the file ends inside a marker segment", file.size());
+    if (rest.size() < length) throw CodecError("the file ends inside a marker segment", file.size());
     segment.parameters = rest.subspan(2, length - 2);
     segment.end += length;
     return segment;

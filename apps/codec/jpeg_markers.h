@@ -24,12 +24,6 @@ inline bool isFrame(uint8_t code)
 inline bool standsAlone(uint8_t code) { return (code >= kRst0 && code <= kEoi) || code == kTem; }
 }
 
-// The file ends where it must not. After a scan has begun this is survived, elsewhere an error.
-class FileEnds : public CodecError {
-public:
-    using CodecError::CodecError;
-};
-
 // Position of the first marker (its 0xFF) at or behind `from`, or the size of the file.
 size_t findMarker(Bytes file, size_t from);
 
@@ -41,7 +35,8 @@ struct Segment {
     Bytes parameters;
 };
 
-// The segment whose marker is the first at or behind `from`. Throws FileEnds, or CodecError for a bad length.
+// The segment whose marker is the first at or behind `from`. Throws CodecError where the file ends
+// too early, and for a bad length.
 Segment readSegment(Bytes file, size_t from);
 
 // Walks the parameters of a segment, and refuses to read past them.

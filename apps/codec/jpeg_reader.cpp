@@ -123,14 +123,15 @@ void Decoder::streamInto(Picture& picture)
     if (scanBehind(coder)) warnings_.push_back("scans behind the picture are left out");
 }
 
-// Notes what was wrong with the scan, and reads on to the next.
+// Notes what was wrong with the scan, and reads on to the next. Headers that are damaged behind a scan may be its own
+// data, damaged: they end the picture, but do not take away what there is.
 std::optional<ScanHeader> Decoder::scanBehind(const ScanDecoder& coder)
 {
     if (std::string damage = coder.damage(); !damage.empty()) warnings_.push_back(damage);
     try {
         return headers_.nextScan(coder.position());
-    } catch (const FileEnds& end) {
-        warnings_.push_back(end.what());
+    } catch (const CodecError& error) {
+        warnings_.push_back(error.what());
         return std::nullopt;
     }
 }

@@ -106,8 +106,6 @@ void Encoder::describeFrame()
     info_.colour = colourFor(picture_, options_.target);
     info_.hasJfif = info_.colour == JpegColour::grey || info_.colour == JpegColour::ycbcr;
     if (!info_.hasJfif) info_.adobeTransform = info_.colour == JpegColour::ycck ? 2 : 0;
-    bool wide = std::ranges::max(steps_[kLuminance]) > 255 || std::ranges::max(steps_[kChrominance]) > 255;
-    info_.frameMarker = wide ? marker::kSof1 : marker::kSof0;
 }
 
 void Encoder::describeComponents()
@@ -126,8 +124,12 @@ void Encoder::describeComponents()
         info_.components.push_back({names[i], h, v, table, 0, 0});
     }
     setComponentSizes(info_);
-    int blocks = 0;
-    for (const JpegComponent& c : info_.components) blocks += c.h * c.v;
+    int blocks = 0, largestStep = 0;
+    for (const JpegComponent& c : info_.components) {
+        blocks += c.h * c.v;
+        largestStep = std::max<int>(largestStep, std::ranges::max(steps_[c.quantizer]));
+    }
+    info_.frameMarker = largestStep > 255 ? marker::kSof1 : marker::kSof0;
     if (options_.interleaved && count > 1 && blocks > 10)
         throw CodecError("sampling factors that give more than 10 blocks to an MCU");
 }

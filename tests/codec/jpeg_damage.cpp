@@ -86,6 +86,21 @@ TEST(JpegDamage, DecodingResumesAtTheNextRestartMarker)
     EXPECT_EQ(sameRows(decodeJpeg(repeated).picture, whole), 8);
 }
 
+// A marker that does not belong there ends the scan, whatever the bytes behind it look like.
+TEST(JpegDamage, AHeaderInsideTheDataTakesNothingAway)
+{
+    File file = smallFile({.sampling = kSampling444});
+    Picture whole = decodeJpeg(file).picture;
+    size_t middle = (markerAt(file, marker::kSos) + file.size()) / 2;
+    for (uint8_t code : {marker::kDht, marker::kSos, marker::kSof0, marker::kEoi}) {
+        File damaged = file;
+        damaged.insert(damaged.begin() + middle, {0xFF, code, 0, 8});
+        DecodedJpeg decoded = decodeJpeg(damaged);
+        EXPECT_FALSE(decoded.warnings.empty());
+        EXPECT_GE(sameRows(decoded.picture, whole), 16);
+    }
+}
+
 TEST(JpegDamage, FillBytesAndUnknownSegmentsAreNoDamage)
 {
     File file = smallFile({.restartInterval = 3});
