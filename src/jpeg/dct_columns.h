@@ -17,40 +17,44 @@ struct Rows {
 
 QEL_INLINE Row add(Row a, Row b) { return Simd<16>::addSat(a, b); }
 QEL_INLINE Row sub(Row a, Row b) { return Simd<16>::subSat(a, b); }
-QEL_INLINE Row mulHigh(int16_t factor, Row a) { return Simd<16>::mulHigh(Row{} + factor, a); }
+QEL_INLINE Row mulHigh(const int16_t (&factor)[8], Row a) { return Simd<16>::mulHigh(load<Row>(factor), a); }
 // For factors that do not fit: (65536 + factor) * a.
-QEL_INLINE Row mulHighPlus1(int16_t factor, Row a) { return add(mulHigh(factor, a), a); }
+QEL_INLINE Row mulHighPlus1(const int16_t (&factor)[8], Row a) { return add(mulHigh(factor, a), a); }
 
 // The result is 8 times the vertical DCT, with the rows scaled as kCosines says. The products are truncated; setting
 // the last bit of some results is what makes up for it on average.
-QEL_INLINE void forwardColumns(Row (&r)[8])
+template <bool kInRange> QEL_INLINE void forwardColumns(Row (&r)[8])
 {
-    auto t0 = add(r[0], r[7]), t7 = sub(r[0], r[7]), t1 = add(r[1], r[6]), t6 = sub(r[1], r[6]);
-    auto t2 = add(r[2], r[5]), t5 = sub(r[2], r[5]), t3 = add(r[3], r[4]), t4 = sub(r[3], r[4]);
+    auto& factor = columnFactors();
+    auto plus = [](Row a, Row b) { return kInRange ? a + b : add(a, b); };
+    auto minus = [](Row a, Row b) { return kInRange ? a - b : sub(a, b); };
+    auto t0 = plus(r[0], r[7]), t7 = minus(r[0], r[7]), t1 = plus(r[1], r[6]), t6 = minus(r[1], r[6]);
+    auto t2 = plus(r[2], r[5]), t5 = minus(r[2], r[5]), t3 = plus(r[3], r[4]), t4 = minus(r[3], r[4]);
 
-    auto tp03 = add(t0, t3) << 3, tm03 = sub(t0, t3) << 3;
-    auto tp12 = add(t1 << 3, t2 << 3), tm12 = sub(t1 << 3, t2 << 3);
-    r[0] = add(tp03, tp12);
-    r[4] = sub(tp03, tp12);
-    r[2] = add(tm03, mulHigh(kTan2, tm12)) | 1;
-    r[6] = sub(mulHigh(kTan2, tm03), tm12) | 1;
+    auto tp03 = plus(t0, t3) << 3, tm03 = minus(t0, t3) << 3;
+    auto tp12 = plus(t1 << 3, t2 << 3), tm12 = minus(t1 << 3, t2 << 3);
+    r[0] = plus(tp03, tp12);
+    r[4] = minus(tp03, tp12);
+    r[2] = plus(tm03, mulHigh(factor.tan2, tm12)) | 1;
+    r[6] = minus(mulHigh(factor.tan2, tm03), tm12) | 1;
 
-    auto tp65 = mulHigh(kCos4, add(t6 << 4, t5 << 4)) | 1, tm65 = mulHigh(kCos4, sub(t6 << 4, t5 << 4));
-    auto tp465 = add(t4 << 3, tm65), tm465 = sub(t4 << 3, tm65);
-    auto tp765 = add(t7 << 3, tp65), tm765 = sub(t7 << 3, tp65);
-    r[1] = add(mulHigh(kTan1, tp465), tp765) | 1;
-    r[7] = sub(mulHigh(kTan1, tp765), tp465);
-    r[3] = sub(tm765, mulHighPlus1(kTan3Minus1, tm465));
-    r[5] = add(mulHighPlus1(kTan3Minus1, tm765), tm465);
+    auto tp65 = mulHigh(factor.cos4, plus(t6 << 4, t5 << 4)) | 1, tm65 = mulHigh(factor.cos4, minus(t6 << 4, t5 << 4));
+    auto tp465 = plus(t4 << 3, tm65), tm465 = minus(t4 << 3, tm65);
+    auto tp765 = plus(t7 << 3, tp65), tm765 = minus(t7 << 3, tp65);
+    r[1] = plus(mulHigh(factor.tan1, tp465), tp765) | 1;
+    r[7] = minus(mulHigh(factor.tan1, tp765), tp465);
+    r[3] = minus(tm765, plus(mulHigh(factor.tan3Minus1, tm465), tm465));
+    r[5] = plus(plus(mulHigh(factor.tan3Minus1, tm765), tm765), tm465);
 }
 
 QEL_INLINE void inverseColumns(Row (&x)[8])
 {
-    auto a = add(mulHighPlus1(kTan3Minus1, x[5]), x[3]), b = sub(x[5], mulHighPlus1(kTan3Minus1, x[3]));
-    auto d = add(mulHigh(kTan1, x[7]), x[1]), c = sub(mulHigh(kTan1, x[1]), x[7]);
+    auto& factor = columnFactors();
+    auto a = add(mulHighPlus1(factor.tan3Minus1, x[5]), x[3]), b = sub(x[5], mulHighPlus1(factor.tan3Minus1, x[3]));
+    auto d = add(mulHigh(factor.tan1, x[7]), x[1]), c = sub(mulHigh(factor.tan1, x[1]), x[7]);
     auto e0 = add(a, d), e1 = sub(d, a), h0 = sub(c, b), h1 = add(c, b);
-    auto f = add(mulHigh(kTan2, x[6]), x[2]), g = sub(mulHigh(kTan2, x[2]), x[6]);
-    auto s = mulHighPlus1(kCos4Minus1, add(e1, h0)), m = mulHighPlus1(kCos4Minus1, sub(e1, h0));
+    auto f = add(mulHigh(factor.tan2, x[6]), x[2]), g = sub(mulHigh(factor.tan2, x[2]), x[6]);
+    auto s = mulHighPlus1(factor.cos4Minus1, add(e1, h0)), m = mulHighPlus1(factor.cos4Minus1, sub(e1, h0));
     auto p = add(x[0], x[4]), q = sub(x[0], x[4]);
     auto p0 = add(p, f), p3 = sub(p, f), q1 = add(q, g), q2 = sub(q, g);
     x[0] = add(e0, p0) >> 5, x[7] = sub(p0, e0) >> 5;

@@ -11,43 +11,38 @@ namespace QEL_BUILD {
 namespace {
 
 constexpr int kWidth = QEL_WIDTH < 16 ? 16 : QEL_WIDTH;
-constexpr int kPlaces = kWidth / 16;
 using Wide = S16<kWidth>;
 using Wide32 = S32<kWidth>;
 using Op = Simd<kWidth>;
 
-// The rows of N / 16 places in kRowOrder as one register: rowAt(r) gives row r, put(r, row) takes it.
-template <int N, class RowAt> QEL_INLINE S16<N> gather(int place, RowAt rowAt)
+// As many rows as fit, from row r on, from and to registers of one row.
+template <int N> QEL_INLINE S16<N> joinRows(const Row* rows)
 {
     if constexpr (N == 16)
-        return rowAt(kRowOrder[place]);
+        return rows[0];
     else
-        return Simd<N>::join(gather<N / 2>(place, rowAt), gather<N / 2>(place + N / 32, rowAt));
+        return Simd<N>::join(joinRows<N / 2>(rows), joinRows<N / 2>(rows + N / 32));
 }
-template <int N, class Put> QEL_INLINE void scatter(int place, S16<N> rows, Put put)
+template <int N> QEL_INLINE void splitRows(S16<N> joined, Row* rows)
 {
     if constexpr (N == 16) {
-        put(kRowOrder[place], rows);
+        rows[0] = joined;
     } else {
-        scatter<N / 2>(place, Simd<N>::lowerHalf(rows), put);
-        scatter<N / 2>(place + N / 32, Simd<N>::upperHalf(rows), put);
+        splitRows<N / 2>(Simd<N>::lowerHalf(joined), rows);
+        splitRows<N / 2>(Simd<N>::upperHalf(joined), rows + N / 32);
     }
 }
-template <class Body> QEL_INLINE void forPlaces(Body body)
+template <class Body> QEL_INLINE void forRows(Body body)
 {
 #pragma GCC unroll 8
-    for (int place = 0; place < 8; place += kPlaces) body(place);
-}
-template <class T> QEL_INLINE Wide gatherFrom(const T* block, int place)
-{
-    return gather<kWidth>(place, [=](int r) { return load<Row>(block + 8 * r); });
+    for (int r = 0; r < 8; r += kWidth / 16) body(r);
 }
 
 // What each frequency (position) of two parts of a row table gathers from two pairs of values.
-QEL_INLINE Wide32 dot(const int16_t (&table)[4][8][8], int part, int place, Wide32 first, Wide32 second)
+QEL_INLINE Wide32 dot(const int16_t (&table)[4][8][8], int part, int r, Wide32 first, Wide32 second)
 {
-    return Op::mulAddPairs((Wide)first, load<Wide>(table[part][place])) +
-           Op::mulAddPairs((Wide)second, load<Wide>(table[part + 1][place]));
+    return Op::mulAddPairs((Wide)first, load<Wide>(table[part][r])) +
+           Op::mulAddPairs((Wide)second, load<Wide>(table[part + 1][r]));
 }
 
 // Cosines of even frequencies are the same in both halves of a row, those of odd ones opposite: the products are of
@@ -55,87 +50,120 @@ QEL_INLINE Wide32 dot(const int16_t (&table)[4][8][8], int part, int place, Wide
 struct ForwardSums {
     Wide32 low, high; // frequencies 0 to 3, 4 to 7
 };
-QEL_INLINE ForwardSums forwardDot(int place, Wide values)
+QEL_INLINE ForwardSums forwardDot(int r, Wide values)
 {
     auto first = inBlocks<0, 2, 0, 2>((Wide32)values), second = inBlocks<1, 3, 1, 3>((Wide32)values);
     auto& table = kRowTables.forward;
-    return {dot(table, 0, place, first, second), dot(table, 2, place, first, second)};
+    return {dot(table, 0, r, first, second), dot(table, 2, r, first, second)};
+}
+// Without byte shuffles, two steps that compilers have instructions for.
+QEL_INLINE Wide mirrored(Wide v)
+{
+    if constexpr (kWidth > 16) return inBlocks<7, 6, 5, 4, 3, 2, 1, 0>(v);
+    return (Wide)inBlocks<2, 3, 0, 1>((Wide32)inBlocks<3, 2, 1, 0, 7, 6, 5, 4>(v));
 }
 // kInRange: the sums and differences fit 16 bits. Else each half is multiplied by itself; 32-bit sums wrap.
-template <bool kInRange> QEL_INLINE Wide forwardRow(int place, Wide v)
+template <bool kInRange> QEL_INLINE Wide forwardRow(int r, Wide v)
 {
     ForwardSums sum;
     if constexpr (kInRange) {
-        auto mirrored = inBlocks<2, 3, 0, 1>((Wide32)inBlocks<3, 2, 1, 0, 7, 6, 5, 4>(v));
-        sum = forwardDot(place, (Wide)mirrored + v * load<Wide>(kRowTables.halfSigns));
+        sum = forwardDot(r, mirrored(v) + v * load<Wide>(kRowTables.halfSigns));
     } else {
-        auto lower = forwardDot(place, inBlocks<0, 1, 2, 3, 3, 2, 1, 0>(v));
-        auto upper = forwardDot(place, inBlocks<7, 6, 5, 4, 4, 5, 6, 7>(v));
+        auto twice = (Wide)inBlocks<0, 1, 0, 1>((Wide32)v), upperTwice = (Wide)inBlocks<2, 3, 2, 3>((Wide32)v);
+        auto lower = forwardDot(r, inBlocks<0, 1, 2, 3, 7, 6, 5, 4>(twice));
+        auto upper = forwardDot(r, inBlocks<3, 2, 1, 0, 4, 5, 6, 7>(upperTwice));
         auto isOdd = load<Wide32>(kRowTables.isOdd);
         sum = {lower.low + ((upper.low ^ isOdd) - isOdd), lower.high + ((upper.high ^ isOdd) - isOdd)};
     }
     return Op::pack((sum.low + (1 << 19)) >> 20, (sum.high + (1 << 19)) >> 20);
 }
 
-QEL_INLINE Wide inverseRow(int place, Wide v)
+// Frequencies u and u + 2 in every 32-bit lane.
+template <int u> QEL_INLINE Wide32 twoFrequencies(Wide v)
+{
+    constexpr int w = u + 2;
+    if constexpr (kWidth > 16) return (Wide32)inBlocks<u, w, u, w, u, w, u, w>(v);
+    constexpr int pair = u / 4 * 2 + u % 4;
+    return inBlocks<pair, pair, pair, pair>((Wide32)inBlocks<0, 2, 1, 3, 4, 6, 5, 7>(v));
+}
+
+// The second half of the samples comes out mirrored.
+QEL_INLINE Wide inverseRow(int r, Wide v)
 {
     auto& table = kRowTables.inverse;
     auto even =
-        dot(table, 0, place, (Wide32)inBlocks<0, 2, 0, 2, 0, 2, 0, 2>(v), (Wide32)inBlocks<4, 6, 4, 6, 4, 6, 4, 6>(v)) +
-        load<Wide32>(kRowTables.inverseRounding[place]);
-    auto odd =
-        dot(table, 2, place, (Wide32)inBlocks<1, 3, 1, 3, 1, 3, 1, 3>(v), (Wide32)inBlocks<5, 7, 5, 7, 5, 7, 5, 7>(v));
-    return Op::pack((even + odd) >> 12, (even - odd) >> 12);
+        dot(table, 0, r, twoFrequencies<0>(v), twoFrequencies<4>(v)) + load<Wide32>(kRowTables.inverseRounding[r]);
+    auto odd = dot(table, 2, r, twoFrequencies<1>(v), twoFrequencies<5>(v));
+    auto samples = Op::pack((even + odd) >> 12, (even - odd) >> 12);
+    return inBlocks<0, 1, 2, 3, 7, 6, 5, 4>(samples);
 }
 
-// c * T in units of 2^-15, ties to even, saturated; T is unsigned, and beyond 32767 only for steps of 0 and 1.
+// c * T in units of 2^-15, ties to even, saturated; T is unsigned. Below 32768 the products cannot leave 16 bits.
 QEL_INLINE Wide quantize(Wide c, Wide table)
 {
     auto product = Op::mulRoundEven(c, table), missing = c & (table >> 15);
     return Op::addSat(Op::addSat(product, missing), missing);
 }
 
-struct NoTable {
-    Wide operator()(int, Wide v) const { return v; }
-};
+// Whether any entry is 32768 or more, which only steps of 0 and 1 give.
+QEL_INLINE bool hasLargeEntries(const uint16_t* encTable)
+{
+    Wide entries = {};
+    forRows([&](int r) { entries |= load<Wide>(encTable + 8 * r); });
+    return !Op::isZero(entries & -32768);
+}
 
-// `scale` is what is done to the values of some places, quantize or nothing.
+// `scale` is what is done to the transformed rows: quantization or nothing.
 template <bool kInRange, class Scale> QEL_INLINE void forwardRows(const Row (&rows)[8], int16_t* dst, Scale scale)
 {
-    forPlaces([&](int place) {
-        auto v = forwardRow<kInRange>(place, gather<kWidth>(place, [&](int r) { return rows[r]; }));
-        scatter<kWidth>(place, scale(place, v), [=](int r, Row row) { store(dst + 8 * r, row); });
-    });
+    forRows([&](int r) { store(dst + 8 * r, scale(r, forwardRow<kInRange>(r, joinRows<kWidth>(rows + r)))); });
 }
+template <bool kInRange> QEL_INLINE void forwardRowsQuant(const Row (&rows)[8], int16_t* dst, const uint16_t* encTable)
+{
+    auto entries = [=](int r) { return load<Wide>(encTable + 8 * r); };
+    if (hasLargeEntries(encTable))
+        forwardRows<kInRange>(rows, dst, [=](int r, Wide v) { return quantize(v, entries(r)); });
+    else
+        forwardRows<kInRange>(rows, dst, [=](int r, Wide v) { return Op::mulRoundEven(v, entries(r)); });
+}
+
+template <bool kInRange> struct InRange {
+    static constexpr bool value = kInRange;
+};
 
 // Values for which no sum of the transform leaves 16 bits.
 QEL_INLINE bool inRange(const int16_t* block)
 {
     Wide outside = {};
-    forPlaces([&](int i) { outside |= (load<Wide>(block + 8 * i) + 256) & ~511; });
+    forRows([&](int r) { outside |= (load<Wide>(block + 8 * r) + 256) & ~511; });
     return Op::isZero(outside);
 }
 
-template <class Scale> QEL_INLINE void forwardBlock(const int16_t* src, int16_t* dst, Scale scale)
+// rows(range, values) does the row pass, where range::value tells whether the values are in range.
+template <class RowPass> QEL_INLINE void forwardBlock(const int16_t* src, RowPass rowPass)
 {
     Row rows[8];
+#pragma GCC unroll 8
     for (int r = 0; r < 8; ++r) rows[r] = load<Row>(src + 8 * r);
-    bool small = inRange(src);
-    forwardColumns(rows);
-    if (small)
-        forwardRows<true>(rows, dst, scale);
-    else
-        forwardRows<false>(rows, dst, scale);
+    if (inRange(src)) {
+        forwardColumns<true>(rows);
+        rowPass(InRange<true>(), rows);
+    } else {
+        forwardColumns<false>(rows);
+        rowPass(InRange<false>(), rows);
+    }
 }
 
 void forward(const int16_t* src, int16_t* dst)
 {
-    forwardBlock(src, dst, [](int, Wide v) { return v; });
+    forwardBlock(src, [=](auto range, const Row(&rows)[8]) {
+        forwardRows<range.value>(rows, dst, [](int, Wide v) { return v; });
+    });
 }
 
 void forwardQuant(const int16_t* src, int16_t* dst, const uint16_t* encTable)
 {
-    forwardBlock(src, dst, [=](int place, Wide v) { return quantize(v, gatherFrom(encTable, place)); });
+    forwardBlock(src, [=](auto range, const Row(&rows)[8]) { forwardRowsQuant<range.value>(rows, dst, encTable); });
 }
 
 void forwardQuantSamples(const uint8_t* src, int srcStep, int16_t* dst, const uint16_t* encTable)
@@ -143,95 +171,115 @@ void forwardQuantSamples(const uint8_t* src, int srcStep, int16_t* dst, const ui
     Row rows[8];
 #pragma GCC unroll 8
     for (int r = 0; r < 8; ++r) rows[r] = Simd<16>::widen(src + (ptrdiff_t)r * srcStep);
-    forwardColumns(rows);
-    // The level shift: 64 samples times 8. It changes nothing but the mean, and no sum left 16 bits without it.
+    forwardColumns<true>(rows);
+    // The level shift: 64 samples times 8. It changes nothing but the mean, and no sum leaves 16 bits without it.
     rows[0] -= 128 * 64;
-    forwardRows<true>(rows, dst, [=](int place, Wide v) { return quantize(v, gatherFrom(encTable, place)); });
+    forwardRowsQuant<true>(rows, dst, encTable);
 }
 
-// `scale` is what is done to the coefficients first, dequantization or nothing. The rows come out with lanes 4 to 7 in
-// reverse.
-template <class Scale> QEL_INLINE void inverseRows(const int16_t* src, Row (&rows)[8], Scale scale)
-{
-    forPlaces([&](int place) {
-        auto v = inverseRow(place, scale(place, gatherFrom(src, place)));
-        scatter<kWidth>(place, v, [&](int r, Row row) { rows[r] = row; });
-    });
-    inverseColumns(rows);
-}
+// Where the inverse transform goes.
+struct Values {
+    int16_t* dst;
 
-QEL_INLINE void storeRows(const Row (&rows)[8], int16_t* dst)
-{
+    QEL_INLINE void put(const Row (&rows)[8]) const
+    {
 #pragma GCC unroll 8
-    for (int r = 0; r < 8; ++r) store(dst + 8 * r, inBlocks<0, 1, 2, 3, 7, 6, 5, 4>(rows[r]));
+        for (int r = 0; r < 8; ++r) store(dst + 8 * r, rows[r]);
+    }
+};
+struct Samples {
+    uint8_t* dst;
+    int dstStep;
+
+    QEL_INLINE uint8_t* row(int r) const { return dst + (ptrdiff_t)r * dstStep; }
+    QEL_INLINE void putTwo(int r, U8<16> samples) const
+    {
+        store(row(r), ((U64<16>)samples)[0]);
+        store(row(r + 1), ((U64<16>)samples)[1]);
+    }
+    QEL_INLINE void put(const Row (&rows)[8]) const
+    {
+#pragma GCC unroll 4
+        for (int r = 0; r < 8; r += 2) putTwo(r, Simd<16>::packUnsigned(rows[r] + 128, rows[r + 1] + 128));
+    }
+};
+
+// No coefficient but the first.
+QEL_INLINE bool isMeanAlone(const int16_t* block)
+{
+    Wide others = ~Wide{};
+    others[0] = 0;
+    others &= load<Wide>(block);
+    for (int i = kWidth / 2; i < 64; i += kWidth / 2) others |= load<Wide>(block + i);
+    return Op::isZero(others);
+}
+
+// What the transform makes of a mean alone: the first pass gives rows of 4 * mean + 16, 1 and 1, and zeros, and the
+// second pass leaves three different rows of these.
+QEL_INLINE void inverseMean(int16_t mean, Row (&rows)[8])
+{
+    auto once = Row{} + mean, twice = add(once, once), v = add(add(twice, twice), Row{} + 16);
+    rows[0] = add(v, Row{} + 2) >> 5;
+    rows[1] = rows[2] = rows[5] = rows[6] = rows[7] = v >> 5;
+    rows[3] = rows[4] = sub(v, Row{} + 1) >> 5;
+}
+
+// `scale` is what is done to the coefficients first, dequantization or nothing.
+template <class Scale, class Out> QEL_INLINE void inverseBlock(const int16_t* src, Scale scale, Out out)
+{
+    Row rows[8];
+    if (isMeanAlone(src)) {
+        inverseMean(scale(0, load<Wide>(src))[0], rows);
+        return out.put(rows);
+    }
+    forRows([&](int r) { splitRows<kWidth>(inverseRow(r, scale(r, load<Wide>(src + 8 * r))), rows + r); });
+    inverseColumns(rows);
+    out.put(rows);
+}
+QEL_INLINE auto dequantize(const uint16_t* decTable)
+{
+    return [=](int r, Wide v) { return v * load<Wide>(decTable + 8 * r); };
 }
 
 void inverse(const int16_t* src, int16_t* dst)
 {
-    Row rows[8];
-    inverseRows(src, rows, [](int, Wide v) { return v; });
-    storeRows(rows, dst);
+    inverseBlock(
+        src, [](int, Wide v) { return v; }, Values{dst});
 }
 
 void inverseQuant(const int16_t* src, int16_t* dst, const uint16_t* decTable)
 {
-    Row rows[8];
-    inverseRows(src, rows, [=](int place, Wide v) { return v * gatherFrom(decTable, place); });
-    storeRows(rows, dst);
-}
-
-// Two rows of eight samples.
-QEL_INLINE void storeSamples(U8<16> rows, uint8_t* dst, int dstStep)
-{
-    auto halves = (U64<16>)rows;
-    store(dst, halves[0]);
-    store(dst + dstStep, halves[1]);
-}
-
-QEL_INLINE void clipRows(const Row (&rows)[8], uint8_t* dst, int dstStep, int16_t shift, uint8_t min, uint8_t max)
-{
-    bool whole = min == 0 && max == 255;
-#pragma GCC unroll 4
-    for (int r = 0; r < 8; r += 2) {
-        uint8_t* to = dst + (ptrdiff_t)r * dstStep;
-        if (whole) {
-            storeSamples(Simd<16>::packUnsigned(rows[r] + shift, rows[r + 1] + shift), to, dstStep);
-        } else {
-            auto shifts = Row{} + shift;
-            auto packed = Simd<16>::packUnsigned(add(rows[r], shifts), add(rows[r + 1], shifts));
-            auto atLeast = Simd<16>::greatest(packed, U8<16>{} + min);
-            storeSamples(Simd<16>::least(atLeast, U8<16>{} + max), to, dstStep);
-        }
-    }
-}
-
-QEL_INLINE void reverseUpper(Row (&rows)[8])
-{
-#pragma GCC unroll 8
-    for (int r = 0; r < 8; ++r) rows[r] = inBlocks<0, 1, 2, 3, 7, 6, 5, 4>(rows[r]);
+    inverseBlock(src, dequantize(decTable), Values{dst});
 }
 
 void inverseQuantSamples(const int16_t* src, uint8_t* dst, int dstStep, const uint16_t* decTable)
 {
-    Row rows[8];
-    inverseRows(src, rows, [=](int place, Wide v) { return v * gatherFrom(decTable, place); });
-    reverseUpper(rows);
-    clipRows(rows, dst, dstStep, 128, 0, 255);
+    inverseBlock(src, dequantize(decTable), Samples{dst, dstStep});
+}
+
+// In the whole range the sum wraps; else it saturates.
+void clip(const int16_t* src, uint8_t* dst, int dstStep, int16_t shift, uint8_t min, uint8_t max)
+{
+    bool isWhole = min == 0 && max == 255;
+    auto shifted = [=](int r) {
+        auto row = load<Row>(src + 8 * r);
+        return isWhole ? row + shift : add(row, Row{} + shift);
+    };
+    for (int r = 0; r < 8; r += 2) {
+        auto samples = Simd<16>::packUnsigned(shifted(r), shifted(r + 1));
+        auto atLeast = Simd<16>::greatest(samples, U8<16>{} + min);
+        Samples{dst, dstStep}.putTwo(r, Simd<16>::least(atLeast, U8<16>{} + max));
+    }
 }
 
 void inverseClip(const int16_t* src, uint8_t* dst, int dstStep, int16_t shift, uint8_t min, uint8_t max)
 {
-    Row rows[8];
-    inverseRows(src, rows, [](int, Wide v) { return v; });
-    reverseUpper(rows);
-    clipRows(rows, dst, dstStep, shift, min, max);
-}
-
-void clip(const int16_t* src, uint8_t* dst, int dstStep, int16_t shift, uint8_t min, uint8_t max)
-{
-    Row rows[8];
-    for (int r = 0; r < 8; ++r) rows[r] = load<Row>(src + 8 * r);
-    clipRows(rows, dst, dstStep, shift, min, max);
+    if (shift == 128 && min == 0 && max == 255)
+        return inverseBlock(
+            src, [](int, Wide v) { return v; }, Samples{dst, dstStep});
+    int16_t values[64];
+    inverse(src, values);
+    clip(values, dst, dstStep, shift, min, max);
 }
 
 }

@@ -9,12 +9,28 @@ namespace qel {
 namespace QEL_BUILD {
 namespace {
 
-// The order in which the row passes take the rows: those that share a table stand side by side, so that registers of
-// any width hold whole tables.
-constexpr int kRowOrder[8] = {0, 4, 1, 7, 2, 6, 3, 5};
+// Factors of the column passes, one for each lane, in units of 2^-16; cos4 in units of 2^-15.
+struct ColumnFactors {
+    alignas(16) int16_t tan1[8], tan2[8], tan3Minus1[8], cos4[8], cos4Minus1[8];
+};
+constexpr ColumnFactors makeColumnFactors()
+{
+    ColumnFactors f = {};
+    for (int i = 0; i < 8; ++i) {
+        f.tan1[i] = 13036, f.tan2[i] = 27146, f.tan3Minus1[i] = -21746;
+        f.cos4[i] = 23170, f.cos4Minus1[i] = -19195;
+    }
+    return f;
+}
+constexpr ColumnFactors kColumnFactors = makeColumnFactors();
 
-// In units of 2^-16; cos(pi/4) of the forward kernel in units of 2^-15.
-constexpr int16_t kTan1 = 13036, kTan2 = 27146, kTan3Minus1 = -21746, kCos4 = 23170, kCos4Minus1 = -19195;
+// The compiler is not to see the values: it would make each vector from an integer register, for every block anew.
+QEL_INLINE const ColumnFactors& columnFactors()
+{
+    const ColumnFactors* factors = &kColumnFactors;
+    asm("" : "+r"(factors));
+    return *factors;
+}
 
 // 16384 * c * sqrt(2) * cos(k * pi/16) for k = 1 to 7, rounded. The column passes leave rows v and 8 - v divided by
 // c = sqrt(2) * cos(v * pi/16), and rows 0 and 4 as they are.
@@ -32,7 +48,7 @@ constexpr int16_t basis(int row, int u, int x)
     return angle > 8 ? int16_t(-cosines[16 - angle - 1]) : cosines[angle - 1];
 }
 
-// Factors of mulAddPairs, [part][place in kRowOrder], and what goes with them.
+// Factors of mulAddPairs, [part][row], and what goes with them.
 struct RowTables {
     // Parts 0 and 1 give frequencies 0 to 3, parts 2 and 3 frequencies 4 to 7. Values 0 to 3 of a row meet even
     // frequencies in the order 0, 1 | 2, 3 (first part | second) and odd ones in the order 3, 2 | 1, 0.
@@ -50,17 +66,17 @@ constexpr int32_t kInverseRounding[8] = {65536, 5802, 4520, 3408, 2048, 910, 102
 constexpr RowTables makeRowTables()
 {
     RowTables t = {};
-    for (int place = 0; place < 8; ++place)
+    for (int row = 0; row < 8; ++row)
         for (int lane = 0; lane < 8; ++lane) {
-            int row = kRowOrder[place], i = lane / 2, odd = lane % 2;
+            int i = lane / 2, odd = lane % 2;
             for (int part = 0; part < 4; ++part) {
                 int u = part / 2 * 4 + i, x = part % 2 * 2 + odd;
-                t.forward[part][place][lane] = basis(row, u, u % 2 == 0 ? x : 3 - x);
-                t.inverse[part][place][lane] = basis(row, part % 2 * 4 + part / 2 + 2 * odd, i);
+                t.forward[part][row][lane] = basis(row, u, u % 2 == 0 ? x : 3 - x);
+                t.inverse[part][row][lane] = basis(row, part % 2 * 4 + part / 2 + 2 * odd, i);
             }
-            t.inverseRounding[place][i] = kInverseRounding[row];
-            t.halfSigns[place][lane] = lane < 4 ? 1 : -1;
-            t.isOdd[place][i] = -(i % 2);
+            t.inverseRounding[row][i] = kInverseRounding[row];
+            t.halfSigns[row][lane] = lane < 4 ? 1 : -1;
+            t.isOdd[row][i] = -(i % 2);
         }
     return t;
 }
