@@ -53,7 +53,7 @@ protected:
     template <class Test> void forEachSize(Test test)
     {
         const std::pair<int, int> sizes[] = {{1, 1},   {2, 3},   {3, 40},   {7, 5},   {8, 8},
-                                             {16, 16}, {17, 33}, {101, 80}, {160, 90}};
+                                             {16, 16}, {17, 33}, {101, 80}, {8207, 9}};
         for (auto [width, height] : sizes) {
             SCOPED_TRACE(std::to_string(width) + "x" + std::to_string(height));
             test(paintedPicture(width, height, GetParam().space), width <= 4);
