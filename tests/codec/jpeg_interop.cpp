@@ -32,9 +32,9 @@ void expectDecodedAlike(Bytes file, bool replicate)
     DecodedJpeg decoded = decodeJpeg(file, {.upsampling = upsampling});
     EXPECT_TRUE(decoded.warnings.empty());
     Difference d = compare(decoded.picture, peerDecode(file, replicate)).whole;
-    EXPECT_LE(d.largestError, 4);
+    EXPECT_LE(d.largestError, 3);
     bool tiny = decoded.picture.width() * decoded.picture.height() < 64;
-    EXPECT_LE(d.meanSquaredError, tiny ? 2 : 0.8);
+    EXPECT_LE(d.meanSquaredError, tiny ? 1 : 0.3);
 }
 
 Picture luminanceOf(const Picture& rgb)
