@@ -13,7 +13,7 @@
 
 namespace qel::codec {
 
-// Huffman tables of a scan's components, by slot: luminance and chrominance.
+// The two Huffman tables of a component.
 struct HuffmanPair {
     HuffmanLists dc, ac;
 };
