@@ -1,5 +1,8 @@
 // Baseline Huffman coding and its statistics over whole scans, tables and flush included, beside libjpeg-turbo on the
 // same coefficients.
+#include "jpeg/huffman_decode.h"
+#include "jpeg/huffman_encode.h"
+
 #include <string.h>
 
 #include <memory>
@@ -114,12 +117,44 @@ double symbolsIn(JpegCoefficients& source)
     return sum;
 }
 
+// The same with the kernels of one build, whose last bits are not flushed.
+void encodeWith(const HuffmanEncodeKernels& kernels, JpegCoefficients& source, std::vector<uint8_t>& out)
+{
+    Owned<QelEncodeHuffmanSpec> dc[] = {encoderTable(source.dc[0]), encoderTable(source.dc[1])};
+    Owned<QelEncodeHuffmanSpec> ac[] = {encoderTable(source.ac[0]), encoderTable(source.ac[1])};
+    BitSink sink = {0, 0, out.data(), int64_t(out.size())};
+    int lastDc[3] = {};
+    forBlocks(source, source.blocks.data(), [&](const int16_t* block, int component) {
+        int table = component > 0, difference = block[0] - lastDc[component];
+        lastDc[component] = block[0];
+        succeed(kernels.encodeBlock(block, difference, dc[table].get(), ac[table].get(), &sink));
+    });
+}
+
+void decodeWith(const HuffmanDecodeKernels& kernels, JpegCoefficients& source, std::vector<int16_t>& blocks)
+{
+    Owned<QelDecodeHuffmanSpec> dc[] = {decoderTable(source.dc[0]), decoderTable(source.dc[1])};
+    Owned<QelDecodeHuffmanSpec> ac[] = {decoderTable(source.ac[0]), decoderTable(source.ac[1])};
+    BitSource scan = {source.file().data() + source.scanStart(), int(source.scanLength()) + 2, 0, 0, 0, 0};
+    int16_t lastDc[3] = {};
+    uint32_t positionsLeft = 0;
+    forBlocks(source, blocks.data(), [&](int16_t* block, int component) {
+        int table = component > 0;
+        memset(block, 0, 64 * sizeof *block);
+        succeed(
+            kernels.decodeBlock(&scan, block, &lastDc[component], {dc[table].get(), ac[table].get()}, &positionsLeft));
+    });
+}
+
 Contest encoding(const Source& source)
 {
     auto out = std::make_shared<std::vector<uint8_t>>(source->scanLength() + 1024);
     Contest contest = {"symbol", symbolsIn(*source), {}};
     contest.contestants = {{kLibrary, [=] { encode(*source, *out); }},
                            {"libjpeg-turbo", [=] { source->write(false); }}};
+    forBuilds<HuffmanEncodeKernels>([&](std::string name, auto& build) {
+        contest.contestants.push_back({name, [=, &build] { encodeWith(build, *source, *out); }});
+    });
     contest.check = [=] {
         size_t length = encode(*source, *out);
         bool same = length == source->scanLength() &&
@@ -134,6 +169,9 @@ Contest decoding(const Source& source)
     auto blocks = std::make_shared<std::vector<int16_t>>(source->blocks.size());
     Contest contest = {"symbol", symbolsIn(*source), {}};
     contest.contestants = {{kLibrary, [=] { decode(*source, *blocks); }}, {"libjpeg-turbo", [=] { source->read(); }}};
+    forBuilds<HuffmanDecodeKernels>([&](std::string name, auto& build) {
+        contest.contestants.push_back({name, [=, &build] { decodeWith(build, *source, *blocks); }});
+    });
     contest.check = [=] {
         decode(*source, *blocks);
         require(*blocks == source->blocks, "the coefficients differ from the peer's");

@@ -47,7 +47,8 @@ class Case:
 class Row:
     """A line of the table: a case, one of its peers (or none), and what is asked of the pair."""
 
-    HEADS = ("stage", "size", "peer", "peer's", "ours", "ratio (quartiles)", "floor", "goal", "met", "of limit", "by build")
+    HEADS = ("stage", "size", "peer", "peer's", "ours", "ratio (quartiles)", "floor", "goal", "met", "of limit",
+             "by build")
 
     def __init__(self, case, peer, target):
         self.case, self.peer, self.target = case, peer, target
@@ -74,8 +75,8 @@ class Row:
         ratio = f"{case.ratio[peer]:.2f} ({case.low[peer]:.2f}-{case.high[peer]:.2f})" if peer and not traffic else ""
         limit = case.limit()
         theirs = case.rate(min(TRAFFIC, key=case.ns.get)) if traffic else case.rate(peer) if peer else ""
-        return (case.stage, case.size, peer, theirs, case.rate(LIBRARY), ratio, level("floor"), level("goal"), self.met(),
-                "" if limit is None else f"{limit:.0%}", case.builds())
+        return (case.stage, case.size, peer, theirs, case.rate(LIBRARY), ratio, level("floor"), level("goal"),
+                self.met(), "" if limit is None else f"{limit:.0%}", case.builds())
 
 
 def target_of(targets, case, peer):
@@ -106,7 +107,7 @@ def markdown(rows):
 
 
 def chart(rows, machine):
-    """Bars from left to right: how many times faster than the peer; a short line marks the floor, a long one the goal."""
+    """Bars: how many times faster than the peer. A short line marks the floor, a long one the goal."""
     left, width, line, top = 400, 460, 22, 56
     longest = max([row.case.high[row.peer] for row in rows] + [2])
     x = lambda ratio: left + width * min(ratio, longest) / longest
@@ -120,7 +121,8 @@ def chart(rows, machine):
         case, y = row.case, top + line * i
         ratio, low, high = (part[row.peer] for part in (case.ratio, case.low, case.high))
         colour = {"goal": "#2a7f3f", "floor": "#4f81bd", "NO": "#c0504d", "": "#8c8c8c"}[row.met()]
-        parts.append(f'<text x="{left - 8}" y="{y + 14}" text-anchor="end">{escape(f"{case.name} / {row.peer}")}</text>')
+        name = escape(f"{case.name} / {row.peer}")
+        parts.append(f'<text x="{left - 8}" y="{y + 14}" text-anchor="end">{name}</text>')
         parts.append(f'<rect x="{left}" y="{y + 3}" width="{x(ratio) - left:.1f}" height="14" fill="{colour}"/>')
         parts.append(f'<path d="M{x(low):.1f} {y + 10}H{x(high):.1f}" stroke="black"/>')
         parts.append(f'<text x="{x(high) + 5:.1f}" y="{y + 14}">{ratio:.2f}</text>')
@@ -152,7 +154,7 @@ def main():
     with open(pathlib.Path(__file__).with_name("targets.csv"), newline="") as file:
         targets = list(csv.DictReader(file))
     context = results["context"]
-    machine = f'{context["processor"]}, {context["num_cpus"]} CPUs, instruction set {context["build"]}, {context["date"][:10]}'
+    machine = "{processor}, {num_cpus} CPUs, instruction set {build}, {date:.10}".format(**context)
     cases = [Case(record) for record in results["benchmarks"]]
     rows = [row for case in cases if not case.error for row in rows_of(case, targets)]
     short = [row for row in rows if row.met() == "NO"]
@@ -162,7 +164,8 @@ def main():
     if options.chart:
         options.chart.write_text(chart([row for row in rows if in_chart(row)], machine))
     if options.page:
-        put_results(options.page, summary.replace("\n", ". ") + ".\n\n" + markdown(rows))
+        picture = "![Time of the peer divided by ours](benchmarks.svg)"
+        put_results(options.page, "\n\n".join([summary.replace("\n", ". ") + ".", picture, markdown(rows)]))
     failed = [case for case in cases if case.error]
     for case in failed:
         print(f"{case.name}: {case.error}", file=sys.stderr)
