@@ -14,6 +14,11 @@ QEL_INLINE uint32_t loadBig32(const uint8_t* p)
     auto word = load<uint32_t>(p);
     return kLittleEndian ? __builtin_bswap32(word) : word;
 }
+QEL_INLINE uint64_t loadBig64(const uint8_t* p)
+{
+    auto word = load<uint64_t>(p);
+    return kLittleEndian ? __builtin_bswap64(word) : word;
+}
 QEL_INLINE void storeBig64(uint8_t* p, uint64_t word) { store(p, kLittleEndian ? __builtin_bswap64(word) : word); }
 
 // Whether a byte of the word is 0xFF.

@@ -2,7 +2,6 @@
 #include "jpeg/huffman_decode.h"
 
 #include <limits.h>
-#include <string.h>
 
 #include "core/checks.h"
 #include "core/dispatch.h"
@@ -59,7 +58,6 @@ QelStatus qeliDecodeHuffman8x8_JPEG_1u16s_C1(const uint8_t* pSrc, int srcLenByte
                               pointers(pSrcCurrPos, pDst, pLastDC, pMarker, pDcTable, pAcTable, pState)))
         return bad;
     if (*pSrcCurrPos < 0) return qelStsBadArgErr;
-    memset(pDst, 0, 64 * sizeof *pDst);
     return ownqj_DecodeHuffman8x8_JPEG_1u16s_C1(pSrc, srcLenBytes, pSrcCurrPos, pDst, pLastDC, pMarker, pDcTable,
                                                 pAcTable, pState);
 }
@@ -73,7 +71,6 @@ QelStatus qeliDecodeHuffman8x8_Direct_JPEG_1u16s_C1(const uint8_t* pSrc, int* pS
                                  pDcTable, pAcTable))
         return bad;
     if (*pSrcBitsLen < 0 || *pNumValidPrefetchedBits < 0 || *pNumValidPrefetchedBits > 32) return qelStsBadArgErr;
-    memset(pDst, 0, 64 * sizeof *pDst);
     return ownqj_DecodeHuffman8x8_Direct_JPEG_1u16s_C1(pSrc, pSrcBitsLen, pDst, pLastDC, pMarker, pPrefetchedBits,
                                                        pNumValidPrefetchedBits, pDcTable, pAcTable);
 }

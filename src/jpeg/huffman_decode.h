@@ -16,7 +16,7 @@ struct HuffmanTablePair {
 };
 
 struct HuffmanDecodeKernels {
-    // A block of zeros becomes the decoded one; the source moves on over what was used, also by a call that fails.
+    // The source moves on over what was used, also by a call that fails; the rest of the block is zero then.
     // *positionsLeft is set when the block is whole.
     QelStatus (*decodeBlock)(BitSource* source, int16_t* block, int16_t* lastDc, HuffmanTablePair tables,
                              uint32_t* positionsLeft);
@@ -39,7 +39,7 @@ struct HuffmanDecodeKernels {
 
 }
 
-// Decodes a block into zeros; `positionsLeft` of the state is set when it is whole.
+// `positionsLeft` of the state is set when the block is whole.
 QEL_KERNEL QelStatus ownqj_DecodeHuffman8x8_JPEG_1u16s_C1(const uint8_t* src, int srcLen, int* pos, int16_t* dst,
                                                           int16_t* lastDc, uint32_t* marker,
                                                           const QelDecodeHuffmanSpec* dc,

@@ -2,6 +2,7 @@
 #include "jpeg/huffman_decode.h"
 
 #include "jpeg/huffman_reader.h"
+#include "jpeg/huffman_window.h"
 #include "jpeg/scan_order.h"
 
 namespace qel {
@@ -15,22 +16,31 @@ QEL_INLINE int extend(uint32_t bits, int n)
     return int(bits) + (below & (1 - (1 << n)));
 }
 
-// Position 0 is still missing when `position` comes back as 0. qelStsJPEGMarkerWarn: the segment ended within a symbol.
+QEL_INLINE void clear(int16_t* block)
+{
+    constexpr int N = QEL_WIDTH < 16 ? 16 : QEL_WIDTH;
+    for (int i = 0; i < 64; i += N / 2) store(block + i, S16<N>{});
+}
+
+// Decodes from `position` on; where the segment ends within a symbol, position tells how far it came, and the result is
+// qelStsJPEGMarkerWarn.
 template <class Reader>
 QEL_INLINE QelStatus decodeInto(int16_t* block, Reader& in, int16_t* lastDc, HuffmanTablePair tables, int& position)
 {
-    position = 0;
-    int symbol = in.symbol(*tables.dc);
-    if (symbol < 0) return symbol == kNoBits ? qelStsJPEGMarkerWarn : qelStsJPEGHuffTableErr;
-    int dc = *lastDc;
-    if (int n = symbol & 15) {
-        if (!in.has(n)) return qelStsJPEGOutOfBufErr;
-        dc += extend(in.take(n), n);
-        *lastDc = int16_t(dc);
+    if (position == 0) {
+        int symbol = in.symbol(*tables.dc);
+        if (symbol < 0) return symbol == kNoBits ? qelStsJPEGMarkerWarn : qelStsJPEGHuffTableErr;
+        int dc = *lastDc;
+        if (int n = symbol & 15) {
+            if (!in.has(n)) return qelStsJPEGOutOfBufErr;
+            dc += extend(in.take(n), n);
+            *lastDc = int16_t(dc);
+        }
+        store(block, int16_t(dc));
+        position = 1;
     }
-    store(block, int16_t(dc));
-    for (position = 1; position < 64;) {
-        symbol = in.symbol(*tables.ac);
+    while (position < 64) {
+        int symbol = in.symbol(*tables.ac);
         if (symbol < 0) return symbol == kNoBits ? qelStsJPEGMarkerWarn : qelStsJPEGHuffTableErr;
         int run = symbol >> 4 & 15, n = symbol & 15;
         if (n == 0) {
@@ -48,22 +58,69 @@ QEL_INLINE QelStatus decodeInto(int16_t* block, Reader& in, int16_t* lastDc, Huf
     return qelStsNoErr;
 }
 
+// The same from the start, as long as the window fills. False if the block is to be finished from `position` on.
+QEL_INLINE bool decodeAhead(int16_t* block, Window& in, int16_t* lastDc, HuffmanTablePair tables, int& position,
+                            QelStatus& status)
+{
+    if (!in.fill()) return false;
+    int length, dc = *lastDc, n = in.symbol(*tables.dc, length) & 15;
+    if (n != 0) {
+        dc += in.valueBehind(length, n);
+        *lastDc = int16_t(dc);
+    }
+    in.skip(length, n);
+    store(block, int16_t(dc));
+    int at = 1;
+    for (; at < 64; ++at) {
+        int symbol = in.symbol(*tables.ac, length), run = symbol >> 4 & 15;
+        if (!in.fill()) {
+            position = at;
+            return false;
+        }
+        n = symbol & 15;
+        if (n == 0) {
+            in.skip(length, 0);
+            if (run < 15) break;
+            at += 15;
+            continue;
+        }
+        at += run;
+        int value = in.valueBehind(length, n);
+        in.skip(length, n);
+        if (__builtin_expect(at > 63, 0)) {
+            status = qelStsJPEGCoeffPosErr;
+            break;
+        }
+        store(block + kScanOrder.index[at], int16_t(value));
+    }
+    position = at;
+    return true;
+}
+
 QelStatus decodeBlock(BitSource* source, int16_t* block, int16_t* lastDc, HuffmanTablePair tables,
                       uint32_t* positionsLeft)
 {
-    BitReader<true> in = {*source};
-    int position;
-    QelStatus status = decodeInto(block, in, lastDc, tables, position);
-    *source = in;
-    if (status == qelStsJPEGMarkerWarn) return qelStsJPEGOutOfBufErr;
+    clear(block);
+    int position = 0;
+    QelStatus status = qelStsNoErr;
+    Window window(*source);
+    bool isWhole = decodeAhead(block, window, lastDc, tables, position, status);
+    window.giveBack(*source);
+    if (!isWhole) {
+        BitReader<true> in = {*source};
+        status = decodeInto(block, in, lastDc, tables, position);
+        *source = in;
+        if (status == qelStsJPEGMarkerWarn) return qelStsJPEGOutOfBufErr;
+    }
     if (status == qelStsNoErr) *positionsLeft = position > 63 ? 0 : uint32_t(64 - position);
     return status;
 }
 
 QelStatus decodeBlockDirect(BitSource* source, int16_t* block, int16_t* lastDc, HuffmanTablePair tables)
 {
+    clear(block);
     BitReader<false> in = {*source};
-    int position;
+    int position = 0;
     QelStatus status = decodeInto(block, in, lastDc, tables, position);
     if (status == qelStsJPEGMarkerWarn) {
         if (position == 0) {

@@ -110,12 +110,6 @@ template <bool kBounded> struct BitReader : BitSource {
 private:
     QEL_INLINE bool atEnd() const { return kBounded && pos >= len; }
 
-    // Lists that describe too many codes may lead outside the values.
-    static QEL_INLINE int valueOf(const QelDecodeHuffmanSpec& spec, uint32_t code, int length)
-    {
-        return spec.values[(spec.valueIndex[length] - spec.firstCode[length] + code) & 0xFF];
-    }
-
     static __attribute__((noinline)) QelStatus fillOutOfLine(BitReader* reader, int needed)
     {
         return reader->fillBytewise(needed);

@@ -39,6 +39,12 @@ static_assert(sizeof(QelEncodeHuffmanState) == 1044);
 
 namespace qel {
 
+// The symbol of a code. Lists that describe too many codes may lead outside the values.
+inline __attribute__((always_inline)) int valueOf(const QelDecodeHuffmanSpec& spec, uint32_t code, int length)
+{
+    return spec.values[(spec.valueIndex[length] - spec.firstCode[length] + code) & 0xFF];
+}
+
 constexpr int kLookAheadBits = 8;
 constexpr int kLongestCode = 16;
 constexpr uint16_t kNoCodeOfLength = 0xFFFF;
