@@ -18,7 +18,8 @@ constexpr size_t kPastCaches = size_t(24) << 20;
 constexpr int kPieceElements = 1024;
 constexpr size_t kLargestPiece = 4 * kPieceElements;
 
-// One row of output. Write up to kLargestPiece bytes at room(), say how many with add(), and at the end finish().
+// One row of output. Write up to kLargestPiece bytes at room(), say how many with add(), and at the end finish(). After
+// all rows of a thread finishStores() of the support kernels: once for each row it would cost as much as the row.
 class RowPastCaches {
 public:
     explicit RowPastCaches(void* dst)

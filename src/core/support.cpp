@@ -130,16 +130,20 @@ void ownsCopy_8u(const uint8_t* src, uint8_t* dst, size_t len) { memcpy(dst, src
 
 void owniCopy_8u_C1(const uint8_t* src, uint8_t* dst, size_t len, int past)
 {
-    if (past)
-        kernels<SupportKernels>().copyPast(src, dst, len);
-    else
+    if (!past) {
         memcpy(dst, src, len);
+        return;
+    }
+    auto& table = kernels<SupportKernels>();
+    table.copyPast(src, dst, len);
+    table.finishStores();
 }
 
 void owniConvert_8u16u(const uint8_t* src, uint16_t* dst, size_t len, int past)
 {
     auto& table = kernels<SupportKernels>();
     (past ? table.convert8u16uPast : table.convert8u16u)(src, dst, len);
+    if (past) table.finishStores();
 }
 
 void ownsMul_16u16s_PosSfs(const uint16_t* table, const int16_t* src, int16_t* dst, int len, int scale)

@@ -9,8 +9,10 @@
 namespace qel {
 
 struct SupportKernels {
-    // Lengths are in elements of the source, for copies in bytes. The names with Past store past the caches.
+    // Lengths are in elements of the source, for copies in bytes. The names with Past store past the caches; what they
+    // stored is ordered before later stores by finishStores only.
     void (*copyPast)(const uint8_t* src, uint8_t* dst, size_t len);
+    void (*finishStores)();
     void (*convert8u16u)(const uint8_t* src, uint16_t* dst, size_t len);
     void (*convert8u16uPast)(const uint8_t* src, uint16_t* dst, size_t len);
     void (*and32s)(const int32_t* src, int32_t value, int32_t* dst, int len);

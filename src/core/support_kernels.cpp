@@ -18,8 +18,9 @@ template <class T, class Body, class Past> QEL_INLINE void streamed(T* dst, size
     for (; i < len && (uintptr_t)(dst + i) % kStream != 0; ++i) body(i);
     for (; i + kStep <= len; i += kStep) past(i);
     for (; i < len; ++i) body(i);
-    Simd<kStream>::finishStores();
 }
+
+void finishStores() { Simd<kStream>::finishStores(); }
 
 void copyPast(const uint8_t* src, uint8_t* dst, size_t len)
 {
@@ -101,8 +102,9 @@ void mulScaled(const uint16_t* table, const int16_t* src, int16_t* dst, int len,
 }
 }
 
-const SupportKernels SupportKernels::QEL_BUILD = {qel::QEL_BUILD::copyPast,         qel::QEL_BUILD::convert8u16u,
-                                                  qel::QEL_BUILD::convert8u16uPast, qel::QEL_BUILD::and32s,
-                                                  qel::QEL_BUILD::set32s,           qel::QEL_BUILD::mulScaled};
+const SupportKernels SupportKernels::QEL_BUILD = {qel::QEL_BUILD::copyPast,     qel::QEL_BUILD::finishStores,
+                                                  qel::QEL_BUILD::convert8u16u, qel::QEL_BUILD::convert8u16uPast,
+                                                  qel::QEL_BUILD::and32s,       qel::QEL_BUILD::set32s,
+                                                  qel::QEL_BUILD::mulScaled};
 
 }

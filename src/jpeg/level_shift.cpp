@@ -25,6 +25,7 @@ void shiftRegion(void (*shift)(const Src*, Dst*, int), const Src* src, int srcSt
         });
         out.finish();
     });
+    kernels<SupportKernels>().finishStores();
 }
 
 }
