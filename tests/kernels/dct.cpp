@@ -37,16 +37,20 @@ void fillTable(Random& random, uint16_t* table, int kind)
     if (kind % 4 == 3) random.fill(table, 64);
 }
 
-// check(kind, src, table) on many blocks and tables at odd addresses.
+// check(block, entries, src, table) on many blocks and tables; src and table are copies of them at odd addresses.
 template <class Check> void everyBlock(Check check)
 {
     Random random(5);
     Guarded<int16_t> src(64, Fault::behind, 1);
     Guarded<uint16_t> table(64, Fault::behind, 1);
     for (int kind = 0; kind < 64 * 20; ++kind) {
-        fillBlock(random, src.data(), kind);
-        fillTable(random, table.data(), kind / 64);
-        check(src.data(), table.data());
+        int16_t block[64];
+        uint16_t entries[64];
+        fillBlock(random, block, kind);
+        fillTable(random, entries, kind / 64);
+        memcpy(src.data(), block, sizeof block);
+        memcpy(table.data(), entries, sizeof entries);
+        check(block, entries, src.data(), table.data());
         if (testing::Test::HasFailure()) return;
     }
 }
@@ -62,11 +66,11 @@ TEST(DctKernels, Forward)
     everyTable([](const DctKernels& kernels) {
         Guarded<int16_t> out(64, Fault::behind, 1);
         int16_t expected[64];
-        everyBlock([&](const int16_t* src, const uint16_t* table) {
-            referenceForward(src, expected);
+        everyBlock([&](const int16_t* block, const uint16_t* entries, const int16_t* src, const uint16_t* table) {
+            referenceForward(block, expected);
             kernels.forward(src, out.data());
             expectEqual(out.data(), expected);
-            for (int i = 0; i < 64; ++i) expected[i] = referenceQuantized(expected[i], table[i]);
+            for (int i = 0; i < 64; ++i) expected[i] = referenceQuantized(expected[i], entries[i]);
             memcpy(out.data(), src, out.sizeInBytes());
             kernels.forwardQuant(out.data(), out.data(), table);
             expectEqual(out.data(), expected);
@@ -145,14 +149,14 @@ TEST(DctKernels, Inverse)
         Guarded<int16_t> out(64, Fault::behind, 1);
         Guarded<uint8_t> samples(7 * kStep + 8);
         int16_t expected[64], scaled[64];
-        everyBlock([&](const int16_t* src, const uint16_t* table) {
-            referenceInverse(src, expected);
+        everyBlock([&](const int16_t* block, const uint16_t* entries, const int16_t* src, const uint16_t* table) {
+            referenceInverse(block, expected);
             kernels.inverse(src, out.data());
             expectEqual(out.data(), expected);
-            kernels.inverseClip(src, samples.data(), kStep, int16_t(table[0]), uint8_t(table[1] & 127), 235);
-            expectSamples(samples, kStep, expected, int16_t(table[0]), uint8_t(table[1] & 127), 235);
+            kernels.inverseClip(src, samples.data(), kStep, int16_t(entries[0]), uint8_t(entries[1] & 127), 235);
+            expectSamples(samples, kStep, expected, int16_t(entries[0]), uint8_t(entries[1] & 127), 235);
 
-            for (int i = 0; i < 64; ++i) scaled[i] = int16_t(uint32_t(src[i]) * table[i]);
+            for (int i = 0; i < 64; ++i) scaled[i] = int16_t(uint32_t(block[i]) * entries[i]);
             referenceInverse(scaled, expected);
             memcpy(out.data(), src, out.sizeInBytes());
             kernels.inverseQuant(out.data(), out.data(), table);
@@ -200,10 +204,10 @@ TEST(DctKernels, Clip)
             int16_t shift;
             uint8_t min, max;
         } table[] = {{128, 0, 255}, {128, 16, 235}, {32767, 0, 255}, {32767, 1, 255}, {-32768, 0, 254}, {0, 9, 9}};
-        everyBlock([&](const int16_t* src, const uint16_t*) {
+        everyBlock([&](const int16_t* block, const uint16_t*, const int16_t* src, const uint16_t*) {
             for (auto& row : table) {
                 kernels.clip(src, samples.data(), 8, row.shift, row.min, row.max);
-                expectSamples(samples, 8, src, row.shift, row.min, row.max);
+                expectSamples(samples, 8, block, row.shift, row.min, row.max);
             }
         });
     });

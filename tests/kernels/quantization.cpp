@@ -20,15 +20,21 @@ void check(const QuantizationKernels& kernels)
     Random random(7);
     Guarded<int16_t> src(64, Fault::behind, 1), dst(64, Fault::before, 1);
     Guarded<uint16_t> table(64, Fault::behind, 3);
+    int16_t block[64], out[64];
+    uint16_t entries[64];
     for (int round = 0; round < 2000; ++round) {
-        random.fill(src.data(), 64);
-        random.fill(table.data(), 64);
+        random.fill(block, 64);
+        random.fill(entries, 64);
         if (round % 2)
-            for (int i = 0; i < 64; ++i) src.data()[i] = int16_t(src.data()[i] % 4096);
+            for (auto& value : block) value = int16_t(value % 4096);
+        memcpy(src.data(), block, sizeof block);
+        memcpy(table.data(), entries, sizeof entries);
         kernels.forward(src.data(), dst.data(), table.data());
-        for (int i = 0; i < 64; ++i) ASSERT_EQ(dst.data()[i], quantized(src.data()[i], table.data()[i]));
+        memcpy(out, dst.data(), sizeof out);
+        for (int i = 0; i < 64; ++i) ASSERT_EQ(out[i], quantized(block[i], entries[i])) << i;
         kernels.inverse(src.data(), dst.data(), table.data());
-        for (int i = 0; i < 64; ++i) ASSERT_EQ(dst.data()[i], int16_t(uint32_t(src.data()[i]) * table.data()[i])) << i;
+        memcpy(out, dst.data(), sizeof out);
+        for (int i = 0; i < 64; ++i) ASSERT_EQ(out[i], int16_t(uint32_t(block[i]) * entries[i])) << i;
         ASSERT_TRUE(src.intact() && dst.intact());
     }
 }
