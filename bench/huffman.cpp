@@ -122,12 +122,13 @@ void encodeWith(const HuffmanEncodeKernels& kernels, JpegCoefficients& source, s
 {
     Owned<QelEncodeHuffmanSpec> dc[] = {encoderTable(source.dc[0]), encoderTable(source.dc[1])};
     Owned<QelEncodeHuffmanSpec> ac[] = {encoderTable(source.ac[0]), encoderTable(source.ac[1])};
-    BitSink sink = {0, 0, out.data(), int64_t(out.size())};
-    int lastDc[3] = {};
+    QelEncodeHuffmanState state = {};
+    int pos = 0;
+    int16_t lastDc[3] = {};
     forBlocks(source, source.blocks.data(), [&](const int16_t* block, int component) {
-        int table = component > 0, difference = block[0] - lastDc[component];
-        lastDc[component] = block[0];
-        succeed(kernels.encodeBlock(block, difference, dc[table].get(), ac[table].get(), &sink));
+        int table = component > 0;
+        succeed(kernels.encodeBlock(block, out.data(), int(out.size()), &pos, &lastDc[component], dc[table].get(),
+                                    ac[table].get(), &state));
     });
 }
 
@@ -140,7 +141,6 @@ void decodeWith(const HuffmanDecodeKernels& kernels, JpegCoefficients& source, s
     uint32_t positionsLeft = 0;
     forBlocks(source, blocks.data(), [&](int16_t* block, int component) {
         int table = component > 0;
-        memset(block, 0, 64 * sizeof *block);
         succeed(
             kernels.decodeBlock(&scan, block, &lastDc[component], {dc[table].get(), ac[table].get()}, &positionsLeft));
     });

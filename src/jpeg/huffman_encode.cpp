@@ -12,8 +12,8 @@ using namespace qel;
 
 namespace {
 
-// Room that the fast paths ask for.
-constexpr int kRoomForBlock = 24, kRoomForOne = 9;
+// Room that the fast path asks for.
+constexpr int kRoomForOne = 9;
 
 int categoryOf(int value) { return (int)ownqj_get_csize((uint32_t)(value < 0 ? -value : value)); }
 
@@ -106,9 +106,9 @@ QelStatus qeliEncodeHuffman8x8_JPEG_16s1u_C1(const int16_t* pSrc, uint8_t* pDst,
     Stream out = {pDst, dstLenBytes, pDstCurrPos, pState};
     if (flush) return out.flush();
     if (QelStatus bad = pointers(pSrc, pLastDC, pDcTable, pAcTable)) return bad;
-    if (out.room() >= kRoomForBlock) {
-        QelStatus status = ownqj_EncodeHuffman8x8_JPEG_16s1u_C1(pSrc, pDst, dstLenBytes, pDstCurrPos, pLastDC, pDcTable,
-                                                                pAcTable, pState);
+    if (out.room() >= HuffmanEncodeKernels::kRoomForBlock) {
+        QelStatus status = kernels<HuffmanEncodeKernels>().encodeBlock(pSrc, pDst, dstLenBytes, pDstCurrPos, pLastDC,
+                                                                       pDcTable, pAcTable, pState);
         if (status != qelStsJPEGOutOfBufErr) return status;
     }
     if (QelStatus bad = encodeDc(out, takeDifference(pSrc, pLastDC), pDcTable)) return bad;
@@ -146,7 +146,7 @@ QelStatus qeliGetHuffmanStatistics8x8_JPEG_16s_C1(const int16_t* pSrc, uint32_t*
                                                   int16_t* pLastDC)
 {
     if (QelStatus bad = pointers(pSrc, pDcStatistics, pAcStatistics, pLastDC)) return bad;
-    kernels<HuffmanEncodeKernels>().countBlock(pSrc, takeDifference(pSrc, pLastDC), pDcStatistics, pAcStatistics);
+    kernels<HuffmanEncodeKernels>().countBlock(pSrc, pDcStatistics, pAcStatistics, pLastDC);
     return qelStsNoErr;
 }
 
@@ -159,35 +159,17 @@ QelStatus qeliGetHuffmanStatisticsOne_JPEG_16s_C1(int16_t src, uint32_t* pStatis
     return qelStsNoErr;
 }
 
-// Between calls the low word holds the last written byte above the pending bits, all of them from bit 31 down.
 QelStatus ownqj_EncodeHuffman8x8_JPEG_16s1u_C1(const int16_t* src, uint8_t* dst, int dstLen, int* pos, int16_t* lastDc,
                                                const QelEncodeHuffmanSpec* dc, const QelEncodeHuffmanSpec* ac,
                                                QelEncodeHuffmanState* state)
 {
-    BitSink sink = {state->accumulator[0] >> (24 - state->count), state->count, dst + *pos, dstLen - *pos};
-    int16_t before = *lastDc;
-    QelStatus status = kernels<HuffmanEncodeKernels>().encodeBlock(src, takeDifference(src, lastDc), dc, ac, &sink);
-    if (status == qelStsJPEGOutOfBufErr) {
-        *lastDc = before;
-        return status;
-    }
-    state->accumulator[0] = (uint32_t)(sink.bits << (24 - sink.count));
-    state->accumulator[1] = 0;
-    state->count = sink.count;
-    *pos = (int)(sink.next - dst);
-    return status;
+    return kernels<HuffmanEncodeKernels>().encodeBlock(src, dst, dstLen, pos, lastDc, dc, ac, state);
 }
 
-// The partial last byte stands in the buffer, its pending bits at the top.
 void ownqj_EncodeHuffman8x8_Direct_JPEG_16s1u_C1(const int16_t* src, uint8_t* dst, int* bitLength, int16_t* lastDc,
                                                  const QelEncodeHuffmanSpec* dc, const QelEncodeHuffmanSpec* ac)
 {
-    int bytes = *bitLength >> 3, count = *bitLength & 7;
-    uint64_t bits = count == 0 ? 0 : dst[bytes] >> (8 - count);
-    BitSink sink = {bits, count, dst + bytes, INT64_MAX};
-    kernels<HuffmanEncodeKernels>().encodeBlock(src, takeDifference(src, lastDc), dc, ac, &sink);
-    if (sink.count != 0) *sink.next = (uint8_t)(sink.bits << (8 - sink.count));
-    *bitLength = (int)((uint32_t)(sink.next - dst) * 8 + (uint32_t)sink.count);
+    kernels<HuffmanEncodeKernels>().encodeBlockDirect(src, dst, bitLength, lastDc, dc, ac);
 }
 
 // Code and value together are at most 31 bits.

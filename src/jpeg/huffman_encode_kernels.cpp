@@ -8,18 +8,18 @@ namespace qel {
 namespace QEL_BUILD {
 namespace {
 
-// A set of coefficients has 64 bits; of[i][m] is the set, by position in the scan, of the four coefficients from
-// natural index 4i on that `m` has.
+// Sets of coefficients, a bit for each. of[i][m] is the set, by position in the scan, of those coefficients from
+// natural index 6i on that `m` has.
 struct ScanSets {
-    uint64_t of[16][16];
+    uint64_t of[11][64];
 };
 constexpr ScanSets makeScanSets()
 {
     ScanSets sets = {};
     for (int position = 0; position < 64; ++position) {
         int index = kScanOrder.index[position];
-        for (int m = 0; m < 16; ++m)
-            if ((m >> (index % 4)) & 1) sets.of[index / 4][m] |= uint64_t(1) << position;
+        for (int m = 0; m < 64; ++m)
+            if ((m >> (index % 6)) & 1) sets.of[index / 6][m] |= uint64_t(1) << position;
     }
     return sets;
 }
@@ -35,27 +35,41 @@ QEL_INLINE uint64_t nonZero(const int16_t* block)
         zeros |= Simd<N>::signMask(Simd<N>::inOrder(Simd<N>::packUnsigned(low & 0xFF, high & 0xFF))) << (i % 64);
     }
     uint64_t natural = ~zeros, scan = 0;
-    for (int i = 0; i < 16; ++i) scan |= kScanSets.of[i][(natural >> (4 * i)) & 15];
+#pragma GCC unroll 11
+    for (int i = 0; i < 11; ++i) scan |= kScanSets.of[i][(natural >> (6 * i)) & 63];
     return scan;
 }
 
-// The number of bits of a byte.
-struct BitCounts {
-    uint8_t of[256];
+// The category of a value, and the bits that follow its code: a negative value is written as the one's complement of
+// its magnitude.
+struct Magnitude {
+    int category;
+    uint32_t bits;
 };
-constexpr BitCounts makeBitCounts()
+QEL_INLINE constexpr Magnitude measure(int value)
 {
-    BitCounts counts = {};
-    for (int i = 1; i < 256; ++i) counts.of[i] = uint8_t(counts.of[i / 2] + 1);
-    return counts;
+    int category = value == 0 ? 0 : 32 - __builtin_clz(uint32_t(value < 0 ? -value : value));
+    return {category, uint32_t(value < 0 ? value - 1 : value) & ((1u << category) - 1)};
 }
-constexpr BitCounts kBitCounts = makeBitCounts();
 
-// Of a value of at most 16 bits and a sign. A table: finding the highest bit is slow on baseline processors.
-QEL_INLINE int category(int value)
+// The same for -256 to 255: of[value + 256] is (bits << 8) | category.
+struct SmallMagnitudes {
+    uint16_t of[512];
+};
+constexpr SmallMagnitudes makeSmallMagnitudes()
 {
-    int magnitude = value < 0 ? -value : value;
-    return magnitude < 256 ? kBitCounts.of[magnitude] : kBitCounts.of[magnitude >> 8] + 8;
+    SmallMagnitudes table = {};
+    for (int i = 0; i < 512; ++i) table.of[i] = uint16_t(measure(i - 256).bits << 8 | measure(i - 256).category);
+    return table;
+}
+constexpr SmallMagnitudes kSmallMagnitudes = makeSmallMagnitudes();
+
+QEL_INLINE Magnitude magnitudeOf(int value)
+{
+    uint32_t index = uint32_t(value + 256);
+    if (__builtin_expect(index >= 512, 0)) return measure(value);
+    uint32_t entry = kSmallMagnitudes.of[index];
+    return {int(entry & 0xFF), entry >> 8};
 }
 
 // Calls sink.value(run, coefficient) for each coefficient after the first that is not zero, with the number of zeros
@@ -63,52 +77,53 @@ QEL_INLINE int category(int value)
 // Each returns false to stop.
 template <class Sink> QEL_INLINE bool walk(const int16_t* block, Sink& sink)
 {
-    int last = 0;
+    int next = 1;
     for (uint64_t left = nonZero(block) & ~uint64_t(1); left != 0; left &= left - 1) {
-        int position = __builtin_ctzll(left), run = position - last - 1;
-        last = position;
-        for (; run > 15; run -= 16)
+        int position = __builtin_ctzll(left), run = position - next;
+        next = position + 1;
+        for (; __builtin_expect(run > 15, 0); run -= 16)
             if (!sink.sixteenZeros()) return false;
         if (!sink.value(run, load<int16_t>(block + kScanOrder.index[position]))) return false;
     }
-    return last == 63 || sink.endOfBlock();
+    return next == 64 || sink.endOfBlock();
 }
 
-// A sink in registers. Up to 63 bits are pending; they go out 64 at a time.
+// Bits on their way to memory, 64 at a time: the low end of `bits` holds the last ones of the stream, `count` of which
+// have not been written yet.
 struct Output {
-    static constexpr int kLargestStep = 16;
+    static constexpr int kLargestStep = 16; // a word, each byte stuffed
 
     uint64_t bits;
     int count;
     uint8_t* next;
-    int64_t room;
+    const uint8_t* lastStart; // a step may start here, but not behind
 
     QEL_INLINE void putByte(uint8_t byte)
     {
-        *next++ = byte, --room;
-        if (byte == 0xFF) *next++ = 0, --room;
+        *next++ = byte;
+        if (byte == 0xFF) *next++ = 0;
     }
 
     QEL_INLINE void putWord(uint64_t word)
     {
-        if (hasFF(word)) {
+        if (__builtin_expect(hasFF(word), 0)) {
             for (int i = 0; i < 8; ++i) putByte(uint8_t(word >> (56 - 8 * i)));
         } else {
             storeBig64(next, word);
-            next += 8, room -= 8;
+            next += 8;
         }
     }
 
     // Appends `length` bits, 1 to 32; none of `value` lies above them. False near the end of the buffer.
     QEL_INLINE bool put(uint64_t value, int length)
     {
-        int excess = count + length - 64;
+        count += length;
+        int excess = count - 64;
         if (excess < 0) {
             bits = bits << length | value;
-            count += length;
             return true;
         }
-        if (room < kLargestStep) return false;
+        if (next > lastStart) return false;
         uint64_t word = bits << (length - excess) | value >> excess;
         putWord(word);
         bits = word << excess | (value & ((uint64_t(1) << excess) - 1));
@@ -116,11 +131,25 @@ struct Output {
         return true;
     }
 
-    // Writes all whole bytes.
-    QEL_INLINE bool finish()
+    // Writes the whole bytes that are left, singly, so that no other byte is touched.
+    QEL_INLINE void finish()
     {
-        if (room < kLargestStep) return false;
         for (; count >= 8; count -= 8) putByte(uint8_t(bits >> (count - 8)));
+    }
+
+    // The same at once, where there is room for a step. Bytes behind the last one are written as they are.
+    QEL_INLINE bool finishAtOnce()
+    {
+        if (next > lastStart) return false;
+        int bytes = count >> 3;
+        uint64_t word = bits << (-count & 63), behind = ~uint64_t(0) >> (8 * bytes);
+        if (__builtin_expect(hasFF(word & ~behind), 0)) {
+            finish();
+            return true;
+        }
+        storeBig64(next, (word & ~behind) | (loadBig64(next) & behind));
+        next += bytes;
+        count &= 7;
         return true;
     }
 };
@@ -131,39 +160,62 @@ struct Coder {
     Output out;
     QelStatus status;
 
-    QEL_INLINE bool symbol(const QelEncodeHuffmanSpec& spec, int index, int value, int extraBits)
+    QEL_INLINE bool symbol(const QelEncodeHuffmanSpec& spec, int index, Magnitude value)
     {
         uint32_t entry = spec.entries[index];
         int length = int(entry >> 16);
-        if (length == 0) {
+        if (__builtin_expect(length == 0, 0)) {
             status = qelStsJPEGHuffSpecErr;
             return false;
         }
-        // A negative value is written as the one's complement of its magnitude.
-        uint32_t extra = uint32_t(value + (value >> 31)) & ((1u << extraBits) - 1);
-        if (out.put(uint64_t(entry & 0xFFFF) << extraBits | extra, length + extraBits)) return true;
+        if (out.put(uint64_t(entry & 0xFFFF) << value.category | value.bits, length + value.category)) return true;
         status = qelStsJPEGOutOfBufErr;
         return false;
     }
     QEL_INLINE bool value(int run, int coefficient)
     {
-        int bits = category(coefficient);
-        return symbol(ac, run << 4 | bits, coefficient, bits);
+        Magnitude magnitude = magnitudeOf(coefficient);
+        return symbol(ac, run << 4 | magnitude.category, magnitude);
     }
-    QEL_INLINE bool sixteenZeros() { return symbol(ac, kSixteenZeros, 0, 0); }
-    QEL_INLINE bool endOfBlock() { return symbol(ac, kEndOfBlock, 0, 0); }
+    QEL_INLINE bool sixteenZeros() { return symbol(ac, kSixteenZeros, {0, 0}); }
+    QEL_INLINE bool endOfBlock() { return symbol(ac, kEndOfBlock, {0, 0}); }
+
+    QEL_INLINE void block(const int16_t* src, int lastDc, const QelEncodeHuffmanSpec& dc)
+    {
+        Magnitude difference = magnitudeOf(load<int16_t>(src) - lastDc);
+        if (symbol(dc, difference.category, difference)) walk(src, *this);
+    }
 };
 
-QelStatus encodeBlock(const int16_t* block, int difference, const QelEncodeHuffmanSpec* dc,
-                      const QelEncodeHuffmanSpec* ac, BitSink* sink)
+// The low word of the state has the pending bits from bit 23 down, and the last written byte above them.
+QelStatus encodeBlock(const int16_t* src, uint8_t* dst, int dstLen, int* pos, int16_t* lastDc,
+                      const QelEncodeHuffmanSpec* dc, const QelEncodeHuffmanSpec* ac, QelEncodeHuffmanState* state)
 {
-    Coder coder = {*ac, {sink->bits, sink->count, sink->next, sink->room}, qelStsNoErr};
-    int bits = category(difference);
-    if (coder.symbol(*dc, bits, difference, bits)) walk(block, coder);
-    if (coder.status != qelStsJPEGOutOfBufErr && !coder.out.finish()) coder.status = qelStsJPEGOutOfBufErr;
-    if (coder.status != qelStsJPEGOutOfBufErr)
-        *sink = {coder.out.bits, coder.out.count, coder.out.next, coder.out.room};
+    Coder coder = {
+        *ac,
+        {state->accumulator[0] >> (24 - state->count), state->count, dst + *pos, dst + dstLen - Output::kLargestStep},
+        qelStsNoErr};
+    coder.block(src, *lastDc, *dc);
+    if (coder.status == qelStsJPEGOutOfBufErr || !coder.out.finishAtOnce()) return qelStsJPEGOutOfBufErr;
+    *lastDc = load<int16_t>(src);
+    state->accumulator[0] = uint32_t(coder.out.bits << (24 - coder.out.count));
+    state->accumulator[1] = 0;
+    state->count = coder.out.count;
+    *pos = int(coder.out.next - dst);
     return coder.status;
+}
+
+void encodeBlockDirect(const int16_t* src, uint8_t* dst, int* bitLength, int16_t* lastDc,
+                       const QelEncodeHuffmanSpec* dc, const QelEncodeHuffmanSpec* ac)
+{
+    int bytes = *bitLength >> 3, count = *bitLength & 7;
+    uint64_t bits = count == 0 ? 0 : dst[bytes] >> (8 - count);
+    Coder coder = {*ac, {bits, count, dst + bytes, (const uint8_t*)UINTPTR_MAX}, qelStsNoErr};
+    coder.block(src, *lastDc, *dc);
+    coder.out.finish();
+    if (coder.out.count != 0) *coder.out.next = uint8_t(coder.out.bits << (8 - coder.out.count));
+    *lastDc = load<int16_t>(src);
+    *bitLength = int(uint32_t(coder.out.next - dst) * 8 + uint32_t(coder.out.count));
 }
 
 struct Counter {
@@ -171,23 +223,25 @@ struct Counter {
 
     QEL_INLINE bool value(int run, int coefficient)
     {
-        ++ac[run << 4 | category(coefficient)];
+        ++ac[run << 4 | magnitudeOf(coefficient).category];
         return true;
     }
     QEL_INLINE bool sixteenZeros() { return ++ac[kSixteenZeros], true; }
     QEL_INLINE bool endOfBlock() { return ++ac[kEndOfBlock], true; }
 };
 
-void countBlock(const int16_t* block, int difference, uint32_t* dcStatistics, uint32_t* acStatistics)
+void countBlock(const int16_t* src, uint32_t* dcStatistics, uint32_t* acStatistics, int16_t* lastDc)
 {
     Counter counter = {acStatistics};
-    ++dcStatistics[category(difference)];
-    walk(block, counter);
+    ++dcStatistics[magnitudeOf(load<int16_t>(src) - *lastDc).category];
+    *lastDc = load<int16_t>(src);
+    walk(src, counter);
 }
 
 }
 }
 
-const HuffmanEncodeKernels HuffmanEncodeKernels::QEL_BUILD = {qel::QEL_BUILD::encodeBlock, qel::QEL_BUILD::countBlock};
+const HuffmanEncodeKernels HuffmanEncodeKernels::QEL_BUILD = {
+    qel::QEL_BUILD::encodeBlock, qel::QEL_BUILD::encodeBlockDirect, qel::QEL_BUILD::countBlock};
 
 }

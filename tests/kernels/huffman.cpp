@@ -33,24 +33,34 @@ QelEncodeHuffmanSpec encodeSpecOf(const Lists& lists)
 TEST(HuffmanEncodeKernels, Blocks)
 {
     everyBuild<HuffmanEncodeKernels>([](const HuffmanEncodeKernels& table) {
+        auto& scalar = HuffmanEncodeKernels::scalar;
         Random random(1);
         for (int round = 0; round < 2000; ++round) {
             auto dc = encodeSpecOf(listsWithout(random, 200));
             auto ac = encodeSpecOf(listsWithout(random, random.between(0, 255)));
             auto block = randomBlock(random, 1 << random.between(0, 6), random.between(0, 15));
-            size_t room = size_t(random.between(24, 700));
-            int count = random.between(0, 7), difference = random.between(-65535, 65535);
+            int room = random.between(HuffmanEncodeKernels::kRoomForBlock, 700), pos = 0, expectedPos = 0;
             Guarded<uint8_t> dst(room), expected(room);
-            BitSink sink = {uint64_t(random.between(0, 32767)), count, dst.data(), int64_t(room)}, other = sink;
-            other.next = expected.data();
-            QelStatus status = table.encodeBlock(block.data(), difference, &dc, &ac, &sink);
-            ASSERT_EQ(status, HuffmanEncodeKernels::scalar.encodeBlock(block.data(), difference, &dc, &ac, &other));
-            ASSERT_EQ(sink.next - dst.data(), other.next - expected.data());
-            ASSERT_EQ(sink.bits, other.bits);
-            ASSERT_EQ(sink.count, other.count);
-            ASSERT_EQ(sink.room, other.room);
+            QelEncodeHuffmanState state = {};
+            state.count = random.between(0, 7);
+            state.accumulator[0] = uint32_t(random.between(0, 0xFFFF)) << (24 - state.count);
+            auto expectedState = state;
+            auto lastDc = int16_t(random.between(-32768, 32767)), expectedDc = lastDc;
+            ASSERT_EQ(table.encodeBlock(block.data(), dst.data(), room, &pos, &lastDc, &dc, &ac, &state),
+                      scalar.encodeBlock(block.data(), expected.data(), room, &expectedPos, &expectedDc, &dc, &ac,
+                                         &expectedState));
+            ASSERT_EQ(pos, expectedPos);
+            ASSERT_EQ(lastDc, expectedDc);
+            ASSERT_EQ(memcmp(&state, &expectedState, sizeof state), 0);
             ASSERT_EQ(memcmp(dst.data(), expected.data(), room), 0);
             ASSERT_TRUE(dst.intact());
+
+            Guarded<uint8_t> direct(600), expectedDirect(600);
+            int bits = random.between(0, 15), expectedBits = bits;
+            table.encodeBlockDirect(block.data(), direct.data(), &bits, &lastDc, &dc, &ac);
+            scalar.encodeBlockDirect(block.data(), expectedDirect.data(), &expectedBits, &expectedDc, &dc, &ac);
+            ASSERT_EQ(bits, expectedBits);
+            ASSERT_EQ(memcmp(direct.data(), expectedDirect.data(), 600), 0);
         }
     });
 }
@@ -60,11 +70,11 @@ TEST(HuffmanEncodeKernels, Statistics)
     everyBuild<HuffmanEncodeKernels>([](const HuffmanEncodeKernels& table) {
         Random random(2);
         std::array<uint32_t, 256> dc{}, ac{}, expectedDc{}, expectedAc{};
+        int16_t lastDc = 0, expectedLast = 0;
         for (int round = 0; round < 2000; ++round) {
             auto block = randomBlock(random, 1 << random.between(0, 6), random.between(0, 15));
-            int difference = random.between(-65535, 65535);
-            table.countBlock(block.data(), difference, dc.data(), ac.data());
-            HuffmanEncodeKernels::scalar.countBlock(block.data(), difference, expectedDc.data(), expectedAc.data());
+            table.countBlock(block.data(), dc.data(), ac.data(), &lastDc);
+            HuffmanEncodeKernels::scalar.countBlock(block.data(), expectedDc.data(), expectedAc.data(), &expectedLast);
         }
         ASSERT_EQ(dc, expectedDc);
         ASSERT_EQ(ac, expectedAc);
