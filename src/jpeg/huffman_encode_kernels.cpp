@@ -43,12 +43,12 @@ QEL_INLINE uint64_t nonZero(const int16_t* block)
 // The category of a value, and the bits that follow its code: a negative value is written as the one's complement of
 // its magnitude.
 struct Magnitude {
-    int category;
-    uint32_t bits;
+    uint64_t category;
+    uint64_t bits;
 };
 QEL_INLINE constexpr Magnitude measure(int value)
 {
-    int category = value == 0 ? 0 : 32 - __builtin_clz(uint32_t(value < 0 ? -value : value));
+    uint32_t category = value == 0 ? 0 : 32 - uint32_t(__builtin_clz(uint32_t(value < 0 ? -value : value)));
     return {category, uint32_t(value < 0 ? value - 1 : value) & ((1u << category) - 1)};
 }
 
@@ -69,7 +69,7 @@ QEL_INLINE Magnitude magnitudeOf(int value)
     uint32_t index = uint32_t(value + 256);
     if (__builtin_expect(index >= 512, 0)) return measure(value);
     uint32_t entry = kSmallMagnitudes.of[index];
-    return {int(entry & 0xFF), entry >> 8};
+    return {entry & 0xFF, entry >> 8};
 }
 
 // Calls sink.value(run, coefficient) for each coefficient after the first that is not zero, with the number of zeros
@@ -77,9 +77,9 @@ QEL_INLINE Magnitude magnitudeOf(int value)
 // Each returns false to stop.
 template <class Sink> QEL_INLINE bool walk(const int16_t* block, Sink& sink)
 {
-    int next = 1;
+    uint64_t next = 1;
     for (uint64_t left = nonZero(block) & ~uint64_t(1); left != 0; left &= left - 1) {
-        int position = __builtin_ctzll(left), run = position - next;
+        uint64_t position = uint64_t(__builtin_ctzll(left)), run = position - next;
         next = position + 1;
         for (; __builtin_expect(run > 15, 0); run -= 16)
             if (!sink.sixteenZeros()) return false;
@@ -119,7 +119,7 @@ struct Output {
     {
         count += length;
         int excess = count - 64;
-        if (excess < 0) {
+        if (__builtin_expect(excess < 0, 1)) {
             bits = bits << length | value;
             return true;
         }
@@ -160,7 +160,7 @@ struct Coder {
     Output out;
     QelStatus status;
 
-    QEL_INLINE bool symbol(const QelEncodeHuffmanSpec& spec, int index, Magnitude value)
+    QEL_INLINE bool symbol(const QelEncodeHuffmanSpec& spec, uint64_t index, Magnitude value)
     {
         uint32_t entry = spec.entries[index];
         int length = int(entry >> 16);
@@ -168,11 +168,11 @@ struct Coder {
             status = qelStsJPEGHuffSpecErr;
             return false;
         }
-        if (out.put(uint64_t(entry & 0xFFFF) << value.category | value.bits, length + value.category)) return true;
+        if (out.put(uint64_t(entry & 0xFFFF) << value.category | value.bits, length + int(value.category))) return true;
         status = qelStsJPEGOutOfBufErr;
         return false;
     }
-    QEL_INLINE bool value(int run, int coefficient)
+    QEL_INLINE bool value(uint64_t run, int coefficient)
     {
         Magnitude magnitude = magnitudeOf(coefficient);
         return symbol(ac, run << 4 | magnitude.category, magnitude);
@@ -221,7 +221,7 @@ void encodeBlockDirect(const int16_t* src, uint8_t* dst, int* bitLength, int16_t
 struct Counter {
     uint32_t* ac;
 
-    QEL_INLINE bool value(int run, int coefficient)
+    QEL_INLINE bool value(uint64_t run, int coefficient)
     {
         ++ac[run << 4 | magnitudeOf(coefficient).category];
         return true;
