@@ -1,0 +1,160 @@
+// Simd<16> with SSE2 (and SSSE3, SSE4.1 where the build has them) intrinsics.
+#pragma once
+
+#include <immintrin.h>
+
+#include "core/simd_x86_interleave.h"
+
+namespace qel {
+namespace QEL_BUILD {
+namespace {
+
+template <> struct Simd<16> : Interleaved<16, Simd<16>> {
+    static QEL_INLINE S16<16> addSat(S16<16> a, S16<16> b) { return (S16<16>)_mm_adds_epi16((__m128i)a, (__m128i)b); }
+    static QEL_INLINE S16<16> subSat(S16<16> a, S16<16> b) { return (S16<16>)_mm_subs_epi16((__m128i)a, (__m128i)b); }
+    static QEL_INLINE U8<16> addSat(U8<16> a, U8<16> b) { return (U8<16>)_mm_adds_epu8((__m128i)a, (__m128i)b); }
+    static QEL_INLINE U8<16> subSat(U8<16> a, U8<16> b) { return (U8<16>)_mm_subs_epu8((__m128i)a, (__m128i)b); }
+    static QEL_INLINE U8<16> average(U8<16> a, U8<16> b) { return (U8<16>)_mm_avg_epu8((__m128i)a, (__m128i)b); }
+    static QEL_INLINE U8<16> least(U8<16> a, U8<16> b) { return (U8<16>)_mm_min_epu8((__m128i)a, (__m128i)b); }
+    static QEL_INLINE S16<16> least(S16<16> a, S16<16> b) { return (S16<16>)_mm_min_epi16((__m128i)a, (__m128i)b); }
+    static QEL_INLINE U8<16> greatest(U8<16> a, U8<16> b) { return (U8<16>)_mm_max_epu8((__m128i)a, (__m128i)b); }
+    static QEL_INLINE S16<16> greatest(S16<16> a, S16<16> b) { return (S16<16>)_mm_max_epi16((__m128i)a, (__m128i)b); }
+    static QEL_INLINE S16<16> mulHigh(S16<16> a, S16<16> b) { return (S16<16>)_mm_mulhi_epi16((__m128i)a, (__m128i)b); }
+    static QEL_INLINE U16<16> mulHigh(U16<16> a, U16<16> b) { return (U16<16>)_mm_mulhi_epu16((__m128i)a, (__m128i)b); }
+    static QEL_INLINE S16<16> mulRoundEven(S16<16> a, S16<16> b)
+    {
+        S16<16> low = a * b;
+#if defined(__SSSE3__)
+        return evenTies((S16<16>)_mm_mulhrs_epi16((__m128i)a, (__m128i)b), low);
+#else
+        // The product's bits 15 to 30, and the 15 below them: up if these and the parity are beyond one half.
+        S16<16> parity = (S16<16>)((U16<16>)low >> 15);
+        return mulHigh(a, b) * 2 + parity - ((low & 0x7FFF) > 0x4000 - parity);
+#endif
+    }
+    static QEL_INLINE S32<16> mulAddPairs(S16<16> a, S16<16> b)
+    {
+        return (S32<16>)_mm_madd_epi16((__m128i)a, (__m128i)b);
+    }
+    static QEL_INLINE S16<16> mulAddPairs(U8<16> a, S8<16> weights)
+    {
+#if defined(__SSSE3__)
+        return (S16<16>)_mm_maddubs_epi16((__m128i)a, (__m128i)weights);
+#else
+        S16<16> even = ((S16<16>)a & 0xFF) * ((S16<16>)weights << 8 >> 8);
+        S16<16> odd = (S16<16>)((U16<16>)a >> 8) * ((S16<16>)weights >> 8);
+        return addSat(even, odd);
+#endif
+    }
+    static QEL_INLINE S16<16> pack(S32<16> a, S32<16> b) { return (S16<16>)_mm_packs_epi32((__m128i)a, (__m128i)b); }
+    static QEL_INLINE U8<16> packUnsigned(S16<16> a, S16<16> b)
+    {
+        return (U8<16>)_mm_packus_epi16((__m128i)a, (__m128i)b);
+    }
+    template <class V> static QEL_INLINE V zipLow(V a, V b)
+    {
+        if constexpr (sizeof(a[0]) == 1) return (V)_mm_unpacklo_epi8((__m128i)a, (__m128i)b);
+        if constexpr (sizeof(a[0]) == 2) return (V)_mm_unpacklo_epi16((__m128i)a, (__m128i)b);
+        if constexpr (sizeof(a[0]) == 4) return (V)_mm_unpacklo_epi32((__m128i)a, (__m128i)b);
+        if constexpr (sizeof(a[0]) == 8) return (V)_mm_unpacklo_epi64((__m128i)a, (__m128i)b);
+    }
+    template <class V> static QEL_INLINE V zipHigh(V a, V b)
+    {
+        if constexpr (sizeof(a[0]) == 1) return (V)_mm_unpackhi_epi8((__m128i)a, (__m128i)b);
+        if constexpr (sizeof(a[0]) == 2) return (V)_mm_unpackhi_epi16((__m128i)a, (__m128i)b);
+        if constexpr (sizeof(a[0]) == 4) return (V)_mm_unpackhi_epi32((__m128i)a, (__m128i)b);
+        if constexpr (sizeof(a[0]) == 8) return (V)_mm_unpackhi_epi64((__m128i)a, (__m128i)b);
+    }
+
+    template <class V> static QEL_INLINE V inOrder(V v) { return v; }
+    static QEL_INLINE S16<16> widen(const uint8_t* p)
+    {
+        return (S16<16>)_mm_unpacklo_epi8(_mm_loadl_epi64((const __m128i*)p), _mm_setzero_si128());
+    }
+    template <class V> static QEL_INLINE bool isZero(V v)
+    {
+#if defined(__SSE4_1__)
+        return _mm_testz_si128((__m128i)v, (__m128i)v);
+#else
+        return _mm_movemask_epi8(_mm_cmpeq_epi8((__m128i)v, _mm_setzero_si128())) == 0xFFFF;
+#endif
+    }
+    static QEL_INLINE uint64_t signMask(U8<16> a) { return uint32_t(_mm_movemask_epi8((__m128i)a)); }
+
+    template <class V> static QEL_INLINE void store2(uint8_t* p, V a, V b)
+    {
+        store(p, zipLow(a, b));
+        store(p + 16, zipHigh(a, b));
+    }
+    static QEL_INLINE void store4(uint8_t* p, U8<16> a, U8<16> b, U8<16> c, U8<16> d)
+    {
+        auto ab = (U16<16>)zipLow(a, b), cd = (U16<16>)zipLow(c, d);
+        store(p, zipLow(ab, cd));
+        store(p + 16, zipHigh(ab, cd));
+        ab = (U16<16>)zipHigh(a, b), cd = (U16<16>)zipHigh(c, d);
+        store(p + 32, zipLow(ab, cd));
+        store(p + 48, zipHigh(ab, cd));
+    }
+
+#if defined(__SSE4_1__)
+    static QEL_INLINE U8<16> shuffle(U8<16> v, const uint8_t* from)
+    {
+        return (U8<16>)_mm_shuffle_epi8((__m128i)v, _mm_load_si128((const __m128i*)from));
+    }
+    // The bytes of `b` where `mask` has ones, else those of `a`.
+    static QEL_INLINE U8<16> blend(U8<16> a, U8<16> b, const uint8_t* mask)
+    {
+        return (U8<16>)_mm_blendv_epi8((__m128i)a, (__m128i)b, _mm_load_si128((const __m128i*)mask));
+    }
+    static QEL_INLINE void load3(const uint8_t* p, U8<16>& a, U8<16>& b, U8<16>& c)
+    {
+        auto r0 = load<U8<16>>(p), r1 = load<U8<16>>(p + 16), r2 = load<U8<16>>(p + 32);
+        auto& mask = kTriples.choose;
+        a = shuffle(blend(blend(r0, r1, mask[2]), r2, mask[1]), kTriples.load[0]);
+        b = shuffle(blend(blend(r0, r1, mask[0]), r2, mask[2]), kTriples.load[1]);
+        c = shuffle(blend(blend(r0, r1, mask[1]), r2, mask[0]), kTriples.load[2]);
+    }
+    static QEL_INLINE void store3(uint8_t* p, U8<16> a, U8<16> b, U8<16> c)
+    {
+        auto& mask = kTriples.choose;
+        a = shuffle(a, kTriples.store[0]), b = shuffle(b, kTriples.store[1]), c = shuffle(c, kTriples.store[2]);
+        store(p, blend(blend(a, b, mask[1]), c, mask[2]));
+        store(p + 16, blend(blend(a, b, mask[0]), c, mask[1]));
+        store(p + 32, blend(blend(a, b, mask[2]), c, mask[0]));
+    }
+#else
+    // The 48 bytes as two halves of 24, zipped: a perfect shuffle moves byte i to 2i modulo 47. De-interleaving by
+    // three moves it to 16i = 2i four times, so four shuffles do it, and their inverses interleave.
+    static QEL_INLINE void shuffleHalves(U8<16>& r0, U8<16>& r1, U8<16>& r2)
+    {
+        U8<16> s0 = zipLow(r0, upperHalf(r1)), s1 = zipLow(upperHalf(r0), r2), s2 = zipLow(r1, upperHalf(r2));
+        r0 = s0, r1 = s1, r2 = s2;
+    }
+    static QEL_INLINE void unshuffleHalves(U8<16>& r0, U8<16>& r1, U8<16>& r2)
+    {
+        auto even = [](U8<16> r) { return (S16<16>)r & 0xFF; };
+        auto odd = [](U8<16> r) { return (S16<16>)((U16<16>)r >> 8); };
+        U8<16> s0 = packUnsigned(even(r0), even(r1)), s1 = packUnsigned(even(r2), odd(r0)),
+               s2 = packUnsigned(odd(r1), odd(r2));
+        r0 = s0, r1 = s1, r2 = s2;
+    }
+    static QEL_INLINE U8<16> upperHalf(U8<16> r) { return (U8<16>)_mm_srli_si128((__m128i)r, 8); }
+    static QEL_INLINE void load3(const uint8_t* p, U8<16>& a, U8<16>& b, U8<16>& c)
+    {
+        a = load<U8<16>>(p), b = load<U8<16>>(p + 16), c = load<U8<16>>(p + 32);
+        for (int i = 0; i < 4; ++i) shuffleHalves(a, b, c);
+    }
+    static QEL_INLINE void store3(uint8_t* p, U8<16> a, U8<16> b, U8<16> c)
+    {
+        for (int i = 0; i < 4; ++i) unshuffleHalves(a, b, c);
+        store(p, a), store(p + 16, b), store(p + 32, c);
+    }
+#endif
+
+    template <class V> static QEL_INLINE void storePast(void* p, V v) { _mm_stream_si128((__m128i*)p, (__m128i)v); }
+    static QEL_INLINE void finishStores() { _mm_sfence(); }
+};
+
+}
+}
+}

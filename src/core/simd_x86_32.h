@@ -1,0 +1,171 @@
+// Simd<32> with AVX2 intrinsics.
+#pragma once
+
+#include <immintrin.h>
+
+#include "core/simd_x86_interleave.h"
+
+namespace qel {
+namespace QEL_BUILD {
+namespace {
+
+template <> struct Simd<32> : Interleaved<32, Simd<32>> {
+    static QEL_INLINE S16<32> addSat(S16<32> a, S16<32> b)
+    {
+        return (S16<32>)_mm256_adds_epi16((__m256i)a, (__m256i)b);
+    }
+    static QEL_INLINE S16<32> subSat(S16<32> a, S16<32> b)
+    {
+        return (S16<32>)_mm256_subs_epi16((__m256i)a, (__m256i)b);
+    }
+    static QEL_INLINE U8<32> addSat(U8<32> a, U8<32> b) { return (U8<32>)_mm256_adds_epu8((__m256i)a, (__m256i)b); }
+    static QEL_INLINE U8<32> subSat(U8<32> a, U8<32> b) { return (U8<32>)_mm256_subs_epu8((__m256i)a, (__m256i)b); }
+    static QEL_INLINE U8<32> average(U8<32> a, U8<32> b) { return (U8<32>)_mm256_avg_epu8((__m256i)a, (__m256i)b); }
+    static QEL_INLINE U8<32> least(U8<32> a, U8<32> b) { return (U8<32>)_mm256_min_epu8((__m256i)a, (__m256i)b); }
+    static QEL_INLINE S16<32> least(S16<32> a, S16<32> b) { return (S16<32>)_mm256_min_epi16((__m256i)a, (__m256i)b); }
+    static QEL_INLINE U8<32> greatest(U8<32> a, U8<32> b) { return (U8<32>)_mm256_max_epu8((__m256i)a, (__m256i)b); }
+    static QEL_INLINE S16<32> greatest(S16<32> a, S16<32> b)
+    {
+        return (S16<32>)_mm256_max_epi16((__m256i)a, (__m256i)b);
+    }
+    static QEL_INLINE S16<32> mulHigh(S16<32> a, S16<32> b)
+    {
+        return (S16<32>)_mm256_mulhi_epi16((__m256i)a, (__m256i)b);
+    }
+    static QEL_INLINE U16<32> mulHigh(U16<32> a, U16<32> b)
+    {
+        return (U16<32>)_mm256_mulhi_epu16((__m256i)a, (__m256i)b);
+    }
+    static QEL_INLINE S16<32> mulRoundEven(S16<32> a, S16<32> b)
+    {
+        return evenTies((S16<32>)_mm256_mulhrs_epi16((__m256i)a, (__m256i)b), a * b);
+    }
+    static QEL_INLINE S32<32> mulAddPairs(S16<32> a, S16<32> b)
+    {
+        return (S32<32>)_mm256_madd_epi16((__m256i)a, (__m256i)b);
+    }
+    static QEL_INLINE S16<32> mulAddPairs(U8<32> a, S8<32> weights)
+    {
+        return (S16<32>)_mm256_maddubs_epi16((__m256i)a, (__m256i)weights);
+    }
+    static QEL_INLINE S16<32> pack(S32<32> a, S32<32> b) { return (S16<32>)_mm256_packs_epi32((__m256i)a, (__m256i)b); }
+    static QEL_INLINE U8<32> packUnsigned(S16<32> a, S16<32> b)
+    {
+        return (U8<32>)_mm256_packus_epi16((__m256i)a, (__m256i)b);
+    }
+    template <class V> static QEL_INLINE V zipLow(V a, V b)
+    {
+        if constexpr (sizeof(a[0]) == 1) return (V)_mm256_unpacklo_epi8((__m256i)a, (__m256i)b);
+        if constexpr (sizeof(a[0]) == 2) return (V)_mm256_unpacklo_epi16((__m256i)a, (__m256i)b);
+        if constexpr (sizeof(a[0]) == 4) return (V)_mm256_unpacklo_epi32((__m256i)a, (__m256i)b);
+        if constexpr (sizeof(a[0]) == 8) return (V)_mm256_unpacklo_epi64((__m256i)a, (__m256i)b);
+    }
+    template <class V> static QEL_INLINE V zipHigh(V a, V b)
+    {
+        if constexpr (sizeof(a[0]) == 1) return (V)_mm256_unpackhi_epi8((__m256i)a, (__m256i)b);
+        if constexpr (sizeof(a[0]) == 2) return (V)_mm256_unpackhi_epi16((__m256i)a, (__m256i)b);
+        if constexpr (sizeof(a[0]) == 4) return (V)_mm256_unpackhi_epi32((__m256i)a, (__m256i)b);
+        if constexpr (sizeof(a[0]) == 8) return (V)_mm256_unpackhi_epi64((__m256i)a, (__m256i)b);
+    }
+
+    template <class V> static QEL_INLINE V inOrder(V v) { return (V)_mm256_permute4x64_epi64((__m256i)v, 0xD8); }
+    static QEL_INLINE S16<32> widen(const uint8_t* p)
+    {
+        return (S16<32>)_mm256_cvtepu8_epi16(_mm_loadu_si128((const __m128i*)p));
+    }
+    static QEL_INLINE S16<32> join(S16<16> lower, S16<16> upper)
+    {
+        return (S16<32>)_mm256_inserti128_si256(_mm256_castsi128_si256((__m128i)lower), (__m128i)upper, 1);
+    }
+    static QEL_INLINE S16<16> lowerHalf(S16<32> a) { return (S16<16>)_mm256_castsi256_si128((__m256i)a); }
+    static QEL_INLINE S16<16> upperHalf(S16<32> a) { return (S16<16>)_mm256_extracti128_si256((__m256i)a, 1); }
+    template <class V> static QEL_INLINE bool isZero(V v) { return _mm256_testz_si256((__m256i)v, (__m256i)v); }
+    static QEL_INLINE uint64_t signMask(U8<32> a) { return uint32_t(_mm256_movemask_epi8((__m256i)a)); }
+
+    // The lower (upper) blocks of `a` and `b`, and the lower block of `a` beside the upper one of `b`.
+    static QEL_INLINE U8<32> lowBlocks(U8<32> a, U8<32> b)
+    {
+        return (U8<32>)_mm256_permute2x128_si256((__m256i)a, (__m256i)b, 0x20);
+    }
+    static QEL_INLINE U8<32> highBlocks(U8<32> a, U8<32> b)
+    {
+        return (U8<32>)_mm256_permute2x128_si256((__m256i)a, (__m256i)b, 0x31);
+    }
+    static QEL_INLINE U8<32> lowAndHigh(U8<32> a, U8<32> b)
+    {
+        return (U8<32>)_mm256_blend_epi32((__m256i)a, (__m256i)b, 0xF0);
+    }
+
+    template <class V> static QEL_INLINE void store2(uint8_t* p, V a, V b)
+    {
+        auto low = (U8<32>)zipLow(a, b), high = (U8<32>)zipHigh(a, b);
+        store(p, lowBlocks(low, high));
+        store(p + 32, highBlocks(low, high));
+    }
+    static QEL_INLINE void store4(uint8_t* p, U8<32> a, U8<32> b, U8<32> c, U8<32> d)
+    {
+        auto abLow = (U16<32>)zipLow(a, b), abHigh = (U16<32>)zipHigh(a, b);
+        auto cdLow = (U16<32>)zipLow(c, d), cdHigh = (U16<32>)zipHigh(c, d);
+        auto r0 = (U8<32>)zipLow(abLow, cdLow), r1 = (U8<32>)zipHigh(abLow, cdLow);
+        auto r2 = (U8<32>)zipLow(abHigh, cdHigh), r3 = (U8<32>)zipHigh(abHigh, cdHigh);
+        store(p, lowBlocks(r0, r1));
+        store(p + 32, lowBlocks(r2, r3));
+        store(p + 64, highBlocks(r0, r1));
+        store(p + 96, highBlocks(r2, r3));
+    }
+
+    static QEL_INLINE U8<32> shuffle(U8<32> v, const uint8_t* from)
+    {
+        return (U8<32>)_mm256_shuffle_epi8((__m256i)v, _mm256_load_si256((const __m256i*)from));
+    }
+    static QEL_INLINE U8<32> blend(U8<32> a, U8<32> b, const uint8_t* mask)
+    {
+        return (U8<32>)_mm256_blendv_epi8((__m256i)a, (__m256i)b, _mm256_load_si256((const __m256i*)mask));
+    }
+    // As in Simd<16>, with the first 48 bytes in the lower blocks and the second 48 in the upper ones.
+    static QEL_INLINE void load3(const uint8_t* p, U8<32>& a, U8<32>& b, U8<32>& c)
+    {
+        auto m0 = load<U8<32>>(p), m1 = load<U8<32>>(p + 32), m2 = load<U8<32>>(p + 64);
+        auto r0 = lowAndHigh(m0, m1), r2 = lowAndHigh(m1, m2);
+        auto r1 = (U8<32>)_mm256_permute2x128_si256((__m256i)m0, (__m256i)m2, 0x21);
+        auto& mask = kTriples.choose;
+        a = shuffle(blend(blend(r0, r1, mask[2]), r2, mask[1]), kTriples.load[0]);
+        b = shuffle(blend(blend(r0, r1, mask[0]), r2, mask[2]), kTriples.load[1]);
+        c = shuffle(blend(blend(r0, r1, mask[1]), r2, mask[0]), kTriples.load[2]);
+    }
+    // Four triples for each block: their pairs (a, b) in its lower half, pairs (c, 0) in its upper one.
+    template <int kSkip> static QEL_INLINE U64<32> fourTriples(const uint8_t* p)
+    {
+        auto low = _mm_loadu_si128((const __m128i*)(p - kSkip)),
+             high = _mm_loadu_si128((const __m128i*)(p - kSkip + 48));
+        auto both = (U8<32>)_mm256_inserti128_si256(_mm256_castsi128_si256(low), high, 1);
+        return (U64<32>)shuffle(both, kTriples.pairs[kSkip / 4]);
+    }
+    // The last load starts four bytes early, so as not to read behind the triples.
+    static QEL_INLINE void loadPairs3(const uint8_t* p, U8<32>* ab, U8<32>* c1)
+    {
+        auto one = (U8<32>)(U16<32>{} + 256);
+        U64<32> t0 = fourTriples<0>(p), t1 = fourTriples<0>(p + 12);
+        U64<32> t2 = fourTriples<0>(p + 24), t3 = fourTriples<4>(p + 36);
+        ab[0] = (U8<32>)zipLow(t0, t1), ab[1] = (U8<32>)zipLow(t2, t3);
+        c1[0] = (U8<32>)zipHigh(t0, t1) | one, c1[1] = (U8<32>)zipHigh(t2, t3) | one;
+    }
+    static QEL_INLINE void store3(uint8_t* p, U8<32> a, U8<32> b, U8<32> c)
+    {
+        auto& mask = kTriples.choose;
+        a = shuffle(a, kTriples.store[0]), b = shuffle(b, kTriples.store[1]), c = shuffle(c, kTriples.store[2]);
+        auto r0 = blend(blend(a, b, mask[1]), c, mask[2]);
+        auto r1 = blend(blend(a, b, mask[0]), c, mask[1]);
+        auto r2 = blend(blend(a, b, mask[2]), c, mask[0]);
+        store(p, lowBlocks(r0, r1));
+        store(p + 32, lowAndHigh(r2, r0));
+        store(p + 64, highBlocks(r1, r2));
+    }
+
+    template <class V> static QEL_INLINE void storePast(void* p, V v) { _mm256_stream_si256((__m256i*)p, (__m256i)v); }
+    static QEL_INLINE void finishStores() { _mm_sfence(); }
+};
+
+}
+}
+}

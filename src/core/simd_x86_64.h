@@ -1,0 +1,161 @@
+// Simd<64> with AVX-512 intrinsics.
+#pragma once
+
+#include <immintrin.h>
+
+#include "core/simd_x86_interleave.h"
+
+namespace qel {
+namespace QEL_BUILD {
+namespace {
+
+// Where the bytes of interleaved triples come from, as indices into two registers (0 to 127) or into the third.
+struct WideTriples {
+    alignas(64) uint8_t load[3][64];  // load[c][i]: byte 3i + c of the three registers, modulo 128
+    alignas(64) uint8_t store[3][64]; // store[k][j]: byte j of register k: pixel, plus 64 for the second channel
+    uint64_t loadThird[3];            // where load takes the third register
+    uint64_t storeThird[3];           // where store takes the third channel
+};
+constexpr WideTriples makeWideTriples()
+{
+    WideTriples t = {};
+    for (int k = 0; k < 3; ++k)
+        for (int i = 0; i < 64; ++i) {
+            int from = 3 * i + k, to = 64 * k + i;
+            t.load[k][i] = uint8_t(from % 128);
+            t.loadThird[k] |= uint64_t(from >= 128) << i;
+            t.store[k][i] = uint8_t(to / 3 + (to % 3 == 1 ? 64 : 0));
+            t.storeThird[k] |= uint64_t(to % 3 == 2) << i;
+        }
+    return t;
+}
+constexpr WideTriples kWideTriples = makeWideTriples();
+
+template <> struct Simd<64> : Interleaved<64, Simd<64>> {
+    static QEL_INLINE S16<64> addSat(S16<64> a, S16<64> b)
+    {
+        return (S16<64>)_mm512_adds_epi16((__m512i)a, (__m512i)b);
+    }
+    static QEL_INLINE S16<64> subSat(S16<64> a, S16<64> b)
+    {
+        return (S16<64>)_mm512_subs_epi16((__m512i)a, (__m512i)b);
+    }
+    static QEL_INLINE U8<64> addSat(U8<64> a, U8<64> b) { return (U8<64>)_mm512_adds_epu8((__m512i)a, (__m512i)b); }
+    static QEL_INLINE U8<64> subSat(U8<64> a, U8<64> b) { return (U8<64>)_mm512_subs_epu8((__m512i)a, (__m512i)b); }
+    static QEL_INLINE U8<64> average(U8<64> a, U8<64> b) { return (U8<64>)_mm512_avg_epu8((__m512i)a, (__m512i)b); }
+    static QEL_INLINE U8<64> least(U8<64> a, U8<64> b) { return (U8<64>)_mm512_min_epu8((__m512i)a, (__m512i)b); }
+    static QEL_INLINE S16<64> least(S16<64> a, S16<64> b) { return (S16<64>)_mm512_min_epi16((__m512i)a, (__m512i)b); }
+    static QEL_INLINE U8<64> greatest(U8<64> a, U8<64> b) { return (U8<64>)_mm512_max_epu8((__m512i)a, (__m512i)b); }
+    static QEL_INLINE S16<64> greatest(S16<64> a, S16<64> b)
+    {
+        return (S16<64>)_mm512_max_epi16((__m512i)a, (__m512i)b);
+    }
+    static QEL_INLINE S16<64> mulHigh(S16<64> a, S16<64> b)
+    {
+        return (S16<64>)_mm512_mulhi_epi16((__m512i)a, (__m512i)b);
+    }
+    static QEL_INLINE U16<64> mulHigh(U16<64> a, U16<64> b)
+    {
+        return (U16<64>)_mm512_mulhi_epu16((__m512i)a, (__m512i)b);
+    }
+    static QEL_INLINE S16<64> mulRoundEven(S16<64> a, S16<64> b)
+    {
+        return evenTies((S16<64>)_mm512_mulhrs_epi16((__m512i)a, (__m512i)b), a * b);
+    }
+    static QEL_INLINE S32<64> mulAddPairs(S16<64> a, S16<64> b)
+    {
+        return (S32<64>)_mm512_madd_epi16((__m512i)a, (__m512i)b);
+    }
+    static QEL_INLINE S16<64> mulAddPairs(U8<64> a, S8<64> weights)
+    {
+        return (S16<64>)_mm512_maddubs_epi16((__m512i)a, (__m512i)weights);
+    }
+    static QEL_INLINE S16<64> pack(S32<64> a, S32<64> b) { return (S16<64>)_mm512_packs_epi32((__m512i)a, (__m512i)b); }
+    static QEL_INLINE U8<64> packUnsigned(S16<64> a, S16<64> b)
+    {
+        return (U8<64>)_mm512_packus_epi16((__m512i)a, (__m512i)b);
+    }
+    template <class V> static QEL_INLINE V zipLow(V a, V b)
+    {
+        if constexpr (sizeof(a[0]) == 1) return (V)_mm512_unpacklo_epi8((__m512i)a, (__m512i)b);
+        if constexpr (sizeof(a[0]) == 2) return (V)_mm512_unpacklo_epi16((__m512i)a, (__m512i)b);
+        if constexpr (sizeof(a[0]) == 4) return (V)_mm512_unpacklo_epi32((__m512i)a, (__m512i)b);
+        if constexpr (sizeof(a[0]) == 8) return (V)_mm512_unpacklo_epi64((__m512i)a, (__m512i)b);
+    }
+    template <class V> static QEL_INLINE V zipHigh(V a, V b)
+    {
+        if constexpr (sizeof(a[0]) == 1) return (V)_mm512_unpackhi_epi8((__m512i)a, (__m512i)b);
+        if constexpr (sizeof(a[0]) == 2) return (V)_mm512_unpackhi_epi16((__m512i)a, (__m512i)b);
+        if constexpr (sizeof(a[0]) == 4) return (V)_mm512_unpackhi_epi32((__m512i)a, (__m512i)b);
+        if constexpr (sizeof(a[0]) == 8) return (V)_mm512_unpackhi_epi64((__m512i)a, (__m512i)b);
+    }
+
+    template <class V> static QEL_INLINE V inOrder(V v)
+    {
+        return (V)_mm512_permutexvar_epi64(_mm512_setr_epi64(0, 2, 4, 6, 1, 3, 5, 7), (__m512i)v);
+    }
+    static QEL_INLINE S16<64> widen(const uint8_t* p)
+    {
+        return (S16<64>)_mm512_cvtepu8_epi16(_mm256_loadu_si256((const __m256i*)p));
+    }
+    static QEL_INLINE S16<64> join(S16<32> lower, S16<32> upper)
+    {
+        return (S16<64>)_mm512_inserti64x4(_mm512_castsi256_si512((__m256i)lower), (__m256i)upper, 1);
+    }
+    static QEL_INLINE S16<32> lowerHalf(S16<64> a) { return (S16<32>)_mm512_castsi512_si256((__m512i)a); }
+    static QEL_INLINE S16<32> upperHalf(S16<64> a) { return (S16<32>)_mm512_extracti64x4_epi64((__m512i)a, 1); }
+    template <class V> static QEL_INLINE bool isZero(V v)
+    {
+        return _mm512_test_epi64_mask((__m512i)v, (__m512i)v) == 0;
+    }
+    static QEL_INLINE uint64_t signMask(U8<64> a) { return _mm512_movepi8_mask((__m512i)a); }
+
+    template <class V> static QEL_INLINE void store2(uint8_t* p, V a, V b)
+    {
+        auto low = (__m512i)zipLow(a, b), high = (__m512i)zipHigh(a, b);
+        store(p, _mm512_permutex2var_epi64(low, _mm512_setr_epi64(0, 1, 8, 9, 2, 3, 10, 11), high));
+        store(p + 64, _mm512_permutex2var_epi64(low, _mm512_setr_epi64(4, 5, 12, 13, 6, 7, 14, 15), high));
+    }
+    static QEL_INLINE void store4(uint8_t* p, U8<64> a, U8<64> b, U8<64> c, U8<64> d)
+    {
+        auto abLow = (U16<64>)zipLow(a, b), abHigh = (U16<64>)zipHigh(a, b);
+        auto cdLow = (U16<64>)zipLow(c, d), cdHigh = (U16<64>)zipHigh(c, d);
+        auto r0 = (__m512i)zipLow(abLow, cdLow), r1 = (__m512i)zipHigh(abLow, cdLow);
+        auto r2 = (__m512i)zipLow(abHigh, cdHigh), r3 = (__m512i)zipHigh(abHigh, cdHigh);
+        // The 16-byte blocks of four registers, transposed.
+        auto t0 = _mm512_shuffle_i32x4(r0, r1, 0x44), t1 = _mm512_shuffle_i32x4(r2, r3, 0x44);
+        auto t2 = _mm512_shuffle_i32x4(r0, r1, 0xEE), t3 = _mm512_shuffle_i32x4(r2, r3, 0xEE);
+        store(p, _mm512_shuffle_i32x4(t0, t1, 0x88));
+        store(p + 64, _mm512_shuffle_i32x4(t0, t1, 0xDD));
+        store(p + 128, _mm512_shuffle_i32x4(t2, t3, 0x88));
+        store(p + 192, _mm512_shuffle_i32x4(t2, t3, 0xDD));
+    }
+
+    // Bytes of r0 and r1 by index, and where `third` has ones, of r2.
+    static QEL_INLINE U8<64> gather3(U8<64> r0, U8<64> r1, U8<64> r2, const uint8_t* from, uint64_t third)
+    {
+        __m512i index = _mm512_load_si512(from);
+        __m512i firstTwo = _mm512_permutex2var_epi8((__m512i)r0, index, (__m512i)r1);
+        return (U8<64>)_mm512_mask_permutexvar_epi8(firstTwo, third, index, (__m512i)r2);
+    }
+    static QEL_INLINE void load3(const uint8_t* p, U8<64>& a, U8<64>& b, U8<64>& c)
+    {
+        auto r0 = load<U8<64>>(p), r1 = load<U8<64>>(p + 64), r2 = load<U8<64>>(p + 128);
+        a = gather3(r0, r1, r2, kWideTriples.load[0], kWideTriples.loadThird[0]);
+        b = gather3(r0, r1, r2, kWideTriples.load[1], kWideTriples.loadThird[1]);
+        c = gather3(r0, r1, r2, kWideTriples.load[2], kWideTriples.loadThird[2]);
+    }
+    static QEL_INLINE void store3(uint8_t* p, U8<64> a, U8<64> b, U8<64> c)
+    {
+        store(p, gather3(a, b, c, kWideTriples.store[0], kWideTriples.storeThird[0]));
+        store(p + 64, gather3(a, b, c, kWideTriples.store[1], kWideTriples.storeThird[1]));
+        store(p + 128, gather3(a, b, c, kWideTriples.store[2], kWideTriples.storeThird[2]));
+    }
+
+    template <class V> static QEL_INLINE void storePast(void* p, V v) { _mm512_stream_si512((__m512i*)p, (__m512i)v); }
+    static QEL_INLINE void finishStores() { _mm_sfence(); }
+};
+
+}
+}
+}

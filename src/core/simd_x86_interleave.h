@@ -1,0 +1,80 @@
+// What the x86 registers of every width share: interleaved bytes, and rounding of products. Included by core/simd.h.
+#pragma once
+
+namespace qel {
+namespace QEL_BUILD {
+namespace {
+
+// Bytes of interleaved triples lie in three registers r0, r1, r2 of 16 bytes. Byte j of register k belongs to channel
+// (k + j) mod 3, so one channel never needs the same j of two registers: three blends gather a channel, and a shuffle
+// puts it in order. Storing goes the same way back.
+struct Triples {
+    alignas(64) uint8_t load[3][64];   // load[c][i]: where pixel i of channel c lies after the blends
+    alignas(64) uint8_t store[3][64];  // store[c][j]: which pixel of channel c goes to byte j
+    alignas(64) uint8_t choose[3][64]; // choose[m][j]: all ones where j mod 3 is m (j within its block of 16)
+    alignas(64) uint8_t pairs[2][64];  // four triples as pairs: where they come from, from byte 0 or from byte 4 on
+};
+constexpr Triples makeTriples()
+{
+    Triples t = {};
+    for (int c = 0; c < 3; ++c)
+        for (int j = 0; j < 64; ++j) {
+            int inBlock = j % 16, k = (c - inBlock + 48) % 3;
+            t.load[c][j] = uint8_t((3 * inBlock + c) % 16);
+            t.store[c][j] = uint8_t((16 * k + inBlock - c) / 3);
+            t.choose[c][j] = inBlock % 3 == c ? 0xFF : 0;
+        }
+    for (int j = 0; j < 64; ++j) {
+        int triple = j % 8 / 2, from = 3 * triple + (j % 16 < 8 ? j % 2 : 2);
+        bool isZero = j % 16 >= 8 && j % 2 == 1;
+        for (int k = 0; k < 2; ++k) t.pairs[k][j] = isZero ? 0x80 : uint8_t(from + 4 * k);
+    }
+    return t;
+}
+constexpr Triples kTriples = makeTriples();
+
+// Pairs and quadruples: even and odd bytes come apart by masks, shifts and packs.
+template <int N, class Simd> struct Interleaved {
+    static QEL_INLINE U8<N> evenBytes(U8<N> a, U8<N> b)
+    {
+        return Simd::inOrder(Simd::packUnsigned((S16<N>)a & 0xFF, (S16<N>)b & 0xFF));
+    }
+    static QEL_INLINE U8<N> oddBytes(U8<N> a, U8<N> b)
+    {
+        return Simd::inOrder(Simd::packUnsigned((S16<N>)((U16<N>)a >> 8), (S16<N>)((U16<N>)b >> 8)));
+    }
+    static QEL_INLINE void load2(const uint8_t* p, U8<N>& a, U8<N>& b)
+    {
+        auto first = load<U8<N>>(p), second = load<U8<N>>(p + N);
+        a = evenBytes(first, second);
+        b = oddBytes(first, second);
+    }
+    static QEL_INLINE void loadPairs3(const uint8_t* p, U8<N>* ab, U8<N>* c1)
+    {
+        U8<N> a, b, c, one = U8<N>{} + 1;
+        Simd::load3(p, a, b, c);
+        ab[0] = Simd::zipLow(a, b), ab[1] = Simd::zipHigh(a, b);
+        c1[0] = Simd::zipLow(c, one), c1[1] = Simd::zipHigh(c, one);
+    }
+    static QEL_INLINE void load4(const uint8_t* p, U8<N>& a, U8<N>& b, U8<N>& c, U8<N>& d)
+    {
+        U8<N> ac0, bd0, ac1, bd1;
+        load2(p, ac0, bd0);
+        load2(p + 2 * N, ac1, bd1);
+        a = evenBytes(ac0, ac1);
+        b = evenBytes(bd0, bd1);
+        c = oddBytes(ac0, ac1);
+        d = oddBytes(bd0, bd1);
+    }
+};
+
+// From products rounded with ties up, and their low halves: a tie has 0x4000 in its last 15 bits.
+template <class V> QEL_INLINE V evenTies(V rounded, V low)
+{
+    V isTie = low * 2 == -32768;
+    return rounded & ~(V)(isTie & 1);
+}
+
+}
+}
+}
