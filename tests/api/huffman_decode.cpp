@@ -1,6 +1,8 @@
 // Sequential Huffman decoding, against the bit-at-a-time decoder: values, positions, states, and damaged streams.
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 #include "guarded.h"
 #include "huffman_reference.h"
 #include "jpeg/huffman_tables.h"
@@ -32,7 +34,7 @@ struct Pair {
     Pair(const Lists& dcLists, const Lists& acLists, const std::vector<uint8_t>& stream)
         : dc(specOf(dcLists)), ac(specOf(acLists)), src(stream.size()), block(64)
     {
-        memcpy(src.data(), stream.data(), stream.size());
+        std::copy(stream.begin(), stream.end(), src.data());
         reference.src = stream;
         reference.dc = dcLists;
         reference.ac = acLists;

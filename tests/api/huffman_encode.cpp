@@ -1,6 +1,8 @@
 // Sequential Huffman encoding and statistics, against the bit-at-a-time coder.
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 #include "guarded.h"
 #include "huffman_reference.h"
 #include "jpeg/huffman_tables.h"
@@ -40,7 +42,7 @@ struct Pair {
     void expectSame()
     {
         ASSERT_EQ(pos, (int)reference.bytes.size());
-        ASSERT_EQ(memcmp(dst.data(), reference.bytes.data(), pos), 0);
+        ASSERT_TRUE(std::equal(reference.bytes.begin(), reference.bytes.end(), dst.data()));
         for (int i = pos; i < room(); ++i) ASSERT_EQ(dst.data()[i], 0xA5) << "byte " << i << " behind " << pos;
         ASSERT_TRUE(dst.intact());
         ASSERT_EQ(lastDc, reference.lastDc);
@@ -228,7 +230,7 @@ TEST(EncodeHuffmanDirect, EqualsTheBitwiseCoder)
             std::vector<uint8_t> expected = reference.bytes;
             if (!reference.pending.empty()) expected.push_back(uint8_t(reference.word() >> 16));
             Guarded<uint8_t> dst(expected.size());
-            memcpy(dst.data(), before.data(), before.size());
+            std::copy(before.begin(), before.end(), dst.data());
             ASSERT_EQ(qeliEncodeHuffman8x8_Direct_JPEG_16s1u_C1(block.data(), dst.data(), &bits, &lastDc, &tables.dc,
                                                                 &tables.ac),
                       qelStsNoErr);
