@@ -3,12 +3,14 @@
 
 file(GLOB QELJX_KERNEL_FILES CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/src/*/*_kernels.cpp)
 
-# qeljx_kernel_build(NAME WIDTH INTRINSICS FLAGS...): the object library qeljx_kernels_NAME.
+# qeljx_kernel_build(NAME WIDTH INTRINSICS FLAGS...): the object library qeljx_kernels_NAME. NAME may be BUILD_emulated, which
+# stands in for BUILD and bears its name in the source.
 function(qeljx_kernel_build name width intrinsics)
+    string(REPLACE "_emulated" "" build ${name})
     add_library(qeljx_kernels_${name} OBJECT ${QELJX_KERNEL_FILES})
     target_include_directories(qeljx_kernels_${name} PRIVATE ${PROJECT_SOURCE_DIR}/src ${PROJECT_SOURCE_DIR}/include)
     target_compile_definitions(qeljx_kernels_${name} PRIVATE
-        QEL_BUILD=${name} QEL_WIDTH=${width} QEL_INTRINSICS=${intrinsics})
+        QEL_BUILD=${build} QEL_WIDTH=${width} QEL_INTRINSICS=${intrinsics})
     target_compile_options(qeljx_kernels_${name} PRIVATE -fno-exceptions -fno-rtti -fwrapv -Wno-psabi ${ARGN})
     if(NOT CMAKE_BUILD_TYPE STREQUAL "Debug")
         # Vectors are written by hand; the compiler's own vectorisation made kernels larger and slower.
@@ -39,7 +41,14 @@ if(QELJX_TESTS)
     qeljx_kernel_build(wide16 16 0 -fno-sanitize=undefined)
     qeljx_kernel_build(wide32 32 0 -fno-sanitize=undefined)
     qeljx_kernel_build(wide64 64 0 -fno-sanitize=undefined)
-    set(QELJX_TEST_KERNEL_BUILDS scalar wide16 wide32 wide64)
+    set(QELJX_TEST_KERNEL_BUILDS ${QELJX_KERNEL_BUILDS} scalar wide16 wide32 wide64)
+    # Only the tests link the emulated kernels; the libraries keep the real ones.
+    if(QELJX_EMULATE_AVX512)
+        qeljx_kernel_build(avx512_emulated 64 1
+            -mavx2 -mbmi -mbmi2 -mpopcnt -isystem ${PROJECT_SOURCE_DIR}/tests/emulation)
+        list(REMOVE_ITEM QELJX_TEST_KERNEL_BUILDS avx512)
+        list(APPEND QELJX_TEST_KERNEL_BUILDS avx512_emulated)
+    endif()
 endif()
 
 set(QELJX_KERNEL_OBJECTS)

@@ -4,18 +4,22 @@
 # step TEXT: says what comes next.
 step() { printf '\n== %s\n' "$*"; }
 
-# build FOLDER CMAKE-ARGUMENT...: configures and builds in FOLDER, through ccache where it is installed. Says little
-# unless something fails.
-build() {
+# configure FOLDER CMAKE-ARGUMENT...: prepares FOLDER for ninja, with ccache where it is installed.
+configure() {
     local folder=$1
     shift
     local cache=()
     if command -v ccache >/dev/null; then
         cache=(-DCMAKE_C_COMPILER_LAUNCHER=ccache -DCMAKE_CXX_COMPILER_LAUNCHER=ccache)
     fi
-    step "Building in $folder"
     cmake -S . -B "$folder" -G Ninja "${cache[@]}" "$@" >/dev/null
-    ninja -C "$folder" --quiet
+}
+
+# build FOLDER CMAKE-ARGUMENT...: configures and builds in FOLDER. Says little unless something fails.
+build() {
+    step "Building in $1"
+    configure "$@"
+    ninja -C "$1" --quiet
 }
 
 # run_tests FOLDER CTEST-ARGUMENT...

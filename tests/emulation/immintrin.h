@@ -1,0 +1,50 @@
+// Stands before the compiler's <immintrin.h> and supplies the AVX-512 intrinsics of simd_x86.h through SIMDe, so that
+// the kernel tests run the avx512 build on a processor that only has AVX2. For the tests alone.
+#pragma once
+
+#include_next <immintrin.h>
+#include <stdint.h>
+#include <string.h>
+
+// After the compiler's header, whose intrinsics the aliases hide.
+#define SIMDE_ENABLE_NATIVE_ALIASES
+#include <simde/x86/avx512.h>
+
+// What SIMDe 0.7 lacks.
+namespace emulation {
+
+typedef uint8_t Bytes __attribute__((vector_size(32)));
+typedef uint16_t Words __attribute__((vector_size(64)));
+typedef uint32_t Products __attribute__((vector_size(128)));
+
+inline __m512i mulHighUnsigned(__m512i a, __m512i b)
+{
+    auto wideA = __builtin_convertvector((Words)a, Products), wideB = __builtin_convertvector((Words)b, Products);
+    return (__m512i) __builtin_convertvector(wideA * wideB >> 16, Words);
+}
+
+inline __m512i widen(__m256i bytes) { return (__m512i) __builtin_convertvector((Bytes)bytes, Words); }
+
+// Faults where the processor would.
+inline void stream(void* p, __m512i v)
+{
+    if ((uintptr_t)p % sizeof v != 0) __builtin_trap();
+    memcpy(p, &v, sizeof v);
+}
+
+}
+
+#undef _mm512_mulhi_epu16
+#undef _mm512_cvtepu8_epi16
+#undef _mm512_stream_si512
+#define _mm512_mulhi_epu16(a, b) emulation::mulHighUnsigned(a, b)
+#define _mm512_cvtepu8_epi16(a) emulation::widen(a)
+#define _mm512_stream_si512(p, v) emulation::stream(p, v)
+
+// SIMDe 0.7 gives this name the parameters of the masked form.
+#undef _mm512_madd_epi16
+#define _mm512_madd_epi16(a, b) simde_mm512_madd_epi16(a, b)
+
+// Only now: SIMDe must not take the instructions for granted, simd_x86.h must.
+#define __AVX512BW__ 1
+#define __AVX512VBMI__ 1
