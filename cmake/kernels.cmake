@@ -3,8 +3,8 @@
 
 file(GLOB QELJX_KERNEL_FILES CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/src/*/*_kernels.cpp)
 
-# qeljx_kernel_build(NAME WIDTH INTRINSICS FLAGS...): the object library qeljx_kernels_NAME. NAME may be BUILD_emulated, which
-# stands in for BUILD and bears its name in the source.
+# qeljx_kernel_build(NAME WIDTH INTRINSICS FLAGS...): the object library qeljx_kernels_NAME.
+# A build named BUILD_emulated stands in for BUILD and bears its name in the source.
 function(qeljx_kernel_build name width intrinsics)
     string(REPLACE "_emulated" "" build ${name})
     add_library(qeljx_kernels_${name} OBJECT ${QELJX_KERNEL_FILES})
