@@ -38,12 +38,14 @@ QEL_INLINE void toRgb(Lane, uint8_t y, uint8_t cb, uint8_t cr, uint8_t& r, uint8
     b = clampToByte(y + ((kCbToBlue * blue + kRounding.blue) >> 14));
 }
 
+// Not all of what follows is used where an element is a plain int.
+
 // In registers sums have 16 bits, 6 of them fraction: Y comes as 64 * Y + kLumaBias, and a chroma c as 256 * c + low,
 // so that the upper half of a product has 6 fraction bits and `low` stands for the rounding. There are only 256 such
 // products: the one `low` that gives all of them is found, or refused, at compile time.
 constexpr int kLumaBias = 25;
 
-constexpr int lowByteFor(int factor, int rounding)
+[[maybe_unused]] constexpr int lowByteFor(int factor, int rounding)
 {
     for (int low = 0; low < 256; ++low) {
         bool isExact = true;
@@ -142,10 +144,10 @@ template <class V, bool kIsBgr> struct Pairs {
     typename V::Type firstTwo[2], thirdOne[2];
 };
 
-template <class Pixels> constexpr bool kIsRgb24 = false;
-template <class Pixels> constexpr bool kIsBgr24 = false;
-template <class T> constexpr bool kIsRgb24<Rgb24<T>> = true;
-template <class T> constexpr bool kIsBgr24<Bgr24<T>> = true;
+template <class Pixels> [[maybe_unused]] constexpr bool kIsRgb24 = false;
+template <class Pixels> [[maybe_unused]] constexpr bool kIsBgr24 = false;
+template <class T> [[maybe_unused]] constexpr bool kIsRgb24<Rgb24<T>> = true;
+template <class T> [[maybe_unused]] constexpr bool kIsBgr24<Bgr24<T>> = true;
 
 template <class V, class Pixels> QEL_INLINE auto coloursAt(Pixels pixels, ptrdiff_t i)
 {
@@ -173,7 +175,7 @@ template <Weights kWeights> QEL_INLINE uint8_t weigh(Single p)
 
 // A factor as 256 * upperByte + lowerByte, both signed.
 constexpr int upperByte(int factor) { return (factor + 128) >> 8; }
-constexpr int lowerByte(int factor) { return factor - 256 * upperByte(factor); }
+[[maybe_unused]] constexpr int lowerByte(int factor) { return factor - 256 * upperByte(factor); }
 
 // Half a register of pairs in 16 bits: two sums of byte products, and the 15 bits below the result cut off.
 template <int kFirst, int kSecond, int kThird, int kRounding, int kOffset, int N>
