@@ -15,6 +15,8 @@ install(FILES ${PROJECT_BINARY_DIR}/qeljx-config.cmake ${PROJECT_BINARY_DIR}/qel
 
 # What the archive needs beside itself, as linker flags.
 list(TRANSFORM QELJX_STATIC_LIBRARIES PREPEND -l OUTPUT_VARIABLE QELJX_PRIVATE_LIBS)
+list(TRANSFORM QELJX_STATIC_FOLDERS PREPEND -L OUTPUT_VARIABLE folders)
+list(PREPEND QELJX_PRIVATE_LIBS ${folders})
 list(JOIN QELJX_PRIVATE_LIBS " " QELJX_PRIVATE_LIBS)
 file(RELATIVE_PATH QELJX_PREFIX_FROM_PKGCONFIG /prefix/${QELJX_PKGCONFIG_DIR} /prefix)
 configure_file(cmake/qeljx.pc.in qeljx.pc @ONLY)

@@ -44,7 +44,7 @@ set_target_properties(qeljx PROPERTIES
     LINK_DEPENDS ${QELJX_EXPORT_MAP})
 set_target_properties(qeljx_static PROPERTIES OUTPUT_NAME qeljx EXPORT_NAME qeljx_static)
 target_link_options(qeljx PRIVATE
-    -Wl,-Bsymbolic -Wl,-z,relro -Wl,-z,now -Wl,--version-script=${QELJX_EXPORT_MAP})
+    -Wl,-Bsymbolic -Wl,-z,relro -Wl,-z,now -Wl,--as-needed -Wl,--version-script=${QELJX_EXPORT_MAP})
 # An instrumented library finds the sanitizers in the program.
 if(NOT QELJX_FUZZ)
     target_link_options(qeljx PRIVATE -Wl,--no-undefined)
@@ -57,9 +57,16 @@ foreach(target qeljx qeljx_static)
     endif()
 endforeach()
 # The OpenMP runtime by the names of its libraries, so that a C project needs no OpenMP of its own to link the archive.
+# Every compiler finds GCC's runtime; others lie where only their own compiler looks.
 set(QELJX_STATIC_LIBRARIES "")
+set(QELJX_STATIC_FOLDERS "")
 if(QELJX_OPENMP)
     set(QELJX_STATIC_LIBRARIES ${OpenMP_CXX_LIB_NAMES})
+    if(NOT CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+        list(GET OpenMP_CXX_LIB_NAMES 0 runtime)
+        cmake_path(GET OpenMP_${runtime}_LIBRARY PARENT_PATH QELJX_STATIC_FOLDERS)
+    endif()
 endif()
+target_link_directories(qeljx_static INTERFACE "$<INSTALL_INTERFACE:${QELJX_STATIC_FOLDERS}>")
 target_link_libraries(qeljx_static INTERFACE "$<INSTALL_INTERFACE:${QELJX_STATIC_LIBRARIES}>")
 add_library(qeljx::qeljx ALIAS qeljx)
