@@ -42,7 +42,9 @@ inline bool runsAlone()
 template <class Row> inline void forRowsInParallel(QelSize roi, Row row)
 {
     if ((int64_t)roi.width * roi.height <= kSerialElements || runsAlone()) return forRows(roi, row);
+#ifdef _OPENMP
 #pragma omp parallel for schedule(static)
+#endif
     for (int r = 0; r < roi.height; ++r) row(r);
 }
 
