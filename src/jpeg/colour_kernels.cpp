@@ -2,19 +2,13 @@
 // four (or eight) pixels use products in fixed point, what is left of the row the tables.
 #include "jpeg/colour.h"
 
+#include "jpeg/colour_sums.h"
 #include "jpeg/colour_tables.h"
 #include "jpeg/pixel_formats.h"
 
 namespace qel {
 namespace QEL_BUILD {
 namespace {
-
-// v >> kBits. Shuffles keep the ports busy that shift; the multipliers have time.
-template <int kBits, int N, class V> QEL_INLINE V shiftByProduct(V v)
-{
-    constexpr uint16_t factor = 1 << (16 - kBits);
-    return Simd<N>::mulHigh(v, (V)(U16<N>{} + factor));
-}
 
 // --- YCbCr to RGB, 14 fraction bits.
 
@@ -26,8 +20,6 @@ struct Rounding {
 };
 constexpr Rounding kTuned = {8192 - 47, 8192 + 110, 8192 - 57};
 constexpr Rounding kPlain = {8192, 8192, 8192};
-
-QEL_INLINE uint8_t clampToByte(int v) { return clampTo<uint8_t>(v, 0, 255); }
 
 template <Rounding kRounding>
 QEL_INLINE void toRgb(Lane, uint8_t y, uint8_t cb, uint8_t cr, uint8_t& r, uint8_t& g, uint8_t& b)
@@ -62,8 +54,7 @@ constexpr int kLumaBias = 25;
 // 256 * upper + lower. It is subtracted, so 255 turns rounding down into rounding up.
 template <Rounding kRounding, int N> QEL_INLINE S16<N> greenChroma(U8<N> pairs)
 {
-    using Weights = U8<N>;
-    auto weigh = [&](int cb, int cr) { return Simd<N>::mulAddPairs((Weights)pairsOf<N>(cb, cr), (S8<N>)pairs); };
+    auto weigh = [&](int cb, int cr) { return Simd<N>::mulAddPairs((U8<N>)pairsOf<N>(cb, cr), (S8<N>)pairs); };
     S16<N> lower = weigh(-kCbToGreen & 255, -kCrToGreen & 255) - int16_t(kRounding.green - 256 * kLumaBias - 255);
     return weigh(-kCbToGreen >> 8, -kCrToGreen >> 8) + shiftByProduct<8, N>(lower);
 }
@@ -118,88 +109,6 @@ QEL_INLINE void rowToRgb(const uint8_t* y, const uint8_t* cb, const uint8_t* cr,
 }
 
 // --- RGB to YCbCr, 15 fraction bits.
-
-// The factors of one sum, the rounding term, and the offset of the result.
-struct Weights {
-    int red, green, blue, rounding, offset;
-};
-struct Fixed15 {
-    static constexpr Weights kY = {9798, 19235, 3736, 16266, 0};
-    static constexpr Weights kCb = {-5529, -10855, 16384, 16384, 128};
-    static constexpr Weights kCr = {16384, -13720, -2664, 16400, 128};
-};
-// Factors of 14 bits, doubled.
-struct Fixed14 {
-    static constexpr Weights kY = {2 * 4899, 2 * 9617, 2 * 1868, 2 * 8192, 0};
-    static constexpr Weights kCb = {2 * -2764, 2 * -5428, 2 * 8192, 2 * 8192, 128};
-    static constexpr Weights kCr = {2 * 8192, 2 * -6860, 2 * -1332, 2 * 8192, 128};
-};
-
-// Pixels as the sums want them: one by its colours, or a register full as pairs, half by half: (red, green) and
-// (blue, 1), with red and blue exchanged in Pairs<V, true>.
-struct Single {
-    uint8_t r, g, b;
-};
-template <class V, bool kIsBgr> struct Pairs {
-    typename V::Type firstTwo[2], thirdOne[2];
-};
-
-template <class Pixels> [[maybe_unused]] constexpr bool kIsRgb24 = false;
-template <class Pixels> [[maybe_unused]] constexpr bool kIsBgr24 = false;
-template <class T> [[maybe_unused]] constexpr bool kIsRgb24<Rgb24<T>> = true;
-template <class T> [[maybe_unused]] constexpr bool kIsBgr24<Bgr24<T>> = true;
-
-template <class V, class Pixels> QEL_INLINE auto coloursAt(Pixels pixels, ptrdiff_t i)
-{
-    typename V::Type r, g, b;
-    if constexpr (V::kCount == 1) {
-        pixels.template get<V>(i, r, g, b);
-        return Single{r, g, b};
-    } else if constexpr (kIsRgb24<Pixels> || kIsBgr24<Pixels>) {
-        Pairs<V, kIsBgr24<Pixels>> pairs;
-        V::loadPairs3(pixels.row + 3 * i, pairs.firstTwo, pairs.thirdOne);
-        return pairs;
-    } else {
-        using Ops = Simd<sizeof r>;
-        auto one = typename V::Type{} + 1;
-        pixels.template get<V>(i, r, g, b);
-        return Pairs<V, false>{{Ops::zipLow(r, g), Ops::zipHigh(r, g)}, {Ops::zipLow(b, one), Ops::zipHigh(b, one)}};
-    }
-}
-
-template <Weights kWeights> QEL_INLINE uint8_t weigh(Single p)
-{
-    int sum = kWeights.red * p.r + kWeights.green * p.g + kWeights.blue * p.b + kWeights.rounding;
-    return clampToByte((sum >> 15) + kWeights.offset);
-}
-
-// A factor as 256 * upperByte + lowerByte, both signed.
-constexpr int upperByte(int factor) { return (factor + 128) >> 8; }
-[[maybe_unused]] constexpr int lowerByte(int factor) { return factor - 256 * upperByte(factor); }
-
-// Half a register of pairs in 16 bits: two sums of byte products, and the 15 bits below the result cut off.
-template <int kFirst, int kSecond, int kThird, int kRounding, int kOffset, int N>
-QEL_INLINE S16<N> weighHalf(U8<N> firstTwo, U8<N> thirdOne)
-{
-    using Ops = Simd<N>;
-    S16<N> lower = Ops::mulAddPairs(firstTwo, pairsOf<N>(lowerByte(kFirst), lowerByte(kSecond)));
-    if constexpr (lowerByte(kThird) != 0 || lowerByte(kRounding) != 0)
-        lower += Ops::mulAddPairs(thirdOne, pairsOf<N>(lowerByte(kThird), lowerByte(kRounding)));
-    S16<N> upper = Ops::mulAddPairs(firstTwo, pairsOf<N>(upperByte(kFirst), upperByte(kSecond))) +
-                   Ops::mulAddPairs(thirdOne, pairsOf<N>(upperByte(kThird), upperByte(kRounding)));
-    upper += shiftByProduct<8, N>(lower);
-    if constexpr (kOffset != 0) upper += int16_t(kOffset << 7);
-    return (S16<N>)((U16<N>)upper >> 7);
-}
-
-template <Weights w, class V, bool kIsBgr> QEL_INLINE typename V::Type weigh(Pairs<V, kIsBgr> p)
-{
-    constexpr int N = sizeof(typename V::Type), first = kIsBgr ? w.blue : w.red, third = kIsBgr ? w.red : w.blue;
-    auto half = [&](int k) {
-        return weighHalf<first, w.green, third, w.rounding, w.offset, N>(p.firstTwo[k], p.thirdOne[k]);
-    };
-    return Simd<N>::packUnsigned(half(0), half(1));
-}
 
 QEL_INLINE uint8_t sumOfTerms(uint8_t r, uint8_t g, uint8_t b, ColourTerm red, ColourTerm green, ColourTerm blue)
 {

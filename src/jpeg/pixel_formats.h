@@ -70,6 +70,14 @@ template <int kGreenBits, class S> QEL_INLINE void pack16(S low, S green, S high
     }
 }
 
+// From whole words, each channel times 16.
+template <int kGreenBits, class Words> QEL_INLINE void unpackWords(Words w, Words& low, Words& green, Words& high)
+{
+    low = w << 7 & 0xF80;
+    green = kGreenBits == 5 ? w << 2 & 0xF80 : w << 1 & 0xFC0;
+    high = w >> (kGreenBits - 2) & 0xF80;
+}
+
 // Red in the lowest bits.
 template <int kGreenBits, class T> struct Rgb16 {
     T* row; // bytes
@@ -79,6 +87,12 @@ template <int kGreenBits, class T> struct Rgb16 {
         S lower, upper;
         V::load2(row + 2 * i, lower, upper);
         unpack16<kGreenBits>(lower, upper, r, g, b);
+    }
+    template <class V, class S> QEL_INLINE void getWords(ptrdiff_t i, S* r, S* g, S* b) const
+    {
+        S words[2];
+        V::loadWords(row + 2 * i, words);
+        for (int k = 0; k < 2; ++k) unpackWords<kGreenBits>(words[k], r[k], g[k], b[k]);
     }
     template <class V, class S> QEL_INLINE void put(ptrdiff_t i, S r, S g, S b) const
     {
@@ -94,6 +108,10 @@ template <int kGreenBits, class T> struct Bgr16 {
     template <class V, class S> QEL_INLINE void get(ptrdiff_t i, S& r, S& g, S& b) const
     {
         Rgb16<kGreenBits, T>{row}.template get<V>(i, b, g, r);
+    }
+    template <class V, class S> QEL_INLINE void getWords(ptrdiff_t i, S* r, S* g, S* b) const
+    {
+        Rgb16<kGreenBits, T>{row}.template getWords<V>(i, b, g, r);
     }
     template <class V, class S> QEL_INLINE void put(ptrdiff_t i, S r, S g, S b) const
     {

@@ -29,12 +29,25 @@ struct Lane {
     }
 };
 
+template <int N> QEL_INLINE auto everyOtherBlock(const uint8_t* p)
+{
+    if constexpr (N == 16)
+        return load<S16<16>>(p);
+    else
+        return Simd<N>::join(everyOtherBlock<N / 2>(p), everyOtherBlock<N / 2>(p + N));
+}
+
 template <int N> struct Samples {
     using Type = U8<N>;
     static constexpr int kCount = N;
 
     static QEL_INLINE Type load(const uint8_t* p) { return qel::QEL_BUILD::load<Type>(p); }
     static QEL_INLINE void store(uint8_t* p, Type a) { qel::QEL_BUILD::store(p, a); }
+    // Words by turns of 16 bytes, so that a pack of both registers is in order.
+    template <class Words> static QEL_INLINE void loadWords(const uint8_t* p, Words* words)
+    {
+        words[0] = (Words)everyOtherBlock<N>(p), words[1] = (Words)everyOtherBlock<N>(p + 16);
+    }
     static QEL_INLINE void load2(const uint8_t* p, Type& a, Type& b) { Simd<N>::load2(p, a, b); }
     static QEL_INLINE void store2(uint8_t* p, Type a, Type b) { Simd<N>::store2(p, a, b); }
     static QEL_INLINE void load3(const uint8_t* p, Type& a, Type& b, Type& c) { Simd<N>::load3(p, a, b, c); }
@@ -61,6 +74,10 @@ template <int kFew> struct Few : Samples<16> {
     };
 
     static QEL_INLINE Type load(const uint8_t* p) { return Samples<16>::load(Room<1>(p).bytes); }
+    template <class Words> static QEL_INLINE void loadWords(const uint8_t* p, Words* words)
+    {
+        Samples<16>::loadWords(Room<2>(p).bytes, words);
+    }
     static QEL_INLINE void load2(const uint8_t* p, Type& a, Type& b) { Samples<16>::load2(Room<2>(p).bytes, a, b); }
     static QEL_INLINE void load3(const uint8_t* p, Type& a, Type& b, Type& c)
     {
