@@ -130,7 +130,9 @@ Picture draw(int width, int height)
 {
     Picture picture(width, height, qel::codec::ColourSpace::rgb, 8);
     Scene scene(float(width) / float(height));
+#ifdef _OPENMP
 #pragma omp parallel for schedule(dynamic, 16)
+#endif
     for (int y = 0; y < height; ++y) {
         uint8_t* row = picture.row(y);
         for (int x = 0; x < width; ++x) {
