@@ -5,13 +5,13 @@
 
 namespace qel {
 
-// A segment of `len` bytes, or one that only a marker ends; `bits` holds the last four data bytes that were taken in.
+// A segment of `len` bytes, or one that only a marker ends.
 struct BitSource {
     const uint8_t* src;
     int len;
     int pos;
     uint32_t marker; // 0 until one is met
-    uint32_t bits;   // the last `count` ones have not been used
+    uint32_t bits;   // the last `count` ones have not been used; what is above them means nothing
     int count;
 };
 

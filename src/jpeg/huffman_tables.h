@@ -21,7 +21,7 @@ struct QelEncodeHuffmanSpec {
 static_assert(sizeof(QelEncodeHuffmanSpec) == 1024);
 
 struct QelDecodeHuffmanState {
-    uint32_t accumulator[2]; // low word first; bytes enter at the low end, and bits that were used up stay above
+    uint32_t accumulator[2]; // low word first; bytes enter at the low end; above `count` bits nothing counts
     int32_t count;           // bits not yet used, at the low end
     uint32_t endOfBandRun;   // progressive scans: blocks still to be passed over
     uint32_t positionsLeft;  // positions behind the last one that the last sequential block reached

@@ -35,13 +35,15 @@ public:
           pos_(source.pos), end_(source.marker == 0 ? source.len : 0), held_(source.count)
     {}
 
-    // Returns the bytes that the source would not have taken in yet. Bits that were used up are zero.
+    // Returns the bytes that the source would not have taken in yet; its position is still the one at the start. Bits
+    // that were used up are zero.
     QEL_INLINE void giveBack(BitSource& source) const
     {
+        int start = source.pos, returned = (count_ - held_) >> 3;
         source.bits = uint32_t(bits_ >> 1 >> (63 - held_));
         source.count = held_;
-        source.pos = pos_ - ((count_ - held_) >> 3);
-        if (__builtin_expect(isStuffed_, 0)) source.pos = positionBefore((count_ - held_) >> 3);
+        source.pos = pos_ - returned;
+        if (__builtin_expect(isStuffed_, 0)) source.pos = positionBefore(src_ + start, pos_ - start, returned) + start;
     }
 
     // Takes in what fits. False if then there are too few bits for the longest step; markers are left alone, and so is
@@ -129,11 +131,10 @@ private:
         *window = w;
     }
 
-    // Where the last `n` data bytes before pos_ begin.
-    __attribute__((noinline)) int positionBefore(int n) const
+    // Where the last `n` data bytes before `pos` begin; all of them lie within `src`.
+    static __attribute__((noinline)) int positionBefore(const uint8_t* src, int pos, int n)
     {
-        int pos = pos_;
-        for (; n > 0; --n) pos -= src_[pos - 1] == 0 && src_[pos - 2] == 0xFF ? 2 : 1;
+        for (; n > 0; --n) pos -= pos >= 2 && src[pos - 1] == 0 && src[pos - 2] == 0xFF ? 2 : 1;
         return pos;
     }
 

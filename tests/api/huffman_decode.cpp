@@ -181,6 +181,30 @@ TEST(DecodeHuffman8x8, Markers)
     EXPECT_EQ(pair.pos, 4);
 }
 
+// The first byte is 0, a stuffed one and a marker follow: all of it is given back, and nothing before it is touched,
+// where a page that faults lies, or a byte 0xFF that would make a pair with it.
+TEST(DecodeHuffman8x8, BeginsWithAZeroByte)
+{
+    const uint8_t stream[] = {0xFF, 0x00, 0xFF, 0x00, 0xFF, 0xD9, 0, 0, 0, 0};
+    Guarded<uint8_t> atPage(sizeof stream - 1, Fault::before);
+    memcpy(atPage.data(), stream + 1, sizeof stream - 1);
+    auto dc = specOf({{0, 0, 0, 0, 0, 0, 0, 0, 1}, {}}), ac = specOf(kAcLists);
+    const struct {
+        const uint8_t* src;
+        int len, pos;
+    } table[] = {{atPage.data(), sizeof stream - 1, 0}, {stream + 1, sizeof stream - 1, 0}, {stream, sizeof stream, 1}};
+    for (auto& row : table) {
+        QelDecodeHuffmanState state = {};
+        int pos = row.pos;
+        uint32_t marker = 0;
+        int16_t lastDc = 3, block[64];
+        EXPECT_EQ(qeliDecodeHuffman8x8_JPEG_1u16s_C1(row.src, row.len, &pos, block, &lastDc, &marker, &dc, &ac, &state),
+                  qelStsJPEGOutOfBufErr);
+        EXPECT_EQ(marker, 0xD9u);
+        EXPECT_EQ(pos, row.pos + 5);
+    }
+}
+
 TEST(DecodeHuffman8x8, DcOnly)
 {
     Pair pair(kDcLists, kAcLists, {0x00});
