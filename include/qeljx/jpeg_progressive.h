@@ -8,7 +8,70 @@
 extern "C" {
 #endif
 
-/* Encoding. */
+/*
+ * Encoding of progressive scans (T.81 G.1.2). Blocks, stream, *pDstCurrPos and pState are those of
+ * qeliEncodeHuffman8x8_JPEG_16s1u_C1, and so is the padding of a flush. The parameters are those of the scan header:
+ * ss and se are the first and the last position of its band in zig-zag order, 1 <= ss <= se <= 63; al is the point
+ * transform, 0 to 13. A block is given whole to each of its scans: DC coefficients are shifted right by al, and the
+ * magnitudes of AC coefficients are, so that -1 with al = 1 counts as 0.
+ *
+ * Blocks whose band has nothing (more) to code are counted in pState: the run they form, of up to 32767 blocks, is
+ * written before the next coefficient, at its greatest length, or by the flush. Each scan, and behind a restart marker
+ * each interval, therefore ends with a call whose `flush` is not 0, with the table of the scan. It looks at neither
+ * block, *pLastDC, ss, se nor al.
+ *
+ * Returns, in this order: qelStsNullPtrErr if pDst is null, qelStsSizeErr if dstLenBytes is less than 1,
+ * qelStsNullPtrErr if pDstCurrPos, pState or the table is null; without flush qelStsNullPtrErr if the block or pLastDC
+ * is, qelStsBadArgErr if a parameter of the scan is out of range; nothing is written then. Else qelStsJPEGHuffTableErr
+ * for a value of more than 11 bits, qelStsJPEGOutOfBufErr if the buffer is full, or qelStsJPEGHuffSpecErr if a symbol
+ * has no code: what comes before is written, and the scan has to be started again. Else qelStsNoErr.
+ *
+ * Worked: an AC scan of nothing but two blocks of zeros is, at its flush, the code of symbol 0x10 and one bit 0, filled
+ * with ones.
+ */
+
+/* The first scan of DC coefficients. *pLastDC is the shifted DC coefficient of the component's last block. */
+QEL_API QelStatus qeliEncodeHuffman8x8_DCFirst_JPEG_16s1u_C1(const int16_t* pSrc, uint8_t* pDst, int dstLenBytes,
+                                                             int* pDstCurrPos, int16_t* pLastDC, int al,
+                                                             const QelEncodeHuffmanSpec* pDcTable,
+                                                             QelEncodeHuffmanState* pState, int flush);
+/* A later scan of DC coefficients: bit al of each, without a table. */
+QEL_API QelStatus qeliEncodeHuffman8x8_DCRefine_JPEG_16s1u_C1(const int16_t* pSrc, uint8_t* pDst, int dstLenBytes,
+                                                              int* pDstCurrPos, int al, QelEncodeHuffmanState* pState,
+                                                              int flush);
+/* The first scan of a band of AC coefficients. */
+QEL_API QelStatus qeliEncodeHuffman8x8_ACFirst_JPEG_16s1u_C1(const int16_t* pSrc, uint8_t* pDst, int dstLenBytes,
+                                                             int* pDstCurrPos, int ss, int se, int al,
+                                                             const QelEncodeHuffmanSpec* pAcTable,
+                                                             QelEncodeHuffmanState* pState, int flush);
+/*
+ * A later scan of a band: bit al of the coefficients that are not 0 without it, and those that become not 0 with it.
+ * Bits of the former kind wait in pState, up to 937 of them, for the run that their blocks belong to.
+ */
+QEL_API QelStatus qeliEncodeHuffman8x8_ACRefine_JPEG_16s1u_C1(const int16_t* pSrc, uint8_t* pDst, int dstLenBytes,
+                                                              int* pDstCurrPos, int ss, int se, int al,
+                                                              const QelEncodeHuffmanSpec* pAcTable,
+                                                              QelEncodeHuffmanState* pState, int flush);
+
+/*
+ * Statistics for the tables of these scans: each adds the symbols that its encoder would write to 256 counters, which
+ * the caller has set to 0. The AC functions keep the run in pState, initialised before, as the encoders do, and count
+ * the last one when `flush` is not 0, which initialises the state again.
+ *
+ * Returns, in this order: qelStsNullPtrErr if the counters or pState are null, and without flush if the block or
+ * pLastDC is; qelStsBadArgErr if a parameter of the scan is out of range; nothing is counted then. Else
+ * qelStsJPEGHuffTableErr for a DC difference of more than 11 bits, or a value in the first scan of a band of more than
+ * 10, one less than the encoder takes and the most that 8-bit samples have; what comes before it is counted. Else
+ * qelStsNoErr.
+ */
+QEL_API QelStatus qeliGetHuffmanStatistics8x8_DCFirst_JPEG_16s_C1(const int16_t* pSrc, uint32_t* pDcStatistics,
+                                                                  int16_t* pLastDC, int al);
+QEL_API QelStatus qeliGetHuffmanStatistics8x8_ACFirst_JPEG_16s_C1(const int16_t* pSrc, uint32_t* pAcStatistics, int ss,
+                                                                  int se, int al, QelEncodeHuffmanState* pState,
+                                                                  int flush);
+QEL_API QelStatus qeliGetHuffmanStatistics8x8_ACRefine_JPEG_16s_C1(const int16_t* pSrc, uint32_t* pAcStatistics, int ss,
+                                                                   int se, int al, QelEncodeHuffmanState* pState,
+                                                                   int flush);
 
 /* Decoding. */
 

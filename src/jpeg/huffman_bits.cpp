@@ -1,4 +1,4 @@
-// Magnitude categories, and the bit writer that defines what every encoder writes.
+// Sizes of values and runs, and the bit writer that defines what every encoder writes.
 #include "jpeg/huffman_bits.h"
 
 // clang-format off
@@ -8,6 +8,10 @@ const uint32_t own_qj_csize[256] = {
     0, 1, 2, 2, 3, 3, 3, 3, EIGHT(4), EIGHT(5), EIGHT(5), EIGHT(6), EIGHT(6), EIGHT(6), EIGHT(6),
     SIXTY_FOUR(7), SIXTY_FOUR(8), SIXTY_FOUR(8)};
 
+const uint32_t own_qj_eobsize[512] = {
+    0, 0, 1, 1, 2, 2, 2, 2, EIGHT(3), EIGHT(4), EIGHT(4), EIGHT(5), EIGHT(5), EIGHT(5), EIGHT(5),
+    SIXTY_FOUR(6), SIXTY_FOUR(7), SIXTY_FOUR(7), SIXTY_FOUR(8), SIXTY_FOUR(8), SIXTY_FOUR(8), SIXTY_FOUR(8)};
+
 const int32_t own_qj_lowest_coef[16] = {
     0, -1, -3, -7, -15, -31, -63, -127, -255, -511, -1023, -2047, -4095, -8191, -16383, -32767};
 // clang-format on
@@ -15,6 +19,13 @@ const int32_t own_qj_lowest_coef[16] = {
 uint32_t ownqj_get_csize(uint32_t magnitude)
 {
     return magnitude < 256 ? own_qj_csize[magnitude] : own_qj_csize[(magnitude >> 8) & 0xFF] + 8;
+}
+
+uint32_t ownqj_get_eobsize(uint32_t run)
+{
+    if (run < 256) return own_qj_eobsize[run];
+    uint32_t high = run >> 8;
+    return own_qj_eobsize[high < 512 ? high : 511] + 8;
 }
 
 QelStatus ownqj_write_bits_jpeg(uint32_t value, int length, uint8_t* dst, int dstLen, int* pos,

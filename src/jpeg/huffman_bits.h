@@ -10,11 +10,16 @@
 
 // The number of bits of 0 to 255.
 QEL_TABLE const uint32_t own_qj_csize[256];
+// The place of the highest bit of 1 to 511 (T.81 G.1.2.2); 0 for 0.
+QEL_TABLE const uint32_t own_qj_eobsize[512];
 // By category: the lowest value that it holds, -(2^category - 1).
 QEL_TABLE const int32_t own_qj_lowest_coef[16];
 
 // The category of a magnitude of at most 16 bits.
 QEL_KERNEL uint32_t ownqj_get_csize(uint32_t magnitude);
+// The number of bits that tell a run of end-of-band blocks from others of its symbol. More than 14 for a run that no
+// symbol stands for.
+QEL_KERNEL uint32_t ownqj_get_eobsize(uint32_t run);
 
 // Appends the low `length` bits of `value` to the stream, at most 16. Fails with qelStsJPEGHuffSpecErr if the length is
 // 0 (a symbol without a code) and with qelStsJPEGOutOfBufErr where the buffer ends: the bytes before stay written and

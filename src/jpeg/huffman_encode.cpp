@@ -1,11 +1,9 @@
 // Sequential Huffman encoding and statistics: exported functions, and the plain steps, which define what is written.
 #include "jpeg/huffman_encode.h"
 
-#include <string.h>
-
 #include "core/checks.h"
 #include "core/dispatch.h"
-#include "jpeg/huffman_bits.h"
+#include "jpeg/huffman_writer.h"
 #include "jpeg/zigzag.h"
 
 using namespace qel;
@@ -15,53 +13,14 @@ namespace {
 // Room that the fast path asks for.
 constexpr int kRoomForOne = 9;
 
-int categoryOf(int value) { return (int)ownqj_get_csize((uint32_t)(value < 0 ? -value : value)); }
-
-int16_t coefficientAt(const int16_t* block, int index)
-{
-    int16_t value;
-    memcpy(&value, block + index, sizeof value);
-    return value;
-}
-
-struct Stream {
-    uint8_t* dst;
-    int dstLen;
-    int* pos;
-    QelEncodeHuffmanState* state;
-
-    int room() const { return (unsigned)*pos < (unsigned)dstLen ? dstLen - *pos : 0; }
-    QelStatus write(uint32_t value, int length) const
-    {
-        return ownqj_write_bits_jpeg(value, length, dst, dstLen, pos, state);
-    }
-    QelStatus writeSymbol(const QelEncodeHuffmanSpec* spec, int symbol) const
-    {
-        uint32_t entry = spec->entries[symbol];
-        return write(entry, (int)(entry >> 16));
-    }
-    // A negative value is written as the one's complement of its magnitude.
-    QelStatus writeValue(int value, int category) const
-    {
-        return category == 0 ? qelStsNoErr : write((uint32_t)(value < 0 ? value - 1 : value), category);
-    }
-    // Fills the last byte with ones and begins anew, also where there is no room for that byte.
-    QelStatus flush() const
-    {
-        QelStatus status = write(0x7F, 7);
-        ownqj_EncodeHuffmanStateInit(state);
-        return status;
-    }
-};
-
-QelStatus encodeDc(const Stream& out, int difference, const QelEncodeHuffmanSpec* dc)
+QelStatus encodeDc(const HuffmanWriter& out, int difference, const QelEncodeHuffmanSpec* dc)
 {
     int category = categoryOf(difference);
     if (QelStatus bad = out.writeSymbol(dc, category)) return bad;
     return out.writeValue(difference, category);
 }
 
-QelStatus encodeAc(const Stream& out, const int16_t* block, const QelEncodeHuffmanSpec* ac)
+QelStatus encodeAc(const HuffmanWriter& out, const int16_t* block, const QelEncodeHuffmanSpec* ac)
 {
     int run = 0;
     for (int k = 1; k < 64; ++k) {
@@ -80,7 +39,7 @@ QelStatus encodeAc(const Stream& out, const int16_t* block, const QelEncodeHuffm
 }
 
 // A difference of 32768 in magnitude has no bits behind its category.
-QelStatus encodeOne(const Stream& out, int16_t value, const QelEncodeHuffmanSpec* spec)
+QelStatus encodeOne(const HuffmanWriter& out, int16_t value, const QelEncodeHuffmanSpec* spec)
 {
     int category = categoryOf(value);
     if (QelStatus bad = out.writeSymbol(spec, category)) return bad;
@@ -103,7 +62,7 @@ QelStatus qeliEncodeHuffman8x8_JPEG_16s1u_C1(const int16_t* pSrc, uint8_t* pDst,
                                              int flush)
 {
     if (QelStatus bad = first(pointers(pDst), length(dstLenBytes), pointers(pDstCurrPos, pState))) return bad;
-    Stream out = {pDst, dstLenBytes, pDstCurrPos, pState};
+    HuffmanWriter out = {pDst, dstLenBytes, pDstCurrPos, pState};
     if (flush) return out.flush();
     if (QelStatus bad = pointers(pSrc, pLastDC, pDcTable, pAcTable)) return bad;
     if (out.room() >= HuffmanEncodeKernels::kRoomForBlock) {
@@ -129,7 +88,7 @@ QelStatus qeliEncodeHuffmanOne_JPEG_16s1u_C1(int16_t src, uint8_t* pDst, int dst
                                              int flush)
 {
     if (QelStatus bad = first(pointers(pDst), length(dstLenBytes), pointers(pDstCurrPos, pState))) return bad;
-    Stream out = {pDst, dstLenBytes, pDstCurrPos, pState};
+    HuffmanWriter out = {pDst, dstLenBytes, pDstCurrPos, pState};
     if (flush) {
         out.flush();
         return qelStsNoErr;

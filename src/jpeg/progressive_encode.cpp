@@ -1,0 +1,297 @@
+// Progressive Huffman encoding and statistics (T.81 G.1.2). One walk over the coefficients serves both: what it finds
+// goes to a stream or to counters.
+#include "jpeg/progressive_encode.h"
+
+#include "core/checks.h"
+#include "jpeg/huffman_writer.h"
+#include "jpeg/zigzag.h"
+
+using namespace qel;
+
+namespace {
+
+constexpr int kLargestDcCategory = 11;
+constexpr int kLargestPointTransform = 13;
+
+// What becomes of the symbols of a scan: they are written...
+struct SymbolWriter {
+    // One more than the statistics take.
+    static constexpr int kLargestAcCategory = 11;
+
+    HuffmanWriter out;
+    const QelEncodeHuffmanSpec* spec;
+
+    QelStatus symbol(int symbol) const { return out.writeSymbol(spec, symbol); }
+    QelStatus bits(uint32_t value, int length) const { return length == 0 ? qelStsNoErr : out.write(value, length); }
+    QelStatus corrections(const uint8_t* bit, uint32_t count) const
+    {
+        for (uint32_t i = 0; i < count; ++i)
+            if (QelStatus bad = out.write(bit[i], 1)) return bad;
+        return qelStsNoErr;
+    }
+};
+
+// ... or counted.
+struct SymbolCounter {
+    static constexpr int kLargestAcCategory = 10;
+
+    uint32_t* statistics;
+
+    QelStatus symbol(int symbol) const { return ++statistics[symbol], qelStsNoErr; }
+    QelStatus bits(uint32_t, int) const { return qelStsNoErr; }
+    QelStatus corrections(const uint8_t*, uint32_t) const { return qelStsNoErr; }
+};
+
+struct Band {
+    int ss, se, al;
+
+    bool isValid() const { return ss >= 1 && ss <= se && se <= 63 && al >= 0 && al <= kLargestPointTransform; }
+};
+
+// Ends the pending run, with the correction bits of its blocks.
+template <class Sink> QelStatus endRun(const Sink& sink, QelEncodeHuffmanState* state)
+{
+    uint32_t run = state->endOfBandRun, count = state->correctionCount;
+    state->endOfBandRun = 0;
+    state->correctionCount = 0;
+    if (run > kLongestRun) {
+        if (QelStatus bad = sink.symbol(kLongestRunSymbol)) return bad;
+        if (QelStatus bad = sink.bits(run, kLongestRunSize)) return bad;
+        run -= kLongestRun;
+    }
+    if (run > 0) {
+        uint32_t size = ownqj_get_eobsize(run);
+        if (size > kLongestRunSize) return qelStsJPEGHuffTableErr;
+        if (QelStatus bad = sink.symbol((int)size << 4)) return bad;
+        if (QelStatus bad = sink.bits(run, (int)size)) return bad;
+    }
+    return sink.corrections(state->correctionBits, count);
+}
+
+// One block more whose band is at its end, with `count` correction bits that stand in the buffer already.
+template <class Sink> QelStatus lengthenRun(const Sink& sink, uint32_t count, QelEncodeHuffmanState* state)
+{
+    state->endOfBandRun += 1;
+    state->correctionCount += count;
+    bool isFull = state->endOfBandRun >= kLongestRun || state->correctionCount > kMostCorrectionBits;
+    return isFull ? endRun(sink, state) : qelStsNoErr;
+}
+
+// The point transform divides the magnitude: -1 with al = 1 is 0.
+int magnitudeAt(const int16_t* block, int position, const Band& band)
+{
+    int value = coefficientAt(block, own_qj_izigzag_index[position]);
+    return (value < 0 ? -value : value) >> band.al;
+}
+bool isNegativeAt(const int16_t* block, int position)
+{
+    return coefficientAt(block, own_qj_izigzag_index[position]) < 0;
+}
+
+template <class Sink>
+QelStatus walkFirst(const int16_t* block, const Band& band, const Sink& sink, QelEncodeHuffmanState* state)
+{
+    int zeros = 0;
+    for (int k = band.ss; k <= band.se; ++k) {
+        int magnitude = magnitudeAt(block, k, band);
+        if (magnitude == 0) {
+            ++zeros;
+            continue;
+        }
+        if (QelStatus bad = endRun(sink, state)) return bad;
+        for (; zeros > 15; zeros -= 16)
+            if (QelStatus bad = sink.symbol(kSixteenZeros)) return bad;
+        int category = categoryOf(magnitude);
+        if (category > Sink::kLargestAcCategory) return qelStsJPEGHuffTableErr;
+        if (QelStatus bad = sink.symbol(zeros << 4 | category)) return bad;
+        if (QelStatus bad = sink.bits((uint32_t)(isNegativeAt(block, k) ? ~magnitude : magnitude), category))
+            return bad;
+        zeros = 0;
+    }
+    return zeros == 0 ? qelStsNoErr : lengthenRun(sink, 0, state);
+}
+
+// The last position of a coefficient that becomes significant in this scan, 0 if there is none.
+int lastNewPosition(const int16_t* block, const Band& band)
+{
+    for (int k = band.se; k >= band.ss; --k)
+        if (magnitudeAt(block, k, band) == 1) return k;
+    return 0;
+}
+
+// The correction bits of a block are kept behind those of the pending run; once that run is written, they move to the
+// front of the buffer.
+template <class Sink>
+QelStatus walkRefinement(const int16_t* block, const Band& band, const Sink& sink, QelEncodeHuffmanState* state)
+{
+    int last = lastNewPosition(block, band), zeros = 0;
+    uint8_t* bits = state->correctionBits + state->correctionCount;
+    uint32_t count = 0;
+    auto writeKept = [&] {
+        QelStatus status = sink.corrections(bits, count);
+        bits = state->correctionBits;
+        count = 0;
+        return status;
+    };
+    for (int k = band.ss; k <= band.se; ++k) {
+        int magnitude = magnitudeAt(block, k, band);
+        if (magnitude == 0) ++zeros;
+        if (magnitude > 1) bits[count++] = magnitude & 1;
+        if (zeros > 15 && k <= last) {
+            if (QelStatus bad = endRun(sink, state)) return bad;
+            if (QelStatus bad = sink.symbol(kSixteenZeros)) return bad;
+            if (QelStatus bad = writeKept()) return bad;
+            zeros -= 16;
+        }
+        if (magnitude != 1) continue;
+        if (QelStatus bad = endRun(sink, state)) return bad;
+        if (QelStatus bad = sink.symbol(zeros << 4 | 1)) return bad;
+        if (QelStatus bad = sink.bits(!isNegativeAt(block, k), 1)) return bad;
+        if (QelStatus bad = writeKept()) return bad;
+        zeros = 0;
+    }
+    return zeros > 0 || count > 0 ? lengthenRun(sink, count, state) : qelStsNoErr;
+}
+
+QelStatus checkStream(const uint8_t* dst, int dstLen, const int* pos, const QelEncodeHuffmanState* state)
+{
+    return first(pointers(dst), length(dstLen), pointers(pos, state));
+}
+
+// The DC difference after the point transform.
+int takeDcDifference(const int16_t* block, int al, int16_t* lastDc)
+{
+    auto dc = (int16_t)(coefficientAt(block, 0) >> al);
+    int difference = dc - *lastDc;
+    *lastDc = dc;
+    return difference;
+}
+
+bool isPointTransform(int al) { return al >= 0 && al <= kLargestPointTransform; }
+
+}
+
+QelStatus qeliEncodeHuffman8x8_DCFirst_JPEG_16s1u_C1(const int16_t* pSrc, uint8_t* pDst, int dstLenBytes,
+                                                     int* pDstCurrPos, int16_t* pLastDC, int al,
+                                                     const QelEncodeHuffmanSpec* pDcTable,
+                                                     QelEncodeHuffmanState* pState, int flush)
+{
+    if (QelStatus bad = first(checkStream(pDst, dstLenBytes, pDstCurrPos, pState), pointers(pDcTable))) return bad;
+    HuffmanWriter out = {pDst, dstLenBytes, pDstCurrPos, pState};
+    if (flush) return out.flush();
+    if (QelStatus bad = first(pointers(pSrc, pLastDC), values(isPointTransform(al)))) return bad;
+    int difference = takeDcDifference(pSrc, al, pLastDC), category = categoryOf(difference);
+    if (category > kLargestDcCategory) return qelStsJPEGHuffTableErr;
+    if (QelStatus bad = out.writeSymbol(pDcTable, category)) return bad;
+    return out.writeValue(difference, category);
+}
+
+QelStatus qeliEncodeHuffman8x8_DCRefine_JPEG_16s1u_C1(const int16_t* pSrc, uint8_t* pDst, int dstLenBytes,
+                                                      int* pDstCurrPos, int al, QelEncodeHuffmanState* pState,
+                                                      int flush)
+{
+    if (QelStatus bad = checkStream(pDst, dstLenBytes, pDstCurrPos, pState)) return bad;
+    HuffmanWriter out = {pDst, dstLenBytes, pDstCurrPos, pState};
+    if (flush) return out.flush();
+    if (QelStatus bad = first(pointers(pSrc), values(isPointTransform(al)))) return bad;
+    return out.write((uint32_t)(coefficientAt(pSrc, 0) >> al), 1);
+}
+
+QelStatus qeliEncodeHuffman8x8_ACFirst_JPEG_16s1u_C1(const int16_t* pSrc, uint8_t* pDst, int dstLenBytes,
+                                                     int* pDstCurrPos, int ss, int se, int al,
+                                                     const QelEncodeHuffmanSpec* pAcTable,
+                                                     QelEncodeHuffmanState* pState, int flush)
+{
+    if (QelStatus bad = first(checkStream(pDst, dstLenBytes, pDstCurrPos, pState), pointers(pAcTable))) return bad;
+    if (flush) return ownqj_EncodeHuffman8x8_ACFlush_JPEG_16s1u_C1(pDst, dstLenBytes, pDstCurrPos, pAcTable, pState);
+    if (QelStatus bad = first(pointers(pSrc), values(Band{ss, se, al}.isValid()))) return bad;
+    return ownqj_EncodeHuffman8x8_ACFirst_JPEG_16s1u_C1(pSrc, pDst, dstLenBytes, pDstCurrPos, ss, se, al, pAcTable,
+                                                        pState);
+}
+
+QelStatus qeliEncodeHuffman8x8_ACRefine_JPEG_16s1u_C1(const int16_t* pSrc, uint8_t* pDst, int dstLenBytes,
+                                                      int* pDstCurrPos, int ss, int se, int al,
+                                                      const QelEncodeHuffmanSpec* pAcTable,
+                                                      QelEncodeHuffmanState* pState, int flush)
+{
+    if (QelStatus bad = first(checkStream(pDst, dstLenBytes, pDstCurrPos, pState), pointers(pAcTable))) return bad;
+    if (flush) return ownqj_EncodeHuffman8x8_ACFlush_JPEG_16s1u_C1(pDst, dstLenBytes, pDstCurrPos, pAcTable, pState);
+    if (QelStatus bad = first(pointers(pSrc), values(Band{ss, se, al}.isValid()))) return bad;
+    return ownqj_EncodeHuffman8x8_ACRefine_JPEG_16s1u_C1(pSrc, pDst, dstLenBytes, pDstCurrPos, ss, se, al, pAcTable,
+                                                         pState);
+}
+
+QelStatus qeliGetHuffmanStatistics8x8_DCFirst_JPEG_16s_C1(const int16_t* pSrc, uint32_t* pDcStatistics,
+                                                          int16_t* pLastDC, int al)
+{
+    if (QelStatus bad = first(pointers(pSrc, pDcStatistics, pLastDC), values(isPointTransform(al)))) return bad;
+    int category = categoryOf(takeDcDifference(pSrc, al, pLastDC));
+    if (category > kLargestDcCategory) return qelStsJPEGHuffTableErr;
+    ++pDcStatistics[category];
+    return qelStsNoErr;
+}
+
+QelStatus qeliGetHuffmanStatistics8x8_ACFirst_JPEG_16s_C1(const int16_t* pSrc, uint32_t* pAcStatistics, int ss, int se,
+                                                          int al, QelEncodeHuffmanState* pState, int flush)
+{
+    if (QelStatus bad = pointers(pAcStatistics, pState)) return bad;
+    if (flush) {
+        if (QelStatus bad = ownqj_count_eobrun(pAcStatistics, pState)) return bad;
+        ownqj_EncodeHuffmanStateInit(pState);
+        return qelStsNoErr;
+    }
+    Band band = {ss, se, al};
+    if (QelStatus bad = first(pointers(pSrc), values(band.isValid()))) return bad;
+    return walkFirst(pSrc, band, SymbolCounter{pAcStatistics}, pState);
+}
+
+QelStatus qeliGetHuffmanStatistics8x8_ACRefine_JPEG_16s_C1(const int16_t* pSrc, uint32_t* pAcStatistics, int ss, int se,
+                                                           int al, QelEncodeHuffmanState* pState, int flush)
+{
+    if (QelStatus bad = pointers(pAcStatistics, pState)) return bad;
+    if (flush) return ownqj_GetHuffmanStatistics8x8_ACFlush_JPEG_16s_C1(pAcStatistics, pState);
+    if (QelStatus bad = first(pointers(pSrc), values(Band{ss, se, al}.isValid()))) return bad;
+    return ownqj_GetHuffmanStatistics8x8_ACRefine_JPEG_16s_C1(pSrc, pAcStatistics, ss, se, al, pState);
+}
+
+QelStatus ownqj_EncodeHuffman8x8_ACFirst_JPEG_16s1u_C1(const int16_t* src, uint8_t* dst, int dstLen, int* pos, int ss,
+                                                       int se, int al, const QelEncodeHuffmanSpec* ac,
+                                                       QelEncodeHuffmanState* state)
+{
+    return walkFirst(src, {ss, se, al}, SymbolWriter{{dst, dstLen, pos, state}, ac}, state);
+}
+
+QelStatus ownqj_EncodeHuffman8x8_ACRefine_JPEG_16s1u_C1(const int16_t* src, uint8_t* dst, int dstLen, int* pos, int ss,
+                                                        int se, int al, const QelEncodeHuffmanSpec* ac,
+                                                        QelEncodeHuffmanState* state)
+{
+    return walkRefinement(src, {ss, se, al}, SymbolWriter{{dst, dstLen, pos, state}, ac}, state);
+}
+
+QelStatus ownqj_EncodeHuffman8x8_ACFlush_JPEG_16s1u_C1(uint8_t* dst, int dstLen, int* pos,
+                                                       const QelEncodeHuffmanSpec* ac, QelEncodeHuffmanState* state)
+{
+    SymbolWriter sink = {{dst, dstLen, pos, state}, ac};
+    if (QelStatus bad = endRun(sink, state)) return bad;
+    if (QelStatus bad = sink.bits(0x7F, 7)) return bad;
+    ownqj_EncodeHuffmanStateInit(state);
+    return qelStsNoErr;
+}
+
+QelStatus ownqj_count_eobrun(uint32_t* statistics, QelEncodeHuffmanState* state)
+{
+    return endRun(SymbolCounter{statistics}, state);
+}
+
+QelStatus ownqj_GetHuffmanStatistics8x8_ACRefine_JPEG_16s_C1(const int16_t* src, uint32_t* statistics, int ss, int se,
+                                                             int al, QelEncodeHuffmanState* state)
+{
+    return walkRefinement(src, {ss, se, al}, SymbolCounter{statistics}, state);
+}
+
+QelStatus ownqj_GetHuffmanStatistics8x8_ACFlush_JPEG_16s_C1(uint32_t* statistics, QelEncodeHuffmanState* state)
+{
+    if (QelStatus bad = ownqj_count_eobrun(statistics, state)) return bad;
+    ownqj_EncodeHuffmanStateInit(state);
+    return qelStsNoErr;
+}

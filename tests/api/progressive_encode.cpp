@@ -1,0 +1,372 @@
+// Progressive Huffman encoding and statistics, against a decoder that takes a bit at a time.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+#include "guarded.h"
+#include "progressive_scan.h"
+
+using namespace qel::test;
+
+namespace {
+
+struct Encoded {
+    Lists lists;
+    Counts counts{};
+    std::vector<uint8_t> bytes;
+};
+
+Encoded encodeScan(Scan& scan, const std::vector<Block>& blocks)
+{
+    Encoded result;
+    result.bytes.resize(200 + 300 * blocks.size());
+    for (auto& block : blocks) EXPECT_EQ(scan.count(&block, result.counts), qelStsNoErr);
+    EXPECT_EQ(scan.count(nullptr, result.counts, 1), qelStsNoErr);
+    scan.lastDc = 0;
+    qeliEncodeHuffmanRawTableInit_JPEG_8u(result.counts.data(), result.lists.bits.data(), result.lists.values.data());
+    qeliEncodeHuffmanSpecInit_JPEG_8u(result.lists.bits.data(), result.lists.values.data(), &scan.spec);
+    auto* dst = result.bytes.data();
+    int room = (int)result.bytes.size();
+    for (auto& block : blocks) EXPECT_EQ(scan.encode(&block, dst, room), qelStsNoErr);
+    EXPECT_EQ(scan.flush(dst, room), qelStsNoErr);
+    result.bytes.resize((size_t)scan.pos);
+    return result;
+}
+
+Script randomScript(Random& random, Kind kind)
+{
+    int ss = random.between(1, random.between(1, 63));
+    int se = random.between(0, 2) == 0 ? 63 : random.between(ss, 63);
+    return {kind, ss, se, random.between(0, random.between(0, 3))};
+}
+
+std::vector<Block> randomBlocks(Random& random, int bits)
+{
+    std::vector<Block> blocks(size_t(random.between(1, 60)));
+    int sparsity = 1 << random.between(0, 9);
+    for (auto& block : blocks) block = randomBlock(random, sparsity, random.between(0, bits));
+    return blocks;
+}
+
+const Kind kKinds[] = {Kind::dcFirst, Kind::dcRefine, Kind::acFirst, Kind::acRefine};
+
+// Statistics count what the encoder then writes, with the best table for them, and the blocks come back.
+TEST(EncodeProgressive, DecodesToWhatItWasMadeOf)
+{
+    Random random(1);
+    for (int round = 0; round < 1200; ++round) {
+        Scan scan = {randomScript(random, kKinds[round % 4])};
+        auto blocks = randomBlocks(random, 9);
+        Encoded encoded = encodeScan(scan, blocks);
+        ScanReader reader(scan.script, encoded.lists, encoded.bytes);
+        bool isDc = scan.script.kind == Kind::dcFirst || scan.script.kind == Kind::dcRefine;
+        for (auto& block : blocks) {
+            Block decoded{}, expected{};
+            for (int k = isDc ? 0 : scan.script.ss; k <= (isDc ? 0 : scan.script.se); ++k) {
+                decoded[kScan[k]] = int16_t(scan.before(block[kScan[k]], isDc));
+                expected[kScan[k]] = int16_t(scan.after(block[kScan[k]], isDc));
+            }
+            reader.decode(decoded);
+            ASSERT_EQ(decoded, expected) << round;
+        }
+        ASSERT_EQ(reader.run, 0u);
+        ASSERT_EQ(reader.counts, encoded.counts) << round;
+        // Nothing is left but the padding.
+        reader.fill(0);
+        ASSERT_LT(reader.held.size(), 8u);
+        ASSERT_TRUE(std::all_of(reader.held.begin(), reader.held.end(), [](bool bit) { return bit; }));
+    }
+}
+
+// The same bytes and states where each call has just the room that it needs; with a byte less it fails, having written
+// all there was room for.
+TEST(EncodeProgressive, NeedsTheRoomThatItFills)
+{
+    Random random(2);
+    for (int round = 0; round < 240; ++round) {
+        Scan scan = {randomScript(random, kKinds[round % 4])}, wide = scan;
+        auto blocks = randomBlocks(random, 9);
+        blocks.resize(std::min<size_t>(blocks.size(), 12));
+        auto bytes = encodeScan(wide, blocks).bytes;
+        scan.spec = wide.spec;
+        wide.pos = wide.lastDc = 0;
+        for (size_t i = 0; i <= blocks.size(); ++i) {
+            int flush = i == blocks.size();
+            const Block* block = flush ? nullptr : &blocks[i];
+            std::vector<uint8_t> open(bytes.size() + 600);
+            Scan before = scan;
+            ASSERT_EQ(wide.encode(block, open.data(), (int)open.size(), flush), qelStsNoErr);
+            int room = std::max(wide.pos, 1);
+            Guarded<uint8_t> dst((size_t)room);
+            ASSERT_EQ(scan.encode(block, dst.data(), room, flush), qelStsNoErr);
+            ASSERT_EQ(scan.pos, wide.pos);
+            ASSERT_EQ(memcmp(&scan.state, &wide.state, sizeof scan.state), 0) << round;
+            ASSERT_EQ(memcmp(dst.data() + before.pos, bytes.data() + before.pos, size_t(scan.pos - before.pos)), 0);
+            ASSERT_TRUE(dst.intact());
+            for (int less = std::max(before.pos, 1); less < wide.pos; ++less) {
+                Scan cut = before;
+                Guarded<uint8_t> small((size_t)less);
+                ASSERT_EQ(cut.encode(block, small.data(), less, flush), qelStsJPEGOutOfBufErr);
+                ASSERT_EQ(cut.pos, less);
+                ASSERT_EQ(memcmp(small.data() + before.pos, bytes.data() + before.pos, size_t(less - before.pos)), 0);
+                ASSERT_TRUE(small.intact());
+            }
+        }
+    }
+}
+
+const Block kZeros = {};
+
+// A block with the given values from position 1 on.
+Block blockOf(std::initializer_list<int> values)
+{
+    Block block{};
+    int k = 1;
+    for (int value : values) block[kScan[k++]] = int16_t(value);
+    return block;
+}
+Block significant(int count)
+{
+    Block block{};
+    for (int k = 1; k <= count; ++k) block[kScan[k]] = 2;
+    return block;
+}
+
+// A table in which every symbol has the eight bits of its value, but for 0xFF; symbols can be read off the stream.
+struct PlainCodes : testing::Test {
+    PlainCodes()
+    {
+        lists.bits[7] = 255;
+        for (int i = 0; i < 255; ++i) lists.values[i] = uint8_t(i);
+        EXPECT_EQ(qeliEncodeHuffmanSpecInit_JPEG_8u(lists.bits.data(), lists.values.data(), &first.spec), qelStsNoErr);
+        refine.spec = dc.spec = first.spec;
+    }
+
+    QelStatus encode(Scan& scan, const Block& block) { return scan.encode(&block, dst.data(), (int)dst.size()); }
+    void expectBytes(Scan& scan, std::vector<uint8_t> bytes)
+    {
+        EXPECT_EQ(scan.flush(dst.data(), (int)dst.size()), qelStsNoErr);
+        EXPECT_EQ(std::vector<uint8_t>(dst.data(), dst.data() + scan.pos), bytes);
+        QelEncodeHuffmanState fresh = {};
+        EXPECT_EQ(memcmp(&scan.state, &fresh, sizeof fresh), 0);
+    }
+
+    Lists lists;
+    Scan first = {{Kind::acFirst, 1, 63, 0}}, refine = {{Kind::acRefine, 1, 63, 0}}, dc = {{Kind::dcFirst, 0, 0, 0}};
+    Guarded<uint8_t> dst{2000};
+    Counts counts{};
+};
+
+TEST_F(PlainCodes, LongestRun)
+{
+    for (Scan scan : {first, refine}) {
+        for (int i = 1; i <= 32767; ++i) {
+            ASSERT_EQ(scan.pos, 0) << i;
+            ASSERT_EQ(scan.count(&kZeros, counts), qelStsNoErr);
+            ASSERT_EQ(counts[0xE0], i < 32767 ? 0u : 1u);
+        }
+        scan.state = {};
+        for (int i = 1; i < 32767; ++i) ASSERT_EQ(encode(scan, kZeros), qelStsNoErr);
+        EXPECT_EQ(scan.pos, 0);
+        EXPECT_EQ(encode(scan, kZeros), qelStsNoErr);
+        EXPECT_EQ(scan.pos, 3); // six bits are pending, and there is a stuffed byte
+        EXPECT_EQ(scan.state.endOfBandRun, 0u);
+        expectBytes(scan, {0xE0, 0xFF, 0x00, 0xFF, 0x00});
+        counts = {};
+    }
+}
+
+TEST_F(PlainCodes, MostCorrectionBits)
+{
+    // 14 blocks of 63, and one that makes 937 or more.
+    for (int more : {55, 56, 63}) {
+        Scan scan = refine, counted = refine;
+        counts = {};
+        std::vector<Block> blocks(14, significant(63));
+        blocks.push_back(significant(more));
+        for (auto& block : blocks) {
+            EXPECT_EQ(scan.pos, 0);
+            EXPECT_EQ(encode(scan, block), qelStsNoErr);
+            EXPECT_EQ(counted.count(&block, counts), qelStsNoErr);
+        }
+        bool isWritten = more > 55;
+        EXPECT_EQ(scan.pos, isWritten ? (8 + 3 + 14 * 63 + more) / 8 : 0);
+        EXPECT_EQ(scan.state.correctionCount, isWritten ? 0u : 937u);
+        EXPECT_EQ(counted.state.correctionCount, scan.state.correctionCount);
+        EXPECT_EQ(counts[0x30], isWritten ? 1u : 0u);
+    }
+}
+
+TEST_F(PlainCodes, SignificantCoefficientsOnly)
+{
+    EXPECT_EQ(encode(refine, blockOf({2, 0, -3, 4, 5, -6})), qelStsNoErr);
+    EXPECT_EQ(refine.pos, 0);
+    EXPECT_EQ(refine.state.count, 0);
+    EXPECT_EQ(refine.state.endOfBandRun, 1u);
+    EXPECT_EQ(refine.state.correctionCount, 5u);
+    expectBytes(refine, {0x00, 0b01010111});
+}
+
+// The run before comes with its own bits; those of this block follow its symbol.
+TEST_F(PlainCodes, NewCoefficientAfterARun)
+{
+    EXPECT_EQ(encode(refine, blockOf({3})), qelStsNoErr);
+    EXPECT_EQ(encode(refine, blockOf({0, 3, 2, 0, -1, 5})), qelStsNoErr);
+    EXPECT_EQ(refine.state.endOfBandRun, 1u);
+    expectBytes(refine, {0x00, 0b1'0010000, 0b1'0'10'0000, 0b0000'1'111});
+}
+
+// Runs of sixteen zeros are told apart before the last new coefficient only; bits belong to the run they stand in.
+TEST_F(PlainCodes, SixteenZeros)
+{
+    Block block{};
+    block[kScan[1]] = 3;
+    block[kScan[18]] = 2; // behind the sixteenth zero
+    block[kScan[20]] = 1;
+    EXPECT_EQ(encode(refine, block), qelStsNoErr);
+    expectBytes(refine, {0xF0, 0b1'0001000, 0b1'1'0'00000, 0b000'11111});
+
+    // Of 62 zeros before the last coefficient fourteen are left.
+    Block last{};
+    last[63] = -1;
+    EXPECT_EQ(encode(first, last), qelStsNoErr);
+    expectBytes(first, {0xF0, 0xF0, 0xF0, 0xE1, 0b0'1111111});
+}
+
+TEST_F(PlainCodes, PointTransforms)
+{
+    // AC magnitudes are shifted, DC values are.
+    first.script.al = dc.script.al = 1;
+    EXPECT_EQ(encode(first, blockOf({-1, 1, -3})), qelStsNoErr);
+    EXPECT_EQ(first.state.endOfBandRun, 1u);
+    expectBytes(first, {0x21, 0b0'0000000, 0b0'1111111});
+    EXPECT_EQ(encode(dc, Block{-1}), qelStsNoErr);
+    EXPECT_EQ(dc.lastDc, -1);
+    expectBytes(dc, {0x01, 0b0'1111111});
+}
+
+// The counters take one category less than the encoder.
+TEST_F(PlainCodes, Categories)
+{
+    const struct {
+        int value;
+        QelStatus counted, encoded;
+    } table[] = {{-1023, qelStsNoErr, qelStsNoErr},
+                 {1024, qelStsJPEGHuffTableErr, qelStsNoErr},
+                 {2047, qelStsJPEGHuffTableErr, qelStsNoErr},
+                 {-2048, qelStsJPEGHuffTableErr, qelStsJPEGHuffTableErr},
+                 {-32768, qelStsJPEGHuffTableErr, qelStsJPEGHuffTableErr}};
+    for (auto& row : table) {
+        Scan counted = first, encoded = first;
+        Block block = blockOf({row.value});
+        EXPECT_EQ(counted.count(&block, counts), row.counted) << row.value;
+        EXPECT_EQ(encode(encoded, block), row.encoded) << row.value;
+    }
+    // What comes before such a value is counted, and a run is.
+    Block block{};
+    block[63] = 1024;
+    counts = {};
+    EXPECT_EQ(first.count(&kZeros, counts), qelStsNoErr);
+    EXPECT_EQ(first.count(&block, counts), qelStsJPEGHuffTableErr);
+    EXPECT_EQ(counts[0], 1u);
+    EXPECT_EQ(counts[0xF0], 3u);
+
+    for (int value : {2047, 2048}) {
+        QelStatus expected = value < 2048 ? qelStsNoErr : qelStsJPEGHuffTableErr;
+        Scan counted = dc, encoded = dc;
+        EXPECT_EQ(encode(encoded, Block{int16_t(value)}), expected);
+        EXPECT_EQ(encoded.lastDc, value);
+        Block large = {int16_t(value)};
+        EXPECT_EQ(counted.count(&large, counts), expected);
+    }
+}
+
+// Only a caller that changes the state can make runs that no symbol stands for.
+TEST_F(PlainCodes, RunsBeyondTheLongest)
+{
+    first.state.endOfBandRun = 32768;
+    EXPECT_EQ(first.count(nullptr, counts, 1), qelStsNoErr);
+    EXPECT_EQ(counts[0xE0], 1u);
+    EXPECT_EQ(counts[0x00], 1u);
+    first.state.endOfBandRun = 32768;
+    // The low 14 bits of 32768 are 0.
+    expectBytes(first, {0xE0, 0, 0, 0b000000'11});
+    for (uint32_t run : {65535u, 0xFFFFFFFFu}) {
+        first.state.endOfBandRun = refine.state.endOfBandRun = run;
+        EXPECT_EQ(first.count(nullptr, counts, 1), qelStsJPEGHuffTableErr);
+        EXPECT_EQ(refine.flush(dst.data(), (int)dst.size()), qelStsJPEGHuffTableErr);
+    }
+}
+
+TEST_F(PlainCodes, SymbolsWithoutACode)
+{
+    Block block{};
+    block[kScan[63]] = 1;
+    for (int symbol : {0x00, 0xF0, 0xE1}) {
+        for (Scan scan : {first, refine}) {
+            scan.spec.entries[symbol] = 0;
+            EXPECT_EQ(encode(scan, kZeros), qelStsNoErr);
+            EXPECT_EQ(encode(scan, block), qelStsJPEGHuffSpecErr) << symbol;
+            EXPECT_EQ(scan.pos, symbol == 0x00 ? 0 : symbol == 0xF0 ? 1 : 4);
+        }
+    }
+}
+
+TEST_F(PlainCodes, OrderOfFaults)
+{
+    for (Kind kind : kKinds) {
+        bool isAc = kind == Kind::acFirst || kind == Kind::acRefine;
+        auto& usual = isAc ? first : dc;
+        auto call = [&](const Block* block, const Script& script, int flush = 0) {
+            Scan scan = usual;
+            scan.script = script;
+            QelStatus encoded = scan.encode(block, dst.data(), 1, flush);
+            if (kind != Kind::dcRefine && (isAc || !flush)) {
+                EXPECT_EQ(scan.count(block, counts, flush), encoded);
+            }
+            return encoded;
+        };
+        Scan scan = usual;
+        scan.script.kind = kind;
+        EXPECT_EQ(scan.encode(nullptr, nullptr, 0), qelStsNullPtrErr);
+        EXPECT_EQ(scan.encode(nullptr, dst.data(), 0, 1), qelStsSizeErr);
+        EXPECT_EQ(call(nullptr, {kind, 0, 64, 14}), qelStsNullPtrErr);
+        EXPECT_EQ(call(nullptr, {kind, 0, 64, 14}, 1), qelStsNoErr);
+        EXPECT_EQ(call(&kZeros, {kind, 1, 63, 13}), qelStsNoErr);
+        for (int al : {-1, 14}) EXPECT_EQ(call(&kZeros, {kind, 1, 63, al}), qelStsBadArgErr);
+        if (!isAc) continue;
+        for (auto [ss, se] : {std::pair{0, 63}, {1, 64}, {5, 4}, {64, 64}, {-1, -1}})
+            EXPECT_EQ(call(&kZeros, {kind, ss, se, 0}), qelStsBadArgErr) << ss << ' ' << se;
+        EXPECT_EQ(call(&kZeros, {kind, 63, 63, 0}), qelStsNoErr);
+    }
+}
+
+TEST_F(PlainCodes, NullPointers)
+{
+    int pos = 0;
+    int16_t last = 0;
+    auto *block = kZeros.data(), *none = (const int16_t*)nullptr;
+    auto* d = dst.data();
+    auto *spec = &first.spec, *noSpec = (QelEncodeHuffmanSpec*)nullptr;
+    auto *state = &first.state, *noState = (QelEncodeHuffmanState*)nullptr;
+    auto *n = counts.data(), *noCounts = (uint32_t*)nullptr;
+    const QelStatus statuses[] = {
+        qeliEncodeHuffman8x8_DCFirst_JPEG_16s1u_C1(block, d, 9, &pos, nullptr, 99, spec, state, 0),
+        qeliEncodeHuffman8x8_DCFirst_JPEG_16s1u_C1(block, d, 9, &pos, &last, 0, noSpec, state, 1),
+        qeliEncodeHuffman8x8_DCRefine_JPEG_16s1u_C1(block, d, 9, nullptr, 0, state, 1),
+        qeliEncodeHuffman8x8_DCRefine_JPEG_16s1u_C1(block, d, 9, &pos, 0, noState, 1),
+        qeliEncodeHuffman8x8_ACFirst_JPEG_16s1u_C1(block, d, 9, &pos, 1, 63, 0, noSpec, state, 1),
+        qeliEncodeHuffman8x8_ACRefine_JPEG_16s1u_C1(block, d, 9, &pos, 1, 63, 0, spec, noState, 1),
+        qeliGetHuffmanStatistics8x8_DCFirst_JPEG_16s_C1(none, n, &last, 0),
+        qeliGetHuffmanStatistics8x8_DCFirst_JPEG_16s_C1(block, noCounts, &last, 0),
+        qeliGetHuffmanStatistics8x8_DCFirst_JPEG_16s_C1(block, n, nullptr, 0),
+        qeliGetHuffmanStatistics8x8_ACFirst_JPEG_16s_C1(block, noCounts, 1, 63, 0, state, 1),
+        qeliGetHuffmanStatistics8x8_ACFirst_JPEG_16s_C1(block, n, 1, 63, 0, noState, 1),
+        qeliGetHuffmanStatistics8x8_ACRefine_JPEG_16s_C1(block, noCounts, 1, 63, 0, state, 1),
+        qeliGetHuffmanStatistics8x8_ACRefine_JPEG_16s_C1(block, n, 1, 63, 0, noState, 1),
+    };
+    for (auto& status : statuses) EXPECT_EQ(status, qelStsNullPtrErr) << &status - statuses;
+    EXPECT_EQ(pos, 0);
+}
+
+}
