@@ -194,7 +194,8 @@ struct ReferenceReader {
         return qelStsNoErr;
     }
 
-    bool has(int n) { return (int)held.size() >= n || (fill(n) >= 0 && (int)held.size() >= n); }
+    // A stream that ends within fill bytes still gives what it holds.
+    bool has(int n) { return (int)held.size() >= n || (fill(n), (int)held.size() >= n); }
     uint32_t peek(int n) const
     {
         uint32_t bits = 0;
@@ -237,7 +238,7 @@ struct ReferenceDecoder : ReferenceReader {
 
     int symbol(const Lists& lists)
     {
-        if (held.size() < 8 && fill(0) < 0) return kNoBits;
+        if (held.size() < 8) fill(0);
         int length = 1;
         if (held.size() >= 8) {
             for (; length <= 8; ++length)

@@ -11,24 +11,38 @@ using namespace qel;
 
 namespace {
 
-// The caller's variables as a source, for the duration of a call.
-class Stream {
+// The caller's variables as a source, for the duration of a call: those of a stream with a state,
+class StateStream {
 public:
-    Stream(const uint8_t* src, int srcLen, int* pos, uint32_t* marker, uint32_t* bits, int* count)
-        : source{src, srcLen, *pos, *marker, *bits, *count}, pos_(pos), marker_(marker), bits_(bits), count_(count)
+    StateStream(const uint8_t* src, int srcLen, int* pos, uint32_t* marker, QelDecodeHuffmanState* state)
+        : source{src, srcLen, *pos, *marker, bitsOf(*state), state->count}, pos_(pos), marker_(marker), state_(state)
     {}
-    Stream(const uint8_t* src, int srcLen, int* pos, uint32_t* marker, QelDecodeHuffmanState* state)
-        : Stream(src, srcLen, pos, marker, &state->accumulator[0], &state->count)
-    {}
-    // Without a length.
-    Stream(const uint8_t* src, int* pos, uint32_t* marker, uint32_t* bits, int* count)
-        : Stream(src, INT_MAX, pos, marker, bits, count)
-    {}
-    ~Stream()
+    ~StateStream()
     {
         *pos_ = source.pos;
         *marker_ = source.marker;
-        *bits_ = source.bits;
+        setBits(*state_, source.bits, source.count);
+    }
+
+    BitSource source;
+
+private:
+    int* pos_;
+    uint32_t* marker_;
+    QelDecodeHuffmanState* state_;
+};
+
+// and those of one without a state, and without a length.
+class DirectStream {
+public:
+    DirectStream(const uint8_t* src, int* pos, uint32_t* marker, uint32_t* bits, int* count)
+        : source{src, INT_MAX, *pos, *marker, *bits, *count}, pos_(pos), marker_(marker), bits_(bits), count_(count)
+    {}
+    ~DirectStream()
+    {
+        *pos_ = source.pos;
+        *marker_ = source.marker;
+        *bits_ = (uint32_t)source.bits;
         *count_ = source.count;
     }
 
@@ -90,7 +104,7 @@ QelStatus ownqj_DecodeHuffman8x8_JPEG_1u16s_C1(const uint8_t* src, int srcLen, i
                                                uint32_t* marker, const QelDecodeHuffmanSpec* dc,
                                                const QelDecodeHuffmanSpec* ac, QelDecodeHuffmanState* state)
 {
-    Stream stream(src, srcLen, pos, marker, state);
+    StateStream stream(src, srcLen, pos, marker, state);
     return kernels<HuffmanDecodeKernels>().decodeBlock(&stream.source, dst, lastDc, {dc, ac}, &state->positionsLeft);
 }
 
@@ -102,7 +116,7 @@ QelStatus ownqj_DecodeHuffman8x8_Direct_JPEG_1u16s_C1(const uint8_t* src, int* b
     int pos = *bitPosition / 8;
     QelStatus status;
     {
-        Stream stream(src, &pos, marker, bits, count);
+        DirectStream stream(src, &pos, marker, bits, count);
         status = kernels<HuffmanDecodeKernels>().decodeBlockDirect(&stream.source, dst, lastDc, {dc, ac});
     }
     if (status == qelStsJPEGMarkerWarn) return qelStsNoErr;
@@ -113,47 +127,47 @@ QelStatus ownqj_DecodeHuffman8x8_Direct_JPEG_1u16s_C1(const uint8_t* src, int* b
 QelStatus ownqj_DecodeHuffmanOne_JPEG_1u16s_C1(const uint8_t* src, int srcLen, int* pos, int16_t* dst, uint32_t* marker,
                                                const QelDecodeHuffmanSpec* spec, QelDecodeHuffmanState* state)
 {
-    Stream stream(src, srcLen, pos, marker, state);
+    StateStream stream(src, srcLen, pos, marker, state);
     return kernels<HuffmanDecodeKernels>().decodeOne(&stream.source, spec, dst);
 }
 
 QelStatus ownqj_FillBitBuffer(const uint8_t* src, int srcLen, int* pos, uint32_t* marker, int needed,
                               QelDecodeHuffmanState* state)
 {
-    Stream stream(src, srcLen, pos, marker, state);
+    StateStream stream(src, srcLen, pos, marker, state);
     return kernels<HuffmanDecodeKernels>().fill(&stream.source, needed);
 }
 
 QelStatus ownqj_DecodeHuffSymbol(const uint8_t* src, int srcLen, int* pos, uint32_t* marker,
                                  const QelDecodeHuffmanSpec* spec, QelDecodeHuffmanState* state, int* symbol)
 {
-    Stream stream(src, srcLen, pos, marker, state);
+    StateStream stream(src, srcLen, pos, marker, state);
     return symbolStatus(kernels<HuffmanDecodeKernels>().symbol(&stream.source, spec), symbol);
 }
 
 QelStatus ownqj_DecodeHuffLongCodes(const uint8_t* src, int srcLen, int* pos, uint32_t* marker, int length,
                                     const QelDecodeHuffmanSpec* spec, QelDecodeHuffmanState* state, int* symbol)
 {
-    Stream stream(src, srcLen, pos, marker, state);
+    StateStream stream(src, srcLen, pos, marker, state);
     return symbolStatus(kernels<HuffmanDecodeKernels>().longCode(&stream.source, spec, length), symbol);
 }
 
 void ownqj_PrefetchBits(const uint8_t* src, int* pos, uint32_t* marker, uint32_t* bits, int* count)
 {
-    Stream stream(src, pos, marker, bits, count);
+    DirectStream stream(src, pos, marker, bits, count);
     kernels<HuffmanDecodeKernels>().fillDirect(&stream.source);
 }
 
 int ownqj_HuffDecode(const uint8_t* src, int* pos, uint32_t* marker, uint32_t* bits, int* count,
                      const QelDecodeHuffmanSpec* spec)
 {
-    Stream stream(src, pos, marker, bits, count);
+    DirectStream stream(src, pos, marker, bits, count);
     return kernels<HuffmanDecodeKernels>().symbolDirect(&stream.source, spec);
 }
 
 int ownqj_DecodeLongBits(const uint8_t* src, int* pos, uint32_t* marker, uint32_t* bits, int* count, int length,
                          const QelDecodeHuffmanSpec* spec)
 {
-    Stream stream(src, pos, marker, bits, count);
+    DirectStream stream(src, pos, marker, bits, count);
     return kernels<HuffmanDecodeKernels>().longCodeDirect(&stream.source, spec, length);
 }

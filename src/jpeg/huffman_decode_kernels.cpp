@@ -9,13 +9,6 @@ namespace qel {
 namespace QEL_BUILD {
 namespace {
 
-// The value that `n` bits stand for, 1 to 15 (T.81 F.2.2.1): those that begin with 0 are negative.
-QEL_INLINE int extend(uint32_t bits, int n)
-{
-    int below = int(bits >> (n - 1)) - 1;
-    return int(bits) + (below & (1 - (1 << n)));
-}
-
 QEL_INLINE void clear(int16_t* block)
 {
     constexpr int N = QEL_WIDTH < 16 ? 16 : QEL_WIDTH;
@@ -33,7 +26,7 @@ QEL_INLINE QelStatus decodeInto(int16_t* block, Reader& in, int16_t* lastDc, Huf
         int dc = *lastDc;
         if (int n = symbol & 15) {
             if (!in.has(n)) return qelStsJPEGOutOfBufErr;
-            dc += extend(in.take(n), n);
+            dc += in.takeValue(n);
             *lastDc = int16_t(dc);
         }
         store(block, int16_t(dc));
@@ -50,7 +43,7 @@ QEL_INLINE QelStatus decodeInto(int16_t* block, Reader& in, int16_t* lastDc, Huf
         }
         position += run;
         if (!in.has(n)) return qelStsJPEGOutOfBufErr;
-        int value = extend(in.take(n), n);
+        int value = in.takeValue(n);
         if (position > 63) return qelStsJPEGCoeffPosErr;
         store(block + kScanOrder.index[position], int16_t(value));
         ++position;
@@ -140,7 +133,7 @@ QelStatus decodeOne(BitSource* source, const QelDecodeHuffmanSpec* spec, int16_t
     BitReader<true> in = {*source};
     int symbol = in.symbol(*spec);
     bool whole = symbol >= 0 && (symbol == 0 || symbol > 15 || in.has(symbol));
-    if (whole) *value = int16_t(symbol == 0 ? 0 : symbol > 15 ? -32768 : extend(in.take(symbol), symbol));
+    if (whole) *value = int16_t(symbol == 0 ? 0 : symbol > 15 ? -32768 : in.takeValue(symbol));
     *source = in;
     return whole ? qelStsNoErr : qelStsJPEGOutOfBufErr;
 }

@@ -51,7 +51,7 @@ template <bool kBounded> struct BitReader : BitSource {
             int bytes = (32 - count) >> 3;
             word >>= 32 - 8 * bytes;
             if (!hasFF(word)) {
-                bits = uint32_t(uint64_t(bits) << (8 * bytes)) | word;
+                bits = bits << (8 * bytes) | word;
                 count += 8 * bytes;
                 pos += bytes;
                 return qelStsNoErr;
@@ -64,20 +64,28 @@ template <bool kBounded> struct BitReader : BitSource {
         return status;
     }
 
-    // False if `needed` bits cannot be had.
-    QEL_INLINE bool has(int needed) { return count >= needed || (fill(needed) >= 0 && count >= needed); }
+    // False if `needed` bits cannot be had. A segment that ends within fill bytes still gives what it holds.
+    QEL_INLINE bool has(int needed) { return count >= needed || (fill(needed), count >= needed); }
 
     // The next `n` bits, up to 16; they are there.
     QEL_INLINE uint32_t take(int n)
     {
         count -= n;
-        return (bits >> count) & ((1u << n) - 1);
+        return uint32_t(bits >> count) & ((1u << n) - 1);
     }
 
-    // The next symbol, or a Failure.
+    // The value that the next `n` bits stand for, 1 to 15 (T.81 F.2.2.1): those that begin with 0 are negative.
+    QEL_INLINE int takeValue(int n)
+    {
+        uint32_t value = take(n);
+        int below = int(value >> (n - 1)) - 1;
+        return int(value) + (below & (1 - (1 << n)));
+    }
+
+    // The next symbol, or a failure.
     QEL_INLINE int symbol(const QelDecodeHuffmanSpec& spec)
     {
-        if (count < kLookAheadBits && fill(0) < 0) return kNoBits;
+        if (count < kLookAheadBits) fill(0);
         if (count < kLookAheadBits) return longCode(spec, 1);
         uint32_t entry = spec.lookAhead[(bits >> (count - kLookAheadBits)) & 0xFF];
         if (entry == 0) return longCode(spec, kLookAheadBits + 1);

@@ -31,8 +31,8 @@ constexpr HeldBits kHeldBits = makeHeldBits();
 class Window {
 public:
     QEL_INLINE explicit Window(const BitSource& source)
-        : bits_((uint64_t)source.bits << (63 - source.count) << 1), src_(source.src), count_(source.count),
-          pos_(source.pos), end_(source.marker == 0 ? source.len : 0), held_(source.count)
+        : bits_(source.bits << (63 - source.count) << 1), src_(source.src), count_(source.count), pos_(source.pos),
+          end_(source.marker == 0 ? source.len : 0), held_(source.count)
     {}
 
     // Returns the bytes that the source would not have taken in yet; its position is still the one at the start. Bits
@@ -40,7 +40,7 @@ public:
     QEL_INLINE void giveBack(BitSource& source) const
     {
         int start = source.pos, returned = (count_ - held_) >> 3;
-        source.bits = uint32_t(bits_ >> 1 >> (63 - held_));
+        source.bits = bits_ >> 1 >> (63 - held_);
         source.count = held_;
         source.pos = pos_ - returned;
         if (__builtin_expect(isStuffed_, 0)) source.pos = positionBefore(src_ + start, pos_ - start, returned) + start;
