@@ -1,0 +1,36 @@
+// Progressive Huffman decoding: the table of its kernels, and their exported doors.
+#pragma once
+
+#include <stdint.h>
+
+#include "core/exports.h"
+#include "jpeg/huffman_tables.h"
+#include "qeljx/jpeg_progressive.h"
+
+namespace qel {
+
+// All with the arguments of the public functions, which have checked them.
+struct ProgressiveDecodeKernels {
+    QelStatus (*dcFirst)(const uint8_t* src, int srcLen, int* pos, int16_t* block, int16_t* lastDc, uint32_t* marker,
+                         int al, const QelDecodeHuffmanSpec* table, QelDecodeHuffmanState* state);
+    QelStatus (*dcRefine)(const uint8_t* src, int srcLen, int* pos, int16_t* block, uint32_t* marker, int al,
+                          QelDecodeHuffmanState* state);
+    QelStatus (*acFirst)(const uint8_t* src, int srcLen, int* pos, int16_t* block, uint32_t* marker, int ss, int se,
+                         int al, const QelDecodeHuffmanSpec* table, QelDecodeHuffmanState* state);
+    QelStatus (*acRefine)(const uint8_t* src, int srcLen, int* pos, int16_t* block, uint32_t* marker, int ss, int se,
+                          int al, const QelDecodeHuffmanSpec* table, QelDecodeHuffmanState* state);
+
+    static const ProgressiveDecodeKernels baseline, avx2, avx512;
+    static const ProgressiveDecodeKernels scalar, wide16, wide32, wide64;
+};
+
+}
+
+QEL_KERNEL QelStatus ownqj_DecodeHuffman8x8_ACFirst_JPEG_1u16s_C1(const uint8_t* src, int srcLen, int* pos,
+                                                                  int16_t* block, uint32_t* marker, int ss, int se,
+                                                                  int al, const QelDecodeHuffmanSpec* table,
+                                                                  QelDecodeHuffmanState* state);
+QEL_KERNEL QelStatus ownqj_DecodeHuffman8x8_ACRefine_JPEG_1u16s_C1(const uint8_t* src, int srcLen, int* pos,
+                                                                   int16_t* block, uint32_t* marker, int ss, int se,
+                                                                   int al, const QelDecodeHuffmanSpec* table,
+                                                                   QelDecodeHuffmanState* state);
