@@ -1,8 +1,7 @@
-// Where the blocks of a scan come from: the forward DCT of strips, or a store of quantized coefficients.
+// Blocks of a scan straight from strips of the picture, by the forward DCT.
 #pragma once
 
 #include <array>
-#include <memory>
 #include <vector>
 
 #include "codec/jpeg_headers.h"
@@ -51,34 +50,6 @@ private:
     StripReader& strips_;
     std::vector<Origin> origins_;
     alignas(64) std::array<int16_t, 64> block_;
-};
-
-// Quantized blocks of one component, in whole MCUs.
-struct BlockStore {
-    int across;
-    std::unique_ptr<int16_t[]> values;
-
-    int16_t* block(int row, int column) { return values.get() + 64 * (size_t(row) * across + column); }
-};
-
-// Blocks of a scan from the stores.
-class StoredBlocks {
-public:
-    StoredBlocks(const ScanLayout& layout, std::vector<BlockStore>& stores) : layout_(layout), stores_(stores) {}
-
-    void startRow(int mcuRow) { mcuRow_ = mcuRow; }
-
-    int16_t* operator()(int i, int mcuColumn)
-    {
-        const McuBlock& place = layout_.blocks[i];
-        const ScanShare& share = layout_.shares[place.slot];
-        return stores_[share.component].block(mcuRow_ * share.down + place.dy, mcuColumn * share.across + place.dx);
-    }
-
-private:
-    const ScanLayout& layout_;
-    std::vector<BlockStore>& stores_;
-    int mcuRow_ = 0;
 };
 
 }

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <string_view>
+#include <tuple>
 
 #include "codec/jpeg_layout.h"
 
@@ -204,14 +205,29 @@ ScanHeader JpegHeaders::readScan(const Segment& segment) const
         scan.components.push_back({index, tables >> 4, tables & 15});
         if (tables >> 4 > 3 || (tables & 15) > 3) fields.fail("Huffman tables " + std::to_string(tables));
     }
+    readProgression(fields, scan);
+    fields.finish();
+    scan.dataAt = segment.end;
+    return scan;
+}
+
+// Progressive scans hold DC or AC coefficients, the latter of one component (T.81 G.1.1.1). Sequential ones have fixed
+// values here, which some writers get wrong.
+void JpegHeaders::readProgression(Fields& fields, ScanHeader& scan) const
+{
     scan.first = fields.u8();
     scan.last = fields.u8();
     int approximation = fields.u8();
     scan.high = approximation >> 4;
     scan.low = approximation & 15;
-    fields.finish();
-    scan.dataAt = segment.end;
-    return scan;
+    if (info_.process == JpegProcess::baseline || info_.process == JpegProcess::extended)
+        std::tie(scan.first, scan.last, scan.high, scan.low) = std::tuple(0, 63, 0, 0);
+    if (info_.process != JpegProcess::progressive) return;
+    if (scan.last > 63 || scan.first > scan.last || (scan.first == 0 && scan.last != 0))
+        fields.fail("coefficients " + std::to_string(scan.first) + " to " + std::to_string(scan.last));
+    if (scan.first > 0 && scan.components.size() > 1) fields.fail("AC coefficients of more than one component");
+    if (scan.low > kMaxPointTransform) fields.fail("approximation by " + std::to_string(scan.low) + " bits");
+    scan.kind = scanKind(scan.first, scan.high);
 }
 
 const QuantizerSteps& JpegHeaders::quantizer(const JpegComponent& component) const

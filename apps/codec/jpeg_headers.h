@@ -15,12 +15,29 @@ namespace qel::codec {
 // Quantization steps in natural order.
 using QuantizerSteps = std::array<uint16_t, 64>;
 
+// What a scan codes of each block: all of it, or one of the four kinds of a progressive file (T.81 G.1.2).
+enum class ScanKind { sequential, dcFirst, dcRefine, acFirst, acRefine };
+
+constexpr bool codesDcTable(ScanKind kind) { return kind == ScanKind::sequential || kind == ScanKind::dcFirst; }
+constexpr bool codesAcTable(ScanKind kind) { return kind != ScanKind::dcFirst && kind != ScanKind::dcRefine; }
+
+// Of a progressive scan, by its first coefficient and what came before (Ss, Ah).
+constexpr ScanKind scanKind(int first, int high)
+{
+    if (first == 0) return high == 0 ? ScanKind::dcFirst : ScanKind::dcRefine;
+    return high == 0 ? ScanKind::acFirst : ScanKind::acRefine;
+}
+
+// Low bits that a scan may leave to later ones.
+inline constexpr int kMaxPointTransform = 13;
+
 struct ScanHeader {
     struct Component {
         int index = 0; // in the frame
         int dcTable = 0, acTable = 0;
     };
     std::vector<Component> components;
+    ScanKind kind = ScanKind::sequential;
     int first = 0, last = 63, high = 0, low = 0; // Ss, Se, Ah, Al
     size_t dataAt = 0;                           // where the entropy-coded data begins
 };
@@ -51,6 +68,7 @@ private:
     void readHuffmanTables(const Segment& segment);
     void readApplication(const Segment& segment);
     ScanHeader readScan(const Segment& segment) const;
+    void readProgression(Fields& fields, ScanHeader& scan) const;
     int linesBehindScan(size_t from) const;
 
     Bytes file_;

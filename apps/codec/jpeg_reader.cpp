@@ -1,10 +1,14 @@
-// Decoding of whole files: scan after scan into planes, or one scan of all components straight into the picture.
+// Decoding of whole files: one scan of all components straight into the picture, scan after scan into planes, or all
+// scans of a progressive file into a store of coefficients first.
 #include "codec/jpeg_reader.h"
 
 #include <algorithm>
 #include <cstring>
+#include <numeric>
 
+#include "codec/jpeg_block_store.h"
 #include "codec/jpeg_output.h"
+#include "codec/jpeg_progression.h"
 #include "codec/jpeg_scan.h"
 #include "codec/jpeg_transform.h"
 
@@ -14,6 +18,11 @@ namespace {
 
 // For the picture and everything beside it.
 constexpr uint64_t kMaxMemory = uint64_t(1920) << 20;
+
+// What is followed of an endless row of scans. Real files have about ten; a few bytes are enough for one that passes
+// over all blocks.
+constexpr int kMaxScans = 500;
+constexpr int64_t kMaxBlocksPassed = int64_t(1) << 29;
 
 class Decoder {
 public:
@@ -27,14 +36,21 @@ public:
     Warnings takeWarnings() { return std::move(warnings_); }
 
 private:
+    bool isProgressive() const { return info().process == JpegProcess::progressive; }
     void checkSupported() const;
     void checkMemory(uint64_t bytes) const;
-    void streamInto(Picture& picture);
+    void streamScan(Picture& picture);
+    void streamStores(Picture& picture);
+    template <class NextRow> void writeRows(const ScanLayout& layout, Picture& picture, NextRow nextRow);
     std::vector<Plane> decodePlanes(uint64_t otherMemory);
+    std::vector<BlockStore> decodeStores(uint64_t otherMemory);
     int fillGaps(std::vector<Plane>& planes, bool all) const;
-    template <class MakeSink> void decodeScans(MakeSink makeSink);
-    bool takeNew(const ScanHeader& scan);
+    template <class DecodeRows> void forScans(DecodeRows decodeRows);
+    template <class DecodeRow> void forRows(ScanDecoder& coder, DecodeRow decodeRow);
+    bool take(const ScanHeader& scan);
+    void noteMissing();
     std::optional<ScanHeader> scanBehind(const ScanDecoder& coder);
+    ScanLayout wholeLayout() const;
     void report(const ScanDecoder& coder) const
     {
         if (options_.progress) options_.progress(double(coder.position()) / double(file_.size()));
@@ -44,23 +60,25 @@ private:
     const JpegDecodeOptions& options_;
     JpegHeaders headers_;
     ScanHeader firstScan_;
-    std::vector<bool> seen_;       // components that have had their scan
-    std::vector<int> decodedRows_; // of their samples
+    Progression progression_;
+    bool isOutOfOrder_ = false;         // scans of a progressive file
+    int64_t blocksPassed_ = 0;          // by scans
+    std::vector<QuantizerSteps> steps_; // of each component, as they are at its first scan
+    std::vector<int> decodedRows_;      // of its samples
     Warnings warnings_;
 };
 
-Decoder::Decoder(Bytes file, const JpegDecodeOptions& options) : file_(file), options_(options), headers_(file)
+Decoder::Decoder(Bytes file, const JpegDecodeOptions& options)
+    : file_(file), options_(options), headers_(file), firstScan_(*headers_.nextScan(2)), progression_(info()),
+      steps_(info().components.size()), decodedRows_(info().components.size())
 {
-    firstScan_ = *headers_.nextScan(2);
     checkSupported();
-    seen_.resize(info().components.size());
-    decodedRows_.resize(info().components.size());
 }
 
 void Decoder::checkSupported() const
 {
     bool sequential = info().process == JpegProcess::baseline || info().process == JpegProcess::extended;
-    if (!sequential)
+    if (!sequential && !isProgressive())
         throw CodecError("the coding process SOF" + std::to_string(info().frameMarker - marker::kSof0) + " (" +
                              nameOf(info().process) + ") is not supported",
                          headers_.framePosition());
@@ -76,6 +94,13 @@ void Decoder::checkMemory(uint64_t bytes) const
     if (bytes > kMaxMemory) throw CodecError("the picture is too large", headers_.framePosition());
 }
 
+ScanLayout Decoder::wholeLayout() const
+{
+    std::vector<int> all(info().components.size());
+    std::iota(all.begin(), all.end(), 0);
+    return {info(), all};
+}
+
 Picture Decoder::picture()
 {
     if (info().colour == JpegColour::other)
@@ -84,8 +109,10 @@ Picture Decoder::picture()
     size_t components = info().components.size();
     ColourSpace space = components == 1 ? ColourSpace::grey : components == 3 ? ColourSpace::rgb : ColourSpace::cmyk;
     Picture picture(info().width, info().height, space, 8);
-    if (firstScan_.components.size() == components) {
-        streamInto(picture);
+    if (isProgressive()) {
+        streamStores(picture);
+    } else if (firstScan_.components.size() == components) {
+        streamScan(picture);
     } else {
         std::vector<Plane> planes = decodePlanes(picture.sizeInBytes());
         int end = fillGaps(planes, false);
@@ -96,31 +123,59 @@ Picture Decoder::picture()
     return picture;
 }
 
-// One scan holds everything: each row of MCUs goes through a strip that stays in the cache.
-void Decoder::streamInto(Picture& picture)
+// Each row of MCUs goes through a strip that stays in the cache. `nextRow(transform, row)` hands its blocks to the
+// transform, and returns false if only grey follows.
+template <class NextRow> void Decoder::writeRows(const ScanLayout& layout, Picture& picture, NextRow nextRow)
 {
-    ScanDecoder coder(file_, headers_, firstScan_);
-    const ScanLayout& layout = coder.layout();
     std::vector<Plane> planes;
     for (const JpegComponent& component : info().components) {
         int rowsPerMcu = layout.shares.size() == 1 ? 8 : 8 * component.v;
         // Another row of blocks holds what interpolation between rows of MCUs still needs.
         planes.emplace_back(8 * paddedBlocksAcross(info(), component), rowsPerMcu + 8);
     }
-    BlockTransform transform(headers_, layout, planes);
+    BlockTransform transform(steps_, layout, planes);
     RowWriter writer(info(), options_.upsampling, planes, picture);
     int rowsPerMcu = layout.shares.size() == 1 ? 8 : 8 * info().maxV();
-    for (int row = 0; row < layout.mcusDown; ++row) {
-        // Nothing follows, but the row that was interpolated with what would have followed.
-        bool onlyGrey = coder.ended();
+    bool goesOn = true;
+    for (int row = 0; row < layout.mcusDown && goesOn; ++row) {
         transform.startRow(row);
-        coder.decodeRow(transform);
+        goesOn = nextRow(transform, row);
         writer.writeUntil(row + 1 == layout.mcusDown ? picture.height() : (row + 1) * rowsPerMcu - 1);
-        report(coder);
-        if (onlyGrey) break;
     }
     writer.fillRest();
+}
+
+void Decoder::streamScan(Picture& picture)
+{
+    take(firstScan_);
+    ScanDecoder coder(file_, headers_, firstScan_);
+    writeRows(coder.layout(), picture, [&](BlockTransform& transform, int) {
+        // Nothing follows, but the row that was interpolated with what would have followed.
+        bool onlyGrey = coder.ended();
+        coder.decodeRow(transform);
+        report(coder);
+        return !onlyGrey;
+    });
     if (scanBehind(coder)) warnings_.push_back("scans behind the picture are left out");
+}
+
+// Hands all blocks of a row of MCUs to the transform.
+void transformRow(const ScanLayout& layout, StoredBlocks& places, BlockTransform& transform, int row)
+{
+    places.startRow(row);
+    for (int i = 0; i < int(layout.blocks.size()); ++i)
+        for (int column = 0; column < layout.mcusAcross; ++column) transform(i, column, places(i, column));
+}
+
+void Decoder::streamStores(Picture& picture)
+{
+    std::vector<BlockStore> stores = decodeStores(picture.sizeInBytes());
+    ScanLayout layout = wholeLayout();
+    StoredBlocks places(layout, stores);
+    writeRows(layout, picture, [&](BlockTransform& transform, int row) {
+        transformRow(layout, places, transform, row);
+        return true;
+    });
 }
 
 // Notes what was wrong with the scan, and reads on to the next. Headers that are damaged behind a scan may be its own
@@ -136,35 +191,56 @@ std::optional<ScanHeader> Decoder::scanBehind(const ScanDecoder& coder)
     }
 }
 
-// False if a component of the scan has been decoded before: sequential files hold each one once.
-bool Decoder::takeNew(const ScanHeader& scan)
+// False if the scan, and all behind it, are to be left out: sequential files hold each component once.
+bool Decoder::take(const ScanHeader& scan)
 {
     for (auto& component : scan.components) {
-        if (seen_[component.index]) return false;
-        seen_[component.index] = true;
+        const JpegComponent& c = info().components[component.index];
+        blocksPassed_ += int64_t(paddedBlocksAcross(info(), c)) * paddedBlocksDown(info(), c);
     }
+    if (info().scans > kMaxScans || blocksPassed_ > kMaxBlocksPassed) {
+        warnings_.push_back("scans from number " + std::to_string(info().scans) + " on are left out");
+        return false;
+    }
+    for (auto& component : scan.components) {
+        if (!progression_.has(component.index))
+            steps_[component.index] = headers_.quantizer(info().components[component.index]);
+        else if (!isProgressive()) {
+            warnings_.push_back("scans that repeat a component are left out");
+            return false;
+        }
+    }
+    isOutOfOrder_ |= !progression_.accept(scan);
     return true;
 }
 
-template <class MakeSink> void Decoder::decodeScans(MakeSink makeSink)
+void Decoder::noteMissing()
 {
-    for (std::optional<ScanHeader> scan = firstScan_; scan;) {
-        if (!takeNew(*scan)) {
-            warnings_.push_back("scans that repeat a component are left out");
-            break;
-        }
+    size_t warned = warnings_.size();
+    for (int i = 0; i < int(steps_.size()); ++i)
+        if (!progression_.has(i)) warnings_.push_back("component " + std::to_string(i + 1) + " is missing");
+    if (isOutOfOrder_) warnings_.push_back("the scans are out of order");
+    if (isProgressive() && !progression_.isComplete() && warnings_.size() == warned)
+        warnings_.push_back("scans that would refine the picture are missing");
+}
+
+// `decodeRows(coder)` for each scan.
+template <class DecodeRows> void Decoder::forScans(DecodeRows decodeRows)
+{
+    for (std::optional<ScanHeader> scan = firstScan_; scan && take(*scan);) {
         ScanDecoder coder(file_, headers_, *scan);
-        auto sink = makeSink(coder.layout());
-        for (int row = 0; row < coder.layout().mcusDown && !coder.ended(); ++row) {
-            sink.startRow(row);
-            coder.decodeRow(sink);
-            for (const ScanShare& share : coder.layout().shares) decodedRows_[share.component] += 8 * share.down;
-            report(coder);
-        }
+        decodeRows(coder);
         scan = scanBehind(coder);
     }
-    for (size_t i = 0; i < seen_.size(); ++i)
-        if (!seen_[i]) warnings_.push_back("component " + std::to_string(i + 1) + " is missing");
+    noteMissing();
+}
+
+template <class DecodeRow> void Decoder::forRows(ScanDecoder& coder, DecodeRow decodeRow)
+{
+    for (int row = 0; row < coder.layout().mcusDown && !coder.ended(); ++row) {
+        decodeRow(row);
+        report(coder);
+    }
 }
 
 std::vector<Plane> Decoder::decodePlanes(uint64_t otherMemory)
@@ -175,11 +251,48 @@ std::vector<Plane> Decoder::decodePlanes(uint64_t otherMemory)
     checkMemory(bytes);
 
     std::vector<Plane> planes;
-    for (const JpegComponent& c : info().components) {
+    for (const JpegComponent& c : info().components)
         planes.emplace_back(8 * paddedBlocksAcross(info(), c), 8 * paddedBlocksDown(info(), c));
+    if (isProgressive()) {
+        std::vector<BlockStore> stores = decodeStores(bytes);
+        ScanLayout layout = wholeLayout();
+        StoredBlocks places(layout, stores);
+        BlockTransform transform(steps_, layout, planes);
+        for (int row = 0; row < layout.mcusDown; ++row) {
+            transform.startRow(row);
+            transformRow(layout, places, transform, row);
+        }
+        for (size_t i = 0; i < planes.size(); ++i) decodedRows_[i] = info().components[i].height;
+        return planes;
     }
-    decodeScans([&](const ScanLayout& layout) { return BlockTransform(headers_, layout, planes); });
+    forScans([&](ScanDecoder& coder) {
+        BlockTransform transform(steps_, coder.layout(), planes);
+        forRows(coder, [&](int row) {
+            transform.startRow(row);
+            coder.decodeRow(transform);
+            for (const ScanShare& share : coder.layout().shares) decodedRows_[share.component] += 8 * share.down;
+        });
+    });
     return planes;
+}
+
+std::vector<BlockStore> Decoder::decodeStores(uint64_t otherMemory)
+{
+    uint64_t bytes = otherMemory;
+    for (const JpegComponent& c : info().components)
+        bytes += uint64_t(BlockStore::kBytesPerBlock) * paddedBlocksAcross(info(), c) * paddedBlocksDown(info(), c);
+    checkMemory(bytes);
+
+    std::vector<BlockStore> stores;
+    for (const JpegComponent& c : info().components) stores.emplace_back(info(), c);
+    forScans([&](ScanDecoder& coder) {
+        StoredBlocks places(coder.layout(), stores);
+        forRows(coder, [&](int row) {
+            places.startRow(row);
+            coder.decodeRowInto(places);
+        });
+    });
+    return stores;
 }
 
 // Rows of samples that were not decoded become grey: all of them, or those of the part of the picture that any
@@ -219,15 +332,18 @@ std::vector<JpegCoefficients> Decoder::coefficients()
 {
     uint64_t bytes = 0;
     for (const JpegComponent& c : info().components) bytes += uint64_t(128) * blocksFor(c.width) * blocksFor(c.height);
-    checkMemory(bytes);
-
+    std::vector<BlockStore> stores = decodeStores(bytes);
     std::vector<JpegCoefficients> components;
-    for (const JpegComponent& c : info().components) {
-        JpegCoefficients& store =
+    for (size_t i = 0; i < stores.size(); ++i) {
+        const JpegComponent& c = info().components[i];
+        JpegCoefficients& result =
             components.emplace_back(JpegCoefficients{blocksFor(c.width), blocksFor(c.height), {}});
-        store.values.resize(size_t(64) * store.blocksAcross * store.blocksDown);
+        result.values.reserve(size_t(64) * result.blocksAcross * result.blocksDown);
+        for (int row = 0; row < result.blocksDown; ++row) {
+            const int16_t* blocks = stores[i].block(row, 0);
+            result.values.insert(result.values.end(), blocks, blocks + size_t(64) * result.blocksAcross);
+        }
     }
-    decodeScans([&](const ScanLayout& layout) { return CoefficientStore(layout, components); });
     return components;
 }
 

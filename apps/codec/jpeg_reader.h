@@ -1,4 +1,4 @@
-// Decodes JPEG files (T.81): baseline and extended sequential with 8-bit samples, one to four components.
+// Decodes JPEG files (T.81): baseline, extended sequential and progressive with 8-bit samples, one to four components.
 #pragma once
 
 #include <cstdint>

@@ -17,15 +17,18 @@ std::vector<int> indicesOf(const ScanHeader& scan)
 }
 
 ScanDecoder::ScanDecoder(Bytes file, const JpegHeaders& headers, const ScanHeader& scan)
-    : layout_(headers.info(), indicesOf(scan)), data_(file.subspan(scan.dataAt)), base_(scan.dataAt),
+    : layout_(headers.info(), indicesOf(scan)), scan_(scan), data_(file.subspan(scan.dataAt)), base_(scan.dataAt),
       state_(make<DecodeState>(qeliDecodeHuffmanStateInitAlloc_JPEG_8u)),
       interval_(headers.restartInterval() ? headers.restartInterval() : kNever), nextRestart_(interval_)
 {
     auto spec = [](const HuffmanLists& lists) {
         return make<DecodeSpec>(qeliDecodeHuffmanSpecInitAlloc_JPEG_8u, lists.bits.data(), lists.values.data());
     };
-    for (auto& component : scan.components)
-        slots_.push_back({spec(headers.dcTable(component.dcTable)), spec(headers.acTable(component.acTable)), 0});
+    for (auto& component : scan.components) {
+        Slot& slot = slots_.emplace_back();
+        if (codesDcTable(scan.kind)) slot.dc = spec(headers.dcTable(component.dcTable));
+        if (codesAcTable(scan.kind)) slot.ac = spec(headers.acTable(component.acTable));
+    }
 }
 
 void ScanDecoder::resetCoder()

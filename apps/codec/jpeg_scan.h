@@ -1,7 +1,8 @@
-// Entropy-coded data of one sequential scan: blocks of coefficients in the order of the file, across restart markers
-// and damage (T.81 E.2, F.2).
+// Entropy-coded data of one scan: blocks of coefficients in the order of the file, across restart markers and damage
+// (T.81 E.2, F.2, G.2).
 #pragma once
 
+#include <algorithm>
 #include <array>
 #include <cstdint>
 #include <string>
@@ -20,21 +21,29 @@ public:
 
     const ScanLayout& layout() const { return layout_; }
 
-    // Decodes the next row of MCUs and calls `sink(i, column, block)` for every block, where `i` counts the blocks of
-    // an MCU (layout().blocks) and `block` holds 64 quantized coefficients in natural order, all zero where data is
-    // lost.
+    // Decodes the next row of MCUs of a sequential scan and calls `sink(i, column, block)` for every block, where `i`
+    // counts the blocks of an MCU (layout().blocks) and `block` holds 64 quantized coefficients in natural order, all
+    // zero where data is lost.
     template <class Sink> void decodeRow(Sink&& sink)
     {
-        for (int column = 0; column < layout_.mcusAcross; ++column, ++mcu_) {
-            if (mcu_ == nextRestart_) restart();
-            bool lost = mcu_ < resumeAt_;
-            for (int i = 0; i < int(layout_.blocks.size()); ++i) {
-                lost = lost || !decodeBlock(layout_.blocks[i].slot);
-                if (lost) block_.fill(0);
-                sink(i, column, block_.data());
-            }
-            lostMcus_ += lost;
-        }
+        forRow([&](int i, int column, bool lost) {
+            lost = lost || !decodeBlock(layout_.blocks[i].slot, block_.data());
+            if (lost) block_.fill(0);
+            sink(i, column, block_.data());
+            return lost;
+        });
+    }
+
+    // The same for any scan, into the blocks at `places(i, column)`. A progressive scan refines what they hold, or
+    // leaves it where data is lost.
+    template <class Places> void decodeRowInto(const Places& places)
+    {
+        forRow([&](int i, int column, bool lost) {
+            int16_t* block = places(i, column);
+            lost = lost || !decodeBlock(layout_.blocks[i].slot, block);
+            if (lost && scan_.kind == ScanKind::sequential) std::fill_n(block, 64, int16_t(0));
+            return lost;
+        });
     }
 
     // No data is left: all further blocks will be zero.
@@ -51,13 +60,44 @@ private:
     };
     static constexpr int64_t kNever = INT64_MAX;
 
-    bool decodeBlock(int slot)
+    // Calls `body(i, column, lost)` for each block of a row of MCUs; it returns whether the rest of the MCU is lost
+    // too.
+    template <class Body> void forRow(Body body)
     {
-        Slot& s = slots_[slot];
-        QelStatus status =
-            qeliDecodeHuffman8x8_JPEG_1u16s_C1(data_.data(), int(data_.size()), &at_, block_.data(), &s.lastDc,
-                                               &marker_, s.dc.get(), s.ac.get(), state_.get());
+        for (int column = 0; column < layout_.mcusAcross; ++column, ++mcu_) {
+            if (mcu_ == nextRestart_) restart();
+            bool lost = mcu_ < resumeAt_;
+            for (int i = 0; i < int(layout_.blocks.size()); ++i) lost = body(i, column, lost);
+            lostMcus_ += lost;
+        }
+    }
+
+    bool decodeBlock(int slot, int16_t* block)
+    {
+        QelStatus status = decode(slots_[slot], block);
         return status >= 0 || survive(status);
+    }
+    QelStatus decode(Slot& s, int16_t* block)
+    {
+        const uint8_t* data = data_.data();
+        int size = int(data_.size());
+        switch (scan_.kind) {
+        case ScanKind::dcFirst:
+            return qeliDecodeHuffman8x8_DCFirst_JPEG_1u16s_C1(data, size, &at_, block, &s.lastDc, &marker_, scan_.low,
+                                                              s.dc.get(), state_.get());
+        case ScanKind::dcRefine:
+            return qeliDecodeHuffman8x8_DCRefine_JPEG_1u16s_C1(data, size, &at_, block, &marker_, scan_.low,
+                                                               state_.get());
+        case ScanKind::acFirst:
+            return qeliDecodeHuffman8x8_ACFirst_JPEG_1u16s_C1(data, size, &at_, block, &marker_, scan_.first,
+                                                              scan_.last, scan_.low, s.ac.get(), state_.get());
+        case ScanKind::acRefine:
+            return qeliDecodeHuffman8x8_ACRefine_JPEG_1u16s_C1(data, size, &at_, block, &marker_, scan_.first,
+                                                               scan_.last, scan_.low, s.ac.get(), state_.get());
+        default:
+            return qeliDecodeHuffman8x8_JPEG_1u16s_C1(data, size, &at_, block, &s.lastDc, &marker_, s.dc.get(),
+                                                      s.ac.get(), state_.get());
+        }
     }
     bool survive(QelStatus status);
     void restart();
@@ -67,6 +107,7 @@ private:
     void noteDamage();
 
     ScanLayout layout_;
+    ScanHeader scan_;
     Bytes data_;          // from the first entropy-coded byte to the end of the file
     size_t base_;         // of data_ in the file
     int at_ = 0;          // in data_

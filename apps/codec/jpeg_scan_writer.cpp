@@ -11,9 +11,20 @@ namespace {
 
 // No block takes more: 64 codes of 16 bits, each with 11 more, and a zero byte stuffed behind each byte.
 constexpr int kMaxBlockBytes = 64 * (16 + 11) / 8 * 2;
-// Padding of the last byte, stuffed, and a marker.
-constexpr int kMaxRestartBytes = 4;
+// An end-of-band run with its correction bits, padding of the last byte, all stuffed, and a marker.
+constexpr int kMaxRestartBytes = 2 * ((16 + 14 + 1024) / 8 + 2) + 2;
 
+}
+
+void ScanStatistics::restart()
+{
+    finish();
+    std::ranges::fill(lastDc_, int16_t(0));
+}
+
+void ScanStatistics::finish()
+{
+    if (scan_.kind == ScanKind::acFirst || scan_.kind == ScanKind::acRefine) check(count(0, nullptr, 1));
 }
 
 HuffmanPair ScanStatistics::tables(int table) const
@@ -22,18 +33,17 @@ HuffmanPair ScanStatistics::tables(int table) const
     auto build = [](const std::array<uint32_t, 256>& counts, HuffmanLists& lists) {
         check(qeliEncodeHuffmanRawTableInit_JPEG_8u(counts.data(), lists.bits.data(), lists.values.data()));
     };
-    build(counts_[table].dc, pair.dc);
-    build(counts_[table].ac, pair.ac);
+    if (codesDcTable(scan_.kind)) build(counts_[table].dc, pair.dc);
+    if (codesAcTable(scan_.kind)) build(counts_[table].ac, pair.ac);
     return pair;
 }
 
-ScanEncoder::ScanEncoder(std::vector<uint8_t>& out, const ScanLayout& layout, const std::array<HuffmanPair, 2>& pairs,
-                         std::vector<int> tables)
-    : out_(out), used_(out.size()),
+ScanEncoder::ScanEncoder(std::vector<uint8_t>& out, const ScanLayout& layout, const ScanHeader& scan,
+                         const std::array<HuffmanPair, 2>& pairs)
+    : out_(out), scan_(scan), used_(out.size()),
       roomPerRow_(layout.mcusAcross * (int(layout.blocks.size()) * kMaxBlockBytes + kMaxRestartBytes) +
                   kMaxRestartBytes),
-      state_(make<EncodeState>(qeliEncodeHuffmanStateInitAlloc_JPEG_8u)), tables_(std::move(tables)),
-      lastDc_(tables_.size())
+      state_(make<EncodeState>(qeliEncodeHuffmanStateInitAlloc_JPEG_8u)), lastDc_(scan.components.size())
 {
     auto spec = [](const HuffmanLists& lists) {
         return make<EncodeSpec>(qeliEncodeHuffmanSpecInitAlloc_JPEG_8u, lists.bits.data(), lists.values.data());
@@ -50,15 +60,9 @@ void ScanEncoder::startRow()
     position_ = 0;
 }
 
-void ScanEncoder::flush()
-{
-    check(qeliEncodeHuffman8x8_JPEG_16s1u_C1(nullptr, end_, room_, &position_, nullptr, nullptr, nullptr, state_.get(),
-                                             1));
-}
-
 void ScanEncoder::restart()
 {
-    flush();
+    check(encode(0, nullptr, 1));
     end_[position_++] = 0xFF;
     end_[position_++] = uint8_t(marker::kRst0 + nextMarker_);
     nextMarker_ = (nextMarker_ + 1) % 8;
@@ -67,7 +71,7 @@ void ScanEncoder::restart()
 
 void ScanEncoder::finish()
 {
-    flush();
+    check(encode(0, nullptr, 1));
     out_.resize(used_ + position_);
 }
 

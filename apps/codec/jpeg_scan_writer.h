@@ -1,4 +1,4 @@
-// Entropy coding of one sequential scan, or counting its symbols first, block after block.
+// Entropy coding of one scan, or counting its symbols first, block after block.
 #pragma once
 
 #include <array>
@@ -7,6 +7,7 @@
 #include <utility>
 #include <vector>
 
+#include "codec/jpeg_headers.h"
 #include "codec/jpeg_layout.h"
 #include "codec/jpeg_tables.h"
 #include "codec/library.h"
@@ -21,44 +22,57 @@ struct HuffmanPair {
 // Counts the symbols of a scan.
 class ScanStatistics {
 public:
-    // `tables[s]` is the table (0 or 1) of the scan's component s.
-    explicit ScanStatistics(std::vector<int> tables) : tables_(std::move(tables)), lastDc_(tables_.size()) {}
+    explicit ScanStatistics(const ScanHeader& scan)
+        : scan_(scan), lastDc_(scan.components.size()),
+          state_(make<EncodeState>(qeliEncodeHuffmanStateInitAlloc_JPEG_8u))
+    {}
 
     void startRow() {}
-    void block(int slot, const int16_t* coefficients)
-    {
-        Counts& counts = counts_[tables_[slot]];
-        check(
-            qeliGetHuffmanStatistics8x8_JPEG_16s_C1(coefficients, counts.dc.data(), counts.ac.data(), &lastDc_[slot]));
-    }
-    void restart() { lastDc_.assign(lastDc_.size(), 0); }
-    void finish() {}
+    void block(int slot, const int16_t* coefficients) { check(count(slot, coefficients, 0)); }
+    void restart();
+    void finish();
 
-    // The best tables for the symbols of table 0 or 1.
+    // The best tables for the symbols that table 0 or 1 is for; those that the scan does not use are empty.
     HuffmanPair tables(int table) const;
 
 private:
     struct Counts {
         std::array<uint32_t, 256> dc{}, ac{};
     };
-    std::vector<int> tables_;
+    QelStatus count(int slot, const int16_t* coefficients, int flush)
+    {
+        const ScanHeader::Component& component = scan_.components[slot];
+        uint32_t *dc = counts_[component.dcTable].dc.data(), *ac = counts_[component.acTable].ac.data();
+        switch (scan_.kind) {
+        case ScanKind::dcFirst:
+            return qeliGetHuffmanStatistics8x8_DCFirst_JPEG_16s_C1(coefficients, dc, &lastDc_[slot], scan_.low);
+        case ScanKind::dcRefine:
+            return qelStsNoErr;
+        case ScanKind::acFirst:
+            return qeliGetHuffmanStatistics8x8_ACFirst_JPEG_16s_C1(coefficients, ac, scan_.first, scan_.last, scan_.low,
+                                                                   state_.get(), flush);
+        case ScanKind::acRefine:
+            return qeliGetHuffmanStatistics8x8_ACRefine_JPEG_16s_C1(coefficients, ac, scan_.first, scan_.last,
+                                                                    scan_.low, state_.get(), flush);
+        default:
+            return qeliGetHuffmanStatistics8x8_JPEG_16s_C1(coefficients, dc, ac, &lastDc_[slot]);
+        }
+    }
+
+    const ScanHeader& scan_;
     std::array<Counts, 2> counts_;
     std::vector<int16_t> lastDc_;
+    EncodeState state_;
 };
 
 // Codes a scan at the end of `out`.
 class ScanEncoder {
 public:
-    ScanEncoder(std::vector<uint8_t>& out, const ScanLayout& layout, const std::array<HuffmanPair, 2>& pairs,
-                std::vector<int> tables);
+    ScanEncoder(std::vector<uint8_t>& out, const ScanLayout& layout, const ScanHeader& scan,
+                const std::array<HuffmanPair, 2>& pairs);
 
     void startRow();
-    void block(int slot, const int16_t* coefficients)
-    {
-        check(qeliEncodeHuffman8x8_JPEG_16s1u_C1(coefficients, end_, room_, &position_, &lastDc_[slot],
-                                                 specs_[tables_[slot]].dc.get(), specs_[tables_[slot]].ac.get(),
-                                                 state_.get(), 0));
-    }
+    void block(int slot, const int16_t* coefficients) { check(encode(slot, coefficients, 0)); }
     void restart();
     void finish();
 
@@ -66,16 +80,37 @@ private:
     struct Specs {
         EncodeSpec dc, ac;
     };
-    void flush();
+    QelStatus encode(int slot, const int16_t* coefficients, int flush)
+    {
+        const QelEncodeHuffmanSpec* dc = specs_[scan_.components[slot].dcTable].dc.get();
+        const QelEncodeHuffmanSpec* ac = specs_[scan_.components[slot].acTable].ac.get();
+        switch (scan_.kind) {
+        case ScanKind::dcFirst:
+            return qeliEncodeHuffman8x8_DCFirst_JPEG_16s1u_C1(coefficients, end_, room_, &position_, &lastDc_[slot],
+                                                              scan_.low, dc, state_.get(), flush);
+        case ScanKind::dcRefine:
+            return qeliEncodeHuffman8x8_DCRefine_JPEG_16s1u_C1(coefficients, end_, room_, &position_, scan_.low,
+                                                               state_.get(), flush);
+        case ScanKind::acFirst:
+            return qeliEncodeHuffman8x8_ACFirst_JPEG_16s1u_C1(coefficients, end_, room_, &position_, scan_.first,
+                                                              scan_.last, scan_.low, ac, state_.get(), flush);
+        case ScanKind::acRefine:
+            return qeliEncodeHuffman8x8_ACRefine_JPEG_16s1u_C1(coefficients, end_, room_, &position_, scan_.first,
+                                                               scan_.last, scan_.low, ac, state_.get(), flush);
+        default:
+            return qeliEncodeHuffman8x8_JPEG_16s1u_C1(coefficients, end_, room_, &position_, &lastDc_[slot], dc, ac,
+                                                      state_.get(), flush);
+        }
+    }
 
     std::vector<uint8_t>& out_; // longer than what has been written
+    const ScanHeader& scan_;
     size_t used_;
     uint8_t* end_ = nullptr; // of what has been written before this row
     int room_ = 0, position_ = 0;
     int roomPerRow_;
     EncodeState state_;
     std::array<Specs, 2> specs_;
-    std::vector<int> tables_;
     std::vector<int16_t> lastDc_;
     int nextMarker_ = 0;
 };

@@ -1,11 +1,10 @@
-// Where the blocks of a scan go: through the inverse DCT into planes of samples, or as they are into a store.
+// Where decoded blocks go: through the inverse DCT into planes of samples.
 #pragma once
 
 #include <vector>
 
 #include "codec/jpeg_headers.h"
 #include "codec/jpeg_layout.h"
-#include "codec/jpeg_reader.h"
 #include "codec/library.h"
 #include "codec/plane.h"
 
@@ -14,12 +13,12 @@ namespace qel::codec {
 // Dequantizes and transforms blocks into the rows of planes, one plane for each component of the frame.
 class BlockTransform {
 public:
-    BlockTransform(const JpegHeaders& headers, const ScanLayout& layout, std::vector<Plane>& planes)
+    // `steps[c]` are the quantization steps of component c; they must outlive this object.
+    BlockTransform(const std::vector<QuantizerSteps>& steps, const ScanLayout& layout, std::vector<Plane>& planes)
     {
         for (const McuBlock& block : layout.blocks) {
             const ScanShare& share = layout.shares[block.slot];
-            const JpegComponent& component = headers.info().components[share.component];
-            targets_.push_back({&planes[share.component], &headers.quantizer(component), 8 * share.down, 8 * block.dy,
+            targets_.push_back({&planes[share.component], &steps[share.component], 8 * share.down, 8 * block.dy,
                                 8 * share.across, 8 * block.dx, nullptr});
         }
     }
@@ -44,32 +43,6 @@ private:
         uint8_t* at;
     };
     std::vector<Target> targets_;
-};
-
-// Keeps the quantized coefficients of the blocks that the components themselves need.
-class CoefficientStore {
-public:
-    CoefficientStore(const ScanLayout& layout, std::vector<JpegCoefficients>& components)
-        : layout_(layout), components_(components)
-    {}
-
-    void startRow(int mcuRow) { mcuRow_ = mcuRow; }
-
-    void operator()(int i, int mcuColumn, const int16_t* block)
-    {
-        const McuBlock& place = layout_.blocks[i];
-        const ScanShare& share = layout_.shares[place.slot];
-        JpegCoefficients& component = components_[share.component];
-        int row = mcuRow_ * share.down + place.dy, column = mcuColumn * share.across + place.dx;
-        if (row >= component.blocksDown || column >= component.blocksAcross) return;
-        size_t index = size_t(row) * component.blocksAcross + column;
-        check(qeliCopy_16s_C1R(block, 128, component.values.data() + 64 * index, 128, {64, 1}));
-    }
-
-private:
-    const ScanLayout& layout_;
-    std::vector<JpegCoefficients>& components_;
-    int mcuRow_ = 0;
 };
 
 }

@@ -5,8 +5,10 @@
 #include <algorithm>
 #include <numeric>
 #include <string_view>
+#include <tuple>
 #include <utility>
 
+#include "codec/jpeg_block_store.h"
 #include "codec/jpeg_blocks.h"
 #include "codec/jpeg_scan_writer.h"
 #include "codec/jpeg_segments.h"
@@ -56,19 +58,22 @@ private:
     void checkOptions() const;
     void describeFrame();
     void describeComponents();
+    void chooseScans();
     void encodeStraight();
     void encodeStored();
     std::vector<BlockStore> transformAll(Progress& progress);
     // Writes what stands before the data of a scan.
-    void beginScan(const std::vector<int>& components, int interval);
+    void beginScan(const ScanHeader& scan, int interval);
     std::vector<int> allComponents() const;
-    std::vector<std::vector<int>> scans() const;
+    ScanHeader headerOf(const JpegScan& scan) const;
+    bool needsStatistics(const ScanHeader& scan) const;
     int restartInterval(const ScanLayout& layout) const;
-    std::vector<int> tablesOf(const std::vector<int>& components) const;
 
     const Picture& picture_;
     const JpegEncodeOptions& options_;
     JpegInfo info_;
+    JpegScanScript scans_;
+    bool isProgressive_ = false;
     std::array<QuantizerSteps, 2> steps_, multipliers_;
     std::array<HuffmanPair, 2> huffman_ = {{{kTypicalDc[0], kTypicalAc[0]}, {kTypicalDc[1], kTypicalAc[1]}}};
     std::array<bool, 2> written_{}; // Huffman tables that the file holds already
@@ -85,6 +90,7 @@ Encoder::Encoder(const Picture& picture, const JpegEncodeOptions& options) : pic
     }
     describeFrame();
     describeComponents();
+    chooseScans();
 }
 
 void Encoder::checkOptions() const
@@ -124,14 +130,10 @@ void Encoder::describeComponents()
         info_.components.push_back({names[i], h, v, table, 0, 0});
     }
     setComponentSizes(info_);
-    int blocks = 0, largestStep = 0;
-    for (const JpegComponent& c : info_.components) {
-        blocks += c.h * c.v;
+    int largestStep = 0;
+    for (const JpegComponent& c : info_.components)
         largestStep = std::max<int>(largestStep, std::ranges::max(steps_[c.quantizer]));
-    }
     info_.frameMarker = largestStep > 255 ? marker::kSof1 : marker::kSof0;
-    if (options_.interleaved && count > 1 && blocks > 10)
-        throw CodecError("sampling factors that give more than 10 blocks to an MCU");
 }
 
 std::vector<int> Encoder::allComponents() const
@@ -141,13 +143,38 @@ std::vector<int> Encoder::allComponents() const
     return all;
 }
 
-// The components of each scan.
-std::vector<std::vector<int>> Encoder::scans() const
+void Encoder::chooseScans()
 {
-    if (options_.interleaved) return {allComponents()};
-    std::vector<std::vector<int>> single;
-    for (int i : allComponents()) single.push_back({i});
-    return single;
+    int count = int(info_.components.size());
+    scans_ = options_.scans;
+    if (scans_.empty() && options_.progressive) scans_ = usualScript(count, info_.colour == JpegColour::ycbcr);
+    if (scans_.empty() && options_.interleaved) scans_ = {{allComponents()}};
+    if (scans_.empty())
+        for (int i : allComponents()) scans_.push_back({{i}});
+    checkScript(scans_, count);
+    isProgressive_ = !scans_[0].isSequential();
+    if (isProgressive_) info_.frameMarker = marker::kSof2;
+    for (const JpegScan& scan : scans_)
+        if (ScanLayout(info_, scan.components).blocks.size() > 10)
+            throw CodecError("sampling factors that give more than 10 blocks to an MCU");
+}
+
+ScanHeader Encoder::headerOf(const JpegScan& scan) const
+{
+    ScanHeader header;
+    for (int i : scan.components) {
+        int table = info_.components[i].quantizer;
+        header.components.push_back({i, table, table});
+    }
+    std::tie(header.first, header.last, header.high, header.low) = std::tie(scan.first, scan.last, scan.high, scan.low);
+    if (isProgressive_) header.kind = scanKind(scan.first, scan.high);
+    return header;
+}
+
+// Progressive scans have symbols that the typical tables lack; those that refine DC coefficients have none.
+bool Encoder::needsStatistics(const ScanHeader& scan) const
+{
+    return (options_.optimiseTables || isProgressive_) && scan.kind != ScanKind::dcRefine;
 }
 
 int Encoder::restartInterval(const ScanLayout& layout) const
@@ -158,13 +185,6 @@ int Encoder::restartInterval(const ScanLayout& layout) const
     return int(interval);
 }
 
-std::vector<int> Encoder::tablesOf(const std::vector<int>& components) const
-{
-    std::vector<int> tables;
-    for (int i : components) tables.push_back(info_.components[i].quantizer);
-    return tables;
-}
-
 std::vector<uint8_t> Encoder::file()
 {
     segments_.marker(marker::kSoi);
@@ -172,10 +192,10 @@ std::vector<uint8_t> Encoder::file()
         segments_.jfif();
     else
         segments_.adobe(info_.adobeTransform);
-    int tables = std::ranges::max(tablesOf(allComponents())) + 1;
-    for (int table = 0; table < tables; ++table) segments_.quantizer(table, steps_[table]);
+    int last = std::ranges::max(info_.components, {}, &JpegComponent::quantizer).quantizer;
+    for (int table = 0; table <= last; ++table) segments_.quantizer(table, steps_[table]);
     segments_.frame(info_);
-    if (options_.interleaved && !options_.optimiseTables)
+    if (scans_.size() == 1 && !options_.optimiseTables && !isProgressive_)
         encodeStraight();
     else
         encodeStored();
@@ -183,15 +203,13 @@ std::vector<uint8_t> Encoder::file()
     return std::move(out_);
 }
 
-void Encoder::beginScan(const std::vector<int>& components, int interval)
+void Encoder::beginScan(const ScanHeader& scan, int interval)
 {
-    ScanHeader scan;
-    for (int i : components) {
-        int table = info_.components[i].quantizer;
-        scan.components.push_back({i, table, table});
+    for (auto& component : scan.components) {
+        int table = component.dcTable;
         if (std::exchange(written_[table], true)) continue;
-        segments_.huffmanTable(0, table, huffman_[table].dc);
-        segments_.huffmanTable(1, table, huffman_[table].ac);
+        if (codesDcTable(scan.kind)) segments_.huffmanTable(0, table, huffman_[table].dc);
+        if (codesAcTable(scan.kind)) segments_.huffmanTable(1, table, huffman_[table].ac);
     }
     if (interval != info_.restartInterval) segments_.restartInterval(interval);
     info_.restartInterval = interval;
@@ -200,13 +218,13 @@ void Encoder::beginScan(const std::vector<int>& components, int interval)
 
 void Encoder::encodeStraight()
 {
-    std::vector<int> components = scans()[0];
-    ScanLayout layout(info_, components);
+    ScanHeader scan = headerOf(scans_[0]);
+    ScanLayout layout(info_, scans_[0].components);
     int interval = restartInterval(layout);
-    beginScan(components, interval);
+    beginScan(scan, interval);
     StripReader strips(info_, picture_);
     ForwardTransform blocks(info_, layout, multipliers_, strips);
-    ScanEncoder coder(out_, layout, huffman_, tablesOf(components));
+    ScanEncoder coder(out_, layout, scan, huffman_);
     Progress progress(options_.progress, layout.mcusDown);
     codeScan(layout, interval, blocks, coder, progress);
 }
@@ -214,11 +232,7 @@ void Encoder::encodeStraight()
 std::vector<BlockStore> Encoder::transformAll(Progress& progress)
 {
     std::vector<BlockStore> stores;
-    for (const JpegComponent& c : info_.components) {
-        int across = paddedBlocksAcross(info_, c);
-        size_t values = size_t(64) * across * paddedBlocksDown(info_, c);
-        stores.push_back({across, std::make_unique_for_overwrite<int16_t[]>(values)});
-    }
+    for (const JpegComponent& c : info_.components) stores.emplace_back(info_, c);
     ScanLayout layout(info_, allComponents());
     StripReader strips(info_, picture_);
     ForwardTransform transform(info_, layout, multipliers_, strips);
@@ -236,23 +250,23 @@ std::vector<BlockStore> Encoder::transformAll(Progress& progress)
 void Encoder::encodeStored()
 {
     int steps = ScanLayout(info_, allComponents()).mcusDown;
-    for (auto& components : scans())
-        steps += (options_.optimiseTables ? 2 : 1) * ScanLayout(info_, components).mcusDown;
+    for (const JpegScan& scan : scans_)
+        steps += (needsStatistics(headerOf(scan)) ? 2 : 1) * ScanLayout(info_, scan.components).mcusDown;
     Progress progress(options_.progress, steps);
     std::vector<BlockStore> stores = transformAll(progress);
-    for (auto& components : scans()) {
-        ScanLayout layout(info_, components);
-        std::vector<int> tables = tablesOf(components);
+    for (const JpegScan& described : scans_) {
+        ScanHeader scan = headerOf(described);
+        ScanLayout layout(info_, described.components);
         int interval = restartInterval(layout);
         StoredBlocks blocks(layout, stores);
-        if (options_.optimiseTables) {
-            ScanStatistics statistics(tables);
+        if (needsStatistics(scan)) {
+            ScanStatistics statistics(scan);
             codeScan(layout, interval, blocks, statistics, progress);
-            for (int table : tables) huffman_[table] = statistics.tables(table);
+            for (int table : {0, 1}) huffman_[table] = statistics.tables(table);
             written_ = {};
         }
-        beginScan(components, interval);
-        ScanEncoder coder(out_, layout, huffman_, tables);
+        beginScan(scan, interval);
+        ScanEncoder coder(out_, layout, scan, huffman_);
         codeScan(layout, interval, blocks, coder, progress);
     }
 }

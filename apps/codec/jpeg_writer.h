@@ -1,4 +1,4 @@
-// Encodes pictures of 8-bit samples as baseline or extended sequential JPEG files (T.81).
+// Encodes pictures of 8-bit samples as baseline, extended sequential or progressive JPEG files (T.81).
 #pragma once
 
 #include <array>
@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "codec/jpeg_info.h"
+#include "codec/jpeg_scan_script.h"
 #include "codec/picture.h"
 
 namespace qel::codec {
@@ -32,6 +33,8 @@ struct JpegEncodeOptions {
     std::optional<JpegSamplings> sampling = {}; // else 4:2:0 for YCbCr and YCCK, 4:4:4 for RGB and CMYK; grey has none
     bool optimiseTables = false;                // Huffman tables made for this picture: two passes, a smaller file
     bool interleaved = true;                    // one scan for all components, or one scan for each
+    bool progressive = false;                   // by the usual script, with tables made for each scan
+    JpegScanScript scans = {};                  // if not empty, these instead; they say whether the file is progressive
     int restartInterval = 0;                    // in MCUs; 0 is none
     int restartRows = 0;                        // or in rows of MCUs of each scan; not both
     // At the lowest qualities, quantization steps above 255 in 16-bit tables (the file is then extended sequential).

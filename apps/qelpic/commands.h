@@ -18,6 +18,7 @@ enum ExitCode {
 struct Options {
     std::string input, output; // for `compare` the two pictures
     codec::JpegEncodeOptions encoding;
+    std::string scanScript; // file that `encoding.scans` is read from; empty if there is none
     codec::JpegDecodeOptions decoding;
     bool isQuiet = false;
     int runs = 0; // how often to code for the time to be taken; 0 is once, without a report

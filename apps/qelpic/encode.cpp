@@ -22,6 +22,15 @@ codec::LoadedPicture load(const Options& options)
     return loaded;
 }
 
+codec::JpegScanScript loadScript(const std::string& path)
+{
+    if (path.empty()) return {};
+    return about(path, [&] {
+        std::vector<uint8_t> text = codec::readFile(path);
+        return codec::parseScanScript({reinterpret_cast<const char*>(text.data()), text.size()});
+    });
+}
+
 }
 
 ExitCode encode(const Options& options)
@@ -30,12 +39,13 @@ ExitCode encode(const Options& options)
         if (options.output != "-" && codec::isStorable(options.output))
             throw codec::CodecError("the output is a JPEG file: its name should end in .jpg");
     });
+    codec::JpegEncodeOptions encoding = options.encoding;
+    encoding.scans = loadScript(options.scanScript);
     auto loaded = about(options.input, [&] { return load(options); });
     warn(options.input, loaded.warnings, options.isQuiet);
     const codec::Picture& picture = loaded.picture;
     std::vector<uint8_t> file = about(options.input, [&] {
         ProgressBar bar("encoding", options.isQuiet);
-        codec::JpegEncodeOptions encoding = options.encoding;
         encoding.progress = bar.callback();
         return timed(
             options.runs, "encoded", [&] { return codec::encodeJpeg(picture, encoding); },

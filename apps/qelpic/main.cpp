@@ -77,6 +77,12 @@ struct CommandLine {
             ->type_name("NAME");
         command->add_flag("--optimize", encoding.optimiseTables,
                           "Huffman tables made for this picture: smaller, slower");
+        auto* progressive = command->add_flag("--progressive", encoding.progressive,
+                                              "A picture that sharpens while it loads, and a smaller file; slower");
+        command
+            ->add_option("--scans", options.scanScript, "Scans as this script says: lines like \"0,1,2: 0-0, 0, 1;\"")
+            ->type_name("FILE")
+            ->excludes(progressive);
         auto* restart = command->add_option("--restart", encoding.restartInterval, "Restart marker every N MCUs")
                             ->check(within(1, 65535))
                             ->type_name("N");
@@ -86,7 +92,9 @@ struct CommandLine {
             ->excludes(restart);
         auto* rgb = command->add_flag("--rgb", isRgb, "Store RGB as it is, not as YCbCr");
         command->add_flag("--cmyk", isCmyk, "Store CMYK as it is, not as YCCK")->excludes(rgb);
-        command->add_flag("--separate-scans", isSeparate, "One scan for each component instead of one for all");
+        command->add_flag("--separate-scans", isSeparate, "One scan for each component instead of one for all")
+            ->excludes("--progressive")
+            ->excludes("--scans");
         command->add_flag("--extended", encoding.wideQuantizers,
                           "Allow the coarsest quantization of low qualities (extended sequential files)");
         addCoding(*command);

@@ -7,6 +7,7 @@
 #include <cmath>
 #include <ostream>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "codec/jpeg_writer.h"
@@ -75,6 +76,29 @@ inline std::vector<JpegCase> jpegCases()
         for (int quality : {1, 10, 50, 75, 100})
             add(("_q" + std::to_string(quality)).c_str(), [&](JpegEncodeOptions& o) { o.quality = quality; });
         add("_q1_wide", [](JpegEncodeOptions& o) { o.quality = 1, o.wideQuantizers = true; });
+    }
+    // Chrominance first, bits in many scans, and bands that begin and end anywhere.
+    const JpegScanScript deep = {
+        {{0, 1, 2}, 0, 0, 0, 3}, {{0}, 1, 63, 0, 3}, {{2}, 1, 2, 0, 2},  {{0, 1, 2}, 0, 0, 3, 2}, {{2}, 1, 1, 2, 1},
+        {{0}, 1, 63, 3, 2},      {{2}, 3, 63, 0, 0}, {{1}, 1, 63, 0, 0}, {{0, 1, 2}, 0, 0, 2, 1}, {{0}, 1, 63, 2, 1},
+        {{0, 1, 2}, 0, 0, 1, 0}, {{0}, 1, 63, 1, 0}, {{2}, 2, 2, 2, 1},  {{2}, 1, 2, 1, 0}};
+    const JpegScanScript narrow = {{{1}, 0, 0, 0, 0},  {{0, 2}, 0, 0, 0, 1}, {{0}, 63, 63, 0, 0},  {{0}, 1, 1, 0, 2},
+                                   {{0}, 2, 62, 0, 1}, {{0}, 1, 1, 2, 1},    {{0, 2}, 0, 0, 1, 0}, {{0}, 1, 62, 1, 0},
+                                   {{1}, 1, 30, 0, 0}, {{1}, 31, 63, 0, 0},  {{2}, 1, 63, 0, 0}};
+    const std::pair<const char*, JpegScanScript> scripts[] = {
+        {"deep", deep}, {"narrow", narrow}, {"two_scans", {{{0, 1}}, {{2}}}}};
+    for (auto& [name, script] : scripts)
+        for (auto& [sampling, factors] : {std::pair("444", kSampling444), std::pair("420", kSampling420)})
+            cases.push_back(
+                {std::string("script_") + name + "_" + sampling, rgb, {.sampling = factors, .scans = script}});
+    for (int i = 0; i < 12; ++i) {
+        JpegCase progressive = cases[i];
+        progressive.name += "_progressive";
+        progressive.options.progressive = true;
+        cases.push_back(progressive);
+        progressive.name += "_restart";
+        progressive.options.restartInterval = 4;
+        cases.push_back(progressive);
     }
     return cases;
 }

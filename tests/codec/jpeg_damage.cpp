@@ -146,7 +146,6 @@ TEST(JpegDamage, RefusalsSayWhatAndWhere)
         {dqt + 3, 1, "a marker segment of length 1", dqt + 2},
         {dqt + 3, 60, "quantization table: too short", dqt + 62},
         {dqt + 4, 4, "quantization table: unknown kind or number 4", dqt + 5},
-        {sof + 1, 0xC2, "the coding process SOF2 (progressive) is not supported", sof},
         {sof + 1, 0xC9, "the coding process SOF9 (other) is not supported", sof},
         {sof + 4, 12, "samples of 12 bits are not supported", sof},
         {sof + 8, 0, "frame header: a picture without pixels", sof + 9},
@@ -174,11 +173,93 @@ TEST(JpegDamage, RefusalsSayWhatAndWhere)
               "the picture has more pixels than allowed (at byte " + std::to_string(sof) + ")");
 }
 
+TEST(JpegDamage, ProgressiveScansThatBreakTheRulesAreRefused)
+{
+    const File sound = smallFile({.progressive = true});
+    size_t dc = markerAt(sound, marker::kSos), ac = markerAt(sound, marker::kSos, 1);
+    const struct {
+        size_t at;
+        uint8_t value;
+        const char* message;
+    } table[] = {
+        {dc + 12, 5, "scan header: coefficients 0 to 5"},
+        {dc + 11, 1, "scan header: coefficients 1 to 0"},
+        {ac + 8, 64, "scan header: coefficients 1 to 64"},
+        {dc + 13, 14, "scan header: approximation by 14 bits"},
+    };
+    for (auto& row : table) {
+        File file = sound;
+        file[row.at] = row.value;
+        if (row.at < ac)
+            EXPECT_EQ(errorOf([&] { decodeJpeg(file); }).rfind(row.message, 0), 0u) << row.message;
+        else
+            EXPECT_EQ(decodeJpeg(file).warnings.at(0).rfind(row.message, 0), 0u) << row.message;
+    }
+}
+
+// What the scans so far tell is a picture, less true the fewer they are.
+TEST(JpegDamage, AProgressivePictureIsDeliveredAsFarAsItCame)
+{
+    Picture original = paintedPicture(75, 53, ColourSpace::rgb);
+    File file = encodeJpeg(original, {.sampling = kSampling444, .progressive = true});
+    double last = 1e9;
+    for (int scans = 1; scans <= 10; ++scans) {
+        size_t end = markerAt(file, marker::kSos, scans), middle = (markerAt(file, marker::kSos, scans - 1) + end) / 2;
+        for (size_t keep : {middle, end}) {
+            File cut(file.begin(), file.begin() + ptrdiff_t(keep));
+            if (keep == end && scans < 10) cut.insert(cut.end(), {0xFF, marker::kEoi});
+            DecodedJpeg decoded = decodeJpeg(cut);
+            bool whole = scans == 10 && keep == end;
+            EXPECT_EQ(decoded.warnings.empty(), whole) << scans;
+            double error = compare(decoded.picture, original).whole.meanSquaredError;
+            EXPECT_LT(error, 1.05 * last) << scans;
+            last = error;
+        }
+    }
+    EXPECT_LT(last, 40);
+}
+
+TEST(JpegDamage, AProgressiveFileLosesOnlyTheIntervalsThatAreDamaged)
+{
+    JpegEncodeOptions options = {.sampling = kSampling444, .restartRows = 1};
+    options.progressive = true;
+    File file = smallFile(options);
+    Picture whole = decodeJpeg(file).picture;
+    size_t scan = markerAt(file, marker::kSos), second = findMarker(file, scan + 14),
+           third = findMarker(file, second + 2);
+    DecodedJpeg decoded = decodeJpeg(without(file, second + 4, third));
+    EXPECT_EQ(decoded.warnings.size(), 1u);
+    for (int y = 0; y < whole.height(); ++y)
+        EXPECT_EQ(std::equal(whole.row(y), whole.row(y) + whole.step(), decoded.picture.row(y)), y / 8 != 1) << y;
+}
+
+// Scans cost few bytes: an endless row of them must not keep the decoder busy, nor may a huge picture.
+TEST(JpegDamage, EndlessScansAreBounded)
+{
+    File file = smallFile({.progressive = true});
+    size_t first = markerAt(file, marker::kDht, 1), end = markerAt(file, marker::kSos, 2);
+    File scan(file.begin() + ptrdiff_t(first), file.begin() + ptrdiff_t(end)), many;
+    for (int i = 0; i < 3000; ++i) many.insert(many.end(), scan.begin(), scan.end());
+    file.insert(file.begin() + ptrdiff_t(end), many.begin(), many.end());
+    DecodedJpeg decoded = decodeJpeg(file);
+    ASSERT_FALSE(decoded.warnings.empty());
+    EXPECT_EQ(decoded.warnings[0], "scans from number 501 on are left out");
+
+    // The more blocks, the fewer scans.
+    size_t frame = markerAt(file, marker::kSof2);
+    file[frame + 5] = file[frame + 7] = 0x20;
+    decoded = decodeJpeg(file);
+    EXPECT_NE(std::ranges::find_if(decoded.warnings, [](auto& line) { return line.starts_with("scans from number "); }),
+              decoded.warnings.end());
+}
+
 TEST(JpegDamage, AHugeSizeOverLittleDataTakesLittle)
 {
-    for (bool interleaved : {true, false}) {
-        File file = smallFile({.sampling = kSampling444, .interleaved = interleaved});
-        size_t frame = markerAt(file, marker::kSof0);
+    const JpegEncodeOptions table[] = {{}, {.interleaved = false}, {.progressive = true}};
+    for (JpegEncodeOptions options : table) {
+        options.sampling = kSampling444;
+        File file = smallFile(options);
+        size_t frame = markerAt(file, options.progressive ? marker::kSof2 : marker::kSof0);
         for (int i = 5; i <= 8; ++i) file[frame + i] = 0xFF;
         EXPECT_NE(errorOf([&] { decodeJpeg(file); }), "");
         EXPECT_NE(errorOf([&] { decodeJpegPlanes(file); }), "");
@@ -197,7 +278,8 @@ TEST(JpegDamage, OptionsThatDoNotFitAreRefused)
                                        {.sampling = kThree},
                                        {.restartInterval = -1},
                                        {.restartInterval = 65536},
-                                       {.restartInterval = 2, .restartRows = 2}};
+                                       {.restartInterval = 2, .restartRows = 2},
+                                       {.scans = {{{0}}, {{1}}}}};
     for (auto& options : table) EXPECT_NE(errorOf([&] { smallFile(options); }), "");
     EXPECT_NE(errorOf([&] { encodeJpeg(Picture(9, 9, ColourSpace::rgb, 12), {}); }), "");
 }
@@ -208,6 +290,7 @@ void decodeAnyhow(Bytes file)
     try {
         DecodedJpeg decoded = decodeJpeg(file, {.maxPixels = 1 << 20});
         encodeJpeg(decoded.picture, {.optimiseTables = true});
+        encodeJpeg(decoded.picture, {.progressive = true});
         decodeJpegCoefficients(file);
     } catch (const CodecError&) {}
 }

@@ -1,6 +1,7 @@
 // libjpeg behind functions from and to memory; its errors become exceptions.
 #include "libjpeg_peer.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <stdexcept>
@@ -131,17 +132,22 @@ std::vector<uint8_t> peerEncode(const Picture& picture, const JpegEncodeOptions&
     peer.optimize_coding = options.optimiseTables;
     peer.restart_interval = options.restartInterval;
     peer.restart_in_rows = options.restartRows;
-    jpeg_scan_info scans[4];
+    std::vector<jpeg_scan_info> scans;
     for (int c = 0; c < peer.num_components; ++c) {
         if (options.sampling) {
             peer.comp_info[c].h_samp_factor = (*options.sampling)[c].h;
             peer.comp_info[c].v_samp_factor = (*options.sampling)[c].v;
         }
-        scans[c] = {1, {c, 0, 0, 0}, 0, 63, 0, 0};
+        if (!options.interleaved) scans.push_back({1, {c, 0, 0, 0}, 0, 63, 0, 0});
     }
-    if (!options.interleaved) {
-        peer.scan_info = scans;
-        peer.num_scans = peer.num_components;
+    for (const JpegScan& scan : options.scans) {
+        scans.push_back({int(scan.components.size()), {}, scan.first, scan.last, scan.high, scan.low});
+        std::copy(scan.components.begin(), scan.components.end(), scans.back().component_index);
+    }
+    if (options.progressive) jpeg_simple_progression(&peer);
+    if (!scans.empty()) {
+        peer.scan_info = scans.data();
+        peer.num_scans = int(scans.size());
     }
     jpeg_start_compress(&peer, TRUE);
     while (peer.next_scanline < peer.image_height) {

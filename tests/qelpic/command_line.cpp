@@ -60,6 +60,7 @@ protected:
 
 TEST_F(Qelpic, EncodesAndDecodes)
 {
+    store("script", "0,1,2: 0-0, 0, 0;\n0: 1-63, 0, 0;\n1: 1-63, 0, 0; # blue\n2: 1-63, 0, 0;\n");
     const struct {
         const char *options, *expected; // what `info` says
         double psnr;
@@ -71,6 +72,8 @@ TEST_F(Qelpic, EncodesAndDecodes)
         {"--rgb", "colour           RGB", 34},
         {"--optimize --threads 1", "scans            1", 30},
         {"--separate-scans", "scans            3", 30},
+        {"--progressive", "scans            10", 30},
+        {"--scans script", "scans            4", 30},
         {"--restart 7", "restart interval 7 MCUs", 30},
         {"--restart-rows 1", "restart interval 10 MCUs", 30},
     };
@@ -90,7 +93,8 @@ TEST_F(Qelpic, Grey)
 {
     EXPECT_EQ(qelpic("encode photo.png a.jpg --sampling grey").exitCode, 0);
     EXPECT_EQ(qelpic("decode a.jpg grey.pgm").exitCode, 0);
-    EXPECT_EQ(qelpic("encode grey.pgm b.jpg").exitCode, 0);
+    EXPECT_EQ(qelpic("encode grey.pgm b.jpg --progressive").exitCode, 0);
+    EXPECT_NE(qelpic("info b.jpg").output.find("scans            6"), std::string::npos);
     EXPECT_GT(psnr("grey.pgm", "b.jpg"), 35);
     EXPECT_EQ(qelpic("compare grey.pgm photo.png").exitCode, 1);
 }
@@ -120,6 +124,8 @@ TEST_F(Qelpic, ErrorsAreOneLine)
     store("short.ppm", "P6 100 100 255\nabc");
     store("huge.ppm", "P6 2000000000 2000000000 255\nabc");
     store("kept.jpg", "kept");
+    store("bad.script", "0: 0-0 0 0;\n0: 1-5 zero;");
+    store("short.script", "0: 0-0 0 0;");
     store("start.jpg", textOf(folder_ / "photo.jpg").substr(0, 100));
     const struct {
         const char *arguments, *message;
@@ -133,6 +139,9 @@ TEST_F(Qelpic, ErrorsAreOneLine)
         {"decode photo.jpg x.gif", "x.gif: the name does not end in .pgm, .ppm, .pnm, .pam or .png"},
         {"decode photo.jpg x.pgm", "x.pgm: a colour picture does not fit a .pgm file"},
         {"encode photo.png x.png", "x.png: the output is a JPEG file: its name should end in .jpg"},
+        {"encode photo.png x.jpg --scans none", "none: cannot be opened: No such file or directory"},
+        {"encode photo.png x.jpg --scans bad.script", "bad.script: line 2 of the scan script: a number is expected"},
+        {"encode photo.png x.jpg --scans short.script", "photo.png: the scan script leaves out component 1"},
         {"encode photo.png no/x.jpg", "no/x.jpg: cannot be written: No such file or directory"},
     };
     for (auto& row : table) {
@@ -170,7 +179,8 @@ TEST_F(Qelpic, UsageErrors)
     for (const char* arguments :
          {"", "paint", "encode photo.png", "encode photo.png x.jpg --quality 0", "encode photo.png x.jpg --quality 101",
           "encode photo.png x.jpg --sampling 411", "encode photo.png x.jpg --rgb --cmyk",
-          "encode photo.png x.jpg --restart 3 --restart-rows 2", "decode photo.jpg x.png --upsampling best",
+          "encode photo.png x.jpg --restart 3 --restart-rows 2", "encode photo.png x.jpg --progressive --scans script",
+          "encode photo.png x.jpg --progressive --separate-scans", "decode photo.jpg x.png --upsampling best",
           "decode photo.jpg x.png extra"}) {
         Outcome outcome = qelpic(arguments);
         EXPECT_EQ(outcome.exitCode, 2) << arguments;

@@ -1,0 +1,59 @@
+// All quantized blocks of a picture, for files that are coded in more than one pass.
+#pragma once
+
+#include <cstdint>
+#include <cstdlib>
+#include <memory>
+#include <new>
+#include <vector>
+
+#include "codec/jpeg_layout.h"
+
+namespace qel::codec {
+
+// Blocks of one component, in whole MCUs of the frame; zero until something is stored, and without cost until then.
+class BlockStore {
+public:
+    BlockStore(int across, int down)
+        : across_(across), values_(static_cast<int16_t*>(std::calloc(size_t(across) * down, kBytesPerBlock)))
+    {
+        if (!values_) throw std::bad_alloc();
+    }
+    BlockStore(const JpegInfo& info, const JpegComponent& component)
+        : BlockStore(paddedBlocksAcross(info, component), paddedBlocksDown(info, component))
+    {}
+
+    static constexpr int kBytesPerBlock = 128;
+
+    // 64 coefficients in natural order; the blocks of a row follow one another.
+    int16_t* block(int row, int column) { return values_.get() + 64 * (size_t(row) * across_ + column); }
+
+private:
+    struct Release {
+        void operator()(int16_t* values) const { std::free(values); }
+    };
+    int across_;
+    std::unique_ptr<int16_t[], Release> values_;
+};
+
+// The blocks of a scan, where the stores of its components have them.
+class StoredBlocks {
+public:
+    StoredBlocks(const ScanLayout& layout, std::vector<BlockStore>& stores) : layout_(layout), stores_(stores) {}
+
+    void startRow(int mcuRow) { mcuRow_ = mcuRow; }
+
+    int16_t* operator()(int i, int mcuColumn) const
+    {
+        const McuBlock& place = layout_.blocks[i];
+        const ScanShare& share = layout_.shares[place.slot];
+        return stores_[share.component].block(mcuRow_ * share.down + place.dy, mcuColumn * share.across + place.dx);
+    }
+
+private:
+    const ScanLayout& layout_;
+    std::vector<BlockStore>& stores_;
+    int mcuRow_ = 0;
+};
+
+}

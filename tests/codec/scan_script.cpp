@@ -1,0 +1,117 @@
+// Scan scripts: their text, their rules, and files of random ones in both decoders.
+#include "codec/jpeg_scan_script.h"
+
+#include <gtest/gtest.h>
+
+#include <sstream>
+
+#include "jpeg_cases.h"
+#include "libjpeg_peer.h"
+#include "pictures.h"
+#include "scan_scripts.h"
+
+namespace {
+
+using namespace qel::codec;
+using namespace qel::test;
+
+std::string asText(const JpegScanScript& script)
+{
+    std::ostringstream text;
+    for (const JpegScan& scan : script) {
+        for (int component : scan.components) text << component << ' ';
+        for (int field : {scan.first, scan.last, scan.high, scan.low}) text << '/' << field;
+        text << '\n';
+    }
+    return text.str();
+}
+
+TEST(ScanScript, IsReadAsItIsUsuallyWritten)
+{
+    EXPECT_EQ(asText(parseScanScript("# first bits\n0,1,2: 0-0, 0, 1 ;\n0: 1-5, 0, 2; # luminance\n"
+                                     "2 : 1 63 0 1;\r\n0,1 2 : 0-0,1,0;0:1-63,0,0;\n\n")),
+              "0 1 2 /0/0/0/1\n0 /1/5/0/2\n2 /1/63/0/1\n0 1 2 /0/0/1/0\n0 /1/63/0/0\n");
+    EXPECT_EQ(asText(parseScanScript("0;\n1 2;")), "0 /0/63/0/0\n1 2 /0/63/0/0\n");
+}
+
+TEST(ScanScript, FaultsAreNamedWithTheirLine)
+{
+    const struct {
+        const char *text, *message;
+    } table[] = {
+        {"", "the scan script is empty"},
+        {"# nothing\n", "the scan script is empty"},
+        {"0;\n0: 1-5 0;", "line 2 of the scan script: a number is expected"},
+        {"0: 1-5 0 1", "line 1 of the scan script: ';' expected"},
+        {"\n0\n", "line 3 of the scan script: a number is expected"},
+        {"0: 1-5 0 99999999999;", "line 1 of the scan script: a number is expected"},
+        {"luma: 1-5 0 1;", "line 1 of the scan script: a number is expected"},
+    };
+    for (auto& row : table) EXPECT_EQ(errorOf([&] { parseScanScript(row.text); }), row.message) << row.text;
+    std::string endless;
+    for (int i = 0; i < 4000; ++i) endless += "0;";
+    EXPECT_NE(errorOf([&] { parseScanScript(endless); }), "");
+}
+
+TEST(ScanScript, RulesOfTheStandardAreKept)
+{
+    const struct {
+        const char *text, *message;
+    } table[] = {
+        {":0-0 0 0;", "scan 1 of the scan script: one to four components are needed"},
+        {"0,0: 0-0 0 0;", "scan 1 of the scan script: components must be listed once and in ascending order"},
+        {"1,0: 0-0 0 0;", "scan 1 of the scan script: components must be listed once and in ascending order"},
+        {"0,3: 0-0 0 0;", "scan 1 of the scan script: the picture has not so many components"},
+        {"0,1,2: 0-0 0 0; 0;", "scan 2 of the scan script: sequential and progressive scans do not mix"},
+        {"0,1,2: 0-0 0 0; 0: 9-8 0 0;", "scan 2 of the scan script: the band is not within 0 to 63"},
+        {"0,1,2: 0-0 0 0; 0: 1-64 0 0;", "scan 2 of the scan script: the band is not within 0 to 63"},
+        {"0: 0-5 0 0;", "scan 1 of the scan script: DC and AC coefficients need scans of their own"},
+        {"0,1,2: 0-0 0 0; 0,1: 1-5 0 0;", "scan 2 of the scan script: AC coefficients of more than one component"},
+        {"0: 0-0 0 14;", "scan 1 of the scan script: at most 13 bits can be left to later scans"},
+        {"0: 1-5 0 0;", "scan 1 of the scan script: it does not go on from where the scans before it end"},
+        {"0: 0-0 0 0; 0: 0-0 0 0;", "scan 2 of the scan script: it does not go on from where the scans before it end"},
+        {"0: 0-0 0 2; 0: 0-0 2 0;", "scan 2 of the scan script: it does not go on from where the scans before it end"},
+        {"0,1: 0-0 0 0;", "the scan script leaves out component 2"},
+    };
+    for (auto& row : table)
+        EXPECT_EQ(errorOf([&] { checkScript(parseScanScript(row.text), 3); }), row.message) << row.text;
+    for (int components = 1; components <= 4; ++components)
+        for (bool hasChrominance : {false, true}) checkScript(usualScript(components, hasChrominance), components);
+}
+
+// One component after the other, or all DC coefficients together first.
+JpegScanScript randomScript(Random& random)
+{
+    JpegScanScript script;
+    bool together = random.between(0, 1);
+    if (together)
+        for (const Band& b : randomDcBands(random, 4)) script.push_back({{0, 1, 2}, b.first, b.last, b.high, b.low});
+    for (int c = 0; c < 3; ++c) {
+        if (!together)
+            for (const Band& b : randomDcBands(random, 4)) script.push_back({{c}, b.first, b.last, b.high, b.low});
+        for (const Band& b : randomAcBands(random, 3)) script.push_back({{c}, b.first, b.last, b.high, b.low});
+    }
+    return script;
+}
+
+TEST(ScanScript, RandomOnesGiveTheSameCoefficientsInBothDecoders)
+{
+    Random random(5);
+    Picture picture = paintedPicture(83, 50, ColourSpace::rgb);
+    for (int round = 0; round < 12; ++round) {
+        JpegEncodeOptions options = {.quality = 93, .sampling = round % 2 ? kSampling420 : kSampling422};
+        auto sequential = decodeJpegCoefficients(encodeJpeg(picture, options)).components;
+        options.scans = randomScript(random);
+        SCOPED_TRACE(asText(options.scans));
+        auto file = encodeJpeg(picture, options);
+        auto ours = decodeJpegCoefficients(file);
+        EXPECT_TRUE(ours.warnings.empty());
+        auto peers = peerCoefficients(file);
+        for (size_t c = 0; c < 3; ++c) {
+            EXPECT_TRUE(ours.components[c].values == sequential[c].values);
+            EXPECT_TRUE(peers[c].values == sequential[c].values);
+        }
+    }
+}
+
+}
