@@ -8,6 +8,7 @@ void addColourCases();
 void addSamplingCases();
 void addBlockCases();
 void addHuffmanCases();
+void addProgressiveCases();
 void addCodecCases();
 void addSupportCases();
 

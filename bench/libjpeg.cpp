@@ -97,21 +97,34 @@ void JpegCoefficients::collect()
             }
 }
 
-void JpegCoefficients::write(bool optimised)
+// Returns the length of the file.
+template <class Prepare> size_t JpegCoefficients::writeAs(Prepare prepare)
 {
     unsigned char* data = output_.data();
     unsigned long size = output_.size();
     jpeg_mem_dest(&writer_, &data, &size);
     jpeg_copy_critical_parameters(&source_, &writer_);
-    writer_.optimize_coding = optimised;
+    prepare();
     jpeg_write_coefficients(&writer_, arrays_);
     jpeg_finish_compress(&writer_);
     require(data == output_.data(), "the output outgrew its buffer");
+    return size;
 }
 
-void JpegCoefficients::read()
+void JpegCoefficients::write(bool optimised)
 {
-    jpeg_mem_src(&reader_, file_.data(), file_.size());
+    writeAs([=, this] { writer_.optimize_coding = optimised; });
+}
+
+void JpegCoefficients::writeProgressive()
+{
+    size_t length = writeAs([this] { jpeg_simple_progression(&writer_); });
+    progressive_.assign(output_.begin(), output_.begin() + ptrdiff_t(length));
+}
+
+void JpegCoefficients::read(const std::vector<uint8_t>& file)
+{
+    jpeg_mem_src(&reader_, file.data(), file.size());
     jpeg_read_header(&reader_, TRUE);
     jpeg_read_coefficients(&reader_);
     jpeg_finish_decompress(&reader_);

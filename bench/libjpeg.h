@@ -44,12 +44,16 @@ public:
 
     // Entropy coding alone: jpeg_write_coefficients, with the usual tables or in two passes; jpeg_read_coefficients.
     void write(bool optimised);
-    void read();
+    void read() { read(file_); }
+    // The same for a progressive file of the usual script, statistics and tables included.
+    void writeProgressive();
+    void readProgressive() { read(progressive_); }
+    const std::vector<uint8_t>& progressiveFile() const { return progressive_; }
     // Decoding without up-sampling and colour conversion: jpeg_read_raw_data. One component only.
     void readSamples(uint8_t* rows, int step);
 
 private:
-    std::vector<uint8_t> file_, output_;
+    std::vector<uint8_t> file_, output_, progressive_;
     size_t scanStart_ = 0;
     jpeg_error_mgr errors_;
     jpeg_decompress_struct source_, reader_;
@@ -57,6 +61,8 @@ private:
     jvirt_barray_ptr* arrays_;
 
     void collect();
+    template <class Prepare> size_t writeAs(Prepare prepare);
+    void read(const std::vector<uint8_t>& file);
 };
 
 // Encodes grey samples that need no conversion, jpeg_write_raw_data.

@@ -72,6 +72,7 @@ void addCases()
     addSamplingCases();
     addBlockCases();
     addHuffmanCases();
+    addProgressiveCases();
     addCodecCases();
     addSupportCases();
 }
