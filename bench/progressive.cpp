@@ -2,6 +2,7 @@
 // libjpeg-turbo on the same coefficients.
 #include <string.h>
 
+#include <functional>
 #include <memory>
 
 #include <turbojpeg.h>
@@ -38,7 +39,8 @@ struct Source {
     void encode()
     {
         out.clear();
-        Progress nobody({}, 1);
+        const std::function<void(double)> nobody;
+        Progress progress(nobody, 1);
         for (const JpegScan& described : usualScript(3, true)) {
             ScanHeader scan;
             for (int c : described.components) scan.components.push_back({c, c > 0, c > 0});
@@ -50,9 +52,9 @@ struct Source {
             ScanLayout layout(info, described.components);
             StoredBlocks blocks(layout, stores);
             ScanStatistics statistics(scan);
-            codeScan(layout, 0, blocks, statistics, nobody);
+            codeScan(layout, 0, blocks, statistics, progress);
             ScanEncoder coder(out, layout, scan, {statistics.tables(0), statistics.tables(1)});
-            codeScan(layout, 0, blocks, coder, nobody);
+            codeScan(layout, 0, blocks, coder, progress);
         }
     }
 
