@@ -16,15 +16,22 @@ constexpr int kMaxRestartBytes = 2 * ((16 + 14 + 1024) / 8 + 2) + 2;
 
 }
 
+ScanStatistics::ScanStatistics(const ScanHeader& scan)
+    : scan_(scan), state_(make<EncodeState>(qeliEncodeHuffmanStateInitAlloc_JPEG_8u))
+{
+    for (auto& component : scan.components)
+        slots_.push_back({counts_[component.dcTable].dc.data(), counts_[component.acTable].ac.data(), 0});
+}
+
 void ScanStatistics::restart()
 {
     finish();
-    std::ranges::fill(lastDc_, int16_t(0));
+    for (Slot& slot : slots_) slot.lastDc = 0;
 }
 
 void ScanStatistics::finish()
 {
-    if (scan_.kind == ScanKind::acFirst || scan_.kind == ScanKind::acRefine) check(count(0, nullptr, 1));
+    if (scan_.kind == ScanKind::acFirst || scan_.kind == ScanKind::acRefine) check(count(slots_[0], nullptr, 1));
 }
 
 HuffmanPair ScanStatistics::tables(int table) const
@@ -43,12 +50,14 @@ ScanEncoder::ScanEncoder(std::vector<uint8_t>& out, const ScanLayout& layout, co
     : out_(out), scan_(scan), used_(out.size()),
       roomPerRow_(layout.mcusAcross * (int(layout.blocks.size()) * kMaxBlockBytes + kMaxRestartBytes) +
                   kMaxRestartBytes),
-      state_(make<EncodeState>(qeliEncodeHuffmanStateInitAlloc_JPEG_8u)), lastDc_(scan.components.size())
+      state_(make<EncodeState>(qeliEncodeHuffmanStateInitAlloc_JPEG_8u))
 {
     auto spec = [](const HuffmanLists& lists) {
         return make<EncodeSpec>(qeliEncodeHuffmanSpecInitAlloc_JPEG_8u, lists.bits.data(), lists.values.data());
     };
     for (int i = 0; i < 2; ++i) specs_[i] = {spec(pairs[i].dc), spec(pairs[i].ac)};
+    for (auto& component : scan.components)
+        slots_.push_back({specs_[component.dcTable].dc.get(), specs_[component.acTable].ac.get(), 0});
 }
 
 void ScanEncoder::startRow()
@@ -62,16 +71,16 @@ void ScanEncoder::startRow()
 
 void ScanEncoder::restart()
 {
-    check(encode(0, nullptr, 1));
+    check(encode(slots_[0], nullptr, 1));
     end_[position_++] = 0xFF;
     end_[position_++] = uint8_t(marker::kRst0 + nextMarker_);
     nextMarker_ = (nextMarker_ + 1) % 8;
-    std::ranges::fill(lastDc_, int16_t(0));
+    for (Slot& slot : slots_) slot.lastDc = 0;
 }
 
 void ScanEncoder::finish()
 {
-    check(encode(0, nullptr, 1));
+    check(encode(slots_[0], nullptr, 1));
     out_.resize(used_ + position_);
 }
 

@@ -22,13 +22,10 @@ struct HuffmanPair {
 // Counts the symbols of a scan.
 class ScanStatistics {
 public:
-    explicit ScanStatistics(const ScanHeader& scan)
-        : scan_(scan), lastDc_(scan.components.size()),
-          state_(make<EncodeState>(qeliEncodeHuffmanStateInitAlloc_JPEG_8u))
-    {}
+    explicit ScanStatistics(const ScanHeader& scan);
 
     void startRow() {}
-    void block(int slot, const int16_t* coefficients) { check(count(slot, coefficients, 0)); }
+    void block(int slot, const int16_t* coefficients) { check(count(slots_[slot], coefficients, 0)); }
     void restart();
     void finish();
 
@@ -39,29 +36,31 @@ private:
     struct Counts {
         std::array<uint32_t, 256> dc{}, ac{};
     };
-    QelStatus count(int slot, const int16_t* coefficients, int flush)
+    struct Slot {
+        uint32_t *dc, *ac;
+        int16_t lastDc;
+    };
+    QelStatus count(Slot& s, const int16_t* coefficients, int flush)
     {
-        const ScanHeader::Component& component = scan_.components[slot];
-        uint32_t *dc = counts_[component.dcTable].dc.data(), *ac = counts_[component.acTable].ac.data();
         switch (scan_.kind) {
         case ScanKind::dcFirst:
-            return qeliGetHuffmanStatistics8x8_DCFirst_JPEG_16s_C1(coefficients, dc, &lastDc_[slot], scan_.low);
+            return qeliGetHuffmanStatistics8x8_DCFirst_JPEG_16s_C1(coefficients, s.dc, &s.lastDc, scan_.low);
         case ScanKind::dcRefine:
             return qelStsNoErr;
         case ScanKind::acFirst:
-            return qeliGetHuffmanStatistics8x8_ACFirst_JPEG_16s_C1(coefficients, ac, scan_.first, scan_.last, scan_.low,
-                                                                   state_.get(), flush);
+            return qeliGetHuffmanStatistics8x8_ACFirst_JPEG_16s_C1(coefficients, s.ac, scan_.first, scan_.last,
+                                                                   scan_.low, state_.get(), flush);
         case ScanKind::acRefine:
-            return qeliGetHuffmanStatistics8x8_ACRefine_JPEG_16s_C1(coefficients, ac, scan_.first, scan_.last,
+            return qeliGetHuffmanStatistics8x8_ACRefine_JPEG_16s_C1(coefficients, s.ac, scan_.first, scan_.last,
                                                                     scan_.low, state_.get(), flush);
         default:
-            return qeliGetHuffmanStatistics8x8_JPEG_16s_C1(coefficients, dc, ac, &lastDc_[slot]);
+            return qeliGetHuffmanStatistics8x8_JPEG_16s_C1(coefficients, s.dc, s.ac, &s.lastDc);
         }
     }
 
     const ScanHeader& scan_;
     std::array<Counts, 2> counts_;
-    std::vector<int16_t> lastDc_;
+    std::vector<Slot> slots_;
     EncodeState state_;
 };
 
@@ -72,7 +71,7 @@ public:
                 const std::array<HuffmanPair, 2>& pairs);
 
     void startRow();
-    void block(int slot, const int16_t* coefficients) { check(encode(slot, coefficients, 0)); }
+    void block(int slot, const int16_t* coefficients) { check(encode(slots_[slot], coefficients, 0)); }
     void restart();
     void finish();
 
@@ -80,25 +79,27 @@ private:
     struct Specs {
         EncodeSpec dc, ac;
     };
-    QelStatus encode(int slot, const int16_t* coefficients, int flush)
+    struct Slot {
+        const QelEncodeHuffmanSpec *dc, *ac;
+        int16_t lastDc;
+    };
+    QelStatus encode(Slot& s, const int16_t* coefficients, int flush)
     {
-        const QelEncodeHuffmanSpec* dc = specs_[scan_.components[slot].dcTable].dc.get();
-        const QelEncodeHuffmanSpec* ac = specs_[scan_.components[slot].acTable].ac.get();
         switch (scan_.kind) {
         case ScanKind::dcFirst:
-            return qeliEncodeHuffman8x8_DCFirst_JPEG_16s1u_C1(coefficients, end_, room_, &position_, &lastDc_[slot],
-                                                              scan_.low, dc, state_.get(), flush);
+            return qeliEncodeHuffman8x8_DCFirst_JPEG_16s1u_C1(coefficients, end_, room_, &position_, &s.lastDc,
+                                                              scan_.low, s.dc, state_.get(), flush);
         case ScanKind::dcRefine:
             return qeliEncodeHuffman8x8_DCRefine_JPEG_16s1u_C1(coefficients, end_, room_, &position_, scan_.low,
                                                                state_.get(), flush);
         case ScanKind::acFirst:
             return qeliEncodeHuffman8x8_ACFirst_JPEG_16s1u_C1(coefficients, end_, room_, &position_, scan_.first,
-                                                              scan_.last, scan_.low, ac, state_.get(), flush);
+                                                              scan_.last, scan_.low, s.ac, state_.get(), flush);
         case ScanKind::acRefine:
             return qeliEncodeHuffman8x8_ACRefine_JPEG_16s1u_C1(coefficients, end_, room_, &position_, scan_.first,
-                                                               scan_.last, scan_.low, ac, state_.get(), flush);
+                                                               scan_.last, scan_.low, s.ac, state_.get(), flush);
         default:
-            return qeliEncodeHuffman8x8_JPEG_16s1u_C1(coefficients, end_, room_, &position_, &lastDc_[slot], dc, ac,
+            return qeliEncodeHuffman8x8_JPEG_16s1u_C1(coefficients, end_, room_, &position_, &s.lastDc, s.dc, s.ac,
                                                       state_.get(), flush);
         }
     }
@@ -111,7 +112,7 @@ private:
     int roomPerRow_;
     EncodeState state_;
     std::array<Specs, 2> specs_;
-    std::vector<int16_t> lastDc_;
+    std::vector<Slot> slots_;
     int nextMarker_ = 0;
 };
 
@@ -135,7 +136,9 @@ private:
 template <class Source, class Coder>
 void codeScan(const ScanLayout& layout, int restartInterval, Source& source, Coder& coder, Progress& progress)
 {
-    int left = restartInterval ? restartInterval : INT32_MAX;
+    int left = restartInterval ? restartInterval : INT32_MAX, blocks = int(layout.blocks.size());
+    std::vector<int> slots;
+    for (const McuBlock& block : layout.blocks) slots.push_back(block.slot);
     for (int row = 0; row < layout.mcusDown; ++row) {
         source.startRow(row);
         coder.startRow();
@@ -144,7 +147,7 @@ void codeScan(const ScanLayout& layout, int restartInterval, Source& source, Cod
                 coder.restart();
                 left = restartInterval - 1;
             }
-            for (int i = 0; i < int(layout.blocks.size()); ++i) coder.block(layout.blocks[i].slot, source(i, column));
+            for (int i = 0; i < blocks; ++i) coder.block(slots[i], source(i, column));
         }
         progress.step();
     }
