@@ -26,8 +26,8 @@ template <int kChannels> void interleave(const uint8_t* const rows[], int width,
 }
 
 RowWriter::RowWriter(const JpegInfo& info, JpegUpsampling upsampling, const std::vector<Plane>& planes,
-                     Picture& picture)
-    : colour_(info.colour), maxH_(info.maxH()), maxV_(info.maxV()), picture_(picture)
+                     Picture& picture, int first)
+    : colour_(info.colour), maxH_(info.maxH()), maxV_(info.maxV()), picture_(picture), next_(first)
 {
     for (size_t i = 0; i < planes.size(); ++i) {
         const JpegComponent& c = info.components[i];

@@ -12,8 +12,10 @@ namespace qel::codec {
 
 class RowWriter {
 public:
-    // `planes` has one plane for each component and must outlive this object, as must `picture`.
-    RowWriter(const JpegInfo& info, JpegUpsampling upsampling, const std::vector<Plane>& planes, Picture& picture);
+    // `planes` has one plane for each component and must outlive this object, as must `picture`. Writing begins with
+    // row `first` of the picture.
+    RowWriter(const JpegInfo& info, JpegUpsampling upsampling, const std::vector<Plane>& planes, Picture& picture,
+              int first = 0);
 
     // Writes rows of the picture up to, not including, `end`. The planes must hold the rows of samples that these are
     // made of, one more above and below where chroma is interpolated between rows.
@@ -39,7 +41,7 @@ private:
     int maxH_, maxV_;
     std::vector<Source> sources_;
     Picture& picture_;
-    int next_ = 0;
+    int next_;
 };
 
 }

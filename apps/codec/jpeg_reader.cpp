@@ -9,8 +9,9 @@
 #include "codec/jpeg_block_store.h"
 #include "codec/jpeg_output.h"
 #include "codec/jpeg_progression.h"
+#include "codec/jpeg_row_stream.h"
 #include "codec/jpeg_scan.h"
-#include "codec/jpeg_transform.h"
+#include "codec/parallel.h"
 
 namespace qel::codec {
 
@@ -41,7 +42,7 @@ private:
     void checkMemory(uint64_t bytes) const;
     void streamScan(Picture& picture);
     void streamStores(Picture& picture);
-    template <class NextRow> void writeRows(const ScanLayout& layout, Picture& picture, NextRow nextRow);
+    void streamBand(const ScanLayout& layout, std::vector<BlockStore>& stores, int from, int to, Picture& picture);
     std::vector<Plane> decodePlanes(uint64_t otherMemory);
     std::vector<BlockStore> decodeStores(uint64_t otherMemory);
     int fillGaps(std::vector<Plane>& planes, bool all) const;
@@ -123,39 +124,20 @@ Picture Decoder::picture()
     return picture;
 }
 
-// Each row of MCUs goes through a strip that stays in the cache. `nextRow(transform, row)` hands its blocks to the
-// transform, and returns false if only grey follows.
-template <class NextRow> void Decoder::writeRows(const ScanLayout& layout, Picture& picture, NextRow nextRow)
-{
-    std::vector<Plane> planes;
-    for (const JpegComponent& component : info().components) {
-        int rowsPerMcu = layout.shares.size() == 1 ? 8 : 8 * component.v;
-        // Another row of blocks holds what interpolation between rows of MCUs still needs.
-        planes.emplace_back(8 * paddedBlocksAcross(info(), component), rowsPerMcu + 8);
-    }
-    BlockTransform transform(steps_, layout, planes);
-    RowWriter writer(info(), options_.upsampling, planes, picture);
-    int rowsPerMcu = layout.shares.size() == 1 ? 8 : 8 * info().maxV();
-    bool goesOn = true;
-    for (int row = 0; row < layout.mcusDown && goesOn; ++row) {
-        transform.startRow(row);
-        goesOn = nextRow(transform, row);
-        writer.writeUntil(row + 1 == layout.mcusDown ? picture.height() : (row + 1) * rowsPerMcu - 1);
-    }
-    writer.fillRest();
-}
-
 void Decoder::streamScan(Picture& picture)
 {
     take(firstScan_);
     ScanDecoder coder(file_, headers_, firstScan_);
-    writeRows(coder.layout(), picture, [&](BlockTransform& transform, int) {
+    RowStream stream(info(), steps_, coder.layout(), options_.upsampling, picture, 0);
+    for (int row = 0; row < coder.layout().mcusDown; ++row) {
         // Nothing follows, but the row that was interpolated with what would have followed.
         bool onlyGrey = coder.ended();
-        coder.decodeRow(transform);
+        stream.row(row, [&](BlockTransform& transform) { coder.decodeRow(transform); });
+        stream.write(row);
         report(coder);
-        return !onlyGrey;
-    });
+        if (onlyGrey) break;
+    }
+    stream.fillRest();
     if (scanBehind(coder)) warnings_.push_back("scans behind the picture are left out");
 }
 
@@ -167,14 +149,32 @@ void transformRow(const ScanLayout& layout, StoredBlocks& places, BlockTransform
         for (int column = 0; column < layout.mcusAcross; ++column) transform(i, column, places(i, column));
 }
 
+// Writes the lines of the picture that become ready with rows `from` to `to`, not including it, of MCUs.
+void Decoder::streamBand(const ScanLayout& layout, std::vector<BlockStore>& stores, int from, int to, Picture& picture)
+{
+    StoredBlocks places(layout, stores);
+    int firstLine = from == 0 ? 0 : from * RowStream::linesPerMcu(info(), layout) - 1;
+    RowStream stream(info(), steps_, layout, options_.upsampling, picture, firstLine);
+    auto transform = [&](int row) {
+        stream.row(row, [&](BlockTransform& blocks) { transformRow(layout, places, blocks, row); });
+    };
+    if (from > 0) transform(from - 1);
+    for (int row = from; row < to; ++row) {
+        transform(row);
+        stream.write(row);
+    }
+}
+
+// Bands of the picture are independent, but for the row of MCUs above each.
 void Decoder::streamStores(Picture& picture)
 {
     std::vector<BlockStore> stores = decodeStores(picture.sizeInBytes());
     ScanLayout layout = wholeLayout();
-    StoredBlocks places(layout, stores);
-    writeRows(layout, picture, [&](BlockTransform& transform, int row) {
-        transformRow(layout, places, transform, row);
-        return true;
+    int threads = threadsFor(uint64_t(info().width) * info().height), rows = layout.mcusDown,
+        bands = threads == 1 ? 1 : std::min(rows, 4 * threads);
+    forEachInParallel(bands, threads, [&](int band) {
+        auto start = [&](int b) { return int(int64_t(b) * rows / bands); };
+        streamBand(layout, stores, start(band), start(band + 1), picture);
     });
 }
 

@@ -4,6 +4,7 @@
 #include <array>
 #include <cstdint>
 #include <functional>
+#include <mutex>
 #include <utility>
 #include <vector>
 
@@ -116,20 +117,22 @@ private:
     int nextMarker_ = 0;
 };
 
-// Tells a caller how far the work is, where it wants to know.
+// Tells a caller how far the work is, where it wants to know; steps may be made by several threads.
 class Progress {
 public:
     Progress(const std::function<void(double)>& report, int steps) : report_(report), steps_(steps) {}
 
     void step()
     {
-        ++done_;
-        if (report_) report_(double(done_) / steps_);
+        if (!report_) return;
+        std::scoped_lock lock(mutex_);
+        report_(double(++done_) / steps_);
     }
 
 private:
     const std::function<void(double)>& report_;
     int steps_, done_ = 0;
+    std::mutex mutex_;
 };
 
 // Hands all blocks of a scan, which `source(i, column)` gives after `source.startRow(row)`, to one of the above.

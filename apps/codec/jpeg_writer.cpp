@@ -12,6 +12,7 @@
 #include "codec/jpeg_blocks.h"
 #include "codec/jpeg_scan_writer.h"
 #include "codec/jpeg_segments.h"
+#include "codec/parallel.h"
 
 namespace qel::codec {
 
@@ -49,6 +50,8 @@ JpegColour colourFor(const Picture& picture, JpegTarget target)
     throw CodecError("the picture has not the colour space that is asked for");
 }
 
+const std::array<HuffmanPair, 2> kTypicalTables = {{{kTypicalDc[0], kTypicalAc[0]}, {kTypicalDc[1], kTypicalAc[1]}}};
+
 class Encoder {
 public:
     Encoder(const Picture& picture, const JpegEncodeOptions& options);
@@ -62,10 +65,18 @@ private:
     void encodeStraight();
     void encodeStored();
     std::vector<BlockStore> transformAll(Progress& progress);
+    struct CodedScan {
+        ScanHeader header;
+        std::array<HuffmanPair, 2> tables;
+        int interval; // of restart markers
+        std::vector<uint8_t> data;
+    };
+    CodedScan codeStored(const JpegScan& described, std::vector<BlockStore>& stores, Progress& progress) const;
     // Writes what stands before the data of a scan.
-    void beginScan(const ScanHeader& scan, int interval);
+    void beginScan(const ScanHeader& scan, const std::array<HuffmanPair, 2>& tables, int interval);
     std::vector<int> allComponents() const;
     ScanHeader headerOf(const JpegScan& scan) const;
+    int threads() const { return threadsFor(uint64_t(info_.width) * info_.height); }
     bool needsStatistics(const ScanHeader& scan) const;
     int restartInterval(const ScanLayout& layout) const;
 
@@ -75,8 +86,7 @@ private:
     JpegScanScript scans_;
     bool isProgressive_ = false;
     std::array<QuantizerSteps, 2> steps_, multipliers_;
-    std::array<HuffmanPair, 2> huffman_ = {{{kTypicalDc[0], kTypicalAc[0]}, {kTypicalDc[1], kTypicalAc[1]}}};
-    std::array<bool, 2> written_{}; // Huffman tables that the file holds already
+    std::array<bool, 2> written_{}; // typical Huffman tables that the file holds already
     std::vector<uint8_t> out_;
     SegmentWriter segments_{out_};
 };
@@ -203,13 +213,15 @@ std::vector<uint8_t> Encoder::file()
     return std::move(out_);
 }
 
-void Encoder::beginScan(const ScanHeader& scan, int interval)
+void Encoder::beginScan(const ScanHeader& scan, const std::array<HuffmanPair, 2>& tables, int interval)
 {
+    bool typical = !needsStatistics(scan);
+    std::array<bool, 2> done{};
     for (auto& component : scan.components) {
         int table = component.dcTable;
-        if (std::exchange(written_[table], true)) continue;
-        if (codesDcTable(scan.kind)) segments_.huffmanTable(0, table, huffman_[table].dc);
-        if (codesAcTable(scan.kind)) segments_.huffmanTable(1, table, huffman_[table].ac);
+        if (scan.kind == ScanKind::dcRefine || std::exchange((typical ? written_ : done)[table], true)) continue;
+        if (codesDcTable(scan.kind)) segments_.huffmanTable(0, table, tables[table].dc);
+        if (codesAcTable(scan.kind)) segments_.huffmanTable(1, table, tables[table].ac);
     }
     if (interval != info_.restartInterval) segments_.restartInterval(interval);
     info_.restartInterval = interval;
@@ -221,10 +233,10 @@ void Encoder::encodeStraight()
     ScanHeader scan = headerOf(scans_[0]);
     ScanLayout layout(info_, scans_[0].components);
     int interval = restartInterval(layout);
-    beginScan(scan, interval);
+    beginScan(scan, kTypicalTables, interval);
     StripReader strips(info_, picture_);
     ForwardTransform blocks(info_, layout, multipliers_, strips);
-    ScanEncoder coder(out_, layout, scan, huffman_);
+    ScanEncoder coder(out_, layout, scan, kTypicalTables);
     Progress progress(options_.progress, layout.mcusDown);
     codeScan(layout, interval, blocks, coder, progress);
 }
@@ -234,16 +246,20 @@ std::vector<BlockStore> Encoder::transformAll(Progress& progress)
     std::vector<BlockStore> stores;
     for (const JpegComponent& c : info_.components) stores.emplace_back(info_, c);
     ScanLayout layout(info_, allComponents());
-    StripReader strips(info_, picture_);
-    ForwardTransform transform(info_, layout, multipliers_, strips);
-    StoredBlocks places(layout, stores);
-    for (int row = 0; row < layout.mcusDown; ++row) {
-        transform.startRow(row);
-        places.startRow(row);
-        for (int i = 0; i < int(layout.blocks.size()); ++i)
-            for (int column = 0; column < layout.mcusAcross; ++column) transform.block(i, column, places(i, column));
-        progress.step();
-    }
+    int bands = std::min(layout.mcusDown, threads());
+    forEachInParallel(bands, threads(), [&](int band) {
+        StripReader strips(info_, picture_);
+        ForwardTransform transform(info_, layout, multipliers_, strips);
+        StoredBlocks places(layout, stores);
+        for (int row = band; row < layout.mcusDown; row += bands) {
+            transform.startRow(row);
+            places.startRow(row);
+            for (int i = 0; i < int(layout.blocks.size()); ++i)
+                for (int column = 0; column < layout.mcusAcross; ++column)
+                    transform.block(i, column, places(i, column));
+            progress.step();
+        }
+    });
     return stores;
 }
 
@@ -254,21 +270,29 @@ void Encoder::encodeStored()
         steps += (needsStatistics(headerOf(scan)) ? 2 : 1) * ScanLayout(info_, scan.components).mcusDown;
     Progress progress(options_.progress, steps);
     std::vector<BlockStore> stores = transformAll(progress);
-    for (const JpegScan& described : scans_) {
-        ScanHeader scan = headerOf(described);
-        ScanLayout layout(info_, described.components);
-        int interval = restartInterval(layout);
-        StoredBlocks blocks(layout, stores);
-        if (needsStatistics(scan)) {
-            ScanStatistics statistics(scan);
-            codeScan(layout, interval, blocks, statistics, progress);
-            for (int table : {0, 1}) huffman_[table] = statistics.tables(table);
-            written_ = {};
-        }
-        beginScan(scan, interval);
-        ScanEncoder coder(out_, layout, scan, huffman_);
-        codeScan(layout, interval, blocks, coder, progress);
+    std::vector<CodedScan> coded(scans_.size());
+    forEachInParallel(int(scans_.size()), threads(),
+                      [&](int i) { coded[i] = codeStored(scans_[i], stores, progress); });
+    for (const CodedScan& scan : coded) {
+        beginScan(scan.header, scan.tables, scan.interval);
+        out_.insert(out_.end(), scan.data.begin(), scan.data.end());
     }
+}
+
+Encoder::CodedScan Encoder::codeStored(const JpegScan& described, std::vector<BlockStore>& stores,
+                                       Progress& progress) const
+{
+    ScanLayout layout(info_, described.components);
+    CodedScan scan = {headerOf(described), kTypicalTables, restartInterval(layout), {}};
+    StoredBlocks blocks(layout, stores);
+    if (needsStatistics(scan.header)) {
+        ScanStatistics statistics(scan.header);
+        codeScan(layout, scan.interval, blocks, statistics, progress);
+        for (int table : {0, 1}) scan.tables[table] = statistics.tables(table);
+    }
+    ScanEncoder coder(scan.data, layout, scan.header, scan.tables);
+    codeScan(layout, scan.interval, blocks, coder, progress);
+    return scan;
 }
 
 }

@@ -1,0 +1,45 @@
+// Independent pieces of work on as many threads as OpenMP gives (--threads of qelpic).
+#pragma once
+
+#include <cstdint>
+#include <exception>
+
+#ifdef _OPENMP
+#include <omp.h>
+#endif
+
+namespace qel::codec {
+
+// How many threads are worth their start for a picture of so many pixels.
+inline int threadsFor(uint64_t pixels)
+{
+    [[maybe_unused]] constexpr uint64_t kWorthwhile = 1 << 18;
+#ifdef _OPENMP
+    if (pixels >= kWorthwhile) return omp_get_max_threads();
+#endif
+    return 1;
+}
+
+// Calls body(0) to body(count - 1), in any order on so many threads. What one of them throws is thrown again when all
+// have ended.
+template <class Body> void forEachInParallel(int count, [[maybe_unused]] int threads, Body body)
+{
+    std::exception_ptr failure;
+    auto run = [&](int i) {
+        try {
+            body(i);
+        } catch (...) {
+#ifdef _OPENMP
+#pragma omp critical(qelcodec_failure)
+#endif
+            failure = std::current_exception();
+        }
+    };
+#ifdef _OPENMP
+#pragma omp parallel for schedule(dynamic) num_threads(threads) if (threads > 1)
+#endif
+    for (int i = 0; i < count; ++i) run(i);
+    if (failure) std::rethrow_exception(failure);
+}
+
+}
