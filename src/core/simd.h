@@ -123,6 +123,14 @@ template <int N> struct PortableSimd {
         return a;
     }
 
+    // Lane i is the sum of lanes 0 to i, every lane of `total` that of all; they wrap.
+    static QEL_INLINE S16<N> runningSum(S16<N> a, S16<N>& total)
+    {
+        for (int i = 1; i < N / 2; ++i) a[i] = int16_t(a[i] + a[i - 1]);
+        total = S16<N>{} + a[N / 2 - 1];
+        return a;
+    }
+
     // Products in units of 2^-15, rounded to nearest, ties to even; -1 times -1 wraps.
     static QEL_INLINE S16<N> mulRoundEven(S16<N> a, S16<N> b)
     {

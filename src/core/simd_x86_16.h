@@ -21,6 +21,14 @@ template <> struct Simd<16> : Interleaved<16, Simd<16>> {
     static QEL_INLINE S16<16> greatest(S16<16> a, S16<16> b) { return (S16<16>)_mm_max_epi16((__m128i)a, (__m128i)b); }
     static QEL_INLINE S16<16> mulHigh(S16<16> a, S16<16> b) { return (S16<16>)_mm_mulhi_epi16((__m128i)a, (__m128i)b); }
     static QEL_INLINE U16<16> mulHigh(U16<16> a, U16<16> b) { return (U16<16>)_mm_mulhi_epu16((__m128i)a, (__m128i)b); }
+    static QEL_INLINE S16<16> runningSum(S16<16> a, S16<16>& total)
+    {
+        a += (S16<16>)_mm_slli_si128((__m128i)a, 2);
+        a += (S16<16>)_mm_slli_si128((__m128i)a, 4);
+        a += (S16<16>)_mm_slli_si128((__m128i)a, 8);
+        total = (S16<16>)inBlocks<3, 3, 3, 3>((S32<16>)inBlocks<0, 1, 2, 3, 4, 5, 7, 7>(a));
+        return a;
+    }
     static QEL_INLINE S16<16> mulRoundEven(S16<16> a, S16<16> b)
     {
         S16<16> low = a * b;

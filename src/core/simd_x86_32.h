@@ -36,6 +36,18 @@ template <> struct Simd<32> : Interleaved<32, Simd<32>> {
     {
         return (U16<32>)_mm256_mulhi_epu16((__m256i)a, (__m256i)b);
     }
+    // Sums of four lanes, of eight, of each block; then the sum of the lower block joins the upper one.
+    static QEL_INLINE S16<32> runningSum(S16<32> a, S16<32>& total)
+    {
+        a += (S16<32>)((U64<32>)a << 16);
+        a += (S16<32>)((U64<32>)a << 32);
+        a +=
+            (S16<32>)_mm256_shuffle_epi8((__m256i)a, _mm256_set_epi64x(0x0706070607060706, -1, 0x0706070607060706, -1));
+        S16<32> sums = inBlocks<7, 7, 7, 7, 7, 7, 7, 7>(a);
+        auto others = _mm256_permute2x128_si256((__m256i)sums, (__m256i)sums, 0x01);
+        total = sums + (S16<32>)others;
+        return a + (S16<32>)_mm256_blend_epi32(_mm256_setzero_si256(), others, 0xF0);
+    }
     static QEL_INLINE S16<32> mulRoundEven(S16<32> a, S16<32> b)
     {
         return evenTies((S16<32>)_mm256_mulhrs_epi16((__m256i)a, (__m256i)b), a * b);

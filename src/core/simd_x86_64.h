@@ -58,6 +58,19 @@ template <> struct Simd<64> : Interleaved<64, Simd<64>> {
     {
         return (U16<64>)_mm512_mulhi_epu16((__m512i)a, (__m512i)b);
     }
+    // Sums of four lanes, of eight, of each block; then sums of blocks join those behind them.
+    static QEL_INLINE S16<64> runningSum(S16<64> a, S16<64>& total)
+    {
+        a += (S16<64>)((U64<64>)a << 16);
+        a += (S16<64>)((U64<64>)a << 32);
+        a +=
+            (S16<64>)_mm512_shuffle_epi8((__m512i)a, _mm512_set4_epi64(0x0706070607060706, -1, 0x0706070607060706, -1));
+        S16<64> own = inBlocks<7, 7, 7, 7, 7, 7, 7, 7>(a), all = own;
+        all += (S16<64>)_mm512_maskz_shuffle_i64x2(0xFC, (__m512i)all, (__m512i)all, 0x90);
+        all += (S16<64>)_mm512_maskz_shuffle_i64x2(0xF0, (__m512i)all, (__m512i)all, 0x40);
+        total = (S16<64>)_mm512_shuffle_i64x2((__m512i)all, (__m512i)all, 0xFF);
+        return a + (all - own);
+    }
     static QEL_INLINE S16<64> mulRoundEven(S16<64> a, S16<64> b)
     {
         return evenTies((S16<64>)_mm512_mulhrs_epi16((__m512i)a, (__m512i)b), a * b);

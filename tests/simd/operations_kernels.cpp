@@ -50,6 +50,11 @@ template <class S, int N> struct Run {
     {
         store(out, S::mulRoundEven(at<S16<N>>(in, 0) & ~0x7F, at<S16<N>>(in, 1) & ~0x7F));
     }
+    static void runningSum(const uint8_t* in, uint8_t* out)
+    {
+        S16<N> total = {};
+        store(out, S::runningSum(at<S16<N>>(in, 0), total)), store(out + N, total);
+    }
     static void join(const uint8_t* in, uint8_t* out)
     {
         if constexpr (N > 16) store(out, S::join(load<S16<N / 2>>(in), load<S16<N / 2>>(in + N / 2)));
@@ -131,7 +136,7 @@ template <class S, int N> struct Run {
         QEL_OPERATION(N, storePast, 1, N), QEL_OPERATION(N, mulAddBytePairs, 2, N),                                    \
         QEL_OPERATION(N, store2Wide, 2, 2 * N), QEL_OPERATION(N, mulRoundEven, 2, N), QEL_OPERATION(N, mulTies, 2, N), \
         QEL_OPERATION(N, mulSmall, 2, N), QEL_OPERATION(N, join, 1, N), QEL_OPERATION(N, halves, 1, N),                \
-        QEL_OPERATION(N, isZero, 1, 1)
+        QEL_OPERATION(N, isZero, 1, 1), QEL_OPERATION(N, runningSum, 1, 2 * N)
 
 constexpr SimdOperation kOperations[] = {
     QEL_OPERATIONS(16),

@@ -1,0 +1,181 @@
+// Kernels of lossless prediction. Differences have no dependence along the row; samples are restored as running sums by
+// predictors 1, 4 and 5, without any dependence by 2 and 3, and one after the other by 6 and 7.
+#include "jpeg/prediction.h"
+
+#include "core/simd.h"
+
+namespace qel {
+namespace QEL_BUILD {
+namespace {
+
+// Halves rounded down, in 16 bits though the sum or difference has 17. V is int16_t or a register of it.
+template <class V> QEL_INLINE V halfSum(V a, V b) { return V((a >> 1) + (b >> 1) + (a & b & 1)); }
+template <class V> QEL_INLINE V halfDifference(V a, V b) { return V((a >> 1) - (b >> 1) - (~a & b & 1)); }
+
+// From the neighbours to the left, above, and above to the left.
+template <int kPredictor, class V> QEL_INLINE V predict(V a, V b, V c)
+{
+    switch (kPredictor) {
+    case 1:
+        return a;
+    case 2:
+        return b;
+    case 3:
+        return c;
+    case 4:
+        return V(a + b - c);
+    case 5:
+        return V(a + halfDifference(b, c));
+    case 6:
+        return V(b + halfDifference(a, c));
+    default:
+        return halfSum(a, b);
+    }
+}
+
+// At `row` and `prev`, which point to the sample and the one above it; not in the first column.
+template <int kPredictor, class V> QEL_INLINE V predictAt(const int16_t* row, const int16_t* prev)
+{
+    if constexpr (kPredictor == 1) return load<V>(row - 1);
+    if constexpr (kPredictor == 2) return load<V>(prev);
+    if constexpr (kPredictor == 3) return load<V>(prev - 1);
+    return predict<kPredictor, V>(load<V>(row - 1), load<V>(prev), load<V>(prev - 1));
+}
+
+QEL_INLINE int16_t at(const int16_t* p) { return load<int16_t>(p); }
+
+QEL_INLINE bool overlap(const int16_t* a, const int16_t* b, int width)
+{
+    uintptr_t first = (uintptr_t)a, second = (uintptr_t)b, bytes = 2 * (uintptr_t)width;
+    return first - second < bytes || second - first < bytes;
+}
+
+template <int kPredictor> QEL_INLINE void diffStep(Bytes<1>, const int16_t* src, const int16_t* prev, int16_t* dst)
+{
+    store(dst, int16_t(at(src) - predictAt<kPredictor, int16_t>(src, prev)));
+}
+template <int kPredictor, int N>
+QEL_INLINE void diffStep(Bytes<N>, const int16_t* src, const int16_t* prev, int16_t* dst)
+{
+    for (int i = 0; i < N; i += N / 2)
+        store(dst + i, load<S16<N>>(src + i) - predictAt<kPredictor, S16<N>>(src + i, prev + i));
+}
+
+template <int kPredictor> void diff(const int16_t* src, const int16_t* prev, int16_t* dst, int width)
+{
+    bool inTurn = overlap(src, dst, width) || overlap(prev, dst, width);
+    store(dst, int16_t(at(src) - at(prev)));
+    ++src, ++prev, ++dst, --width;
+    auto step = [=](auto bytes, int i) { diffStep<kPredictor>(bytes, src + i, prev + i, dst + i); };
+    if (!inTurn) return inSteps(width, step);
+    for (int i = 0; i < width; ++i) step(Bytes<1>(), i);
+}
+
+// One sample after the other, through memory.
+template <int kPredictor>
+QEL_INLINE void reconstructInTurn(const int16_t* src, const int16_t* prev, int16_t* dst, int width)
+{
+    store(dst, int16_t(at(src) + at(prev)));
+    for (int i = 1; i < width; ++i)
+        store(dst + i, int16_t(at(src + i) + predictAt<kPredictor, int16_t>(dst + i, prev + i)));
+}
+
+// Predictors 2 and 3: a sum of two registers.
+template <int kPredictor> QEL_INLINE void addStep(Bytes<1>, const int16_t* src, const int16_t* prev, int16_t* dst)
+{
+    store(dst, int16_t(at(src) + predictAt<kPredictor, int16_t>(dst, prev)));
+}
+template <int kPredictor, int N>
+QEL_INLINE void addStep(Bytes<N>, const int16_t* src, const int16_t* prev, int16_t* dst)
+{
+    for (int i = 0; i < N; i += N / 2)
+        store(dst + i, load<S16<N>>(src + i) + predictAt<kPredictor, S16<N>>(dst + i, prev + i));
+}
+template <int kPredictor> QEL_INLINE void addRow(const int16_t* src, const int16_t* prev, int16_t* dst, int width)
+{
+    store(dst, int16_t(at(src) + at(prev)));
+    ++src, ++prev, ++dst;
+    inSteps(width - 1, [=](auto bytes, int i) { addStep<kPredictor>(bytes, src + i, prev + i, dst + i); });
+}
+
+// Predictors 1, 4 and 5: what is summed up along the row, and what is added to the sum.
+template <int kPredictor, class V> QEL_INLINE V summand(const int16_t* src, const int16_t* prev)
+{
+    if constexpr (kPredictor != 5) return load<V>(src);
+    return V(load<V>(src) + halfDifference(load<V>(prev), load<V>(prev - 1)));
+}
+template <int kPredictor, class V> QEL_INLINE V besides(V sum, const int16_t* prev)
+{
+    if constexpr (kPredictor != 4) return sum;
+    return V(sum + load<V>(prev));
+}
+
+// From column i on as long as registers of N bytes fit; `sum` is that of all columns before. Returns the next column.
+template <int kPredictor, int N>
+QEL_INLINE int sumInSteps(const int16_t* src, const int16_t* prev, int16_t* dst, int i, int width, int16_t& sum)
+{
+    S16<N> before = S16<N>{} + sum, total = {};
+    for (; width - i >= N / 2; i += N / 2) {
+        S16<N> sums = Simd<N>::runningSum(summand<kPredictor, S16<N>>(src + i, prev + i), total);
+        store(dst + i, besides<kPredictor, S16<N>>(sums + before, prev + i));
+        before += total;
+    }
+    sum = before[0];
+    return i;
+}
+
+template <int kPredictor> QEL_INLINE void sumRow(const int16_t* src, const int16_t* prev, int16_t* dst, int width)
+{
+    // The first sample of predictor 4 is the sum before it, 0, and what stands above; of the others, the sum begins
+    // with what stands above.
+    int16_t sum = kPredictor == 4 ? int16_t(0) : at(prev);
+    int i = 0;
+    if constexpr (kPredictor == 5) {
+        sum = int16_t(sum + at(src));
+        store(dst, sum);
+        i = 1;
+    }
+    if constexpr (QEL_WIDTH > 16) i = sumInSteps<kPredictor, QEL_WIDTH>(src, prev, dst, i, width, sum);
+    if constexpr (QEL_WIDTH >= 16) i = sumInSteps<kPredictor, 16>(src, prev, dst, i, width, sum);
+    for (; i < width; ++i) {
+        sum = int16_t(sum + summand<kPredictor, int16_t>(src + i, prev + i));
+        store(dst + i, besides<kPredictor, int16_t>(sum, prev + i));
+    }
+}
+
+// Predictors 6 and 7. Samples stand in the upper half of 32 bits: one half of the last sample is then exact, and joins
+// all that does not depend on it in one sum, from which the fraction is cleared.
+template <int kPredictor> QEL_INLINE void chainRow(const int16_t* src, const int16_t* prev, int16_t* dst, int width)
+{
+    int32_t above = at(prev), sample = int32_t(uint32_t(at(src) + above) << 16);
+    store(dst, int16_t(sample >> 16));
+    for (int i = 1; i < width; ++i) {
+        int32_t aboveLeft = above, difference = at(src + i);
+        above = at(prev + i);
+        int32_t rest = kPredictor == 6 ? 2 * (difference + above) - aboveLeft : 2 * difference + above;
+        sample = int32_t((uint32_t(rest) << 15) + uint32_t(sample >> 1)) & int32_t(0xFFFF0000);
+        store(dst + i, int16_t(sample >> 16));
+    }
+}
+
+template <int kPredictor> void reconstruct(const int16_t* src, const int16_t* prev, int16_t* dst, int width)
+{
+    if ((src != dst && overlap(src, dst, width)) || overlap(prev, dst, width))
+        return reconstructInTurn<kPredictor>(src, prev, dst, width);
+    if constexpr (kPredictor == 2 || kPredictor == 3) return addRow<kPredictor>(src, prev, dst, width);
+    if constexpr (kPredictor == 1 || kPredictor == 4 || kPredictor == 5)
+        return sumRow<kPredictor>(src, prev, dst, width);
+    if constexpr (kPredictor >= 6) return chainRow<kPredictor>(src, prev, dst, width);
+}
+
+}
+}
+
+const PredictionKernels PredictionKernels::QEL_BUILD = {
+    {qel::QEL_BUILD::diff<1>, qel::QEL_BUILD::diff<2>, qel::QEL_BUILD::diff<3>, qel::QEL_BUILD::diff<4>,
+     qel::QEL_BUILD::diff<5>, qel::QEL_BUILD::diff<6>, qel::QEL_BUILD::diff<7>},
+    {qel::QEL_BUILD::reconstruct<1>, qel::QEL_BUILD::reconstruct<2>, qel::QEL_BUILD::reconstruct<3>,
+     qel::QEL_BUILD::reconstruct<4>, qel::QEL_BUILD::reconstruct<5>, qel::QEL_BUILD::reconstruct<6>,
+     qel::QEL_BUILD::reconstruct<7>}};
+
+}
