@@ -136,13 +136,15 @@ void decodeWith(const HuffmanDecodeKernels& kernels, JpegCoefficients& source, s
 {
     Owned<QelDecodeHuffmanSpec> dc[] = {decoderTable(source.dc[0]), decoderTable(source.dc[1])};
     Owned<QelDecodeHuffmanSpec> ac[] = {decoderTable(source.ac[0]), decoderTable(source.ac[1])};
-    BitSource scan = {source.file().data() + source.scanStart(), int(source.scanLength()) + 2, 0, 0, 0, 0};
+    const uint8_t* scan = source.file().data() + source.scanStart();
+    QelDecodeHuffmanState state = {};
     int16_t lastDc[3] = {};
-    uint32_t positionsLeft = 0;
+    int pos = 0, length = int(source.scanLength()) + 2;
+    uint32_t marker = 0;
     forBlocks(source, blocks.data(), [&](int16_t* block, int component) {
         int table = component > 0;
-        succeed(
-            kernels.decodeBlock(&scan, block, &lastDc[component], {dc[table].get(), ac[table].get()}, &positionsLeft));
+        succeed(kernels.decodeBlock(scan, length, &pos, block, &lastDc[component], &marker, dc[table].get(),
+                                    ac[table].get(), &state));
     });
 }
 

@@ -121,10 +121,10 @@ QEL_API QelStatus qeliGetHuffmanStatisticsOne_JPEG_16s_C1(int16_t src, uint32_t*
 
 /*
  * Decoding of sequential scans (T.81 F.2.2). The segment is read from pSrc, srcLenBytes bytes, from byte *pSrcCurrPos
- * on, which moves on past what has been taken in: up to 32 bits wait in pState. Stuffed zeros and fill bytes are
- * dropped. At a marker its code (0xD9 for 0xFF 0xD9) goes to *pMarker, the position lies behind it, and no byte is read
- * until the caller sets *pMarker to 0; what is left in pState is still decoded. Behind a restart marker the caller
- * initialises pState and sets *pLastDC to 0 again.
+ * on, which moves on past what has been taken in: up to 63 bits wait in pState. Stuffed zeros and fill bytes are
+ * dropped. A marker is not passed before bits are lacking: then its code (0xD9 for 0xFF 0xD9) goes to *pMarker, the
+ * position lies behind it, and no byte is read until the caller sets *pMarker to 0; what is left in pState is still
+ * decoded. Behind a restart marker the caller initialises pState and sets *pLastDC to 0 again.
  *
  * pDst takes 64 coefficients in natural order, at any address; what a block does not have is 0. *pLastDC is as for the
  * encoder; sums wrap to 16 bits. Codes that the table does not have are read as 16 bits and symbol 0, so that damage

@@ -9,31 +9,31 @@ namespace qel {
 namespace QEL_BUILD {
 namespace {
 
+// With registers of 16 bytes: for wider ones the function would align its frame.
 QEL_INLINE void clear(int16_t* block)
 {
-    constexpr int N = QEL_WIDTH < 16 ? 16 : QEL_WIDTH;
-    for (int i = 0; i < 64; i += N / 2) store(block + i, S16<N>{});
+#pragma GCC unroll 8
+    for (int i = 0; i < 64; i += 8) store(block + i, S16<16>{});
 }
 
 // Decodes from `position` on; where the segment ends within a symbol, position tells how far it came, and the result is
 // qelStsJPEGMarkerWarn.
-template <class Reader>
-QEL_INLINE QelStatus decodeInto(int16_t* block, Reader& in, int16_t* lastDc, HuffmanTablePair tables, int& position)
+template <class Reader> QEL_INLINE QelStatus decodeInto(int16_t* block, Reader& in, int16_t* lastDc,
+                                                        const QelDecodeHuffmanSpec& dc, const QelDecodeHuffmanSpec& ac,
+                                                        int& position)
 {
     if (position == 0) {
-        int symbol = in.symbol(*tables.dc);
+        int symbol = in.symbol(dc);
         if (symbol < 0) return symbol == kNoBits ? qelStsJPEGMarkerWarn : qelStsJPEGHuffTableErr;
-        int dc = *lastDc;
         if (int n = symbol & 15) {
             if (!in.has(n)) return qelStsJPEGOutOfBufErr;
-            dc += in.takeValue(n);
-            *lastDc = int16_t(dc);
+            *lastDc = int16_t(*lastDc + in.takeValue(n));
         }
-        store(block, int16_t(dc));
+        store(block, *lastDc);
         position = 1;
     }
     while (position < 64) {
-        int symbol = in.symbol(*tables.ac);
+        int symbol = in.symbol(ac);
         if (symbol < 0) return symbol == kNoBits ? qelStsJPEGMarkerWarn : qelStsJPEGHuffTableErr;
         int run = symbol >> 4 & 15, n = symbol & 15;
         if (n == 0) {
@@ -51,130 +51,165 @@ QEL_INLINE QelStatus decodeInto(int16_t* block, Reader& in, int16_t* lastDc, Huf
     return qelStsNoErr;
 }
 
-// The same from the start, as long as the window fills. False if the block is to be finished from `position` on.
-QEL_INLINE bool decodeAhead(int16_t* block, Window& in, int16_t* lastDc, HuffmanTablePair tables, int& position,
-                            QelStatus& status)
-{
-    if (!in.fill()) return false;
-    int length, dc = *lastDc, n = in.symbol(*tables.dc, length) & 15;
-    if (n != 0) {
-        dc += in.valueBehind(length, n);
-        *lastDc = int16_t(dc);
-    }
-    in.skip(length, n);
-    store(block, int16_t(dc));
-    int at = 1;
-    for (; at < 64; ++at) {
-        int symbol = in.symbol(*tables.ac, length), run = symbol >> 4 & 15;
-        if (!in.fill()) {
-            position = at;
-            return false;
-        }
-        n = symbol & 15;
-        if (n == 0) {
-            in.skip(length, 0);
-            if (run < 15) break;
-            at += 15;
-            continue;
-        }
-        at += run;
-        int value = in.valueBehind(length, n);
-        in.skip(length, n);
-        if (__builtin_expect(at > 63, 0)) {
-            status = qelStsJPEGCoeffPosErr;
-            break;
-        }
-        store(block + kScanOrder.index[at], int16_t(value));
-    }
-    position = at;
-    return true;
-}
-
-QelStatus decodeBlock(BitSource* source, int16_t* block, int16_t* lastDc, HuffmanTablePair tables,
-                      uint32_t* positionsLeft)
-{
-    clear(block);
-    int position = 0;
+// Decodes a block as long as the window fills.
+struct BlockAhead {
+    Window in;
+    int16_t* block;
+    size_t position = 0;
     QelStatus status = qelStsNoErr;
-    Window window(*source);
-    bool isWhole = decodeAhead(block, window, lastDc, tables, position, status);
-    window.giveBack(*source);
-    if (!isWhole) {
-        BitReader<true> in = {*source};
-        status = decodeInto(block, in, lastDc, tables, position);
-        *source = in;
-        if (status == qelStsJPEGMarkerWarn) return qelStsJPEGOutOfBufErr;
+
+    // False if the block is to be finished from `position` on.
+    QEL_INLINE bool decode(int16_t* lastDc, const QelDecodeHuffmanSpec& dc, const QelDecodeHuffmanSpec& ac)
+    {
+        if (!in.fill()) return false;
+        // Without a branch: differences of 0 are frequent, but come unforeseen.
+        unsigned n = in.symbol(dc) & 15;
+        *lastDc = int16_t(*lastDc + (in.value(n) & -int(n != 0)));
+        store(block, *lastDc);
+        position = 1;
+        for (;;) {
+            // Mostly there are bits for two more.
+#pragma GCC unroll 2
+            for (int i = 0; i < 2; ++i)
+                if (in.isReady() && !decodeNext(ac)) return true;
+            if (!in.fill()) return false;
+            if (!decodeNext(ac)) return true;
+        }
     }
-    if (status == qelStsNoErr) *positionsLeft = position > 63 ? 0 : uint32_t(64 - position);
+
+private:
+    // False behind the last coefficient.
+    QEL_INLINE bool decodeNext(const QelDecodeHuffmanSpec& ac)
+    {
+        unsigned symbol = in.symbol(ac), n = symbol & 15;
+        if (__builtin_expect(n == 0, 0)) {
+            if (symbol < kSixteenZeros) return false;
+            position += 16;
+            return position < 64;
+        }
+        position += (symbol >> 4) + 1;
+        store(block + kScanOrder.index[position - 1], int16_t(in.value(n)));
+        if (__builtin_expect(position < 64, 1)) return true;
+        if (position > 64) {
+            // It had no place, and went to that of the last one.
+            store(block + 63, int16_t(0));
+            status = qelStsJPEGCoeffPosErr;
+        }
+        return false;
+    }
+};
+
+QEL_INLINE QelStatus blockStatus(QelStatus status, int position, QelDecodeHuffmanState* state)
+{
+    if (status == qelStsNoErr) state->positionsLeft = position > 63 ? 0 : uint32_t(64 - position);
     return status;
 }
 
-QelStatus decodeBlockDirect(BitSource* source, int16_t* block, int16_t* lastDc, HuffmanTablePair tables)
+__attribute__((noinline)) QelStatus finishBlock(const uint8_t* src, int srcLen, int* pos, int16_t* dst, int16_t* lastDc,
+                                                uint32_t* marker, const QelDecodeHuffmanSpec* dc,
+                                                const QelDecodeHuffmanSpec* ac, QelDecodeHuffmanState* state,
+                                                int position)
 {
-    clear(block);
-    BitReader<false> in = {*source};
-    int position = 0;
-    QelStatus status = decodeInto(block, in, lastDc, tables, position);
+    StateReader in(src, srcLen, pos, marker, state);
+    QelStatus status = decodeInto(dst, in, lastDc, *dc, *ac, position);
+    return status == qelStsJPEGMarkerWarn ? qelStsJPEGOutOfBufErr : blockStatus(status, position, state);
+}
+
+QelStatus decodeBlock(const uint8_t* src, int srcLen, int* pos, int16_t* dst, int16_t* lastDc, uint32_t* marker,
+                      const QelDecodeHuffmanSpec* dc, const QelDecodeHuffmanSpec* ac, QelDecodeHuffmanState* state)
+{
+    clear(dst);
+    BlockAhead ahead = {{src, srcLen, *pos, *marker, state}, dst};
+    bool isWhole = ahead.decode(lastDc, *dc, *ac);
+    ahead.in.giveBack(src, pos, state);
+    if (isWhole) return blockStatus(ahead.status, int(ahead.position), state);
+    return finishBlock(src, srcLen, pos, dst, lastDc, marker, dc, ac, state, int(ahead.position));
+}
+
+// The bit position is that of a byte: bits of it that have been read are in `bits`. A segment that ends within an AC
+// symbol ends the block too; within the first symbol only the marker is handed over.
+QelStatus decodeBlockDirect(const uint8_t* src, int* bitPosition, int16_t* dst, int16_t* lastDc, uint32_t* marker,
+                            uint32_t* bits, int* count, const QelDecodeHuffmanSpec* dc, const QelDecodeHuffmanSpec* ac)
+{
+    clear(dst);
+    int pos = *bitPosition / 8, position = 0, heldCount = *count;
+    uint32_t heldBits = *bits;
+    QelStatus status;
+    {
+        DirectReader in(src, &pos, marker, &heldBits, &heldCount);
+        status = decodeInto(dst, in, lastDc, *dc, *ac, position);
+    }
     if (status == qelStsJPEGMarkerWarn) {
-        if (position == 0) {
-            source->marker = in.marker;
-            return status;
-        }
-        in.count = 0;
+        if (position == 0) return qelStsNoErr;
+        heldCount = 0;
         status = qelStsNoErr;
     }
-    *source = in;
+    *bitPosition = int(uint32_t(pos) * 8);
+    *bits = heldBits;
+    *count = heldCount;
     return status;
 }
 
 // A difference of category 16 is 32768, with no bits behind the symbol.
-QelStatus decodeOne(BitSource* source, const QelDecodeHuffmanSpec* spec, int16_t* value)
+QelStatus decodeOne(const uint8_t* src, int srcLen, int* pos, int16_t* dst, uint32_t* marker,
+                    const QelDecodeHuffmanSpec* spec, QelDecodeHuffmanState* state)
 {
-    BitReader<true> in = {*source};
+    StateReader in(src, srcLen, pos, marker, state);
     int symbol = in.symbol(*spec);
-    bool whole = symbol >= 0 && (symbol == 0 || symbol > 15 || in.has(symbol));
-    if (whole) *value = int16_t(symbol == 0 ? 0 : symbol > 15 ? -32768 : in.takeValue(symbol));
-    *source = in;
-    return whole ? qelStsNoErr : qelStsJPEGOutOfBufErr;
+    if (symbol < 0 || (symbol < 16 && !in.has(symbol))) return qelStsJPEGOutOfBufErr;
+    *dst = int16_t(symbol == 0 ? 0 : symbol > 15 ? -32768 : in.takeValue(symbol));
+    return qelStsNoErr;
 }
 
-QelStatus fill(BitSource* source, int needed)
+QelStatus fill(const uint8_t* src, int srcLen, int* pos, uint32_t* marker, int needed, QelDecodeHuffmanState* state)
 {
-    BitReader<true> in = {*source};
-    QelStatus status = in.fillBytewise(needed);
-    *source = in;
-    return status;
+    return StateReader(src, srcLen, pos, marker, state).fillBytewise(needed);
 }
 
-void fillDirect(BitSource* source)
+QelStatus symbolStatus(int found, int* symbol)
 {
-    BitReader<false> in = {*source};
-    in.fillBytewise(0);
-    *source = in;
+    if (found < 0) return qelStsJPEGOutOfBufErr;
+    *symbol = found;
+    return qelStsNoErr;
 }
 
-template <bool kBounded> int symbolOf(BitSource* source, const QelDecodeHuffmanSpec* spec)
+QelStatus symbol(const uint8_t* src, int srcLen, int* pos, uint32_t* marker, const QelDecodeHuffmanSpec* spec,
+                 QelDecodeHuffmanState* state, int* found)
 {
-    BitReader<kBounded> in = {*source};
-    int symbol = in.symbol(*spec);
-    *source = in;
-    return symbol;
+    return symbolStatus(StateReader(src, srcLen, pos, marker, state).symbol(*spec), found);
 }
 
-template <bool kBounded> int longCodeOf(BitSource* source, const QelDecodeHuffmanSpec* spec, int length)
+QelStatus longCode(const uint8_t* src, int srcLen, int* pos, uint32_t* marker, int length,
+                   const QelDecodeHuffmanSpec* spec, QelDecodeHuffmanState* state, int* found)
 {
-    BitReader<kBounded> in = {*source};
-    int symbol = in.longCode(*spec, length);
-    *source = in;
-    return symbol;
+    return symbolStatus(StateReader(src, srcLen, pos, marker, state).longCode(*spec, length), found);
+}
+
+void fillDirect(const uint8_t* src, int* pos, uint32_t* marker, uint32_t* bits, int* count)
+{
+    DirectReader(src, pos, marker, bits, count).fillBytewise(0);
+}
+
+int symbolDirect(const uint8_t* src, int* pos, uint32_t* marker, uint32_t* bits, int* count,
+                 const QelDecodeHuffmanSpec* spec)
+{
+    return DirectReader(src, pos, marker, bits, count).symbol(*spec);
+}
+
+int longCodeDirect(const uint8_t* src, int* pos, uint32_t* marker, uint32_t* bits, int* count, int length,
+                   const QelDecodeHuffmanSpec* spec)
+{
+    return DirectReader(src, pos, marker, bits, count).longCode(*spec, length);
 }
 
 }
 }
 
 const HuffmanDecodeKernels HuffmanDecodeKernels::QEL_BUILD = {
-    qel::QEL_BUILD::decodeBlock, qel::QEL_BUILD::decodeBlockDirect, qel::QEL_BUILD::decodeOne,
-    qel::QEL_BUILD::fill,        qel::QEL_BUILD::symbolOf<true>,    qel::QEL_BUILD::longCodeOf<true>,
-    qel::QEL_BUILD::fillDirect,  qel::QEL_BUILD::symbolOf<false>,   qel::QEL_BUILD::longCodeOf<false>};
+    qel::QEL_BUILD::decodeBlock,   qel::QEL_BUILD::decodeBlockDirect,
+    qel::QEL_BUILD::decodeOne,     qel::QEL_BUILD::fill,
+    qel::QEL_BUILD::symbol,        qel::QEL_BUILD::longCode,
+    qel::QEL_BUILD::fillDirect,    qel::QEL_BUILD::symbolDirect,
+    qel::QEL_BUILD::longCodeDirect};
 
 }

@@ -1,15 +1,25 @@
-// The bits of a coded segment, read symbol by symbol. For kernels: the source is copied into a local reader, used, and
-// copied back. When a reader takes in bytes, and how many, is part of the result: callers see the position and the
-// state.
+// The bits of a coded segment, read symbol by symbol and taken in byte by byte. For kernels.
 #pragma once
 
+#include <limits.h>
+
 #include "core/big_endian.h"
-#include "jpeg/huffman_source.h"
 #include "jpeg/huffman_tables.h"
 
 namespace qel {
 namespace QEL_BUILD {
 namespace {
+
+// The accumulator of a state, loaded and stored as one word: what has been stored in halves is loaded late.
+QEL_INLINE uint64_t accumulatorOf(const QelDecodeHuffmanState* state)
+{
+    auto words = load<uint64_t>(state->accumulator);
+    return kLittleEndian ? words : words << 32 | words >> 32;
+}
+QEL_INLINE void setAccumulator(QelDecodeHuffmanState* state, uint64_t bits)
+{
+    store(state->accumulator, kLittleEndian ? bits : bits << 32 | bits >> 32);
+}
 
 // What symbol() returns instead of a symbol.
 constexpr int kNoBits = -256;
@@ -17,7 +27,14 @@ constexpr int kNoSuchCode = -1;
 
 // kBounded: the segment ends at `len`, and a code that is not in the table is symbol 0. Otherwise the segment ends at
 // a marker only, and no byte behind one is touched.
-template <bool kBounded> struct BitReader : BitSource {
+template <bool kBounded> struct BitReader {
+    const uint8_t* src;
+    int len;
+    int pos;
+    uint32_t marker; // 0 until one is met
+    uint64_t bits;   // the last `count` ones have not been used; what is above them means nothing
+    int count;       // at most 63
+
     // Takes in bytes until 25 bits are there, unstuffed, up to a marker or the end of the segment.
     QelStatus fillBytewise(int needed)
     {
@@ -43,29 +60,12 @@ template <bool kBounded> struct BitReader : BitSource {
         return qelStsNoErr;
     }
 
-    // The same; called with less than 25 bits.
-    QEL_INLINE QelStatus fill(int needed)
-    {
-        if (kBounded && marker == 0 && len - pos >= 4) {
-            uint32_t word = loadBig32(src + pos);
-            int bytes = (32 - count) >> 3;
-            word >>= 32 - 8 * bytes;
-            if (!hasFF(word)) {
-                bits = bits << (8 * bytes) | word;
-                count += 8 * bytes;
-                pos += bytes;
-                return qelStsNoErr;
-            }
-        }
-        // A copy, so that this reader can stay in registers.
-        BitReader copy = *this;
-        QelStatus status = fillOutOfLine(&copy, needed);
-        *this = copy;
-        return status;
-    }
-
     // False if `needed` bits cannot be had. A segment that ends within fill bytes still gives what it holds.
-    QEL_INLINE bool has(int needed) { return count >= needed || (fill(needed), count >= needed); }
+    QEL_INLINE bool has(int needed)
+    {
+        if (count < needed) fill(needed);
+        return count >= needed;
+    }
 
     // The next `n` bits, up to 16; they are there.
     QEL_INLINE uint32_t take(int n)
@@ -107,6 +107,7 @@ template <bool kBounded> struct BitReader : BitSource {
         return valueOf(spec, code, length);
     }
 
+    // Copies are handed to what is out of line, so that this reader can stay in registers.
     QEL_INLINE int longCode(const QelDecodeHuffmanSpec& spec, int length)
     {
         BitReader copy = *this;
@@ -114,19 +115,70 @@ template <bool kBounded> struct BitReader : BitSource {
         *this = copy;
         return found;
     }
+    QEL_INLINE void fill(int needed)
+    {
+        BitReader copy = *this;
+        fillOutOfLine(&copy, needed);
+        *this = copy;
+    }
 
 private:
     QEL_INLINE bool atEnd() const { return kBounded && pos >= len; }
 
-    static __attribute__((noinline)) QelStatus fillOutOfLine(BitReader* reader, int needed)
-    {
-        return reader->fillBytewise(needed);
-    }
+    static __attribute__((noinline)) void fillOutOfLine(BitReader* reader, int needed) { reader->fillBytewise(needed); }
     static __attribute__((noinline)) int longCodeOutOfLine(BitReader* reader, const QelDecodeHuffmanSpec& spec,
                                                            int length)
     {
         return reader->longCodeBitwise(spec, length);
     }
+};
+
+// The caller's variables in a reader, for the duration of a call.
+struct StateReader : BitReader<true> {
+    QEL_INLINE StateReader(const uint8_t* source, int sourceLen, int* callersPos, uint32_t* callersMarker,
+                           QelDecodeHuffmanState* callersState)
+        : BitReader<true>{source,
+                          sourceLen,
+                          *callersPos,
+                          *callersMarker,
+                          accumulatorOf(callersState),
+                          callersState->count},
+          pos_(callersPos), marker_(callersMarker), state_(callersState)
+    {}
+    QEL_INLINE ~StateReader()
+    {
+        *pos_ = pos;
+        *marker_ = marker;
+        setAccumulator(state_, bits);
+        state_->count = count;
+    }
+
+private:
+    int* pos_;
+    uint32_t* marker_;
+    QelDecodeHuffmanState* state_;
+};
+
+// The same without a length and without a state.
+struct DirectReader : BitReader<false> {
+    QEL_INLINE DirectReader(const uint8_t* source, int* callersPos, uint32_t* callersMarker, uint32_t* callersBits,
+                            int* callersCount)
+        : BitReader<false>{source, INT_MAX, *callersPos, *callersMarker, *callersBits, *callersCount}, pos_(callersPos),
+          marker_(callersMarker), bits_(callersBits), count_(callersCount)
+    {}
+    QEL_INLINE ~DirectReader()
+    {
+        *pos_ = pos;
+        *marker_ = marker;
+        *bits_ = uint32_t(bits);
+        *count_ = count;
+    }
+
+private:
+    int* pos_;
+    uint32_t* marker_;
+    uint32_t* bits_;
+    int* count_;
 };
 
 }

@@ -1,150 +1,133 @@
-// The next bits of a coded segment in one word, so that a symbol and the bits behind it are found together. For
-// kernels: made of a source, used while it fills, and given back just as the reader that goes byte by byte leaves it.
+// The next bits of a coded segment in one word, taken in several bytes at a time and not up to the end, where a reader
+// goes on that goes byte by byte. For kernels.
 #pragma once
 
-#include "core/big_endian.h"
-#include "jpeg/huffman_source.h"
-#include "jpeg/huffman_tables.h"
+#include "jpeg/huffman_reader.h"
 
 namespace qel {
 namespace QEL_BUILD {
 namespace {
 
-// How many bits a reader holds that goes byte by byte: before it uses some, and has fewer, it takes in bytes until
-// there are 25. after[h][length][n]: h bits are held, then a symbol is looked up in eight bits, its code of `length`
-// bits is used, and then the `n` bits behind it.
-struct HeldBits {
-    uint8_t after[33][kLookAheadBits + 1][16];
+struct AllOnes {
+    uint32_t of[16]; // by number of bits
 };
-constexpr int heldFor(int held, int needed) { return held < needed ? held + ((32 - held) & ~7) : held; }
-constexpr HeldBits makeHeldBits()
+constexpr AllOnes makeAllOnes()
 {
-    HeldBits held = {};
-    for (int h = 0; h <= 32; ++h)
-        for (int length = 0; length <= kLookAheadBits; ++length)
-            for (int n = 0; n < 16; ++n)
-                held.after[h][length][n] = uint8_t(heldFor(heldFor(h, kLookAheadBits) - length, n) - n);
-    return held;
+    AllOnes ones = {};
+    for (int n = 0; n < 16; ++n) ones.of[n] = (1u << n) - 1;
+    return ones;
 }
-constexpr HeldBits kHeldBits = makeHeldBits();
+constexpr AllOnes kAllOnes = makeAllOnes();
 
 class Window {
 public:
-    QEL_INLINE explicit Window(const BitSource& source)
-        : bits_(source.bits << (63 - source.count) << 1), src_(source.src), count_(source.count), pos_(source.pos),
-          end_(source.marker == 0 ? source.len : 0), held_(source.count)
+    QEL_INLINE Window(const uint8_t* src, int srcLen, int pos, uint32_t marker, const QelDecodeHuffmanState* state)
+        : bits_(accumulatorOf(state) << (63 - state->count) << 1), next_(src + pos),
+          end_(src + (marker == 0 ? srcLen : 0)), count_(state->count)
     {}
 
-    // Returns the bytes that the source would not have taken in yet; its position is still the one at the start. Bits
-    // that were used up are zero.
-    QEL_INLINE void giveBack(BitSource& source) const
+    QEL_INLINE void giveBack(const uint8_t* src, int* pos, QelDecodeHuffmanState* state) const
     {
-        int start = source.pos, returned = (count_ - held_) >> 3;
-        source.bits = bits_ >> 1 >> (63 - held_);
-        source.count = held_;
-        source.pos = pos_ - returned;
-        if (__builtin_expect(isStuffed_, 0)) source.pos = positionBefore(src_ + start, pos_ - start, returned) + start;
+        *pos = int(next_ - src);
+        setAccumulator(state, bits_ >> 1 >> (63 - count_));
+        state->count = int(count_);
     }
 
-    // Takes in what fits. False if then there are too few bits for the longest step; markers are left alone, and so is
-    // the end of the segment. Done for every symbol beside its look-up: that costs less than to guess when it is
-    // needed.
+    // Whether there are enough bits for every code and the value behind it.
+    QEL_INLINE bool isReady() const { return count_ >= kLongestStep; }
+
+    // Takes in what fits; whether the window is ready then. Markers are left alone, and so is the end of the segment.
     QEL_INLINE bool fill()
     {
-        if (__builtin_expect(end_ - pos_ < 8, 0)) return false;
-        uint64_t word = loadBig64(src_ + pos_);
+        if (__builtin_expect(uintptr_t(next_) + 8 > uintptr_t(end_), 0)) return false;
+        uint64_t word = loadBig64(next_);
         if (__builtin_expect(hasFF(word), 0)) {
-            // A copy, so that this window can stay in registers.
-            Window copy = *this;
-            fillUnstuffed(&copy);
-            *this = copy;
-            return count_ >= kLongestStep;
+            Taken taken = takeUnstuffed(bits_, count_, next_, end_);
+            bits_ = taken.bits;
+            count_ = taken.count;
+            next_ += taken.bytes;
+            return isReady();
         }
         // What does not fit is taken in again by the next fill: the same bits in the same place.
         bits_ |= word >> count_;
-        pos_ += (63 - count_) >> 3;
+        next_ += (63 ^ count_) >> 3;
         count_ |= 56;
         return true;
     }
 
-    // The next symbol; `length` bits are its code. A code that is not in the table is symbol 0. After skip() this may
-    // come before fill().
-    QEL_INLINE int symbol(const QelDecodeHuffmanSpec& spec, int& length) const
+    // Passes over the next code. One that is not in the table is symbol 0.
+    QEL_INLINE unsigned symbol(const QelDecodeHuffmanSpec& spec)
     {
-        uint32_t entry = spec.lookAhead[bits_ >> 56];
-        if (__builtin_expect(entry == 0, 0)) return longCode(spec, length);
-        length = int(entry >> 16);
-        return int(entry & 0xFFFF);
+        // The parts of the entry are loaded one by one, so that the length is there as soon as the symbol.
+        auto entries = (const uint8_t(*)[4])spec.lookAhead;
+        uint64_t index = bits_ >> (64 - kLookAheadBits);
+        unsigned length = entries[index][kLittleEndian ? 2 : 1], found = entries[index][kLittleEndian ? 0 : 3];
+        if (__builtin_expect(length == 0, 0)) {
+            uint32_t entry = longCode(spec, bits_);
+            length = entry >> 16;
+            found = uint8_t(entry);
+        }
+        skip(length);
+        return found;
     }
 
-    // The value of the `n` bits behind the next `length` ones (T.81 F.2.2.1), n from 1 to 15: those that begin with 0
-    // are negative.
-    QEL_INLINE int valueBehind(int length, int n) const
+    // The value of the next `n` bits, 1 to 15 (T.81 F.2.2.1): those that begin with 0 are negative.
+    QEL_INLINE int value(unsigned n)
     {
-        uint64_t value = bits_ << length;
-        int below = int(value >> 63) - 1;
-        return int(value >> (64 - n)) + (below & (1 - (1 << n)));
-    }
-
-    // Passes over a code and the `n` bits behind it.
-    QEL_INLINE void skip(int length, int n)
-    {
-        bits_ <<= length + n;
-        count_ -= length + n;
-        held_ = __builtin_expect(length > kLookAheadBits, 0) ? heldBehindLongCode(length, n)
-                                                             : kHeldBits.after[held_][length][n];
+        auto positive = uint32_t(int64_t(bits_) >> 63);
+        auto value = uint32_t(bits_ >> (-n & 63)) - (kAllOnes.of[n] & ~positive);
+        skip(n);
+        return int(value);
     }
 
 private:
-    // A code of 16 bits, and then a refill to 32.
-    static constexpr int kLongestStep = kLongestCode + 32;
+    // A code of 16 bits, and a value of 15.
+    static constexpr unsigned kLongestStep = kLongestCode + 15;
 
-    QEL_INLINE int longCode(const QelDecodeHuffmanSpec& spec, int& length) const
+    QEL_INLINE void skip(unsigned n)
     {
-        for (length = kLookAheadBits + 1; length <= kLongestCode; ++length) {
-            uint32_t code = uint32_t(bits_ >> (64 - length)), largest = spec.largestCode[length];
-            if (code <= largest && largest != kNoCodeOfLength) return valueOf(spec, code, length);
+        bits_ <<= n;
+        count_ -= n;
+    }
+
+    // The entry that a look-ahead of 16 bits would have. Without branches that depend on the length.
+    static __attribute__((noinline)) uint32_t longCode(const QelDecodeHuffmanSpec& spec, uint64_t bits)
+    {
+        auto next = uint32_t(bits >> 48), fits = 0u;
+#pragma GCC unroll 8
+        for (int length = kLookAheadBits + 1; length <= kLongestCode; ++length) {
+            // Becomes 0 where no code has this length.
+            auto limit = uint16_t(spec.largestCode[length] + 1);
+            fits |= uint32_t(next >> (kLongestCode - length) < limit) << length;
         }
-        length = kLongestCode;
-        return 0;
+        if (fits == 0) return kLongestCode << 16;
+        int length = __builtin_ctz(fits);
+        return uint32_t(length) << 16 | uint32_t(valueOf(spec, next >> (kLongestCode - length), length));
     }
 
-    // The reader takes the first nine bits of a longer code together, and the others one by one.
-    QEL_INLINE int heldBehindLongCode(int length, int n) const
+    struct Taken {
+        uint64_t bits;
+        unsigned count;
+        int bytes;
+    };
+    static __attribute__((noinline)) Taken takeUnstuffed(uint64_t bits, unsigned count, const uint8_t* next,
+                                                         const uint8_t* end)
     {
-        int held = heldFor(held_, kLookAheadBits + 1) - length;
-        if (held < 0) held += 32;
-        return heldFor(held, n) - n;
-    }
-
-    static __attribute__((noinline)) void fillUnstuffed(Window* window)
-    {
-        Window w = *window;
-        while (w.count_ < 56 && w.end_ - w.pos_ >= 2) {
-            uint8_t byte = w.src_[w.pos_];
-            if (byte == 0xFF && w.src_[w.pos_ + 1] != 0) break;
-            w.isStuffed_ |= byte == 0xFF;
-            w.pos_ += byte == 0xFF ? 2 : 1;
-            w.bits_ |= uint64_t(byte) << (56 - w.count_);
-            w.count_ += 8;
+        const uint8_t* start = next;
+        while (count < 56 && end - next >= 2) {
+            uint8_t byte = next[0];
+            if (byte == 0xFF && next[1] != 0) break;
+            next += byte == 0xFF ? 2 : 1;
+            bits |= uint64_t(byte) << (56 - count);
+            count += 8;
         }
-        *window = w;
-    }
-
-    // Where the last `n` data bytes before `pos` begin; all of them lie within `src`.
-    static __attribute__((noinline)) int positionBefore(const uint8_t* src, int pos, int n)
-    {
-        for (; n > 0; --n) pos -= pos >= 2 && src[pos - 1] == 0 && src[pos - 2] == 0xFF ? 2 : 1;
-        return pos;
+        return {bits, count, int(next - start)};
     }
 
     uint64_t bits_; // from the top; below the first `count_` ones perhaps some of those that follow
-    const uint8_t* src_;
-    int count_;
-    int pos_;
-    int end_;
-    int held_;               // bits that the source would hold, at most count_
-    bool isStuffed_ = false; // whether a stuffed byte has been passed
+    const uint8_t* next_;
+    const uint8_t* end_;
+    unsigned count_;
 };
 
 }

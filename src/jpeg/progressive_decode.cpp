@@ -55,8 +55,8 @@ QelStatus qeliDecodeHuffman8x8_ACFirst_JPEG_1u16s_C1(const uint8_t* pSrc, int sr
                                                      QelDecodeHuffmanState* pState)
 {
     if (QelStatus bad = acScan(pSrc, srcLenBytes, pSrcCurrPos, pDst, pMarker, Ss, Se, Al, pAcTable, pState)) return bad;
-    return ownqj_DecodeHuffman8x8_ACFirst_JPEG_1u16s_C1(pSrc, srcLenBytes, pSrcCurrPos, pDst, pMarker, Ss, Se, Al,
-                                                        pAcTable, pState);
+    return kernels<ProgressiveDecodeKernels>().acFirst(pSrc, srcLenBytes, pSrcCurrPos, pDst, pMarker, Ss, Se, Al,
+                                                       pAcTable, pState);
 }
 
 QelStatus qeliDecodeHuffman8x8_ACRefine_JPEG_1u16s_C1(const uint8_t* pSrc, int srcLenBytes, int* pSrcCurrPos,
@@ -65,8 +65,8 @@ QelStatus qeliDecodeHuffman8x8_ACRefine_JPEG_1u16s_C1(const uint8_t* pSrc, int s
                                                       QelDecodeHuffmanState* pState)
 {
     if (QelStatus bad = acScan(pSrc, srcLenBytes, pSrcCurrPos, pDst, pMarker, Ss, Se, Al, pAcTable, pState)) return bad;
-    return ownqj_DecodeHuffman8x8_ACRefine_JPEG_1u16s_C1(pSrc, srcLenBytes, pSrcCurrPos, pDst, pMarker, Ss, Se, Al,
-                                                         pAcTable, pState);
+    return kernels<ProgressiveDecodeKernels>().acRefine(pSrc, srcLenBytes, pSrcCurrPos, pDst, pMarker, Ss, Se, Al,
+                                                        pAcTable, pState);
 }
 
 QelStatus ownqj_DecodeHuffman8x8_ACFirst_JPEG_1u16s_C1(const uint8_t* src, int srcLen, int* pos, int16_t* block,

@@ -8,31 +8,10 @@ namespace qel {
 namespace QEL_BUILD {
 namespace {
 
-// The caller's variables in a reader, for the duration of a call.
-class Stream : public BitReader<true> {
-public:
-    QEL_INLINE Stream(const uint8_t* source, int sourceLen, int* position, uint32_t* foundMarker,
-                      QelDecodeHuffmanState* state)
-        : BitReader<true>{{source, sourceLen, *position, *foundMarker, bitsOf(*state), state->count}},
-          position_(position), marker_(foundMarker), state_(state)
-    {}
-    QEL_INLINE ~Stream()
-    {
-        *position_ = pos;
-        *marker_ = marker;
-        setBits(*state_, bits, count);
-    }
-
-private:
-    int* position_;
-    uint32_t* marker_;
-    QelDecodeHuffmanState* state_;
-};
-
 QelStatus dcFirst(const uint8_t* src, int srcLen, int* pos, int16_t* block, int16_t* lastDc, uint32_t* marker, int al,
                   const QelDecodeHuffmanSpec* table, QelDecodeHuffmanState* state)
 {
-    Stream in(src, srcLen, pos, marker, state);
+    StateReader in(src, srcLen, pos, marker, state);
     int symbol = in.symbol(*table);
     if (symbol < 0) return qelStsJPEGOutOfBufErr;
     if (int n = symbol & 15) {
@@ -46,14 +25,14 @@ QelStatus dcFirst(const uint8_t* src, int srcLen, int* pos, int16_t* block, int1
 QelStatus dcRefine(const uint8_t* src, int srcLen, int* pos, int16_t* block, uint32_t* marker, int al,
                    QelDecodeHuffmanState* state)
 {
-    Stream in(src, srcLen, pos, marker, state);
+    StateReader in(src, srcLen, pos, marker, state);
     if (!in.has(1)) return qelStsJPEGOutOfBufErr;
     store(block, int16_t(load<int16_t>(block) | int(in.take(1)) << al));
     return qelStsNoErr;
 }
 
 // The number of blocks, this one included, that an end of band with so many extra bits ends; 0 where they lack.
-QEL_INLINE uint32_t endOfBandRun(Stream& in, int extraBits)
+QEL_INLINE uint32_t endOfBandRun(StateReader& in, int extraBits)
 {
     return in.has(extraBits) ? (1u << extraBits) + in.take(extraBits) : 0;
 }
@@ -65,7 +44,7 @@ QelStatus acFirst(const uint8_t* src, int srcLen, int* pos, int16_t* block, uint
         --state->endOfBandRun;
         return qelStsNoErr;
     }
-    Stream in(src, srcLen, pos, marker, state);
+    StateReader in(src, srcLen, pos, marker, state);
     for (int at = ss; at <= se; ++at) {
         int symbol = in.symbol(*table), run = symbol >> 4 & 15, n = symbol & 15;
         if (symbol < 0) return qelStsJPEGOutOfBufErr;
@@ -87,7 +66,7 @@ QelStatus acFirst(const uint8_t* src, int srcLen, int* pos, int16_t* block, uint
 
 // Passes over coefficients from `at` on, correcting those that are not 0, up to the one behind `zeros` that are 0.
 // Where that one is, or last + 1 if there is none; kNoBits where the segment ends.
-QEL_INLINE int correct(Stream& in, int16_t* block, int at, int last, int zeros, int al)
+QEL_INLINE int correct(StateReader& in, int16_t* block, int at, int last, int zeros, int al)
 {
     for (; at <= last; ++at) {
         int16_t* coefficient = block + kScanOrder.index[at];
@@ -105,7 +84,7 @@ QEL_INLINE int correct(Stream& in, int16_t* block, int at, int last, int zeros, 
 QelStatus acRefine(const uint8_t* src, int srcLen, int* pos, int16_t* block, uint32_t* marker, int ss, int se, int al,
                    const QelDecodeHuffmanSpec* table, QelDecodeHuffmanState* state)
 {
-    Stream in(src, srcLen, pos, marker, state);
+    StateReader in(src, srcLen, pos, marker, state);
     int at = ss;
     while (state->endOfBandRun == 0 && at <= se) {
         int symbol = in.symbol(*table), run = symbol >> 4 & 15, n = symbol & 15;

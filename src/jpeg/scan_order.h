@@ -8,7 +8,7 @@ namespace QEL_BUILD {
 namespace {
 
 struct ScanOrder {
-    uint8_t index[64]; // by position: 8 * row + column
+    uint8_t index[64 + 16]; // by position: 8 * row + column; 63 also behind the end, as far as a run of zeros leads
 };
 constexpr ScanOrder makeScanOrder()
 {
@@ -28,6 +28,7 @@ constexpr ScanOrder makeScanOrder()
         else
             row += up ? -1 : 1, column += up ? 1 : -1;
     }
+    for (int position = 64; position < 80; ++position) order.index[position] = 63;
     return order;
 }
 constexpr ScanOrder kScanOrder = makeScanOrder();

@@ -4,6 +4,7 @@
 #include <algorithm>
 
 #include "huffman_stream.h"
+#include "jpeg/huffman_bits.h"
 
 using namespace qel::test;
 
@@ -222,6 +223,32 @@ TEST(DecodeHuffman8x8, OrderOfFaults)
     EXPECT_EQ(pair.block.data()[0], -1);
     pair.pos = 0;
     EXPECT_EQ(call(pair.src.data(), 0, &pair.pos, &pair.state), qelStsJPEGOutOfBufErr);
+}
+
+// A block leaves more bits behind than the steps of the reader take in by themselves.
+TEST(DecodeHuffmanSteps, GoOnWithWhatABlockHasLeft)
+{
+    Random random(6);
+    Lists dc = randomLists(random), ac = randomLists(random);
+    auto stream = encoded(dc, ac, randomBlocks(random, 100));
+    Pair pair(dc, ac, stream);
+    bool hadMany = false;
+    for (int i = 0; i < 50; ++i) {
+        // Out of step with the blocks, any run may come.
+        ASSERT_NE(pair.decode(), qelStsJPEGOutOfBufErr);
+        int pos = pair.pos, count = pair.state.count, symbol = 0;
+        hadMany = hadMany || count > 32;
+        ASSERT_EQ(ownqj_FillBitBuffer(pair.src.data(), pair.len(), &pair.pos, &pair.marker, 25, &pair.state),
+                  qelStsNoErr);
+        ASSERT_EQ(pair.pos == pos, count >= 25);
+        ASSERT_EQ(ownqj_DecodeHuffSymbol(pair.src.data(), pair.len(), &pair.pos, &pair.marker, &pair.dc, &pair.state,
+                                         &symbol),
+                  qelStsNoErr);
+        ASSERT_EQ(symbol, pair.reference.symbol(dc));
+        pair.expectAt(pair.reference, false);
+        ASSERT_FALSE(HasFailure()) << i;
+    }
+    EXPECT_TRUE(hadMany);
 }
 
 TEST(DecodeHuffmanDirect, EqualsTheBitwiseDecoder)
