@@ -94,7 +94,7 @@ template <Rounding kRounding, class Pixels>
 QEL_INLINE void rowToRgb(const uint8_t* y, const uint8_t* cb, const uint8_t* cr, Pixels pixels, int width)
 {
     Planes3<const uint8_t> planes = {y, cb, cr};
-    ptrdiff_t i = inGroups<4>(0, width, [=](auto samples, ptrdiff_t at) {
+    ptrdiff_t i = inGroups<4>(0, width, [=](auto samples, ptrdiff_t at) QEL_INLINE_BODY {
         using V = decltype(samples);
         typename V::Type a, b, c, red, green, blue;
         planes.get<V>(at, a, b, c);
@@ -146,7 +146,7 @@ struct ToY {
 template <class Fixed, int kGroup, class Pixels, class To>
 QEL_INLINE ptrdiff_t groupsFromRgb(ptrdiff_t i, int width, Pixels pixels, To to)
 {
-    return inGroups<kGroup>(i, width, [=](auto samples, ptrdiff_t at) {
+    return inGroups<kGroup>(i, width, [=](auto samples, ptrdiff_t at) QEL_INLINE_BODY {
         using V = decltype(samples);
         to.template put<V, Fixed>(at, coloursAt<V>(pixels, at));
     });
