@@ -37,6 +37,14 @@ template <class V> QEL_INLINE V load(const void* p)
 }
 template <class V> QEL_INLINE void store(void* p, V v) { __builtin_memcpy(p, &v, sizeof v); }
 
+// Reading can be faster than processors expect, which look no further ahead than the page of 4 KB: they are asked for
+// the bytes that are wanted a while later, which may lie outside of all memory.
+template <int kBytes> QEL_INLINE void fetchAhead(const uint8_t* p)
+{
+#pragma GCC unroll 8
+    for (int i = 0; i < kBytes; i += 64) __builtin_prefetch((const uint8_t*)((uintptr_t)p + 4096 + i));
+}
+
 // Lanes by index, the same in each block of 16 bytes: inBlocks<1, 0, 3, 2>(v) swaps neighbours of 32 bits.
 template <int... kFrom, class V> QEL_INLINE V inBlocks(V v)
 {

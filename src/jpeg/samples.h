@@ -50,11 +50,20 @@ template <int N> struct Samples {
     }
     static QEL_INLINE void load2(const uint8_t* p, Type& a, Type& b) { Simd<N>::load2(p, a, b); }
     static QEL_INLINE void store2(uint8_t* p, Type a, Type b) { Simd<N>::store2(p, a, b); }
-    static QEL_INLINE void load3(const uint8_t* p, Type& a, Type& b, Type& c) { Simd<N>::load3(p, a, b, c); }
+    static QEL_INLINE void load3(const uint8_t* p, Type& a, Type& b, Type& c)
+    {
+        fetchAhead<3 * N>(p);
+        Simd<N>::load3(p, a, b, c);
+    }
     static QEL_INLINE void store3(uint8_t* p, Type a, Type b, Type c) { Simd<N>::store3(p, a, b, c); }
-    static QEL_INLINE void loadPairs3(const uint8_t* p, Type* ab, Type* c1) { Simd<N>::loadPairs3(p, ab, c1); }
+    static QEL_INLINE void loadPairs3(const uint8_t* p, Type* ab, Type* c1)
+    {
+        fetchAhead<3 * N>(p);
+        Simd<N>::loadPairs3(p, ab, c1);
+    }
     static QEL_INLINE void load4(const uint8_t* p, Type& a, Type& b, Type& c, Type& d)
     {
+        fetchAhead<4 * N>(p);
         Simd<N>::load4(p, a, b, c, d);
     }
     static QEL_INLINE void store4(uint8_t* p, Type a, Type b, Type c, Type d) { Simd<N>::store4(p, a, b, c, d); }

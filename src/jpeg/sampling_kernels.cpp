@@ -17,6 +17,7 @@ template <int kEven, int kOdd, int N, class... Rows>
 QEL_INLINE void box(Bytes<N>, uint8_t* dst, ptrdiff_t i, const Rows*... rows)
 {
     auto bias = (S16<N>)(U32<N>{} + uint32_t(kEven | kOdd << 16));
+    (fetchAhead<2 * N>(rows + 2 * i), ...);
     auto means = [=](ptrdiff_t k) {
         return (Simd<N>::mulAddPairs(load<U8<N>>(rows + k), pairsOf<N>(1, 1)) + ... + bias) >> sizeof...(rows);
     };
