@@ -235,6 +235,13 @@ template <int N> struct PortableSimd {
         return mask;
     }
 
+    // The lower and the upper half, to two addresses.
+    static QEL_INLINE void storeHalves(void* lower, void* upper, U8<N> v)
+    {
+        __builtin_memcpy(lower, &v, N / 2);
+        __builtin_memcpy(upper, (const uint8_t*)&v + N / 2, N / 2);
+    }
+
     // k * N bytes of interleaved elements to and from k registers, in order.
     static QEL_INLINE void load2(const uint8_t* p, U8<N>& a, U8<N>& b)
     {

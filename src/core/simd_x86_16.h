@@ -88,6 +88,11 @@ template <> struct Simd<16> : Interleaved<16, Simd<16>> {
 #endif
     }
     static QEL_INLINE uint64_t signMask(U8<16> a) { return uint32_t(_mm_movemask_epi8((__m128i)a)); }
+    static QEL_INLINE void storeHalves(void* lower, void* upper, U8<16> v)
+    {
+        _mm_storel_epi64((__m128i*)lower, (__m128i)v);
+        _mm_storeh_pi((__m64*)upper, (__m128)v);
+    }
 
     template <class V> static QEL_INLINE void store2(uint8_t* p, V a, V b)
     {

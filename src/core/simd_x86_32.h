@@ -107,6 +107,11 @@ template <> struct Simd<32> : Interleaved<32, Simd<32>> {
     {
         return (U8<32>)_mm256_blend_epi32((__m256i)a, (__m256i)b, 0xF0);
     }
+    static QEL_INLINE void storeHalves(void* lower, void* upper, U8<32> v)
+    {
+        _mm_storeu_si128((__m128i*)lower, _mm256_castsi256_si128((__m256i)v));
+        _mm_storeu_si128((__m128i*)upper, _mm256_extracti128_si256((__m256i)v, 1));
+    }
 
     template <class V> static QEL_INLINE void store2(uint8_t* p, V a, V b)
     {

@@ -122,6 +122,11 @@ template <> struct Simd<64> : Interleaved<64, Simd<64>> {
         return _mm512_test_epi64_mask((__m512i)v, (__m512i)v) == 0;
     }
     static QEL_INLINE uint64_t signMask(U8<64> a) { return _mm512_movepi8_mask((__m512i)a); }
+    static QEL_INLINE void storeHalves(void* lower, void* upper, U8<64> v)
+    {
+        _mm256_storeu_si256((__m256i*)lower, _mm512_castsi512_si256((__m512i)v));
+        _mm256_storeu_si256((__m256i*)upper, _mm512_extracti64x4_epi64((__m512i)v, 1));
+    }
 
     template <class V> static QEL_INLINE void store2(uint8_t* p, V a, V b)
     {

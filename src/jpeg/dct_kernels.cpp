@@ -177,10 +177,14 @@ void forwardQuantSamples(const uint8_t* src, int srcStep, int16_t* dst, const ui
     forwardRowsQuant<true>(rows, dst, encTable);
 }
 
-// Where the inverse transform goes.
+// Where the inverse transform goes: eight rows, or the three different rows that a mean alone gives.
 struct Values {
     int16_t* dst;
 
+    QEL_INLINE void putMean(Row upper, Row middle, Row lower) const
+    {
+        put({upper, middle, middle, lower, lower, middle, middle, middle});
+    }
     QEL_INLINE void put(const Row (&rows)[8]) const
     {
 #pragma GCC unroll 8
@@ -192,15 +196,21 @@ struct Samples {
     int dstStep;
 
     QEL_INLINE uint8_t* row(int r) const { return dst + (ptrdiff_t)r * dstStep; }
-    QEL_INLINE void putTwo(int r, U8<16> samples) const
+    QEL_INLINE void putMean(Row upper, Row middle, Row lower) const
     {
-        store(row(r), ((U64<16>)samples)[0]);
-        store(row(r + 1), ((U64<16>)samples)[1]);
+        putTwo(0, 1, upper, middle);
+        putTwo(3, 2, lower, middle);
+        putTwo(4, 5, lower, middle);
+        putTwo(6, 7, middle, middle);
+    }
+    QEL_INLINE void putTwo(int r, int s, Row a, Row b) const
+    {
+        Simd<16>::storeHalves(row(r), row(s), Simd<16>::packUnsigned(a + 128, b + 128));
     }
     QEL_INLINE void put(const Row (&rows)[8]) const
     {
 #pragma GCC unroll 4
-        for (int r = 0; r < 8; r += 2) putTwo(r, Simd<16>::packUnsigned(rows[r] + 128, rows[r + 1] + 128));
+        for (int r = 0; r < 8; r += 2) putTwo(r, r + 1, rows[r], rows[r + 1]);
     }
 };
 
@@ -216,22 +226,19 @@ QEL_INLINE bool isMeanAlone(const int16_t* block)
 
 // What the transform makes of a mean alone: the first pass gives rows of 4 * mean + 16, 1 and 1, and zeros, and the
 // second pass leaves three different rows of these.
-QEL_INLINE void inverseMean(int16_t mean, Row (&rows)[8])
+template <class Out> QEL_INLINE void inverseMean(int16_t mean, Out out)
 {
-    auto once = Row{} + mean, twice = add(once, once), v = add(add(twice, twice), Row{} + 16);
-    rows[0] = add(v, Row{} + 2) >> 5;
-    rows[1] = rows[2] = rows[5] = rows[6] = rows[7] = v >> 5;
-    rows[3] = rows[4] = sub(v, Row{} + 1) >> 5;
+    auto& factor = columnFactors();
+    auto once = Row{} + mean, twice = add(once, once), v = add(twice, twice);
+    auto row = [=](const int16_t(&terms)[8]) { return add(v, load<Row>(terms)) >> 5; };
+    out.putMean(row(factor.meanUpper), row(factor.meanMiddle), row(factor.meanLower));
 }
 
 // `scale` is what is done to the coefficients first, dequantization or nothing.
 template <class Scale, class Out> QEL_INLINE void inverseBlock(const int16_t* src, Scale scale, Out out)
 {
+    if (isMeanAlone(src)) return inverseMean(scale(0, load<Wide>(src))[0], out);
     Row rows[8];
-    if (isMeanAlone(src)) {
-        inverseMean(scale(0, load<Wide>(src))[0], rows);
-        return out.put(rows);
-    }
     forRows([&](int r) { splitRows<kWidth>(inverseRow(r, scale(r, load<Wide>(src + 8 * r))), rows + r); });
     inverseColumns(rows);
     out.put(rows);
@@ -268,7 +275,8 @@ void clip(const int16_t* src, uint8_t* dst, int dstStep, int16_t shift, uint8_t 
     for (int r = 0; r < 8; r += 2) {
         auto samples = Simd<16>::packUnsigned(shifted(r), shifted(r + 1));
         auto atLeast = Simd<16>::greatest(samples, U8<16>{} + min);
-        Samples{dst, dstStep}.putTwo(r, Simd<16>::least(atLeast, U8<16>{} + max));
+        Samples out = {dst, dstStep};
+        Simd<16>::storeHalves(out.row(r), out.row(r + 1), Simd<16>::least(atLeast, U8<16>{} + max));
     }
 }
 

@@ -12,6 +12,8 @@ namespace {
 // Factors of the column passes, one for each lane, in units of 2^-16; cos4 in units of 2^-15.
 struct ColumnFactors {
     alignas(16) int16_t tan1[8], tan2[8], tan3Minus1[8], cos4[8], cos4Minus1[8];
+    // What is added to four times a mean: 16 and the values of the other rows.
+    alignas(16) int16_t meanUpper[8], meanMiddle[8], meanLower[8];
 };
 constexpr ColumnFactors makeColumnFactors()
 {
@@ -19,6 +21,7 @@ constexpr ColumnFactors makeColumnFactors()
     for (int i = 0; i < 8; ++i) {
         f.tan1[i] = 13036, f.tan2[i] = 27146, f.tan3Minus1[i] = -21746;
         f.cos4[i] = 23170, f.cos4Minus1[i] = -19195;
+        f.meanUpper[i] = 16 + 1 + 1, f.meanMiddle[i] = 16, f.meanLower[i] = 16 - 1;
     }
     return f;
 }

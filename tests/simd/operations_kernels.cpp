@@ -76,6 +76,7 @@ template <class S, int N> struct Run {
     {
         store(out, S::mulAddPairs(at<U8<N>>(in, 0), at<S8<N>>(in, 1)));
     }
+    static void storeHalves(const uint8_t* in, uint8_t* out) { S::storeHalves(out + N / 2, out, at<U8<N>>(in, 0)); }
     static void load2(const uint8_t* in, uint8_t* out)
     {
         U8<N> a = {}, b = {};
@@ -136,7 +137,7 @@ template <class S, int N> struct Run {
         QEL_OPERATION(N, storePast, 1, N), QEL_OPERATION(N, mulAddBytePairs, 2, N),                                    \
         QEL_OPERATION(N, store2Wide, 2, 2 * N), QEL_OPERATION(N, mulRoundEven, 2, N), QEL_OPERATION(N, mulTies, 2, N), \
         QEL_OPERATION(N, mulSmall, 2, N), QEL_OPERATION(N, join, 1, N), QEL_OPERATION(N, halves, 1, N),                \
-        QEL_OPERATION(N, isZero, 1, 1), QEL_OPERATION(N, runningSum, 1, 2 * N)
+        QEL_OPERATION(N, isZero, 1, 1), QEL_OPERATION(N, runningSum, 1, 2 * N), QEL_OPERATION(N, storeHalves, 1, N)
 
 constexpr SimdOperation kOperations[] = {
     QEL_OPERATIONS(16),
