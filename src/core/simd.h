@@ -189,6 +189,17 @@ template <int N> struct PortableSimd {
         return packed;
     }
 
+    // The same to signed bytes.
+    static QEL_INLINE U8<N> packSigned(S16<N> a, S16<N> b)
+    {
+        U8<N> packed = {};
+        for (int i = 0; i < N; ++i) {
+            S16<N>& from = i % 16 < 8 ? a : b;
+            packed[i] = uint8_t(clampTo<int8_t>(from[i / 16 * 8 + i % 8], -128, 127));
+        }
+        return packed;
+    }
+
     // From a pack of two registers that are each in order to one register in order.
     template <class V> static QEL_INLINE V inOrder(V v)
     {
@@ -200,6 +211,20 @@ template <int N> struct PortableSimd {
     // Per block: the lanes of the lower (upper) halves of `a` and `b` in turns.
     template <class V> static QEL_INLINE V zipLow(V a, V b) { return zip<0>(a, b); }
     template <class V> static QEL_INLINE V zipHigh(V a, V b) { return zip<1>(a, b); }
+
+    // Per block: the bytes of a, b and c in turns, as three registers; and back.
+    static QEL_INLINE void zip3(U8<N>& a, U8<N>& b, U8<N>& c)
+    {
+        U8<N> from[3] = {a, b, c}, to[3] = {};
+        for (int i = 0; i < 3 * N; ++i) to[i % 48 / 16][i / 48 * 16 + i % 16] = from[i % 3][i / 48 * 16 + i % 48 / 3];
+        a = to[0], b = to[1], c = to[2];
+    }
+    static QEL_INLINE void unzip3(U8<N>& a, U8<N>& b, U8<N>& c)
+    {
+        U8<N> from[3] = {a, b, c}, to[3] = {};
+        for (int i = 0; i < 3 * N; ++i) to[i % 3][i / 48 * 16 + i % 48 / 3] = from[i % 48 / 16][i / 48 * 16 + i % 16];
+        a = to[0], b = to[1], c = to[2];
+    }
 
     // N / 2 bytes as 16-bit lanes, in order.
     static QEL_INLINE S16<N> widen(const uint8_t* p)
@@ -304,6 +329,33 @@ private:
 };
 
 template <int N> struct Simd : PortableSimd<N> {};
+
+// Registers of 16 bytes side by side as one, and the other way round.
+template <int N, class Block> QEL_INLINE auto joinBlocks(const Block* blocks)
+{
+    if constexpr (N == 16)
+        return (S16<16>)blocks[0];
+    else
+        return Simd<N>::join(joinBlocks<N / 2>(blocks), joinBlocks<N / 2>(blocks + N / 32));
+}
+template <int N, class Block> QEL_INLINE void splitBlocks(S16<N> joined, Block* blocks)
+{
+    if constexpr (N == 16) {
+        blocks[0] = (Block)joined;
+    } else {
+        splitBlocks<N / 2>(Simd<N>::lowerHalf(joined), blocks);
+        splitBlocks<N / 2>(Simd<N>::upperHalf(joined), blocks + N / 32);
+    }
+}
+
+// Per block: the bytes of a, b, c and d in turns, as four registers.
+template <int N> QEL_INLINE void zip4(U8<N>& a, U8<N>& b, U8<N>& c, U8<N>& d)
+{
+    auto abLow = (U16<N>)Simd<N>::zipLow(a, b), abHigh = (U16<N>)Simd<N>::zipHigh(a, b);
+    auto cdLow = (U16<N>)Simd<N>::zipLow(c, d), cdHigh = (U16<N>)Simd<N>::zipHigh(c, d);
+    a = (U8<N>)Simd<N>::zipLow(abLow, cdLow), b = (U8<N>)Simd<N>::zipHigh(abLow, cdLow);
+    c = (U8<N>)Simd<N>::zipLow(abHigh, cdHigh), d = (U8<N>)Simd<N>::zipHigh(abHigh, cdHigh);
+}
 
 // A number of bytes as a type: the width of one step of inSteps.
 template <int N> struct Bytes {

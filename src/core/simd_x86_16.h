@@ -59,6 +59,10 @@ template <> struct Simd<16> : Interleaved<16, Simd<16>> {
     {
         return (U8<16>)_mm_packus_epi16((__m128i)a, (__m128i)b);
     }
+    static QEL_INLINE U8<16> packSigned(S16<16> a, S16<16> b)
+    {
+        return (U8<16>)_mm_packs_epi16((__m128i)a, (__m128i)b);
+    }
     template <class V> static QEL_INLINE V zipLow(V a, V b)
     {
         if constexpr (sizeof(a[0]) == 1) return (V)_mm_unpacklo_epi8((__m128i)a, (__m128i)b);
@@ -101,12 +105,8 @@ template <> struct Simd<16> : Interleaved<16, Simd<16>> {
     }
     static QEL_INLINE void store4(uint8_t* p, U8<16> a, U8<16> b, U8<16> c, U8<16> d)
     {
-        auto ab = (U16<16>)zipLow(a, b), cd = (U16<16>)zipLow(c, d);
-        store(p, zipLow(ab, cd));
-        store(p + 16, zipHigh(ab, cd));
-        ab = (U16<16>)zipHigh(a, b), cd = (U16<16>)zipHigh(c, d);
-        store(p + 32, zipLow(ab, cd));
-        store(p + 48, zipHigh(ab, cd));
+        zip4<16>(a, b, c, d);
+        store(p, a), store(p + 16, b), store(p + 32, c), store(p + 48, d);
     }
 
 #if defined(__SSE4_1__)
@@ -118,22 +118,6 @@ template <> struct Simd<16> : Interleaved<16, Simd<16>> {
     static QEL_INLINE U8<16> blend(U8<16> a, U8<16> b, const uint8_t* mask)
     {
         return (U8<16>)_mm_blendv_epi8((__m128i)a, (__m128i)b, _mm_load_si128((const __m128i*)mask));
-    }
-    static QEL_INLINE void load3(const uint8_t* p, U8<16>& a, U8<16>& b, U8<16>& c)
-    {
-        auto r0 = load<U8<16>>(p), r1 = load<U8<16>>(p + 16), r2 = load<U8<16>>(p + 32);
-        auto& mask = kTriples.choose;
-        a = shuffle(blend(blend(r0, r1, mask[2]), r2, mask[1]), kTriples.load[0]);
-        b = shuffle(blend(blend(r0, r1, mask[0]), r2, mask[2]), kTriples.load[1]);
-        c = shuffle(blend(blend(r0, r1, mask[1]), r2, mask[0]), kTriples.load[2]);
-    }
-    static QEL_INLINE void store3(uint8_t* p, U8<16> a, U8<16> b, U8<16> c)
-    {
-        auto& mask = kTriples.choose;
-        a = shuffle(a, kTriples.store[0]), b = shuffle(b, kTriples.store[1]), c = shuffle(c, kTriples.store[2]);
-        store(p, blend(blend(a, b, mask[1]), c, mask[2]));
-        store(p + 16, blend(blend(a, b, mask[0]), c, mask[1]));
-        store(p + 32, blend(blend(a, b, mask[2]), c, mask[0]));
     }
 #else
     // The 48 bytes as two halves of 24, zipped: a perfect shuffle moves byte i to 2i modulo 47. De-interleaving by
@@ -152,17 +136,25 @@ template <> struct Simd<16> : Interleaved<16, Simd<16>> {
         r0 = s0, r1 = s1, r2 = s2;
     }
     static QEL_INLINE U8<16> upperHalf(U8<16> r) { return (U8<16>)_mm_srli_si128((__m128i)r, 8); }
+    static QEL_INLINE void unzip3(U8<16>& a, U8<16>& b, U8<16>& c)
+    {
+        for (int i = 0; i < 4; ++i) shuffleHalves(a, b, c);
+    }
+    static QEL_INLINE void zip3(U8<16>& a, U8<16>& b, U8<16>& c)
+    {
+        for (int i = 0; i < 4; ++i) unshuffleHalves(a, b, c);
+    }
+#endif
     static QEL_INLINE void load3(const uint8_t* p, U8<16>& a, U8<16>& b, U8<16>& c)
     {
         a = load<U8<16>>(p), b = load<U8<16>>(p + 16), c = load<U8<16>>(p + 32);
-        for (int i = 0; i < 4; ++i) shuffleHalves(a, b, c);
+        unzip3(a, b, c);
     }
     static QEL_INLINE void store3(uint8_t* p, U8<16> a, U8<16> b, U8<16> c)
     {
-        for (int i = 0; i < 4; ++i) unshuffleHalves(a, b, c);
+        zip3(a, b, c);
         store(p, a), store(p + 16, b), store(p + 32, c);
     }
-#endif
 
     template <class V> static QEL_INLINE void storePast(void* p, V v) { _mm_stream_si128((__m128i*)p, (__m128i)v); }
     static QEL_INLINE void finishStores() { _mm_sfence(); }

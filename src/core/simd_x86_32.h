@@ -65,6 +65,10 @@ template <> struct Simd<32> : Interleaved<32, Simd<32>> {
     {
         return (U8<32>)_mm256_packus_epi16((__m256i)a, (__m256i)b);
     }
+    static QEL_INLINE U8<32> packSigned(S16<32> a, S16<32> b)
+    {
+        return (U8<32>)_mm256_packs_epi16((__m256i)a, (__m256i)b);
+    }
     template <class V> static QEL_INLINE V zipLow(V a, V b)
     {
         if constexpr (sizeof(a[0]) == 1) return (V)_mm256_unpacklo_epi8((__m256i)a, (__m256i)b);
@@ -121,14 +125,11 @@ template <> struct Simd<32> : Interleaved<32, Simd<32>> {
     }
     static QEL_INLINE void store4(uint8_t* p, U8<32> a, U8<32> b, U8<32> c, U8<32> d)
     {
-        auto abLow = (U16<32>)zipLow(a, b), abHigh = (U16<32>)zipHigh(a, b);
-        auto cdLow = (U16<32>)zipLow(c, d), cdHigh = (U16<32>)zipHigh(c, d);
-        auto r0 = (U8<32>)zipLow(abLow, cdLow), r1 = (U8<32>)zipHigh(abLow, cdLow);
-        auto r2 = (U8<32>)zipLow(abHigh, cdHigh), r3 = (U8<32>)zipHigh(abHigh, cdHigh);
-        store(p, lowBlocks(r0, r1));
-        store(p + 32, lowBlocks(r2, r3));
-        store(p + 64, highBlocks(r0, r1));
-        store(p + 96, highBlocks(r2, r3));
+        zip4<32>(a, b, c, d);
+        store(p, lowBlocks(a, b));
+        store(p + 32, lowBlocks(c, d));
+        store(p + 64, highBlocks(a, b));
+        store(p + 96, highBlocks(c, d));
     }
 
     static QEL_INLINE U8<32> shuffle(U8<32> v, const uint8_t* from)
@@ -143,12 +144,10 @@ template <> struct Simd<32> : Interleaved<32, Simd<32>> {
     static QEL_INLINE void load3(const uint8_t* p, U8<32>& a, U8<32>& b, U8<32>& c)
     {
         auto m0 = load<U8<32>>(p), m1 = load<U8<32>>(p + 32), m2 = load<U8<32>>(p + 64);
-        auto r0 = lowAndHigh(m0, m1), r2 = lowAndHigh(m1, m2);
-        auto r1 = (U8<32>)_mm256_permute2x128_si256((__m256i)m0, (__m256i)m2, 0x21);
-        auto& mask = kTriples.choose;
-        a = shuffle(blend(blend(r0, r1, mask[2]), r2, mask[1]), kTriples.load[0]);
-        b = shuffle(blend(blend(r0, r1, mask[0]), r2, mask[2]), kTriples.load[1]);
-        c = shuffle(blend(blend(r0, r1, mask[1]), r2, mask[0]), kTriples.load[2]);
+        a = lowAndHigh(m0, m1);
+        b = (U8<32>)_mm256_permute2x128_si256((__m256i)m0, (__m256i)m2, 0x21);
+        c = lowAndHigh(m1, m2);
+        unzip3(a, b, c);
     }
     // Four triples for each block: their pairs (a, b) in its lower half, pairs (c, 0) in its upper one.
     template <int kSkip> static QEL_INLINE U64<32> fourTriples(const uint8_t* p)
@@ -169,14 +168,10 @@ template <> struct Simd<32> : Interleaved<32, Simd<32>> {
     }
     static QEL_INLINE void store3(uint8_t* p, U8<32> a, U8<32> b, U8<32> c)
     {
-        auto& mask = kTriples.choose;
-        a = shuffle(a, kTriples.store[0]), b = shuffle(b, kTriples.store[1]), c = shuffle(c, kTriples.store[2]);
-        auto r0 = blend(blend(a, b, mask[1]), c, mask[2]);
-        auto r1 = blend(blend(a, b, mask[0]), c, mask[1]);
-        auto r2 = blend(blend(a, b, mask[2]), c, mask[0]);
-        store(p, lowBlocks(r0, r1));
-        store(p + 32, lowAndHigh(r2, r0));
-        store(p + 64, highBlocks(r1, r2));
+        zip3(a, b, c);
+        store(p, lowBlocks(a, b));
+        store(p + 32, lowAndHigh(c, a));
+        store(p + 64, highBlocks(b, c));
     }
 
     template <class V> static QEL_INLINE void storePast(void* p, V v) { _mm256_stream_si256((__m256i*)p, (__m256i)v); }

@@ -88,6 +88,10 @@ template <> struct Simd<64> : Interleaved<64, Simd<64>> {
     {
         return (U8<64>)_mm512_packus_epi16((__m512i)a, (__m512i)b);
     }
+    static QEL_INLINE U8<64> packSigned(S16<64> a, S16<64> b)
+    {
+        return (U8<64>)_mm512_packs_epi16((__m512i)a, (__m512i)b);
+    }
     template <class V> static QEL_INLINE V zipLow(V a, V b)
     {
         if constexpr (sizeof(a[0]) == 1) return (V)_mm512_unpacklo_epi8((__m512i)a, (__m512i)b);
@@ -136,19 +140,26 @@ template <> struct Simd<64> : Interleaved<64, Simd<64>> {
     }
     static QEL_INLINE void store4(uint8_t* p, U8<64> a, U8<64> b, U8<64> c, U8<64> d)
     {
-        auto abLow = (U16<64>)zipLow(a, b), abHigh = (U16<64>)zipHigh(a, b);
-        auto cdLow = (U16<64>)zipLow(c, d), cdHigh = (U16<64>)zipHigh(c, d);
-        auto r0 = (__m512i)zipLow(abLow, cdLow), r1 = (__m512i)zipHigh(abLow, cdLow);
-        auto r2 = (__m512i)zipLow(abHigh, cdHigh), r3 = (__m512i)zipHigh(abHigh, cdHigh);
+        zip4<64>(a, b, c, d);
         // The 16-byte blocks of four registers, transposed.
-        auto t0 = _mm512_shuffle_i32x4(r0, r1, 0x44), t1 = _mm512_shuffle_i32x4(r2, r3, 0x44);
-        auto t2 = _mm512_shuffle_i32x4(r0, r1, 0xEE), t3 = _mm512_shuffle_i32x4(r2, r3, 0xEE);
+        auto t0 = _mm512_shuffle_i32x4((__m512i)a, (__m512i)b, 0x44),
+             t1 = _mm512_shuffle_i32x4((__m512i)c, (__m512i)d, 0x44);
+        auto t2 = _mm512_shuffle_i32x4((__m512i)a, (__m512i)b, 0xEE),
+             t3 = _mm512_shuffle_i32x4((__m512i)c, (__m512i)d, 0xEE);
         store(p, _mm512_shuffle_i32x4(t0, t1, 0x88));
         store(p + 64, _mm512_shuffle_i32x4(t0, t1, 0xDD));
         store(p + 128, _mm512_shuffle_i32x4(t2, t3, 0x88));
         store(p + 192, _mm512_shuffle_i32x4(t2, t3, 0xDD));
     }
 
+    static QEL_INLINE U8<64> shuffle(U8<64> v, const uint8_t* from)
+    {
+        return (U8<64>)_mm512_shuffle_epi8((__m512i)v, _mm512_load_si512(from));
+    }
+    static QEL_INLINE U8<64> blend(U8<64> a, U8<64> b, const uint8_t* mask)
+    {
+        return (U8<64>)_mm512_mask_blend_epi8(_mm512_movepi8_mask(_mm512_load_si512(mask)), (__m512i)a, (__m512i)b);
+    }
     // Bytes of r0 and r1 by index, and where `third` has ones, of r2.
     static QEL_INLINE U8<64> gather3(U8<64> r0, U8<64> r1, U8<64> r2, const uint8_t* from, uint64_t third)
     {

@@ -35,6 +35,27 @@ constexpr Triples kTriples = makeTriples();
 
 // Pairs and quadruples: even and odd bytes come apart by masks, shifts and packs.
 template <int N, class Simd> struct Interleaved {
+    // These two need byte shuffles; Simd<16> has others for SSE2.
+    static QEL_INLINE void zip3(U8<N>& a, U8<N>& b, U8<N>& c)
+    {
+        auto& mask = kTriples.choose;
+        auto s0 = Simd::shuffle(a, kTriples.store[0]), s1 = Simd::shuffle(b, kTriples.store[1]),
+             s2 = Simd::shuffle(c, kTriples.store[2]);
+        a = Simd::blend(Simd::blend(s0, s1, mask[1]), s2, mask[2]);
+        b = Simd::blend(Simd::blend(s0, s1, mask[0]), s2, mask[1]);
+        c = Simd::blend(Simd::blend(s0, s1, mask[2]), s2, mask[0]);
+    }
+    static QEL_INLINE void unzip3(U8<N>& r0, U8<N>& r1, U8<N>& r2)
+    {
+        auto& mask = kTriples.choose;
+        auto a = Simd::blend(Simd::blend(r0, r1, mask[2]), r2, mask[1]);
+        auto b = Simd::blend(Simd::blend(r0, r1, mask[0]), r2, mask[2]);
+        auto c = Simd::blend(Simd::blend(r0, r1, mask[1]), r2, mask[0]);
+        r0 = Simd::shuffle(a, kTriples.load[0]);
+        r1 = Simd::shuffle(b, kTriples.load[1]);
+        r2 = Simd::shuffle(c, kTriples.load[2]);
+    }
+
     static QEL_INLINE U8<N> evenBytes(U8<N> a, U8<N> b)
     {
         return Simd::inOrder(Simd::packUnsigned((S16<N>)a & 0xFF, (S16<N>)b & 0xFF));

@@ -110,11 +110,6 @@ QEL_INLINE void rowToRgb(const uint8_t* y, const uint8_t* cb, const uint8_t* cr,
 
 // --- RGB to YCbCr, 15 fraction bits.
 
-QEL_INLINE uint8_t sumOfTerms(uint8_t r, uint8_t g, uint8_t b, ColourTerm red, ColourTerm green, ColourTerm blue)
-{
-    return uint8_t((cc_table[red + r] + cc_table[green + g] + cc_table[blue + b]) >> 16);
-}
-
 // Destinations of a conversion from RGB: each converts what it holds.
 struct ToYcc {
     Planes3<uint8_t> planes;
@@ -125,9 +120,7 @@ struct ToYcc {
     }
     QEL_INLINE void putByTables(ptrdiff_t i, uint8_t r, uint8_t g, uint8_t b) const
     {
-        planes.put<Lane>(i, sumOfTerms(r, g, b, kRedToY, kGreenToY, kBlueToY),
-                         sumOfTerms(r, g, b, kRedToCb, kGreenToCb, kBlueToCb),
-                         sumOfTerms(r, g, b, kRedToCr, kGreenToCr, kBlueToCr));
+        planes.put<Lane>(i, lumaByTables(r, g, b), blueByTables(r, g, b), redByTables(r, g, b));
     }
 };
 struct ToY {
@@ -137,10 +130,7 @@ struct ToY {
     {
         V::store(row + i, weigh<Fixed::kY>(rgb));
     }
-    QEL_INLINE void putByTables(ptrdiff_t i, uint8_t r, uint8_t g, uint8_t b) const
-    {
-        row[i] = sumOfTerms(r, g, b, kRedToY, kGreenToY, kBlueToY);
-    }
+    QEL_INLINE void putByTables(ptrdiff_t i, uint8_t r, uint8_t g, uint8_t b) const { row[i] = lumaByTables(r, g, b); }
 };
 
 template <class Fixed, int kGroup, class Pixels, class To>
@@ -191,6 +181,9 @@ template <class Inks> struct FromInks {
 
 // --- Rows by layout.
 
+using From = const uint8_t*;
+using To = uint8_t*;
+
 template <class Pixels>
 void yccToPixels(const uint8_t* y, const uint8_t* cb, const uint8_t* cr, uint8_t* dst, int width)
 {
@@ -213,7 +206,7 @@ void ycckToPlanes(const uint8_t* y, const uint8_t* cb, const uint8_t* cr, const 
 }
 void ycckToPixels(const uint8_t* y, const uint8_t* cb, const uint8_t* cr, const uint8_t* k, uint8_t* dst, int width)
 {
-    rowToRgb<kPlain>(y, cb, cr, ToInks<Cmyk32<uint8_t>>{{dst}, k}, width);
+    rowToRgb<kPlain>(y, cb, cr, ToInks<Cmyk32<To>>{{dst}, k}, width);
 }
 
 void planesToYcc(const uint8_t* r, const uint8_t* g, const uint8_t* b, uint8_t* y, uint8_t* cb, uint8_t* cr, int width)
@@ -236,7 +229,7 @@ void planesToYcck(const uint8_t* cyan, const uint8_t* magenta, const uint8_t* ye
 }
 void pixelsToYcck(const uint8_t* src, uint8_t* y, uint8_t* cb, uint8_t* cr, uint8_t* k, int width)
 {
-    rowFromRgb<false>(FromInks<Cmyk32<const uint8_t>>{{src}, k}, ToYcc{{y, cb, cr}}, width);
+    rowFromRgb<false>(FromInks<Cmyk32<From>>{{src}, k}, ToYcc{{y, cb, cr}}, width);
 }
 void planesToY(const uint8_t* r, const uint8_t* g, const uint8_t* b, uint8_t* y, int width)
 {
@@ -246,9 +239,6 @@ template <class Pixels> void pixelsToY(const uint8_t* src, uint8_t* y, int width
 {
     rowFromRgb<false>(Pixels{src}, ToY{y}, width);
 }
-
-using From = const uint8_t;
-using To = uint8_t;
 
 constexpr ColourKernels kKernels = {
     .yccToRgb = yccToPixels<Rgb24<To>>,

@@ -1,6 +1,8 @@
-// The weighted sums that make Y, Cb and Cr from pixels, 15 fraction bits: weigh<Fixed15::kY>(coloursAt<V>(pixels, i)).
+// The weighted sums that make Y, Cb and Cr from pixels: of one by tables, and with 15 fraction bits of any number,
+// weigh<Fixed15::kY>(coloursAt<V>(pixels, i)).
 #pragma once
 
+#include "jpeg/colour_tables.h"
 #include "jpeg/pixel_formats.h"
 
 namespace qel {
@@ -15,6 +17,23 @@ template <int kBits, int N, class V> QEL_INLINE V shiftByProduct(V v)
 }
 
 QEL_INLINE uint8_t clampToByte(int v) { return clampTo<uint8_t>(v, 0, 255); }
+
+QEL_INLINE uint8_t sumOfTerms(uint8_t r, uint8_t g, uint8_t b, ColourTerm red, ColourTerm green, ColourTerm blue)
+{
+    return uint8_t((cc_table[red + r] + cc_table[green + g] + cc_table[blue + b]) >> 16);
+}
+QEL_INLINE uint8_t lumaByTables(uint8_t r, uint8_t g, uint8_t b)
+{
+    return sumOfTerms(r, g, b, kRedToY, kGreenToY, kBlueToY);
+}
+QEL_INLINE uint8_t blueByTables(uint8_t r, uint8_t g, uint8_t b)
+{
+    return sumOfTerms(r, g, b, kRedToCb, kGreenToCb, kBlueToCb);
+}
+QEL_INLINE uint8_t redByTables(uint8_t r, uint8_t g, uint8_t b)
+{
+    return sumOfTerms(r, g, b, kRedToCr, kGreenToCr, kBlueToCr);
+}
 
 // The factors of one sum, the rounding term, and the offset of the result.
 struct Weights {

@@ -15,23 +15,6 @@ using Wide = S16<kWidth>;
 using Wide32 = S32<kWidth>;
 using Op = Simd<kWidth>;
 
-// As many rows as fit, from row r on, from and to registers of one row.
-template <int N> QEL_INLINE S16<N> joinRows(const Row* rows)
-{
-    if constexpr (N == 16)
-        return rows[0];
-    else
-        return Simd<N>::join(joinRows<N / 2>(rows), joinRows<N / 2>(rows + N / 32));
-}
-template <int N> QEL_INLINE void splitRows(S16<N> joined, Row* rows)
-{
-    if constexpr (N == 16) {
-        rows[0] = joined;
-    } else {
-        splitRows<N / 2>(Simd<N>::lowerHalf(joined), rows);
-        splitRows<N / 2>(Simd<N>::upperHalf(joined), rows + N / 32);
-    }
-}
 template <class Body> QEL_INLINE void forRows(Body body)
 {
 #pragma GCC unroll 8
@@ -116,7 +99,7 @@ QEL_INLINE bool hasLargeEntries(const uint16_t* encTable)
 // `scale` is what is done to the transformed rows: quantization or nothing.
 template <bool kInRange, class Scale> QEL_INLINE void forwardRows(const Row (&rows)[8], int16_t* dst, Scale scale)
 {
-    forRows([&](int r) { store(dst + 8 * r, scale(r, forwardRow<kInRange>(r, joinRows<kWidth>(rows + r)))); });
+    forRows([&](int r) { store(dst + 8 * r, scale(r, forwardRow<kInRange>(r, joinBlocks<kWidth>(rows + r)))); });
 }
 template <bool kInRange> QEL_INLINE void forwardRowsQuant(const Row (&rows)[8], int16_t* dst, const uint16_t* encTable)
 {
@@ -239,7 +222,7 @@ template <class Scale, class Out> QEL_INLINE void inverseBlock(const int16_t* sr
 {
     if (isMeanAlone(src)) return inverseMean(scale(0, load<Wide>(src))[0], out);
     Row rows[8];
-    forRows([&](int r) { splitRows<kWidth>(inverseRow(r, scale(r, load<Wide>(src + 8 * r))), rows + r); });
+    forRows([&](int r) { splitBlocks<kWidth>(inverseRow(r, scale(r, load<Wide>(src + 8 * r))), rows + r); });
     inverseColumns(rows);
     out.put(rows);
 }

@@ -1,5 +1,5 @@
-// Pixel formats for kernels. A format is a pointer into a row with get<V>(i, ...) and put<V>(i, ...) of the V::kCount
-// pixels from i on, channels as V::Type. T is const where the row is only read.
+// Pixel formats for kernels. A format is a row with get<V>(i, ...) and put<V>(i, ...) of the V::kCount pixels from i on,
+// channels as V::Type. Row is a pointer to bytes, or whatever else V loads from and stores to.
 #pragma once
 
 #include "jpeg/samples.h"
@@ -8,8 +8,8 @@ namespace qel {
 namespace QEL_BUILD {
 namespace {
 
-template <class T> struct Rgb24 {
-    T* row;
+template <class Row> struct Rgb24 {
+    Row row;
 
     template <class V, class S> QEL_INLINE void get(ptrdiff_t i, S& r, S& g, S& b) const
     {
@@ -20,8 +20,8 @@ template <class T> struct Rgb24 {
         V::store3(row + 3 * i, r, g, b);
     }
 };
-template <class T> struct Bgr24 {
-    T* row;
+template <class Row> struct Bgr24 {
+    Row row;
 
     template <class V, class S> QEL_INLINE void get(ptrdiff_t i, S& r, S& g, S& b) const
     {
@@ -79,8 +79,8 @@ template <int kGreenBits, class Words> QEL_INLINE void unpackWords(Words w, Word
 }
 
 // Red in the lowest bits.
-template <int kGreenBits, class T> struct Rgb16 {
-    T* row; // bytes
+template <int kGreenBits, class Row> struct Rgb16 {
+    Row row;
 
     template <class V, class S> QEL_INLINE void get(ptrdiff_t i, S& r, S& g, S& b) const
     {
@@ -102,26 +102,26 @@ template <int kGreenBits, class T> struct Rgb16 {
     }
 };
 // Blue in the lowest bits.
-template <int kGreenBits, class T> struct Bgr16 {
-    T* row;
+template <int kGreenBits, class Row> struct Bgr16 {
+    Row row;
 
     template <class V, class S> QEL_INLINE void get(ptrdiff_t i, S& r, S& g, S& b) const
     {
-        Rgb16<kGreenBits, T>{row}.template get<V>(i, b, g, r);
+        Rgb16<kGreenBits, Row>{row}.template get<V>(i, b, g, r);
     }
     template <class V, class S> QEL_INLINE void getWords(ptrdiff_t i, S* r, S* g, S* b) const
     {
-        Rgb16<kGreenBits, T>{row}.template getWords<V>(i, b, g, r);
+        Rgb16<kGreenBits, Row>{row}.template getWords<V>(i, b, g, r);
     }
     template <class V, class S> QEL_INLINE void put(ptrdiff_t i, S r, S g, S b) const
     {
-        Rgb16<kGreenBits, T>{row}.template put<V>(i, b, g, r);
+        Rgb16<kGreenBits, Row>{row}.template put<V>(i, b, g, r);
     }
 };
-template <class T> using Rgb555 = Rgb16<5, T>;
-template <class T> using Bgr555 = Bgr16<5, T>;
-template <class T> using Rgb565 = Rgb16<6, T>;
-template <class T> using Bgr565 = Bgr16<6, T>;
+template <class Row> using Rgb555 = Rgb16<5, Row>;
+template <class Row> using Bgr555 = Bgr16<5, Row>;
+template <class Row> using Rgb565 = Rgb16<6, Row>;
+template <class Row> using Bgr565 = Bgr16<6, Row>;
 
 template <class T> struct Planes4 {
     T *first, *second, *third, *fourth;
@@ -137,8 +137,8 @@ template <class T> struct Planes4 {
 };
 
 // Interleaved C, M, Y, K.
-template <class T> struct Cmyk32 {
-    T* row;
+template <class Row> struct Cmyk32 {
+    Row row;
 
     template <class V, class S> QEL_INLINE void get(ptrdiff_t i, S& c, S& m, S& y, S& k) const
     {

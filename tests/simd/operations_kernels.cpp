@@ -28,6 +28,7 @@ template <class S, int N> struct Run {
     QEL_ON_TWO(mulAddPairs, mulAddPairs, S16)
     QEL_ON_TWO(pack, pack, S32)
     QEL_ON_TWO(packUnsigned, packUnsigned, S16)
+    QEL_ON_TWO(packSigned, packSigned, S16)
     QEL_ON_TWO(zipLow8, zipLow, U8)
     QEL_ON_TWO(zipHigh8, zipHigh, U8)
     QEL_ON_TWO(zipLow16, zipLow, S16)
@@ -77,6 +78,18 @@ template <class S, int N> struct Run {
         store(out, S::mulAddPairs(at<U8<N>>(in, 0), at<S8<N>>(in, 1)));
     }
     static void storeHalves(const uint8_t* in, uint8_t* out) { S::storeHalves(out + N / 2, out, at<U8<N>>(in, 0)); }
+    static void zip3(const uint8_t* in, uint8_t* out)
+    {
+        U8<N> a = at<U8<N>>(in, 0), b = at<U8<N>>(in, 1), c = at<U8<N>>(in, 2);
+        S::zip3(a, b, c);
+        store(out, a), store(out + N, b), store(out + 2 * N, c);
+    }
+    static void unzip3(const uint8_t* in, uint8_t* out)
+    {
+        U8<N> a = at<U8<N>>(in, 0), b = at<U8<N>>(in, 1), c = at<U8<N>>(in, 2);
+        S::unzip3(a, b, c);
+        store(out, a), store(out + N, b), store(out + 2 * N, c);
+    }
     static void load2(const uint8_t* in, uint8_t* out)
     {
         U8<N> a = {}, b = {};
@@ -137,7 +150,8 @@ template <class S, int N> struct Run {
         QEL_OPERATION(N, storePast, 1, N), QEL_OPERATION(N, mulAddBytePairs, 2, N),                                    \
         QEL_OPERATION(N, store2Wide, 2, 2 * N), QEL_OPERATION(N, mulRoundEven, 2, N), QEL_OPERATION(N, mulTies, 2, N), \
         QEL_OPERATION(N, mulSmall, 2, N), QEL_OPERATION(N, join, 1, N), QEL_OPERATION(N, halves, 1, N),                \
-        QEL_OPERATION(N, isZero, 1, 1), QEL_OPERATION(N, runningSum, 1, 2 * N), QEL_OPERATION(N, storeHalves, 1, N)
+        QEL_OPERATION(N, isZero, 1, 1), QEL_OPERATION(N, runningSum, 1, 2 * N), QEL_OPERATION(N, storeHalves, 1, N),   \
+        QEL_OPERATION(N, packSigned, 2, N), QEL_OPERATION(N, zip3, 3, 3 * N), QEL_OPERATION(N, unzip3, 3, 3 * N)
 
 constexpr SimdOperation kOperations[] = {
     QEL_OPERATIONS(16),
