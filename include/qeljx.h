@@ -10,6 +10,7 @@
 #include "qeljx/jpeg_colour.h"
 #include "qeljx/jpeg_entropy.h"
 #include "qeljx/jpeg_lossless.h"
+#include "qeljx/jpeg_mcu.h"
 #include "qeljx/jpeg_progressive.h"
 #include "qeljx/jpeg_sampling.h"
 #include "qeljx/support.h"
