@@ -8,9 +8,7 @@
 #include <stddef.h>
 #include <stdint.h>
 
-#define QEL_INLINE inline __attribute__((always_inline))
-// For the body of a loop: `[=](auto samples, int i) QEL_INLINE_BODY { ... }`. Called, it would make its constants anew.
-#define QEL_INLINE_BODY __attribute__((always_inline))
+#include "core/steps.h"
 
 namespace qel {
 namespace QEL_BUILD {
@@ -355,40 +353,6 @@ template <int N> QEL_INLINE void zip4(U8<N>& a, U8<N>& b, U8<N>& c, U8<N>& d)
     auto cdLow = (U16<N>)Simd<N>::zipLow(c, d), cdHigh = (U16<N>)Simd<N>::zipHigh(c, d);
     a = (U8<N>)Simd<N>::zipLow(abLow, cdLow), b = (U8<N>)Simd<N>::zipHigh(abLow, cdLow);
     c = (U8<N>)Simd<N>::zipLow(abHigh, cdHigh), d = (U8<N>)Simd<N>::zipHigh(abHigh, cdHigh);
-}
-
-// A number of bytes as a type: the width of one step of inSteps.
-template <int N> struct Bytes {
-    static constexpr int value = N;
-};
-
-// Walks a row of n elements: body(Bytes<N>(), i) is to do the N elements from i on. First the widest registers that
-// fit, then 16 bytes (without that step a short row takes as long as several hundred elements), then one at a time.
-template <class Count, class Body> QEL_INLINE void inSteps(Count n, Body body)
-{
-    Count i = 0;
-    if constexpr (QEL_WIDTH > 16)
-        for (; n - i >= QEL_WIDTH; i += QEL_WIDTH) body(Bytes<QEL_WIDTH>(), i);
-    if constexpr (QEL_WIDTH >= 16)
-        for (; n - i >= 16; i += 16) body(Bytes<16>(), i);
-    for (; i < n; ++i) body(Bytes<1>(), i);
-}
-
-// The same from `begin` to `end` for a body that may do elements twice: what is left of the row is done by a step that
-// ends with it, so that only rows of less than 16 elements go one at a time. All steps between the first and the last
-// start where i + phase is a multiple of their width.
-template <class Body> QEL_INLINE void inOverlappingSteps(ptrdiff_t begin, ptrdiff_t end, ptrdiff_t phase, Body body)
-{
-    auto walk = [=](auto step) {
-        ptrdiff_t i = begin, stride = step.value - ((begin + phase) & (step.value - 1)), last = end - step.value;
-        for (; i < last; i += stride, stride = step.value) body(step, i);
-        body(step, last);
-    };
-    if constexpr (QEL_WIDTH > 16)
-        if (end - begin >= QEL_WIDTH) return walk(Bytes<QEL_WIDTH>());
-    if constexpr (QEL_WIDTH >= 16)
-        if (end - begin >= 16) return walk(Bytes<16>());
-    for (ptrdiff_t i = begin; i < end; ++i) body(Bytes<1>(), i);
 }
 
 }
