@@ -6,8 +6,8 @@
 #include <cstring>
 #include <numeric>
 
-#include "codec/jpeg_block_store.h"
 #include "codec/jpeg_output.h"
+#include "codec/jpeg_pipeline.h"
 #include "codec/jpeg_progression.h"
 #include "codec/jpeg_row_stream.h"
 #include "codec/jpeg_scan.h"
@@ -38,6 +38,7 @@ public:
 
 private:
     bool isProgressive() const { return info().process == JpegProcess::progressive; }
+    int threads() const { return threadsFor(uint64_t(info().width) * info().height); }
     void checkSupported() const;
     void checkMemory(uint64_t bytes) const;
     void streamScan(Picture& picture);
@@ -129,7 +130,9 @@ void Decoder::streamScan(Picture& picture)
     take(firstScan_);
     ScanDecoder coder(file_, headers_, firstScan_);
     RowStream stream(info(), steps_, coder.layout(), options_.upsampling, picture, 0);
-    for (int row = 0; row < coder.layout().mcusDown; ++row) {
+    bool alone = threads() == 1;
+    if (!alone) ScanPipeline(info(), coder, stream).run([&] { report(coder); });
+    for (int row = 0; alone && row < coder.layout().mcusDown; ++row) {
         // Nothing follows, but the row that was interpolated with what would have followed.
         bool onlyGrey = coder.ended();
         stream.row(row, [&](BlockTransform& transform) { coder.decodeRow(transform); });
@@ -139,14 +142,6 @@ void Decoder::streamScan(Picture& picture)
     }
     stream.fillRest();
     if (scanBehind(coder)) warnings_.push_back("scans behind the picture are left out");
-}
-
-// Hands all blocks of a row of MCUs to the transform.
-void transformRow(const ScanLayout& layout, StoredBlocks& places, BlockTransform& transform, int row)
-{
-    places.startRow(row);
-    for (int i = 0; i < int(layout.blocks.size()); ++i)
-        for (int column = 0; column < layout.mcusAcross; ++column) transform(i, column, places(i, column));
 }
 
 // Writes the lines of the picture that become ready with rows `from` to `to`, not including it, of MCUs.
@@ -170,9 +165,8 @@ void Decoder::streamStores(Picture& picture)
 {
     std::vector<BlockStore> stores = decodeStores(picture.sizeInBytes());
     ScanLayout layout = wholeLayout();
-    int threads = threadsFor(uint64_t(info().width) * info().height), rows = layout.mcusDown,
-        bands = threads == 1 ? 1 : std::min(rows, 4 * threads);
-    forEachInParallel(bands, threads, [&](int band) {
+    int rows = layout.mcusDown, bands = threads() == 1 ? 1 : std::min(rows, 4 * threads());
+    forEachInParallel(bands, threads(), [&](int band) {
         auto start = [&](int b) { return int(int64_t(b) * rows / bands); };
         streamBand(layout, stores, start(band), start(band + 1), picture);
     });

@@ -20,26 +20,38 @@ inline int threadsFor(uint64_t pixels)
     return 1;
 }
 
-// Calls body(0) to body(count - 1), in any order on so many threads. What one of them throws is thrown again when all
-// have ended.
-template <class Body> void forEachInParallel(int count, [[maybe_unused]] int threads, Body body)
-{
-    std::exception_ptr failure;
-    auto run = [&](int i) {
+// What a piece of work throws on one thread, to be thrown again when all have ended.
+class FirstFailure {
+public:
+    template <class Body> void guard(Body body)
+    {
         try {
-            body(i);
+            body();
         } catch (...) {
 #ifdef _OPENMP
 #pragma omp critical(qelcodec_failure)
 #endif
-            failure = std::current_exception();
+            if (!failure_) failure_ = std::current_exception();
         }
-    };
+    }
+    void rethrow() const
+    {
+        if (failure_) std::rethrow_exception(failure_);
+    }
+
+private:
+    std::exception_ptr failure_;
+};
+
+// Calls body(0) to body(count - 1), in any order on so many threads.
+template <class Body> void forEachInParallel(int count, [[maybe_unused]] int threads, Body body)
+{
+    FirstFailure failure;
 #ifdef _OPENMP
 #pragma omp parallel for schedule(dynamic) num_threads(threads) if (threads > 1)
 #endif
-    for (int i = 0; i < count; ++i) run(i);
-    if (failure) std::rethrow_exception(failure);
+    for (int i = 0; i < count; ++i) failure.guard([&] { body(i); });
+    failure.rethrow();
 }
 
 }

@@ -8,6 +8,7 @@
 #include "codec/compare.h"
 #include "jpeg_cases.h"
 #include "libjpeg_peer.h"
+#include "pictures.h"
 
 namespace {
 
@@ -98,15 +99,21 @@ TEST(JpegThreads, ChangeNothing)
     Picture picture = paintedPicture(801, 530, ColourSpace::rgb);
     int usual = omp_get_max_threads();
     for (JpegUpsampling upsampling : {JpegUpsampling::triangle, JpegUpsampling::replicate})
-        for (const JpegSamplings& sampling : {kSampling420, kSampling440, kSampling444}) {
-            JpegEncodeOptions options = {.sampling = sampling, .progressive = true};
-            omp_set_num_threads(1);
-            auto file = encodeJpeg(picture, options);
-            Picture decoded = decodeJpeg(file, {.upsampling = upsampling}).picture;
-            omp_set_num_threads(3);
-            EXPECT_TRUE(encodeJpeg(picture, options) == file);
-            EXPECT_EQ(compare(decodeJpeg(file, {.upsampling = upsampling}).picture, decoded).whole.largestError, 0);
-        }
+        for (const JpegSamplings& sampling : {kSampling420, kSampling440, kSampling444})
+            for (bool progressive : {false, true}) {
+                JpegEncodeOptions options = {.sampling = sampling, .progressive = progressive, .restartInterval = 700};
+                omp_set_num_threads(1);
+                auto file = encodeJpeg(picture, options), cut = file;
+                cut.resize(cut.size() * 2 / 3);
+                DecodedJpeg decoded = decodeJpeg(file, {.upsampling = upsampling});
+                DecodedJpeg damaged = decodeJpeg(cut, {.upsampling = upsampling});
+                omp_set_num_threads(3);
+                EXPECT_TRUE(encodeJpeg(picture, options) == file);
+                expectSame(decodeJpeg(file, {.upsampling = upsampling}).picture, decoded.picture);
+                DecodedJpeg again = decodeJpeg(cut, {.upsampling = upsampling});
+                expectSame(again.picture, damaged.picture);
+                EXPECT_EQ(again.warnings, damaged.warnings);
+            }
     omp_set_num_threads(usual);
 }
 #endif

@@ -1,0 +1,96 @@
+// A sequential scan on two threads: one decodes the next rows of MCUs while the other turns those before them into
+// lines of the picture.
+#pragma once
+
+#include <algorithm>
+#include <array>
+#include <vector>
+
+#include "codec/jpeg_block_store.h"
+#include "codec/jpeg_row_stream.h"
+#include "codec/jpeg_scan.h"
+#include "codec/parallel.h"
+
+namespace qel::codec {
+
+// Hands all blocks of a row of MCUs to the transform, from row `at` of the places.
+inline void transformRow(const ScanLayout& layout, StoredBlocks& places, BlockTransform& transform, int at)
+{
+    places.startRow(at);
+    for (int i = 0; i < int(layout.blocks.size()); ++i)
+        for (int column = 0; column < layout.mcusAcross; ++column) transform(i, column, places(i, column));
+}
+
+class ScanPipeline {
+public:
+    ScanPipeline(const JpegInfo& info, ScanDecoder& coder, RowStream& stream) : coder_(coder), stream_(stream)
+    {
+        for (Group& group : groups_)
+            for (const JpegComponent& c : info.components)
+                group.stores.emplace_back(paddedBlocksAcross(info, c), kRows * c.v);
+    }
+
+    // Calls `report()` now and then.
+    template <class Report> void run(Report report)
+    {
+        FirstFailure failure;
+        int count = (coder_.layout().mcusDown + kRows - 1) / kRows;
+        // What tasks wait for: each group is decoded behind the one before it, and written likewise.
+        [[maybe_unused]] char decoded = 0, written = 0;
+#ifdef _OPENMP
+#pragma omp parallel num_threads(2)
+#pragma omp single
+#endif
+        for (int g = 0; g < count; ++g) {
+            Group* group = &groups_[g % groups_.size()];
+#ifdef _OPENMP
+#pragma omp task default(shared) firstprivate(group) depend(inout : decoded) depend(inout : *group)
+#endif
+            failure.guard([&] {
+                decode(*group);
+                report();
+            });
+#ifdef _OPENMP
+#pragma omp task default(shared) firstprivate(group) depend(inout : written) depend(inout : *group)
+#endif
+            failure.guard([&] { write(*group); });
+        }
+        failure.rethrow();
+    }
+
+private:
+    // Rows of MCUs that are handed over at once.
+    static constexpr int kRows = 4;
+    struct Group {
+        std::vector<BlockStore> stores;
+        int first = 0, rows = 0;
+    };
+
+    void decode(Group& group)
+    {
+        StoredBlocks places(coder_.layout(), group.stores);
+        group.first = next_;
+        for (group.rows = 0; group.rows < kRows && next_ < end_; ++group.rows, ++next_) {
+            // One row more than there is data: it is interpolated with what is there.
+            if (coder_.ended()) end_ = next_ + 1;
+            places.startRow(group.rows);
+            coder_.decodeRowInto(places);
+        }
+    }
+
+    void write(Group& group)
+    {
+        StoredBlocks places(coder_.layout(), group.stores);
+        for (int row = 0; row < group.rows; ++row) {
+            stream_.row(group.first + row, [&](BlockTransform& t) { transformRow(coder_.layout(), places, t, row); });
+            stream_.write(group.first + row);
+        }
+    }
+
+    ScanDecoder& coder_;
+    RowStream& stream_;
+    std::array<Group, 8> groups_;
+    int next_ = 0, end_ = coder_.layout().mcusDown;
+};
+
+}
