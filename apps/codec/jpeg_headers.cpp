@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <string_view>
 #include <tuple>
+#include <utility>
 
 #include "codec/jpeg_layout.h"
 
@@ -27,7 +28,13 @@ JpegProcess processOf(uint8_t frameMarker)
     }
 }
 
-// JFIF files are YCbCr, Adobe's say so in their marker; without either the names of the components decide.
+bool isSubsampled(const JpegInfo& info)
+{
+    return std::ranges::any_of(info.components, [&](auto& c) { return c.h != info.maxH() || c.v != info.maxV(); });
+}
+
+// JFIF files are YCbCr, Adobe's say so in their marker; without either the names of the components decide. Lossless
+// files without either are taken for YCbCr only if their components differ in size: they keep colours as they were.
 JpegColour colourOf(const JpegInfo& info)
 {
     auto named = [&](int a, int b, int c) {
@@ -39,7 +46,9 @@ JpegColour colourOf(const JpegInfo& info)
     case 3:
         if (info.hasJfif) return JpegColour::ycbcr;
         if (info.adobeTransform >= 0) return info.adobeTransform == 0 ? JpegColour::rgb : JpegColour::ycbcr;
-        return named('R', 'G', 'B') ? JpegColour::rgb : JpegColour::ycbcr;
+        if (named('R', 'G', 'B') || (info.process == JpegProcess::lossless && !isSubsampled(info)))
+            return JpegColour::rgb;
+        return JpegColour::ycbcr;
     case 4:
         return info.adobeTransform > 0 ? JpegColour::ycck : JpegColour::cmyk;
     default:
@@ -75,6 +84,8 @@ std::optional<ScanHeader> JpegHeaders::nextScan(size_t from)
             if (info_.scans++ == 0) {
                 info_.restartInterval = restartInterval_;
                 info_.colour = colourOf(info_);
+                if (scan.kind == ScanKind::lossless)
+                    std::tie(info_.predictor, info_.pointTransform) = std::tuple(scan.predictor, scan.pointTransform);
             }
             return scan;
         }
@@ -222,12 +233,25 @@ void JpegHeaders::readProgression(Fields& fields, ScanHeader& scan) const
     scan.low = approximation & 15;
     if (info_.process == JpegProcess::baseline || info_.process == JpegProcess::extended)
         std::tie(scan.first, scan.last, scan.high, scan.low) = std::tuple(0, 63, 0, 0);
+    if (info_.process == JpegProcess::lossless) return readLossless(fields, scan);
     if (info_.process != JpegProcess::progressive) return;
     if (scan.last > 63 || scan.first > scan.last || (scan.first == 0 && scan.last != 0))
         fields.fail("coefficients " + std::to_string(scan.first) + " to " + std::to_string(scan.last));
     if (scan.first > 0 && scan.components.size() > 1) fields.fail("AC coefficients of more than one component");
     if (scan.low > kMaxPointTransform) fields.fail("approximation by " + std::to_string(scan.low) + " bits");
     scan.kind = scanKind(scan.first, scan.high);
+}
+
+void JpegHeaders::readLossless(Fields& fields, ScanHeader& scan) const
+{
+    scan.kind = ScanKind::lossless;
+    scan.predictor = std::exchange(scan.first, 0);
+    scan.pointTransform = std::exchange(scan.low, 0);
+    scan.last = 63, scan.high = 0;
+    if (scan.predictor < 1 || scan.predictor > 7)
+        fields.fail("predictor " + std::to_string(scan.predictor) + " of a lossless scan");
+    if (scan.pointTransform >= info_.precision)
+        fields.fail("a point transform of " + std::to_string(scan.pointTransform) + " bits");
 }
 
 const QuantizerSteps& JpegHeaders::quantizer(const JpegComponent& component) const

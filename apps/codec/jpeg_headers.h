@@ -15,11 +15,19 @@ namespace qel::codec {
 // Quantization steps in natural order.
 using QuantizerSteps = std::array<uint16_t, 64>;
 
-// What a scan codes of each block: all of it, or one of the four kinds of a progressive file (T.81 G.1.2).
-enum class ScanKind { sequential, dcFirst, dcRefine, acFirst, acRefine };
+// What a scan codes of each block: all of it, one of the four kinds of a progressive file (T.81 G.1.2), or the single
+// difference of a lossless file.
+enum class ScanKind { sequential, dcFirst, dcRefine, acFirst, acRefine, lossless };
 
-constexpr bool codesDcTable(ScanKind kind) { return kind == ScanKind::sequential || kind == ScanKind::dcFirst; }
-constexpr bool codesAcTable(ScanKind kind) { return kind != ScanKind::dcFirst && kind != ScanKind::dcRefine; }
+// Which Huffman tables it needs; differences are coded as those of DC coefficients are.
+constexpr bool codesDcTable(ScanKind kind)
+{
+    return kind == ScanKind::sequential || kind == ScanKind::dcFirst || kind == ScanKind::lossless;
+}
+constexpr bool codesAcTable(ScanKind kind)
+{
+    return kind == ScanKind::sequential || kind == ScanKind::acFirst || kind == ScanKind::acRefine;
+}
 
 // Of a progressive scan, by its first coefficient and what came before (Ss, Ah).
 constexpr ScanKind scanKind(int first, int high)
@@ -39,6 +47,7 @@ struct ScanHeader {
     std::vector<Component> components;
     ScanKind kind = ScanKind::sequential;
     int first = 0, last = 63, high = 0, low = 0; // Ss, Se, Ah, Al
+    int predictor = 0, pointTransform = 0;       // of a lossless scan, in the place of Ss and Al
     size_t dataAt = 0;                           // where the entropy-coded data begins
 };
 
@@ -69,6 +78,7 @@ private:
     void readApplication(const Segment& segment);
     ScanHeader readScan(const Segment& segment) const;
     void readProgression(Fields& fields, ScanHeader& scan) const;
+    void readLossless(Fields& fields, ScanHeader& scan) const;
     int linesBehindScan(size_t from) const;
 
     Bytes file_;

@@ -31,10 +31,13 @@ struct JpegInfo {
     JpegColour colour = JpegColour::other;
     std::vector<JpegComponent> components;
     bool hasJfif = false;
-    int adobeTransform = -1; // of the Adobe APP14 marker; -1 where there is none
-    int restartInterval = 0; // of the first scan, in MCUs; 0 is none
-    int scans = 0;           // readJpegInfo: in the whole file; decoders: read so far
+    int adobeTransform = -1;               // of the Adobe APP14 marker; -1 where there is none
+    int restartInterval = 0;               // of the first scan, in MCUs; 0 is none
+    int predictor = 0, pointTransform = 0; // of the first scan of a lossless file
+    int scans = 0;                         // readJpegInfo: in the whole file; decoders: read so far
 
+    // Samples along the side of what MCUs are made of: blocks, or single samples in a lossless file.
+    int unitSide() const { return process == JpegProcess::lossless ? 1 : 8; }
     int maxH() const;
     int maxV() const;
 };

@@ -7,7 +7,8 @@ namespace {
 
 int ceilDivide(int a, int b) { return (a + b - 1) / b; }
 
-int mcus(int samples, int maxFactor) { return ceilDivide(samples, 8 * maxFactor); }
+int mcusAcrossFrame(const JpegInfo& info) { return ceilDivide(info.width, info.unitSide() * info.maxH()); }
+int mcusDownFrame(const JpegInfo& info) { return ceilDivide(info.height, info.unitSide() * info.maxV()); }
 
 }
 
@@ -15,12 +16,12 @@ ScanLayout::ScanLayout(const JpegInfo& info, const std::vector<int>& components)
 {
     if (components.size() == 1) {
         const JpegComponent& only = info.components[components[0]];
-        mcusAcross = blocksFor(only.width);
-        mcusDown = blocksFor(only.height);
+        mcusAcross = ceilDivide(only.width, info.unitSide());
+        mcusDown = ceilDivide(only.height, info.unitSide());
         shares.push_back({components[0], 1, 1});
     } else {
-        mcusAcross = mcus(info.width, info.maxH());
-        mcusDown = mcus(info.height, info.maxV());
+        mcusAcross = mcusAcrossFrame(info);
+        mcusDown = mcusDownFrame(info);
         for (int i : components) shares.push_back({i, info.components[i].h, info.components[i].v});
     }
     for (int slot = 0; slot < int(shares.size()); ++slot)
@@ -38,12 +39,9 @@ void setComponentSizes(JpegInfo& info)
 
 int paddedBlocksAcross(const JpegInfo& info, const JpegComponent& component)
 {
-    return mcus(info.width, info.maxH()) * component.h;
+    return mcusAcrossFrame(info) * component.h;
 }
 
-int paddedBlocksDown(const JpegInfo& info, const JpegComponent& component)
-{
-    return mcus(info.height, info.maxV()) * component.v;
-}
+int paddedBlocksDown(const JpegInfo& info, const JpegComponent& component) { return mcusDownFrame(info) * component.v; }
 
 }

@@ -1,4 +1,5 @@
-// How the blocks of a scan lie: MCUs across and down, and the blocks of one MCU (T.81 A.2).
+// How the blocks of a scan lie: MCUs across and down, and the blocks of one MCU (T.81 A.2). In a lossless file a block
+// is one sample.
 #pragma once
 
 #include <vector>

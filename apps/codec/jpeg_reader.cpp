@@ -1,11 +1,12 @@
-// Decoding of whole files: one scan of all components straight into the picture, scan after scan into planes, or all
-// scans of a progressive file into a store of coefficients first.
+// Decoding of whole files: one scan of all components straight into the picture, scan after scan into planes, all scans
+// of a progressive file into a store of coefficients first, or the rows of a lossless one without any of that.
 #include "codec/jpeg_reader.h"
 
 #include <algorithm>
 #include <cstring>
 #include <numeric>
 
+#include "codec/jpeg_lossless_reader.h"
 #include "codec/jpeg_output.h"
 #include "codec/jpeg_pipeline.h"
 #include "codec/jpeg_progression.h"
@@ -38,11 +39,14 @@ public:
 
 private:
     bool isProgressive() const { return info().process == JpegProcess::progressive; }
+    bool isLossless() const { return info().process == JpegProcess::lossless; }
     int threads() const { return threadsFor(uint64_t(info().width) * info().height); }
     void checkSupported() const;
+    void checkHasBlocks() const;
     void checkMemory(uint64_t bytes) const;
     void streamScan(Picture& picture);
     void streamStores(Picture& picture);
+    void streamLossless(Picture& picture);
     void streamBand(const ScanLayout& layout, std::vector<BlockStore>& stores, int from, int to, Picture& picture);
     std::vector<Plane> decodePlanes(uint64_t otherMemory);
     std::vector<BlockStore> decodeStores(uint64_t otherMemory);
@@ -80,15 +84,20 @@ Decoder::Decoder(Bytes file, const JpegDecodeOptions& options)
 void Decoder::checkSupported() const
 {
     bool sequential = info().process == JpegProcess::baseline || info().process == JpegProcess::extended;
-    if (!sequential && !isProgressive())
+    if (!sequential && !isProgressive() && !isLossless())
         throw CodecError("the coding process SOF" + std::to_string(info().frameMarker - marker::kSof0) + " (" +
                              nameOf(info().process) + ") is not supported",
                          headers_.framePosition());
-    if (info().precision != 8)
+    if (isLossless() ? info().precision < 2 || info().precision > 16 : info().precision != 8)
         throw CodecError("samples of " + std::to_string(info().precision) + " bits are not supported",
                          headers_.framePosition());
     if (uint64_t(info().width) * info().height > options_.maxPixels)
         throw CodecError("the picture has more pixels than allowed", headers_.framePosition());
+}
+
+void Decoder::checkHasBlocks() const
+{
+    if (isLossless()) throw CodecError("a lossless file holds no blocks", headers_.framePosition());
 }
 
 void Decoder::checkMemory(uint64_t bytes) const
@@ -110,8 +119,10 @@ Picture Decoder::picture()
                          headers_.framePosition());
     size_t components = info().components.size();
     ColourSpace space = components == 1 ? ColourSpace::grey : components == 3 ? ColourSpace::rgb : ColourSpace::cmyk;
-    Picture picture(info().width, info().height, space, 8);
-    if (isProgressive()) {
+    Picture picture(info().width, info().height, space, info().precision);
+    if (isLossless()) {
+        streamLossless(picture);
+    } else if (isProgressive()) {
         streamStores(picture);
     } else if (firstScan_.components.size() == components) {
         streamScan(picture);
@@ -172,6 +183,18 @@ void Decoder::streamStores(Picture& picture)
     });
 }
 
+void Decoder::streamLossless(Picture& picture)
+{
+    // Planes are no larger than the picture.
+    if (LosslessOutput::needsPlanes(info())) checkMemory(2 * picture.sizeInBytes());
+    LosslessOutput output(info(), picture);
+    forScans([&](ScanDecoder& coder) {
+        LosslessRows rows(info(), coder, headers_.restartInterval(), output);
+        forRows(coder, [&](int) { rows.decode(coder); });
+    });
+    output.finish(options_.upsampling);
+}
+
 // Notes what was wrong with the scan, and reads on to the next. Headers that are damaged behind a scan may be its own
 // data, damaged: they end the picture, but do not take away what there is.
 std::optional<ScanHeader> Decoder::scanBehind(const ScanDecoder& coder)
@@ -190,19 +213,19 @@ bool Decoder::take(const ScanHeader& scan)
 {
     for (auto& component : scan.components) {
         const JpegComponent& c = info().components[component.index];
-        blocksPassed_ += int64_t(paddedBlocksAcross(info(), c)) * paddedBlocksDown(info(), c);
+        blocksPassed_ += int64_t(blocksFor(c.width)) * blocksFor(c.height);
     }
     if (info().scans > kMaxScans || blocksPassed_ > kMaxBlocksPassed) {
         warnings_.push_back("scans from number " + std::to_string(info().scans) + " on are left out");
         return false;
     }
     for (auto& component : scan.components) {
-        if (!progression_.has(component.index))
-            steps_[component.index] = headers_.quantizer(info().components[component.index]);
-        else if (!isProgressive()) {
+        bool isNew = !progression_.has(component.index);
+        if (!isNew && !isProgressive()) {
             warnings_.push_back("scans that repeat a component are left out");
             return false;
         }
+        if (isNew && !isLossless()) steps_[component.index] = headers_.quantizer(info().components[component.index]);
     }
     isOutOfOrder_ |= !progression_.accept(scan);
     return true;
@@ -309,6 +332,7 @@ int Decoder::fillGaps(std::vector<Plane>& planes, bool all) const
 
 std::vector<JpegPlane> Decoder::separatePlanes()
 {
+    checkHasBlocks();
     std::vector<JpegPlane> result;
     std::vector<Plane> planes = decodePlanes(uint64_t(info().width) * info().height * info().components.size());
     fillGaps(planes, true);
@@ -324,6 +348,7 @@ std::vector<JpegPlane> Decoder::separatePlanes()
 
 std::vector<JpegCoefficients> Decoder::coefficients()
 {
+    checkHasBlocks();
     uint64_t bytes = 0;
     for (const JpegComponent& c : info().components) bytes += uint64_t(128) * blocksFor(c.width) * blocksFor(c.height);
     std::vector<BlockStore> stores = decodeStores(bytes);

@@ -1,4 +1,5 @@
-// Decodes JPEG files (T.81): baseline, extended sequential and progressive with 8-bit samples, one to four components.
+// Decodes JPEG files (T.81) of one to four components: baseline, extended sequential and progressive ones with samples
+// of 8 bits, lossless ones with 2 to 16.
 #pragma once
 
 #include <cstdint>
@@ -44,6 +45,7 @@ struct DecodedJpegPlanes {
     Warnings warnings;
 };
 
+// Neither this nor the next is for lossless files.
 DecodedJpegPlanes decodeJpegPlanes(Bytes file, const JpegDecodeOptions& options = {});
 
 // The quantized coefficients of one component: blocks row by row as its own size needs, 64 values each in natural

@@ -20,6 +20,7 @@ public:
     ScanDecoder(Bytes file, const JpegHeaders& headers, const ScanHeader& scan);
 
     const ScanLayout& layout() const { return layout_; }
+    const ScanHeader& scan() const { return scan_; }
 
     // Decodes the next row of MCUs of a sequential scan and calls `sink(i, column, block)` for every block, where `i`
     // counts the blocks of an MCU (layout().blocks) and `block` holds 64 quantized coefficients in natural order, all
@@ -44,6 +45,26 @@ public:
             if (lost && scan_.kind == ScanKind::sequential) std::fill_n(block, 64, int16_t(0));
             return lost;
         });
+    }
+
+    // Where the differences of sample `i` of the MCUs of a row go: that of column c to first[c * step].
+    struct DifferenceRow {
+        int16_t* first;
+        int step;
+    };
+
+    // The same for a lossless scan: `rows` has one entry for each sample of an MCU. Differences that are lost are 0.
+    // Returns the number of columns that are not lost.
+    int decodeDifferences(const std::vector<DifferenceRow>& rows)
+    {
+        int64_t lostBefore = lostMcus_;
+        forRow([&](int i, int column, bool lost) {
+            int16_t* difference = rows[i].first + ptrdiff_t(column) * rows[i].step;
+            lost = lost || !decodeBlock(layout_.blocks[i].slot, difference);
+            if (lost) *difference = 0;
+            return lost;
+        });
+        return layout_.mcusAcross - int(lostMcus_ - lostBefore);
     }
 
     // No data is left: all further blocks will be zero.
@@ -94,6 +115,8 @@ private:
         case ScanKind::acRefine:
             return qeliDecodeHuffman8x8_ACRefine_JPEG_1u16s_C1(data, size, &at_, block, &marker_, scan_.first,
                                                                scan_.last, scan_.low, s.ac.get(), state_.get());
+        case ScanKind::lossless:
+            return qeliDecodeHuffmanOne_JPEG_1u16s_C1(data, size, &at_, block, &marker_, s.dc.get(), state_.get());
         default:
             return qeliDecodeHuffman8x8_JPEG_1u16s_C1(data, size, &at_, block, &s.lastDc, &marker_, s.dc.get(),
                                                       s.ac.get(), state_.get());

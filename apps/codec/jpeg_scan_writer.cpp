@@ -11,8 +11,17 @@ namespace {
 
 // No block takes more: 64 codes of 16 bits, each with 11 more, and a zero byte stuffed behind each byte.
 constexpr int kMaxBlockBytes = 64 * (16 + 11) / 8 * 2;
+// A difference asks for this much; a code of 16 bits with 15 more, stuffed.
+constexpr int kMaxDifferenceBytes = 8;
 // An end-of-band run with its correction bits, padding of the last byte, all stuffed, and a marker.
 constexpr int kMaxRestartBytes = 2 * ((16 + 14 + 1024) / 8 + 2) + 2;
+
+// Restart markers of lossless scans stand between rows only.
+int roomPerMcu(const ScanLayout& layout, const ScanHeader& scan)
+{
+    int blocks = int(layout.blocks.size());
+    return scan.kind == ScanKind::lossless ? blocks * kMaxDifferenceBytes : blocks * kMaxBlockBytes + kMaxRestartBytes;
+}
 
 }
 
@@ -48,8 +57,7 @@ HuffmanPair ScanStatistics::tables(int table) const
 ScanEncoder::ScanEncoder(std::vector<uint8_t>& out, const ScanLayout& layout, const ScanHeader& scan,
                          const std::array<HuffmanPair, 2>& pairs)
     : out_(out), scan_(scan), used_(out.size()),
-      roomPerRow_(layout.mcusAcross * (int(layout.blocks.size()) * kMaxBlockBytes + kMaxRestartBytes) +
-                  kMaxRestartBytes),
+      roomPerRow_(layout.mcusAcross * roomPerMcu(layout, scan) + kMaxRestartBytes),
       state_(make<EncodeState>(qeliEncodeHuffmanStateInitAlloc_JPEG_8u))
 {
     auto spec = [](const HuffmanLists& lists) {

@@ -33,6 +33,9 @@ public:
     // The best tables for the symbols that table 0 or 1 is for; those that the scan does not use are empty.
     HuffmanPair tables(int table) const;
 
+    // How often each category of a DC coefficient, or of a difference, was counted for that table.
+    const std::array<uint32_t, 256>& dcCounts(int table) const { return counts_[table].dc; }
+
 private:
     struct Counts {
         std::array<uint32_t, 256> dc{}, ac{};
@@ -54,6 +57,8 @@ private:
         case ScanKind::acRefine:
             return qeliGetHuffmanStatistics8x8_ACRefine_JPEG_16s_C1(coefficients, s.ac, scan_.first, scan_.last,
                                                                     scan_.low, state_.get(), flush);
+        case ScanKind::lossless:
+            return qeliGetHuffmanStatisticsOne_JPEG_16s_C1(*coefficients, s.dc);
         default:
             return qeliGetHuffmanStatistics8x8_JPEG_16s_C1(coefficients, s.dc, s.ac, &s.lastDc);
         }
@@ -99,6 +104,9 @@ private:
         case ScanKind::acRefine:
             return qeliEncodeHuffman8x8_ACRefine_JPEG_16s1u_C1(coefficients, end_, room_, &position_, scan_.first,
                                                                scan_.last, scan_.low, s.ac, state_.get(), flush);
+        case ScanKind::lossless:
+            return qeliEncodeHuffmanOne_JPEG_16s1u_C1(flush ? int16_t(0) : *coefficients, end_, room_, &position_, s.dc,
+                                                      state_.get(), flush);
         default:
             return qeliEncodeHuffman8x8_JPEG_16s1u_C1(coefficients, end_, room_, &position_, &s.lastDc, s.dc, s.ac,
                                                       state_.get(), flush);

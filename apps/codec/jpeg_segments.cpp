@@ -90,9 +90,10 @@ void SegmentWriter::scan(const JpegInfo& info, const ScanHeader& scan)
         u8(info.components[component.index].id);
         u8(component.dcTable << 4 | component.acTable);
     }
-    u8(scan.first);
-    u8(scan.last);
-    u8(scan.high << 4 | scan.low);
+    bool isLossless = scan.kind == ScanKind::lossless;
+    u8(isLossless ? scan.predictor : scan.first);
+    u8(isLossless ? 0 : scan.last);
+    u8(isLossless ? scan.pointTransform : scan.high << 4 | scan.low);
 }
 
 }

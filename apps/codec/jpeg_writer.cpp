@@ -10,6 +10,7 @@
 
 #include "codec/jpeg_block_store.h"
 #include "codec/jpeg_blocks.h"
+#include "codec/jpeg_lossless_writer.h"
 #include "codec/jpeg_scan_writer.h"
 #include "codec/jpeg_segments.h"
 #include "codec/parallel.h"
@@ -105,7 +106,7 @@ Encoder::Encoder(const Picture& picture, const JpegEncodeOptions& options) : pic
 
 void Encoder::checkOptions() const
 {
-    if (picture_.precision() != 8) throw CodecError("a sequential JPEG file holds samples of 8 bits");
+    if (picture_.precision() != 8) throw CodecError("a JPEG file that is not lossless holds samples of 8 bits");
     if (picture_.width() < 1) throw CodecError("the picture has no pixels");
     if (picture_.width() > 65535 || picture_.height() > 65535)
         throw CodecError("a JPEG file holds at most 65535 x 65535 pixels");
@@ -299,7 +300,7 @@ Encoder::CodedScan Encoder::codeStored(const JpegScan& described, std::vector<Bl
 
 std::vector<uint8_t> encodeJpeg(const Picture& picture, const JpegEncodeOptions& options)
 {
-    return Encoder(picture, options).file();
+    return options.lossless ? encodeLosslessJpeg(picture, options) : Encoder(picture, options).file();
 }
 
 }

@@ -1,4 +1,5 @@
-// Encodes pictures of 8-bit samples as baseline, extended sequential or progressive JPEG files (T.81).
+// Encodes pictures of 8-bit samples as baseline, extended sequential or progressive JPEG files, and pictures of 2 to 16
+// bits as lossless ones (T.81).
 #pragma once
 
 #include <array>
@@ -24,6 +25,8 @@ inline constexpr JpegSamplings kSampling422 = {{{2, 1}, {1, 1}, {1, 1}, {2, 1}}}
 inline constexpr JpegSamplings kSampling440 = {{{1, 2}, {1, 1}, {1, 1}, {1, 2}}};
 inline constexpr JpegSamplings kSampling420 = {{{2, 2}, {1, 1}, {1, 1}, {2, 2}}};
 
+inline constexpr int kBestPredictor = 0;
+
 // What the file shall hold. `usual` is grey, YCbCr or YCCK, as the picture is.
 enum class JpegTarget { usual, grey, ycbcr, rgb, cmyk, ycck };
 
@@ -39,6 +42,11 @@ struct JpegEncodeOptions {
     int restartRows = 0;                        // or in rows of MCUs of each scan; not both
     // At the lowest qualities, quantization steps above 255 in 16-bit tables (the file is then extended sequential).
     bool wideQuantizers = false;
+    // A lossless file (T.81 Annex H): samples of 2 to 16 bits in the picture's own colours, with tables made for it.
+    // Restart intervals are whole rows. What is said above of quality, sampling and progressive files does not apply.
+    bool lossless = false;
+    int predictor = 1;      // 1 to 7, or kBestPredictor: the one that makes the smallest scan
+    int pointTransform = 0; // low bits of each sample to be dropped
     // Called now and then with the part of the work that is done, 0 to 1; may be empty.
     std::function<void(double)> progress = {};
 };

@@ -10,12 +10,13 @@ namespace {
 
 constexpr int kPrecision = 8;
 
-// The input in the 8 bits that JPEG's DCT processes have.
+// The input in the 8 bits that JPEG's DCT processes have, or as it is for a lossless file.
 codec::LoadedPicture load(const Options& options)
 {
     auto loaded = codec::loadPicture(codec::readFile(options.input));
     int precision = loaded.picture.precision();
-    if (precision == kPrecision) return loaded;
+    if (precision == kPrecision || (options.encoding.lossless && precision > 1)) return loaded;
+    if (options.encoding.lossless) loaded.warnings.push_back("samples of 1 bit are stored as 8");
     if (precision > kPrecision)
         loaded.warnings.push_back("samples of " + std::to_string(precision) + " bits are rounded to 8");
     loaded.picture = codec::withPrecision(loaded.picture, kPrecision);

@@ -15,9 +15,14 @@ void printJpeg(const codec::JpegInfo& jpeg)
     std::printf("format           JPEG, %s\n", codec::nameOf(jpeg.process));
     std::printf("size             %d x %d\n", jpeg.width, jpeg.height);
     std::printf("colour           %s, %d bits\n", codec::nameOf(jpeg.colour), jpeg.precision);
-    for (auto& component : jpeg.components)
-        std::printf("component %-6d %d x %d, sampling %dx%d, quantization table %d\n", component.id, component.width,
-                    component.height, component.h, component.v, component.quantizer);
+    bool isLossless = jpeg.process == codec::JpegProcess::lossless;
+    for (auto& component : jpeg.components) {
+        std::printf("component %-6d %d x %d, sampling %dx%d", component.id, component.width, component.height,
+                    component.h, component.v);
+        if (!isLossless) std::printf(", quantization table %d", component.quantizer);
+        std::puts("");
+    }
+    if (isLossless) std::printf("predictor        %d\npoint transform  %d\n", jpeg.predictor, jpeg.pointTransform);
     std::printf("scans            %d\n", jpeg.scans);
     if (jpeg.restartInterval) std::printf("restart interval %d MCUs\n", jpeg.restartInterval);
     if (jpeg.hasJfif) std::puts("JFIF             yes");

@@ -40,7 +40,7 @@ CLI::Validator within(int low, int high) { return CLI::Range(low, high).descript
 struct CommandLine {
     Options options;
     int threads = 0;
-    std::string sampling;
+    std::string sampling, predictor = "1";
     bool isRgb = false, isCmyk = false, isSeparate = false;
 
     void addCommon(CLI::App& command)
@@ -97,8 +97,29 @@ struct CommandLine {
             ->excludes("--scans");
         command->add_flag("--extended", encoding.wideQuantizers,
                           "Allow the coarsest quantization of low qualities (extended sequential files)");
+        addLossless(*command);
         addCoding(*command);
         return command;
+    }
+
+    void addLossless(CLI::App& command)
+    {
+        auto& encoding = options.encoding;
+        auto* lossless = command.add_flag("--lossless", encoding.lossless,
+                                          "Keep every sample, of 2 to 16 bits; not all JPEG decoders read such files");
+        for (const char* other : {"--quality", "--sampling", "--progressive", "--scans", "--extended"})
+            lossless->excludes(other);
+        command
+            .add_option("--predictor", predictor, "Of a lossless file: 1 to 7, or best to try them all; 1 by default")
+            ->check(CLI::IsMember({"1", "2", "3", "4", "5", "6", "7", "best"}).description(""))
+            ->type_name("N")
+            ->needs(lossless);
+        command
+            .add_option("--point-transform", encoding.pointTransform,
+                        "Low bits of each sample that a lossless file drops")
+            ->check(within(0, 15))
+            ->type_name("N")
+            ->needs(lossless);
     }
 
     CLI::App* addDecode(CLI::App& app)
@@ -142,6 +163,7 @@ struct CommandLine {
     {
         auto& encoding = options.encoding;
         encoding.interleaved = !isSeparate;
+        encoding.predictor = predictor == "best" ? codec::kBestPredictor : std::stoi(predictor);
         if (isRgb) encoding.target = JpegTarget::rgb;
         if (isCmyk) encoding.target = JpegTarget::cmyk;
         if (sampling == "grey") encoding.target = JpegTarget::grey;

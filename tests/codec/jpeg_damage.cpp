@@ -7,6 +7,7 @@
 #include "codec/jpeg_markers.h"
 #include "codec/jpeg_reader.h"
 #include "jpeg_cases.h"
+#include "jpeg_files.h"
 #include "libjpeg_peer.h"
 #include "pictures.h"
 
@@ -14,39 +15,10 @@ namespace {
 
 using namespace qel::codec;
 using namespace qel::test;
-using File = std::vector<uint8_t>;
 
 File smallFile(JpegEncodeOptions options = {}, ColourSpace space = ColourSpace::rgb)
 {
     return encodeJpeg(paintedPicture(75, 53, space), options);
-}
-
-// Position of the n-th marker of a kind, or the size of the file.
-size_t markerAt(const File& file, uint8_t code, int n = 0)
-{
-    size_t at = findMarker(file, 0);
-    while (at < file.size() && (file[at + 1] != code || n-- > 0)) at = findMarker(file, at + 2);
-    return at;
-}
-
-File without(File file, size_t from, size_t to)
-{
-    file.erase(file.begin() + from, file.begin() + to);
-    return file;
-}
-
-File withoutSegments(File file, uint8_t code)
-{
-    for (size_t at; (at = markerAt(file, code)) < file.size();) file = without(file, at, readSegment(file, at).end);
-    return file;
-}
-
-// Number of rows, from the top, that two pictures share.
-int sameRows(const Picture& a, const Picture& b)
-{
-    int y = 0;
-    while (y < a.height() && std::equal(a.row(y), a.row(y) + a.step(), b.row(y))) ++y;
-    return y;
 }
 
 TEST(JpegDamage, ATruncatedPictureIsDeliveredWithAWarning)

@@ -102,7 +102,7 @@ public:
     {
         if (text("check") == "error" || text("check") == "no_crash") return true;
         JpegInfo info = readJpegInfo(file_);
-        return info.precision == 8 && info.process != JpegProcess::lossless && info.process != JpegProcess::other;
+        return info.process == JpegProcess::lossless || (info.precision == 8 && info.process != JpegProcess::other);
     }
 
     void run() const

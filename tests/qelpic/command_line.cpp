@@ -109,6 +109,34 @@ TEST_F(Qelpic, DeepSamplesAreRoundedWithAWarning)
     EXPECT_GT(psnr("deep.pgm", "a.jpg"), 30);
 }
 
+TEST_F(Qelpic, Lossless)
+{
+    store("deep.pgm", "P2 3 2 4095 0 4095 2048 100 7 9");
+    store("bits.pgm", "P2 2 2 1 0 1 1 0");
+    const struct {
+        const char *picture, *options, *expected; // what `info` says
+    } table[] = {
+        {"photo.png", "", "JPEG, lossless"},
+        {"photo.png", "--predictor 4", "predictor        4"},
+        {"photo.png", "--predictor best --restart-rows 2", "restart interval 320 MCUs"},
+        {"photo.png", "--separate-scans", "scans            3"},
+        {"deep.pgm", "--predictor 7", "grey, 12 bits"},
+        {"bits.pgm", "-q", "grey, 8 bits"},
+    };
+    for (auto& row : table) {
+        SCOPED_TRACE(row.options);
+        Outcome encoded = qelpic("encode " + std::string(row.picture) + " a.jpg --lossless " + row.options);
+        EXPECT_EQ(encoded.exitCode, 0);
+        EXPECT_EQ(encoded.errors, "");
+        EXPECT_NE(qelpic("info a.jpg").output.find(row.expected), std::string::npos);
+        EXPECT_EQ(qelpic("decode a.jpg a.png").exitCode, 0);
+        EXPECT_GT(psnr(row.picture, "a.png"), 1000); // infinite
+    }
+    EXPECT_EQ(qelpic("encode deep.pgm a.jpg --lossless --point-transform 2").exitCode, 0);
+    EXPECT_NE(qelpic("info a.jpg").output.find("point transform  2"), std::string::npos);
+    EXPECT_EQ(qelpic("decode a.jpg - | tail -c 4").output, std::string("\0\4\0\10", 4));
+}
+
 TEST_F(Qelpic, StandardStreams)
 {
     EXPECT_EQ(shell(QELPIC " encode - - <photo.png >a.jpg").exitCode, 0);
@@ -181,7 +209,9 @@ TEST_F(Qelpic, UsageErrors)
           "encode photo.png x.jpg --sampling 411", "encode photo.png x.jpg --rgb --cmyk",
           "encode photo.png x.jpg --restart 3 --restart-rows 2", "encode photo.png x.jpg --progressive --scans script",
           "encode photo.png x.jpg --progressive --separate-scans", "decode photo.jpg x.png --upsampling best",
-          "decode photo.jpg x.png extra"}) {
+          "decode photo.jpg x.png extra", "encode photo.png x.jpg --predictor 4",
+          "encode photo.png x.jpg --point-transform 1", "encode photo.png x.jpg --lossless --predictor 8",
+          "encode photo.png x.jpg --lossless --quality 80", "encode photo.png x.jpg --lossless --progressive"}) {
         Outcome outcome = qelpic(arguments);
         EXPECT_EQ(outcome.exitCode, 2) << arguments;
         EXPECT_EQ(outcome.errors.find("qelpic: "), 0u) << arguments;

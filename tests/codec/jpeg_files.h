@@ -1,0 +1,44 @@
+// Cutting and comparing JPEG files.
+#pragma once
+
+#include <algorithm>
+#include <cstdint>
+#include <vector>
+
+#include "codec/jpeg_markers.h"
+#include "codec/picture.h"
+
+namespace qel::test {
+
+using File = std::vector<uint8_t>;
+
+// Position of the n-th marker of a kind, or the size of the file.
+inline size_t markerAt(const File& file, uint8_t code, int n = 0)
+{
+    size_t at = codec::findMarker(file, 0);
+    while (at < file.size() && (file[at + 1] != code || n-- > 0)) at = codec::findMarker(file, at + 2);
+    return at;
+}
+
+inline File without(File file, size_t from, size_t to)
+{
+    file.erase(file.begin() + from, file.begin() + to);
+    return file;
+}
+
+inline File withoutSegments(File file, uint8_t code)
+{
+    for (size_t at; (at = markerAt(file, code)) < file.size();)
+        file = without(file, at, codec::readSegment(file, at).end);
+    return file;
+}
+
+// Number of rows, from the top, that two pictures share.
+inline int sameRows(const codec::Picture& a, const codec::Picture& b)
+{
+    int y = 0;
+    while (y < a.height() && std::equal(a.row(y), a.row(y) + a.step(), b.row(y))) ++y;
+    return y;
+}
+
+}

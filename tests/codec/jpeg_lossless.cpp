@@ -1,0 +1,347 @@
+// Lossless files: every sample comes back, whatever the precision, predictor and order; and what damage does.
+#include <gtest/gtest.h>
+
+#include "codec/jpeg_layout.h"
+#include "codec/jpeg_reader.h"
+#include "codec/jpeg_scan_writer.h"
+#include "codec/jpeg_segments.h"
+#include "codec/jpeg_writer.h"
+#include "jpeg_cases.h"
+#include "jpeg_files.h"
+#include "pictures.h"
+
+namespace {
+
+using namespace qel::codec;
+using namespace qel::test;
+
+JpegEncodeOptions lossless(int predictor = 1, int pointTransform = 0)
+{
+    return {.lossless = true, .predictor = predictor, .pointTransform = pointTransform};
+}
+
+// The picture with all samples s at x, y replaced by change(s, x, y).
+template <class Change> Picture changed(const Picture& picture, Change change)
+{
+    Picture result(picture.width(), picture.height(), picture.space(), picture.precision());
+    auto all = [&]<class T>(T) {
+        for (int y = 0; y < picture.height(); ++y)
+            for (int i = 0; i < picture.width() * picture.channels(); ++i)
+                result.row<T>(y)[i] = T(change(int(picture.row<T>(y)[i]), i / picture.channels(), y));
+    };
+    picture.bytesPerSample() == 1 ? all(uint8_t()) : all(uint16_t());
+    return result;
+}
+
+// Slopes, with noise in the lowest bits.
+Picture ramp(int width, int height, ColourSpace space, int precision)
+{
+    int largest = (1 << precision) - 1;
+    return changed(randomPicture(width, height, space, precision), [&](int noise, int x, int y) {
+        return ((x * 5 + y * 9) * (largest / 64 + 1) + noise % 4) & largest;
+    });
+}
+
+void expectRoundTrip(const Picture& picture, const JpegEncodeOptions& options)
+{
+    DecodedJpeg decoded = decodeJpeg(encodeJpeg(picture, options));
+    EXPECT_TRUE(decoded.warnings.empty());
+    EXPECT_EQ(decoded.info.process, JpegProcess::lossless);
+    EXPECT_EQ(decoded.info.precision, picture.precision());
+    int pt = options.pointTransform;
+    expectSame(decoded.picture, changed(picture, [&](int sample, int, int) { return sample >> pt << pt; }));
+}
+
+TEST(JpegLossless, EveryPredictorPrecisionAndPointTransform)
+{
+    for (int precision = 2; precision <= 16; ++precision)
+        for (int predictor = 1; predictor <= 7; ++predictor)
+            for (int pt : {0, 1, precision / 2, precision - 1}) {
+                SCOPED_TRACE(testing::Message() << precision << " bits, predictor " << predictor << ", " << pt);
+                if (precision - pt == 16 && predictor >= 5) continue;
+                expectRoundTrip(randomPicture(23, 9, ColourSpace::grey, precision), lossless(predictor, pt));
+                expectRoundTrip(ramp(31, 9, ColourSpace::rgb, precision), lossless(predictor, pt));
+            }
+}
+
+TEST(JpegLossless, EveryWidth)
+{
+    std::vector<int> widths = {4099, 65535};
+    for (int width = 1; width <= 70; ++width) widths.push_back(width);
+    for (int width : widths)
+        for (int predictor = 1; predictor <= 7; ++predictor) {
+            SCOPED_TRACE(testing::Message() << width << ", predictor " << predictor);
+            expectRoundTrip(ramp(width, 3, ColourSpace::grey, 12), lossless(predictor));
+            expectRoundTrip(randomPicture(width, 2, ColourSpace::grey, 8), lossless(predictor));
+        }
+}
+
+TEST(JpegLossless, ColoursScansAndRestarts)
+{
+    for (auto space : {ColourSpace::grey, ColourSpace::rgb, ColourSpace::cmyk})
+        for (int precision : {8, 16})
+            for (bool interleaved : {true, false})
+                for (int rows : {0, 1, 3, 500}) {
+                    JpegEncodeOptions options = lossless(4);
+                    options.interleaved = interleaved;
+                    options.restartRows = rows;
+                    expectRoundTrip(randomPicture(41, 19, space, precision), options);
+                    expectRoundTrip(ramp(41, 19, space, precision), options);
+                    if (precision == 8) expectRoundTrip(paintedPicture(75, 53, space), options);
+                    options.restartRows = 0;
+                    options.restartInterval = 41 * rows;
+                    expectRoundTrip(randomPicture(41, 19, space, precision), options);
+                }
+}
+
+TEST(JpegLossless, TheBestPredictorMakesTheSmallestFile)
+{
+    std::vector<Picture> pictures;
+    pictures.push_back(paintedPicture(60, 60, ColourSpace::rgb));
+    pictures.push_back(ramp(60, 60, ColourSpace::grey, 10));
+    pictures.push_back(changed(randomPicture(60, 60, ColourSpace::grey, 16),
+                               [](int noise, int x, int y) { return (x * x * 300 + y * 900 + noise % 256) % 32768; }));
+    for (auto& picture : pictures) {
+        size_t smallest = SIZE_MAX;
+        for (int predictor = 1; predictor <= 7; ++predictor)
+            smallest = std::min(smallest, encodeJpeg(picture, lossless(predictor)).size());
+        // The estimate leaves out stuffed bytes.
+        EXPECT_LE(double(encodeJpeg(picture, lossless(kBestPredictor)).size()), 1.002 * double(smallest));
+        expectRoundTrip(picture, lossless(kBestPredictor));
+    }
+}
+
+// Decoders differ in how they halve samples of 32768 and more.
+TEST(JpegLossless, PredictorsThatHalveAreNotWrittenForSixteenBits)
+{
+    Picture deep = randomPicture(30, 30, ColourSpace::grey, 16);
+    Picture shallow = changed(deep, [](int sample, int, int) { return sample & 0x7FFF; });
+    for (int predictor = 5; predictor <= 7; ++predictor) {
+        EXPECT_NE(errorOf([&] { encodeJpeg(deep, lossless(predictor)); }), "");
+        expectRoundTrip(shallow, lossless(predictor));
+        expectRoundTrip(deep, lossless(predictor, 1));
+    }
+    expectRoundTrip(deep, lossless(kBestPredictor));
+    EXPECT_LT(decodeJpeg(encodeJpeg(deep, lossless(kBestPredictor))).info.predictor, 5);
+}
+
+// The file of predictor 1 with another one in its scan header: the last sample becomes 1000 more than what that
+// predicts from 40000 to the left, 20000 above and c above to the left, all without a sign.
+TEST(JpegLossless, SamplesOfSixteenBitsHaveNoSign)
+{
+    const struct {
+        int predictor, c, expected;
+    } table[] = {{5, 60000, 21000}, {6, 10000, 36000}, {7, 60000, 31000}};
+    for (auto& row : table) {
+        Picture picture(2, 2, ColourSpace::grey, 16);
+        const int samples[] = {row.c, 20000, 40000, 41000};
+        std::copy(samples, samples + 4, picture.row<uint16_t>(0));
+        File file = encodeJpeg(picture, lossless(1));
+        file[markerAt(file, marker::kSos) + 7] = uint8_t(row.predictor);
+        picture.row<uint16_t>(1)[1] = uint16_t(row.expected);
+        expectSame(decodeJpeg(file).picture, picture);
+    }
+}
+
+TEST(JpegLossless, OptionsThatDoNotFitAreRefused)
+{
+    Picture rgb = paintedPicture(30, 20, ColourSpace::rgb);
+    auto refused = [&](auto change) {
+        JpegEncodeOptions options = lossless();
+        change(options);
+        EXPECT_NE(errorOf([&] { encodeJpeg(rgb, options); }), "");
+    };
+    refused([](auto& o) { o.predictor = -1; });
+    refused([](auto& o) { o.predictor = 8; });
+    refused([](auto& o) { o.pointTransform = -1; });
+    refused([](auto& o) { o.pointTransform = 8; });
+    refused([](auto& o) { o.target = JpegTarget::ycbcr; });
+    refused([](auto& o) { o.target = JpegTarget::grey; });
+    refused([](auto& o) { o.sampling = kSampling420; });
+    refused([](auto& o) { o.progressive = true; });
+    refused([](auto& o) { o.restartInterval = 31; });
+    refused([](auto& o) { o.restartInterval = -30; });
+    refused([](auto& o) { o.restartRows = 2185; });
+    EXPECT_NE(errorOf([&] { encodeJpeg(randomPicture(9, 9, ColourSpace::grey, 1), lossless()); }), "");
+}
+
+// Differences of components of different sizes, each of its own rows in whole MCUs, by predictor 1.
+class SampledDifferences {
+public:
+    explicit SampledDifferences(const ScanLayout& layout, const JpegInfo& info) : layout_(layout), info_(info) {}
+
+    static int sample(int component, int x, int y) { return 40 + 30 * component + x + 2 * y; }
+
+    void startRow(int mcuRow) { mcuRow_ = mcuRow; }
+    const int16_t* operator()(int i, int column)
+    {
+        const McuBlock& place = layout_.blocks[i];
+        const ScanShare& share = layout_.shares[place.slot];
+        int x = column * share.across + place.dx, y = mcuRow_ * share.down + place.dy;
+        int prediction = x > 0 ? sample(share.component, x - 1, y) : y > 0 ? sample(share.component, 0, y - 1) : 128;
+        difference_ = int16_t(sample(share.component, x, y) - prediction);
+        return &difference_;
+    }
+
+private:
+    const ScanLayout& layout_;
+    const JpegInfo& info_;
+    int mcuRow_ = 0;
+    int16_t difference_ = 0;
+};
+
+File fileOfSampledComponents(JpegInfo& info, const std::vector<std::vector<int>>& scans)
+{
+    File file;
+    SegmentWriter segments(file);
+    segments.marker(marker::kSoi);
+    segments.frame(info);
+    HuffmanPair flat;
+    flat.dc.bits[4] = 17;
+    for (int i = 0; i < 17; ++i) flat.dc.values[i] = uint8_t(i);
+    segments.huffmanTable(0, 0, flat.dc);
+    const std::function<void(double)> nobody;
+    for (auto& components : scans) {
+        ScanHeader scan;
+        scan.kind = ScanKind::lossless;
+        scan.predictor = 1;
+        for (int i : components) scan.components.push_back({i, 0, 0});
+        segments.scan(info, scan);
+        ScanLayout layout(info, components);
+        SampledDifferences differences(layout, info);
+        ScanEncoder coder(file, layout, scan, {flat, flat});
+        Progress progress(nobody, layout.mcusDown);
+        codeScan(layout, 0, differences, coder, progress);
+    }
+    segments.marker(marker::kEoi);
+    return file;
+}
+
+// As RGB, where each sample shows: small components are repeated over what they stand for.
+TEST(JpegLossless, ReadsComponentsOfDifferentSizes)
+{
+    for (auto [h, v] : {std::pair(2, 1), {1, 2}, {2, 2}, {4, 1}})
+        for (auto& scans : {std::vector<std::vector<int>>{{0, 1, 2}}, {{0}, {1}, {2}}, {{0, 1}, {2}}}) {
+            JpegInfo info;
+            info.process = JpegProcess::lossless;
+            info.frameMarker = marker::kSof3;
+            info.width = 13, info.height = 7, info.precision = 8;
+            info.components = {{'R', h, v, 0, 0, 0}, {'G', 1, 1, 0, 0, 0}, {'B', 1, 1, 0, 0, 0}};
+            setComponentSizes(info);
+            DecodedJpeg decoded = decodeJpeg(fileOfSampledComponents(info, scans), {JpegUpsampling::replicate});
+            EXPECT_TRUE(decoded.warnings.empty());
+            for (int y = 0; y < 7; ++y)
+                for (int x = 0; x < 13; ++x) {
+                    const uint8_t* pixel = decoded.picture.row(y) + 3 * x;
+                    ASSERT_EQ(pixel[0], SampledDifferences::sample(0, x, y)) << x << ' ' << y;
+                    ASSERT_EQ(pixel[1], SampledDifferences::sample(1, x / h, y / v)) << x << ' ' << y;
+                    ASSERT_EQ(pixel[2], SampledDifferences::sample(2, x / h, y / v)) << x << ' ' << y;
+                }
+        }
+}
+
+File smallFile(JpegEncodeOptions options) { return encodeJpeg(paintedPicture(75, 53, ColourSpace::rgb), options); }
+
+TEST(JpegLossless, ATruncatedPictureIsDeliveredWithAWarning)
+{
+    for (bool interleaved : {true, false}) {
+        JpegEncodeOptions options = lossless(7);
+        options.interleaved = interleaved;
+        File file = smallFile(options);
+        Picture whole = decodeJpeg(file).picture;
+        size_t data = markerAt(file, marker::kSos);
+        int last = 0;
+        for (size_t keep : {data + 14, (data + file.size()) / 2, file.size() - 40, file.size() - 2}) {
+            DecodedJpeg cut = decodeJpeg(Bytes(file).first(keep));
+            EXPECT_FALSE(cut.warnings.empty());
+            int same = sameRows(cut.picture, whole);
+            EXPECT_GE(same, last);
+            last = same;
+        }
+        EXPECT_EQ(last, whole.height());
+    }
+}
+
+TEST(JpegLossless, DecodingResumesAtTheNextRestartMarker)
+{
+    JpegEncodeOptions options = lossless(5);
+    options.restartRows = 10;
+    File file = smallFile(options);
+    Picture whole = decodeJpeg(file).picture;
+    size_t second = markerAt(file, marker::kRst0), third = markerAt(file, marker::kRst0 + 1);
+    for (size_t from : {second, second + 2}) {
+        DecodedJpeg decoded = decodeJpeg(without(file, from, third));
+        ASSERT_EQ(decoded.warnings.size(), 1u);
+        for (int y = 0; y < whole.height(); ++y)
+            EXPECT_EQ(std::equal(whole.row(y), whole.row(y) + whole.step(), decoded.picture.row(y)), y / 10 != 1) << y;
+        EXPECT_EQ(decoded.picture.row(15)[40], 128);
+    }
+}
+
+TEST(JpegLossless, RefusalsSayWhatAndWhere)
+{
+    JpegEncodeOptions options = lossless();
+    options.restartRows = 1;
+    const File sound = smallFile(options);
+    size_t sof = markerAt(sound, marker::kSof3), dri = markerAt(sound, marker::kDri),
+           sos = markerAt(sound, marker::kSos);
+    const struct {
+        size_t at;
+        uint8_t value;
+        const char* message;
+        size_t position;
+    } table[] = {
+        {sof + 4, 1, "samples of 1 bits are not supported", sof},
+        {sof + 4, 17, "samples of 17 bits are not supported", sof},
+        {sos + 11, 0, "scan header: predictor 0 of a lossless scan", sos + 14},
+        {sos + 11, 8, "scan header: predictor 8 of a lossless scan", sos + 14},
+        {sos + 13, 8, "scan header: a point transform of 8 bits", sos + 14},
+        {dri + 5, 74, "a restart interval of 74 MCUs in rows of 75", sos + 14},
+    };
+    for (auto& row : table) {
+        File file = sound;
+        file[row.at] = row.value;
+        EXPECT_EQ(errorOf([&] { decodeJpeg(file); }),
+                  row.message + (" (at byte " + std::to_string(row.position) + ")"));
+    }
+    EXPECT_NE(errorOf([&] { decodeJpegPlanes(sound); }), "");
+    EXPECT_NE(errorOf([&] { decodeJpegCoefficients(sound); }), "");
+    // An interval that the picture does not fill has no markers, so nothing is wrong with it.
+    File file = sound;
+    file[dri + 4] = file[dri + 5] = 0xFF;
+    EXPECT_EQ(decodeJpeg(file).picture.height(), 53);
+}
+
+TEST(JpegLossless, AHugeSizeOverLittleDataTakesLittle)
+{
+    File file = smallFile(lossless());
+    size_t frame = markerAt(file, marker::kSof3);
+    for (int i = 5; i <= 8; ++i) file[frame + i] = 0xFF;
+    EXPECT_NE(errorOf([&] { decodeJpeg(file); }), "");
+}
+
+TEST(JpegLossless, MutationsNeverBreakTheDecoder)
+{
+    int round = 0;
+    for (int precision : {3, 8, 16})
+        for (auto space : {ColourSpace::grey, ColourSpace::rgb, ColourSpace::cmyk})
+            for (int predictor : {1, 4, 7}) {
+                JpegEncodeOptions options = lossless(predictor, predictor == 7);
+                options.interleaved = round % 2;
+                options.restartRows = round % 3;
+                const File sound = encodeJpeg(ramp(41, 27, space, precision), options);
+                Random random(unsigned(sound.size()));
+                for (int i = 0; i < 100; ++i, ++round) {
+                    File file = sound;
+                    for (int flips = random.between(1, 8); flips > 0; --flips)
+                        file[random.between(0, int(file.size()) - 1)] ^= uint8_t(1 << random.between(0, 7));
+                    if (round % 4 == 0) file.resize(random.between(0, int(file.size())));
+                    try {
+                        DecodedJpeg decoded = decodeJpeg(file, {.maxPixels = 1 << 20});
+                        encodeJpeg(decoded.picture, lossless(kBestPredictor));
+                    } catch (const CodecError&) {}
+                }
+            }
+}
+
+}
