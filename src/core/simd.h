@@ -224,6 +224,16 @@ template <int N> struct PortableSimd {
         a = to[0], b = to[1], c = to[2];
     }
 
+    // 64 bytes, in 64 / N registers, by index: byte i becomes what byte kFrom.index[i] was. Not fast everywhere.
+    static constexpr bool kPermutesFast = true;
+    template <const auto& kFrom> static QEL_INLINE void permute(U8<N>* v)
+    {
+        uint8_t from[64], to[64];
+        __builtin_memcpy(from, v, 64);
+        for (int i = 0; i < 64; ++i) to[i] = from[kFrom.index[i]];
+        __builtin_memcpy(v, to, 64);
+    }
+
     // N / 2 bytes as 16-bit lanes, in order.
     static QEL_INLINE S16<N> widen(const uint8_t* p)
     {

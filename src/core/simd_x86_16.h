@@ -79,6 +79,8 @@ template <> struct Simd<16> : Interleaved<16, Simd<16>> {
     }
 
     template <class V> static QEL_INLINE V inOrder(V v) { return v; }
+    static constexpr bool kPermutesFast = false;
+    template <const auto& kFrom> static QEL_INLINE void permute(U8<16>* v) { PortableSimd<16>::permute<kFrom>(v); }
     static QEL_INLINE S16<16> widen(const uint8_t* p)
     {
         return (S16<16>)_mm_unpacklo_epi8(_mm_loadl_epi64((const __m128i*)p), _mm_setzero_si128());

@@ -9,6 +9,23 @@ namespace qel {
 namespace QEL_BUILD {
 namespace {
 
+// A permutation of 64 bytes as shuffles within blocks of 16: where the bytes of result r come from in source s whose
+// blocks are in order (s = 0, 2 for the registers) or exchanged (s = 1, 3); 0x80 where they do not.
+struct BlockShuffles {
+    alignas(32) uint8_t of[2][4][32];
+};
+constexpr BlockShuffles makeBlockShuffles(const uint8_t (&from)[64])
+{
+    BlockShuffles shuffles = {};
+    for (int i = 0; i < 64; ++i)
+        for (int s = 0; s < 4; ++s) {
+            int block = s / 2 * 2 + ((i / 16 + s) & 1);
+            shuffles.of[i / 32][s][i % 32] = from[i] / 16 == block ? from[i] % 16 : 0x80;
+        }
+    return shuffles;
+}
+template <const auto& kFrom> constexpr BlockShuffles kBlockShuffles = makeBlockShuffles(kFrom.index);
+
 template <> struct Simd<32> : Interleaved<32, Simd<32>> {
     static QEL_INLINE S16<32> addSat(S16<32> a, S16<32> b)
     {
@@ -140,6 +157,18 @@ template <> struct Simd<32> : Interleaved<32, Simd<32>> {
     {
         return (U8<32>)_mm256_blendv_epi8((__m256i)a, (__m256i)b, _mm256_load_si256((const __m256i*)mask));
     }
+    static constexpr bool kPermutesFast = true;
+    template <const auto& kFrom> static QEL_INLINE void permute(U8<32>* v)
+    {
+        U8<32> sources[4] = {v[0], exchanged(v[0]), v[1], exchanged(v[1])};
+        for (int r = 0; r < 2; ++r) {
+            auto& from = kBlockShuffles<kFrom>.of[r];
+            v[r] = (shuffle(sources[0], from[0]) | shuffle(sources[1], from[1])) |
+                   (shuffle(sources[2], from[2]) | shuffle(sources[3], from[3]));
+        }
+    }
+    static QEL_INLINE U8<32> exchanged(U8<32> v) { return (U8<32>)_mm256_permute4x64_epi64((__m256i)v, 0x4E); }
+
     // As in Simd<16>, with the first 48 bytes in the lower blocks and the second 48 in the upper ones.
     static QEL_INLINE void load3(const uint8_t* p, U8<32>& a, U8<32>& b, U8<32>& c)
     {

@@ -111,6 +111,11 @@ template <> struct Simd<64> : Interleaved<64, Simd<64>> {
     {
         return (V)_mm512_permutexvar_epi64(_mm512_setr_epi64(0, 2, 4, 6, 1, 3, 5, 7), (__m512i)v);
     }
+    static constexpr bool kPermutesFast = true;
+    template <const auto& kFrom> static QEL_INLINE void permute(U8<64>* v)
+    {
+        *v = (U8<64>)_mm512_permutexvar_epi8(_mm512_loadu_si512(kFrom.index), (__m512i)*v);
+    }
     static QEL_INLINE S16<64> widen(const uint8_t* p)
     {
         return (S16<64>)_mm512_cvtepu8_epi16(_mm256_loadu_si256((const __m256i*)p));

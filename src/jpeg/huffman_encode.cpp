@@ -54,6 +54,25 @@ int takeDifference(const int16_t* block, int16_t* lastDc)
     return difference;
 }
 
+// These two stand apart from the exported function, which then has nothing to save and restore.
+__attribute__((noinline)) QelStatus flushStream(uint8_t* dst, int dstLen, int* pos, QelEncodeHuffmanState* state)
+{
+    return HuffmanWriter{dst, dstLen, pos, state}.flush();
+}
+
+__attribute__((noinline)) QelStatus encodeNearEnd(const int16_t* src, uint8_t* dst, int dstLen, int* pos,
+                                                  int16_t* lastDc, const QelEncodeHuffmanSpec* dc,
+                                                  const QelEncodeHuffmanSpec* ac, QelEncodeHuffmanState* state)
+{
+    HuffmanWriter out = {dst, dstLen, pos, state};
+    if (out.room() >= HuffmanEncodeKernels::kRoomForBlock) {
+        QelStatus status = kernels<HuffmanEncodeKernels>().encodeBlock(src, dst, dstLen, pos, lastDc, dc, ac, state);
+        if (status != qelStsJPEGOutOfBufErr) return status;
+    }
+    if (QelStatus bad = encodeDc(out, takeDifference(src, lastDc), dc)) return bad;
+    return encodeAc(out, src, ac);
+}
+
 }
 
 QelStatus qeliEncodeHuffman8x8_JPEG_16s1u_C1(const int16_t* pSrc, uint8_t* pDst, int dstLenBytes, int* pDstCurrPos,
@@ -62,16 +81,12 @@ QelStatus qeliEncodeHuffman8x8_JPEG_16s1u_C1(const int16_t* pSrc, uint8_t* pDst,
                                              int flush)
 {
     if (QelStatus bad = first(pointers(pDst), length(dstLenBytes), pointers(pDstCurrPos, pState))) return bad;
-    HuffmanWriter out = {pDst, dstLenBytes, pDstCurrPos, pState};
-    if (flush) return out.flush();
+    if (flush) return flushStream(pDst, dstLenBytes, pDstCurrPos, pState);
     if (QelStatus bad = pointers(pSrc, pLastDC, pDcTable, pAcTable)) return bad;
-    if (out.room() >= HuffmanEncodeKernels::kRoomForBlock) {
-        QelStatus status = kernels<HuffmanEncodeKernels>().encodeBlock(pSrc, pDst, dstLenBytes, pDstCurrPos, pLastDC,
-                                                                       pDcTable, pAcTable, pState);
-        if (status != qelStsJPEGOutOfBufErr) return status;
-    }
-    if (QelStatus bad = encodeDc(out, takeDifference(pSrc, pLastDC), pDcTable)) return bad;
-    return encodeAc(out, pSrc, pAcTable);
+    HuffmanWriter out = {pDst, dstLenBytes, pDstCurrPos, pState};
+    auto encode = out.room() >= HuffmanEncodeKernels::kRoomForAnyBlock ? kernels<HuffmanEncodeKernels>().encodeBlock
+                                                                       : encodeNearEnd;
+    return encode(pSrc, pDst, dstLenBytes, pDstCurrPos, pLastDC, pDcTable, pAcTable, pState);
 }
 
 QelStatus qeliEncodeHuffman8x8_Direct_JPEG_16s1u_C1(const int16_t* pSrc, uint8_t* pDst, int* pDstBitsLen,

@@ -11,8 +11,8 @@ namespace qel {
 
 struct HuffmanEncodeKernels {
     // Writes what the plain steps write, up to a symbol that has no code; needs kRoomForBlock bytes of room. Where the
-    // block comes near the end of the buffer the result is qelStsJPEGOutOfBufErr, and all is as it was but for bytes
-    // behind the position.
+    // block comes near the end of the buffer, which is only with less than kRoomForAnyBlock, the result is
+    // qelStsJPEGOutOfBufErr, and all is as it was but for bytes behind the position.
     QelStatus (*encodeBlock)(const int16_t* src, uint8_t* dst, int dstLen, int* pos, int16_t* lastDc,
                              const QelEncodeHuffmanSpec* dc, const QelEncodeHuffmanSpec* ac,
                              QelEncodeHuffmanState* state);
@@ -24,6 +24,8 @@ struct HuffmanEncodeKernels {
     void (*countBlock)(const int16_t* src, uint32_t* dcStatistics, uint32_t* acStatistics, int16_t* lastDc);
 
     static constexpr int kRoomForBlock = 24;
+    // 64 codes and values of 32 bits behind 7 pending ones, each byte stuffed, and a step of 16 bytes behind them.
+    static constexpr int kRoomForAnyBlock = 2 * ((7 + 64 * 32) / 8) + 16;
 
     static const HuffmanEncodeKernels baseline, avx2, avx512;
     static const HuffmanEncodeKernels scalar, wide16, wide32, wide64;

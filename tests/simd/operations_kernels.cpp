@@ -7,6 +7,18 @@ namespace qel {
 namespace QEL_BUILD {
 namespace {
 
+// Indices that take bytes from everywhere to everywhere.
+struct Mixed {
+    uint8_t index[64];
+};
+constexpr Mixed makeMixed()
+{
+    Mixed mixed = {};
+    for (int i = 0; i < 64; ++i) mixed.index[i] = uint8_t((i * 37 + i / 7 * 5 + 11) % 64);
+    return mixed;
+}
+constexpr Mixed kMixed = makeMixed();
+
 // S is Simd<N> or PortableSimd<N>; every operation reads its registers from `in` and writes its result to `out`.
 template <class S, int N> struct Run {
     template <class V> static V at(const uint8_t* in, int i) { return load<V>(in + i * N); }
@@ -73,6 +85,13 @@ template <class S, int N> struct Run {
         out[0] = S::isZero(load<U8<N>>(bit));
     }
     static void signMask(const uint8_t* in, uint8_t* out) { store(out, S::signMask(at<U8<N>>(in, 0))); }
+    static void permute(const uint8_t* in, uint8_t* out)
+    {
+        U8<N> v[64 / N];
+        __builtin_memcpy(v, in, 64);
+        S::template permute<kMixed>(v);
+        __builtin_memcpy(out, v, 64);
+    }
     static void mulAddBytePairs(const uint8_t* in, uint8_t* out)
     {
         store(out, S::mulAddPairs(at<U8<N>>(in, 0), at<S8<N>>(in, 1)));
@@ -151,7 +170,8 @@ template <class S, int N> struct Run {
         QEL_OPERATION(N, store2Wide, 2, 2 * N), QEL_OPERATION(N, mulRoundEven, 2, N), QEL_OPERATION(N, mulTies, 2, N), \
         QEL_OPERATION(N, mulSmall, 2, N), QEL_OPERATION(N, join, 1, N), QEL_OPERATION(N, halves, 1, N),                \
         QEL_OPERATION(N, isZero, 1, 1), QEL_OPERATION(N, runningSum, 1, 2 * N), QEL_OPERATION(N, storeHalves, 1, N),   \
-        QEL_OPERATION(N, packSigned, 2, N), QEL_OPERATION(N, zip3, 3, 3 * N), QEL_OPERATION(N, unzip3, 3, 3 * N)
+        QEL_OPERATION(N, packSigned, 2, N), QEL_OPERATION(N, zip3, 3, 3 * N), QEL_OPERATION(N, unzip3, 3, 3 * N),      \
+        QEL_OPERATION(N, permute, 64 / N, 64)
 
 constexpr SimdOperation kOperations[] = {
     QEL_OPERATIONS(16),
