@@ -275,6 +275,15 @@ template <int N> struct PortableSimd {
         __builtin_memcpy(upper, (const uint8_t*)&v + N / 2, N / 2);
     }
 
+    // The bits of `bits` where `from` has ones, moved together to the low end.
+    static QEL_INLINE uint64_t gatherBits(uint64_t bits, uint64_t from)
+    {
+        uint64_t gathered = 0;
+        for (int i = 0; from != 0; from &= from - 1, ++i)
+            if (bits & from & -from) gathered |= uint64_t(1) << i;
+        return gathered;
+    }
+
     // k * N bytes of interleaved elements to and from k registers, in order.
     static QEL_INLINE void load2(const uint8_t* p, U8<N>& a, U8<N>& b)
     {

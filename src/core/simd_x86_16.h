@@ -9,7 +9,7 @@ namespace qel {
 namespace QEL_BUILD {
 namespace {
 
-template <> struct Simd<16> : Interleaved<16, Simd<16>> {
+template <> struct Simd<16> : GatheredBits, Interleaved<16, Simd<16>> {
     static QEL_INLINE S16<16> addSat(S16<16> a, S16<16> b) { return (S16<16>)_mm_adds_epi16((__m128i)a, (__m128i)b); }
     static QEL_INLINE S16<16> subSat(S16<16> a, S16<16> b) { return (S16<16>)_mm_subs_epi16((__m128i)a, (__m128i)b); }
     static QEL_INLINE U8<16> addSat(U8<16> a, U8<16> b) { return (U8<16>)_mm_adds_epu8((__m128i)a, (__m128i)b); }

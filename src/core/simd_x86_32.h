@@ -26,7 +26,7 @@ constexpr BlockShuffles makeBlockShuffles(const uint8_t (&from)[64])
 }
 template <const auto& kFrom> constexpr BlockShuffles kBlockShuffles = makeBlockShuffles(kFrom.index);
 
-template <> struct Simd<32> : Interleaved<32, Simd<32>> {
+template <> struct Simd<32> : GatheredBits, Interleaved<32, Simd<32>> {
     static QEL_INLINE S16<32> addSat(S16<32> a, S16<32> b)
     {
         return (S16<32>)_mm256_adds_epi16((__m256i)a, (__m256i)b);

@@ -31,7 +31,7 @@ constexpr WideTriples makeWideTriples()
 }
 constexpr WideTriples kWideTriples = makeWideTriples();
 
-template <> struct Simd<64> : Interleaved<64, Simd<64>> {
+template <> struct Simd<64> : GatheredBits, Interleaved<64, Simd<64>> {
     static QEL_INLINE S16<64> addSat(S16<64> a, S16<64> b)
     {
         return (S16<64>)_mm512_adds_epi16((__m512i)a, (__m512i)b);

@@ -1,5 +1,8 @@
-// What the x86 registers of every width share: interleaved bytes, and rounding of products. Included by core/simd.h.
+// What the x86 registers of every width share: interleaved bytes, bits, and rounding of products. Included by
+// core/simd.h.
 #pragma once
+
+#include <immintrin.h>
 
 namespace qel {
 namespace QEL_BUILD {
@@ -86,6 +89,17 @@ template <int N, class Simd> struct Interleaved {
         b = evenBytes(bd0, bd1);
         c = oddBytes(ac0, ac1);
         d = oddBytes(bd0, bd1);
+    }
+};
+
+struct GatheredBits {
+    static QEL_INLINE uint64_t gatherBits(uint64_t bits, uint64_t from)
+    {
+#if defined(__BMI2__) && defined(__x86_64__)
+        return _pext_u64(bits, from);
+#else
+        return PortableSimd<16>::gatherBits(bits, from);
+#endif
     }
 };
 

@@ -1,8 +1,9 @@
-// Progressive Huffman encoding and statistics (T.81 G.1.2). One walk over the coefficients serves both: what it finds
-// goes to a stream or to counters.
+// Progressive Huffman encoding and statistics (T.81 G.1.2): exported functions, and the plain steps, which define what
+// is written.
 #include "jpeg/progressive_encode.h"
 
 #include "core/checks.h"
+#include "core/dispatch.h"
 #include "jpeg/huffman_writer.h"
 #include "jpeg/zigzag.h"
 
@@ -13,11 +14,7 @@ namespace {
 constexpr int kLargestDcCategory = 11;
 constexpr int kLargestPointTransform = 13;
 
-// What becomes of the symbols of a scan: they are written...
-struct SymbolWriter {
-    // One more than the statistics take.
-    static constexpr int kLargestAcCategory = 11;
-
+struct BandWriter {
     HuffmanWriter out;
     const QelEncodeHuffmanSpec* spec;
 
@@ -31,25 +28,14 @@ struct SymbolWriter {
     }
 };
 
-// ... or counted.
-struct SymbolCounter {
-    static constexpr int kLargestAcCategory = 10;
-
-    uint32_t* statistics;
-
-    QelStatus symbol(int symbol) const { return ++statistics[symbol], qelStsNoErr; }
-    QelStatus bits(uint32_t, int) const { return qelStsNoErr; }
-    QelStatus corrections(const uint8_t*, uint32_t) const { return qelStsNoErr; }
-};
-
-struct Band {
-    int ss, se, al;
-
-    bool isValid() const { return ss >= 1 && ss <= se && se <= 63 && al >= 0 && al <= kLargestPointTransform; }
-};
+bool isPointTransform(int al) { return al >= 0 && al <= kLargestPointTransform; }
+bool isValid(const Band& band)
+{
+    return band.ss >= 1 && band.ss <= band.se && band.se <= 63 && isPointTransform(band.al);
+}
 
 // Ends the pending run, with the correction bits of its blocks.
-template <class Sink> QelStatus endRun(const Sink& sink, QelEncodeHuffmanState* state)
+QelStatus endRun(const BandWriter& sink, QelEncodeHuffmanState* state)
 {
     uint32_t run = state->endOfBandRun, count = state->correctionCount;
     state->endOfBandRun = 0;
@@ -69,7 +55,7 @@ template <class Sink> QelStatus endRun(const Sink& sink, QelEncodeHuffmanState* 
 }
 
 // One block more whose band is at its end, with `count` correction bits that stand in the buffer already.
-template <class Sink> QelStatus lengthenRun(const Sink& sink, uint32_t count, QelEncodeHuffmanState* state)
+QelStatus lengthenRun(const BandWriter& sink, uint32_t count, QelEncodeHuffmanState* state)
 {
     state->endOfBandRun += 1;
     state->correctionCount += count;
@@ -88,8 +74,7 @@ bool isNegativeAt(const int16_t* block, int position)
     return coefficientAt(block, own_qj_izigzag_index[position]) < 0;
 }
 
-template <class Sink>
-QelStatus walkFirst(const int16_t* block, const Band& band, const Sink& sink, QelEncodeHuffmanState* state)
+QelStatus writeFirst(const int16_t* block, const Band& band, const BandWriter& sink, QelEncodeHuffmanState* state)
 {
     int zeros = 0;
     for (int k = band.ss; k <= band.se; ++k) {
@@ -102,7 +87,7 @@ QelStatus walkFirst(const int16_t* block, const Band& band, const Sink& sink, Qe
         for (; zeros > 15; zeros -= 16)
             if (QelStatus bad = sink.symbol(kSixteenZeros)) return bad;
         int category = categoryOf(magnitude);
-        if (category > Sink::kLargestAcCategory) return qelStsJPEGHuffTableErr;
+        if (category > kLargestWritten) return qelStsJPEGHuffTableErr;
         if (QelStatus bad = sink.symbol(zeros << 4 | category)) return bad;
         if (QelStatus bad = sink.bits((uint32_t)(isNegativeAt(block, k) ? ~magnitude : magnitude), category))
             return bad;
@@ -121,8 +106,7 @@ int lastNewPosition(const int16_t* block, const Band& band)
 
 // The correction bits of a block are kept behind those of the pending run; once that run is written, they move to the
 // front of the buffer.
-template <class Sink>
-QelStatus walkRefinement(const int16_t* block, const Band& band, const Sink& sink, QelEncodeHuffmanState* state)
+QelStatus writeRefinement(const int16_t* block, const Band& band, const BandWriter& sink, QelEncodeHuffmanState* state)
 {
     int last = lastNewPosition(block, band), zeros = 0;
     uint8_t* bits = state->correctionBits + state->correctionCount;
@@ -167,8 +151,6 @@ int takeDcDifference(const int16_t* block, int al, int16_t* lastDc)
     return difference;
 }
 
-bool isPointTransform(int al) { return al >= 0 && al <= kLargestPointTransform; }
-
 }
 
 QelStatus qeliEncodeHuffman8x8_DCFirst_JPEG_16s1u_C1(const int16_t* pSrc, uint8_t* pDst, int dstLenBytes,
@@ -204,7 +186,7 @@ QelStatus qeliEncodeHuffman8x8_ACFirst_JPEG_16s1u_C1(const int16_t* pSrc, uint8_
 {
     if (QelStatus bad = first(checkStream(pDst, dstLenBytes, pDstCurrPos, pState), pointers(pAcTable))) return bad;
     if (flush) return ownqj_EncodeHuffman8x8_ACFlush_JPEG_16s1u_C1(pDst, dstLenBytes, pDstCurrPos, pAcTable, pState);
-    if (QelStatus bad = first(pointers(pSrc), values(Band{ss, se, al}.isValid()))) return bad;
+    if (QelStatus bad = first(pointers(pSrc), values(isValid({ss, se, al})))) return bad;
     return ownqj_EncodeHuffman8x8_ACFirst_JPEG_16s1u_C1(pSrc, pDst, dstLenBytes, pDstCurrPos, ss, se, al, pAcTable,
                                                         pState);
 }
@@ -216,7 +198,7 @@ QelStatus qeliEncodeHuffman8x8_ACRefine_JPEG_16s1u_C1(const int16_t* pSrc, uint8
 {
     if (QelStatus bad = first(checkStream(pDst, dstLenBytes, pDstCurrPos, pState), pointers(pAcTable))) return bad;
     if (flush) return ownqj_EncodeHuffman8x8_ACFlush_JPEG_16s1u_C1(pDst, dstLenBytes, pDstCurrPos, pAcTable, pState);
-    if (QelStatus bad = first(pointers(pSrc), values(Band{ss, se, al}.isValid()))) return bad;
+    if (QelStatus bad = first(pointers(pSrc), values(isValid({ss, se, al})))) return bad;
     return ownqj_EncodeHuffman8x8_ACRefine_JPEG_16s1u_C1(pSrc, pDst, dstLenBytes, pDstCurrPos, ss, se, al, pAcTable,
                                                          pState);
 }
@@ -241,8 +223,8 @@ QelStatus qeliGetHuffmanStatistics8x8_ACFirst_JPEG_16s_C1(const int16_t* pSrc, u
         return qelStsNoErr;
     }
     Band band = {ss, se, al};
-    if (QelStatus bad = first(pointers(pSrc), values(band.isValid()))) return bad;
-    return walkFirst(pSrc, band, SymbolCounter{pAcStatistics}, pState);
+    if (QelStatus bad = first(pointers(pSrc), values(isValid(band)))) return bad;
+    return kernels<ProgressiveEncodeKernels>().countFirst(pSrc, pAcStatistics, band, pState);
 }
 
 QelStatus qeliGetHuffmanStatistics8x8_ACRefine_JPEG_16s_C1(const int16_t* pSrc, uint32_t* pAcStatistics, int ss, int se,
@@ -250,7 +232,7 @@ QelStatus qeliGetHuffmanStatistics8x8_ACRefine_JPEG_16s_C1(const int16_t* pSrc, 
 {
     if (QelStatus bad = pointers(pAcStatistics, pState)) return bad;
     if (flush) return ownqj_GetHuffmanStatistics8x8_ACFlush_JPEG_16s_C1(pAcStatistics, pState);
-    if (QelStatus bad = first(pointers(pSrc), values(Band{ss, se, al}.isValid()))) return bad;
+    if (QelStatus bad = first(pointers(pSrc), values(isValid({ss, se, al})))) return bad;
     return ownqj_GetHuffmanStatistics8x8_ACRefine_JPEG_16s_C1(pSrc, pAcStatistics, ss, se, al, pState);
 }
 
@@ -258,20 +240,34 @@ QelStatus ownqj_EncodeHuffman8x8_ACFirst_JPEG_16s1u_C1(const int16_t* src, uint8
                                                        int se, int al, const QelEncodeHuffmanSpec* ac,
                                                        QelEncodeHuffmanState* state)
 {
-    return walkFirst(src, {ss, se, al}, SymbolWriter{{dst, dstLen, pos, state}, ac}, state);
+    BandWriter plain = {{dst, dstLen, pos, state}, ac};
+    Band band = {ss, se, al};
+    if (plain.out.room() >= ProgressiveEncodeKernels::kRoomForBlock) {
+        auto encode = kernels<ProgressiveEncodeKernels>().encodeFirst;
+        QelStatus status = encode(src, dst, dstLen, pos, band, ac, state);
+        if (status != qelStsJPEGOutOfBufErr) return status;
+    }
+    return writeFirst(src, band, plain, state);
 }
 
 QelStatus ownqj_EncodeHuffman8x8_ACRefine_JPEG_16s1u_C1(const int16_t* src, uint8_t* dst, int dstLen, int* pos, int ss,
                                                         int se, int al, const QelEncodeHuffmanSpec* ac,
                                                         QelEncodeHuffmanState* state)
 {
-    return walkRefinement(src, {ss, se, al}, SymbolWriter{{dst, dstLen, pos, state}, ac}, state);
+    BandWriter plain = {{dst, dstLen, pos, state}, ac};
+    Band band = {ss, se, al};
+    if (plain.out.room() >= ProgressiveEncodeKernels::kRoomForBlock) {
+        auto encode = kernels<ProgressiveEncodeKernels>().encodeRefinement;
+        QelStatus status = encode(src, dst, dstLen, pos, band, ac, state);
+        if (status != qelStsJPEGOutOfBufErr) return status;
+    }
+    return writeRefinement(src, band, plain, state);
 }
 
 QelStatus ownqj_EncodeHuffman8x8_ACFlush_JPEG_16s1u_C1(uint8_t* dst, int dstLen, int* pos,
                                                        const QelEncodeHuffmanSpec* ac, QelEncodeHuffmanState* state)
 {
-    SymbolWriter sink = {{dst, dstLen, pos, state}, ac};
+    BandWriter sink = {{dst, dstLen, pos, state}, ac};
     if (QelStatus bad = endRun(sink, state)) return bad;
     if (QelStatus bad = sink.bits(0x7F, 7)) return bad;
     ownqj_EncodeHuffmanStateInit(state);
@@ -280,13 +276,13 @@ QelStatus ownqj_EncodeHuffman8x8_ACFlush_JPEG_16s1u_C1(uint8_t* dst, int dstLen,
 
 QelStatus ownqj_count_eobrun(uint32_t* statistics, QelEncodeHuffmanState* state)
 {
-    return endRun(SymbolCounter{statistics}, state);
+    return kernels<ProgressiveEncodeKernels>().countRun(statistics, state);
 }
 
 QelStatus ownqj_GetHuffmanStatistics8x8_ACRefine_JPEG_16s_C1(const int16_t* src, uint32_t* statistics, int ss, int se,
                                                              int al, QelEncodeHuffmanState* state)
 {
-    return walkRefinement(src, {ss, se, al}, SymbolCounter{statistics}, state);
+    return kernels<ProgressiveEncodeKernels>().countRefinement(src, statistics, {ss, se, al}, state);
 }
 
 QelStatus ownqj_GetHuffmanStatistics8x8_ACFlush_JPEG_16s_C1(uint32_t* statistics, QelEncodeHuffmanState* state)

@@ -100,7 +100,8 @@ TEST(EncodeProgressive, NeedsTheRoomThatItFills)
             Guarded<uint8_t> dst((size_t)room);
             ASSERT_EQ(scan.encode(block, dst.data(), room, flush), qelStsNoErr);
             ASSERT_EQ(scan.pos, wide.pos);
-            ASSERT_EQ(memcmp(&scan.state, &wide.state, sizeof scan.state), 0) << round;
+            size_t used = offsetof(QelEncodeHuffmanState, correctionBits) + wide.state.correctionCount;
+            ASSERT_EQ(memcmp(&scan.state, &wide.state, used), 0) << round;
             ASSERT_EQ(memcmp(dst.data() + before.pos, bytes.data() + before.pos, size_t(scan.pos - before.pos)), 0);
             ASSERT_TRUE(dst.intact());
             for (int less = std::max(before.pos, 1); less < wide.pos; ++less) {

@@ -92,6 +92,10 @@ template <class S, int N> struct Run {
         S::template permute<kMixed>(v);
         __builtin_memcpy(out, v, 64);
     }
+    static void gatherBits(const uint8_t* in, uint8_t* out)
+    {
+        store(out, S::gatherBits(load<uint64_t>(in), load<uint64_t>(in + 8)));
+    }
     static void mulAddBytePairs(const uint8_t* in, uint8_t* out)
     {
         store(out, S::mulAddPairs(at<U8<N>>(in, 0), at<S8<N>>(in, 1)));
@@ -171,7 +175,7 @@ template <class S, int N> struct Run {
         QEL_OPERATION(N, mulSmall, 2, N), QEL_OPERATION(N, join, 1, N), QEL_OPERATION(N, halves, 1, N),                \
         QEL_OPERATION(N, isZero, 1, 1), QEL_OPERATION(N, runningSum, 1, 2 * N), QEL_OPERATION(N, storeHalves, 1, N),   \
         QEL_OPERATION(N, packSigned, 2, N), QEL_OPERATION(N, zip3, 3, 3 * N), QEL_OPERATION(N, unzip3, 3, 3 * N),      \
-        QEL_OPERATION(N, permute, 64 / N, 64)
+        QEL_OPERATION(N, permute, 64 / N, 64), QEL_OPERATION(N, gatherBits, 1, 8)
 
 constexpr SimdOperation kOperations[] = {
     QEL_OPERATIONS(16),

@@ -1,0 +1,183 @@
+// The coefficients of a block as its scan meets them, found all at once. For kernels that encode.
+#pragma once
+
+#include "core/simd.h"
+#include "jpeg/huffman_tables.h"
+#include "jpeg/scan_order.h"
+
+namespace qel {
+namespace QEL_BUILD {
+namespace {
+
+// Sets of coefficients, a bit for each. of[i][m] is the set, by position in the scan, of those coefficients from
+// natural index 6i on that `m` has.
+struct ScanSets {
+    uint64_t of[11][64];
+};
+constexpr ScanSets makeScanSets()
+{
+    ScanSets sets = {};
+    for (int position = 0; position < 64; ++position) {
+        int index = kScanOrder.index[position];
+        for (int m = 0; m < 64; ++m)
+            if ((m >> (index % 6)) & 1) sets.of[index / 6][m] |= uint64_t(1) << position;
+    }
+    return sets;
+}
+constexpr ScanSets kScanSets = makeScanSets();
+
+constexpr int kBlockWidth = QEL_WIDTH < 16 ? 16 : QEL_WIDTH;
+
+// The coefficients that are not zero after `transform`, by position in the scan.
+template <class Transform> QEL_INLINE uint64_t nonZero(const int16_t* block, Transform transform)
+{
+    constexpr int N = kBlockWidth;
+    uint64_t zeros = 0;
+    for (int i = 0; i < 64; i += N) {
+        auto low = (S16<N>)(transform(load<S16<N>>(block + i)) == 0),
+             high = (S16<N>)(transform(load<S16<N>>(block + i + N / 2)) == 0);
+        zeros |= Simd<N>::signMask(Simd<N>::inOrder(Simd<N>::packUnsigned(low & 0xFF, high & 0xFF))) << (i % 64);
+    }
+    uint64_t natural = ~zeros, scan = 0;
+#pragma GCC unroll 11
+    for (int i = 0; i < 11; ++i) scan |= kScanSets.of[i][(natural >> (6 * i)) & 63];
+    return scan;
+}
+
+// The category of a value, and the bits that follow its code: a negative value is written as the one's complement of
+// its magnitude.
+struct Magnitude {
+    uint64_t category;
+    uint64_t bits;
+};
+constexpr int kLargestOfAll = 16;
+QEL_INLINE constexpr Magnitude measure(int value)
+{
+    uint32_t category = value == 0 ? 0 : 32 - uint32_t(__builtin_clz(uint32_t(value < 0 ? -value : value)));
+    return {category, uint32_t(value < 0 ? value - 1 : value) & ((1u << category) - 1)};
+}
+
+// The same for -256 to 255: of[value + 256] is (bits << 8) | category.
+struct SmallMagnitudes {
+    uint16_t of[512];
+};
+constexpr SmallMagnitudes makeSmallMagnitudes()
+{
+    SmallMagnitudes table = {};
+    for (int i = 0; i < 512; ++i) table.of[i] = uint16_t(measure(i - 256).bits << 8 | measure(i - 256).category);
+    return table;
+}
+constexpr SmallMagnitudes kSmallMagnitudes = makeSmallMagnitudes();
+
+QEL_INLINE Magnitude magnitudeOf(int value)
+{
+    uint32_t index = uint32_t(value + 256);
+    if (__builtin_expect(index >= 512, 0)) return measure(value);
+    uint32_t entry = kSmallMagnitudes.of[index];
+    return {entry & 0xFF, entry >> 8};
+}
+
+// By a byte: the category of the value v that it stands for, which is v itself from 0 on, and else v - 1.
+struct Categories {
+    uint32_t of[256];
+};
+constexpr Categories makeCategories()
+{
+    Categories table = {};
+    for (int i = 0; i < 256; ++i) table.of[i] = uint32_t(measure(i < 128 ? i : i - 255).category);
+    return table;
+}
+constexpr Categories kCategories = makeCategories();
+
+// The order of the scan in packed registers of N bytes, whose blocks of 16 hold two rows each.
+template <int N> struct PackedScanOrder {
+    uint8_t index[64];
+};
+template <int N> constexpr PackedScanOrder<N> makePackedScanOrder()
+{
+    PackedScanOrder<N> order = {};
+    for (int position = 0; position < 64; ++position) {
+        int row = kScanOrder.index[position] / 8, column = kScanOrder.index[position] % 8;
+        // Rows of one register: those of its first source are the first halves of the blocks.
+        constexpr int kRows = N / 8;
+        int first = row / kRows * kRows, inRegister = row % kRows, block = inRegister % (kRows / 2);
+        order.index[position] = uint8_t(8 * (first + 2 * block + inRegister / (kRows / 2)) + column);
+    }
+    return order;
+}
+template <int N> constexpr PackedScanOrder<N> kPackedScanOrder = makePackedScanOrder<N>();
+
+// The coefficients of a block but the first, each after `transform`: which are not zero, by position in the scan; and a
+// byte for each, if all are within -126 to 126. From a negative one 1 is taken away, so that its low bits are those
+// that follow its code.
+class Coefficients {
+public:
+    template <class Transform> QEL_INLINE Coefficients(const int16_t* block, Transform transform)
+    {
+        if constexpr (!kAsBytes) {
+            set = nonZero(block, transform) & ~uint64_t(1);
+            return;
+        }
+        U8<N> v[kRegisters], first = {0xFF};
+        for (int i = 0; i < kRegisters; ++i)
+            v[i] = (U8<N>)Simd<N>::packSigned(transform(load<S16<N>>(block + i * N)),
+                                              transform(load<S16<N>>(block + i * N + N / 2)));
+        Simd<N>::template permute<kPackedScanOrder<N>>(v);
+        v[0] &= ~first;
+        uint64_t zeros = 0;
+        for (int i = 0; i < kRegisters; ++i) {
+            zeros |= Simd<N>::signMask((U8<N>)(v[i] == 0)) << (i * N % 64);
+            auto negative = (U8<N>)((S8<N>)v[i] < 0);
+            beyond_ |= (U8<N>)((v[i] ^ negative) == 127);
+            store(bytes + i * N, v[i] + negative);
+        }
+        set = ~zeros;
+    }
+
+    // False if one may be beyond the bytes.
+    QEL_INLINE bool areBytes() const { return kAsBytes && Simd<N>::isZero(beyond_); }
+
+    uint64_t set;
+    alignas(32) uint8_t bytes[64];
+
+private:
+    static constexpr int N = kBlockWidth, kRegisters = 64 / N;
+    static constexpr bool kAsBytes = Simd<N>::kPermutesFast;
+    U8<N> beyond_ = {};
+};
+
+// Tells `sink` of the positions of `set` from `first` on, in order: sink.symbol(run << 4 | category, magnitude), with
+// the number of positions between them, up to 15; kSixteenZeros takes away sixteen at a time. Each returns false to
+// stop, and a category above kLargest is left to sink.fail().
+template <int kLargest, class Sink, class MagnitudeAt>
+QEL_INLINE bool walkSet(uint64_t set, uint64_t first, Sink& sink, MagnitudeAt magnitudeAt)
+{
+    uint64_t left = set >> first, position = first - 1;
+    while (left != 0) {
+        auto run = uint64_t(__builtin_ctzll(left));
+        left = left >> run >> 1;
+        position += run + 1;
+        for (; __builtin_expect(run > 15, 0); run -= 16)
+            if (!sink.symbol(kSixteenZeros, {0, 0})) return false;
+        Magnitude magnitude = magnitudeAt(position);
+        if (kLargest < kLargestOfAll && magnitude.category > kLargest) return sink.fail(qelStsJPEGHuffTableErr);
+        if (!sink.symbol(run << 4 | magnitude.category, magnitude)) return false;
+    }
+    return true;
+}
+
+// The same with the magnitudes of the coefficients; valueAt(position) is for those that are not bytes.
+template <int kLargest, class Sink, class ValueAt>
+QEL_INLINE bool walk(const Coefficients& coefficients, uint64_t set, uint64_t first, Sink& sink, ValueAt valueAt)
+{
+    if (__builtin_expect(coefficients.areBytes(), 1))
+        return walkSet<kLargestOfAll>(set, first, sink, [&](uint64_t position) -> Magnitude {
+            uint64_t value = coefficients.bytes[position], category = kCategories.of[value];
+            return {category, value & ((uint64_t(1) << category) - 1)};
+        });
+    return walkSet<kLargest>(set, first, sink, [&](uint64_t position) { return magnitudeOf(valueAt(position)); });
+}
+
+}
+}
+}
