@@ -6,6 +6,7 @@ namespace qel::bench {
 void addLevelShiftCases();
 void addColourCases();
 void addSamplingCases();
+void addMcuCases();
 void addBlockCases();
 void addHuffmanCases();
 void addProgressiveCases();

@@ -70,6 +70,7 @@ void addCases()
     addLevelShiftCases();
     addColourCases();
     addSamplingCases();
+    addMcuCases();
     addBlockCases();
     addHuffmanCases();
     addProgressiveCases();

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "jpeg/colour_sums.h"
+#include "jpeg/mcu_tiles.h"
 
 namespace qel {
 namespace QEL_BUILD {
@@ -11,8 +12,8 @@ namespace {
 struct Three {
     int at[3];
 };
-template <int N, int kCount> struct Registers {
-    S16<N> at[kCount];
+template <int kCount> struct Registers {
+    Wide at[kCount];
 };
 
 // Y, Cb, Cr as they are. decode() takes Y and what terms() makes of chroma, once for all pixels that share it.
@@ -22,15 +23,9 @@ struct YccStep {
     static QEL_INLINE Three decode(int y, int cb, int cr) { return {y, cb, cr}; }
     static QEL_INLINE Three encode(uint8_t y, uint8_t cb, uint8_t cr) { return {y - 128, cb - 128, cr - 128}; }
 
-    template <int N> static QEL_INLINE Registers<N, 2> terms(S16<N> cb, S16<N> cr) { return {cb, cr}; }
-    template <int N> static QEL_INLINE Registers<N, 3> decode(S16<N> y, Registers<N, 2> chroma)
-    {
-        return {y, chroma.at[0], chroma.at[1]};
-    }
-    template <int N> static QEL_INLINE Registers<N, 3> encode(S16<N> y, S16<N> cb, S16<N> cr)
-    {
-        return {y - 128, cb - 128, cr - 128};
-    }
+    static QEL_INLINE Registers<2> terms(Wide cb, Wide cr) { return {cb, cr}; }
+    static QEL_INLINE Registers<3> decode(Wide y, Registers<2> chroma) { return {y, chroma.at[0], chroma.at[1]}; }
+    static QEL_INLINE Registers<3> encode(Wide y, Wide cb, Wide cr) { return {y - 128, cb - 128, cr - 128}; }
 };
 
 // R, G, B. Decoding cuts the fraction off, where the conversion of planes rounds it.
@@ -50,34 +45,31 @@ struct RgbStep {
 
     // Factors beyond 16 bits are 65536 and a rest: (65536 * c) >> 16 is c itself. The rests' terms are far from the
     // ends of 16 bits, so that a sum of Y and c that saturates has the right sign with them too.
-    template <int N> static QEL_INLINE Registers<N, 5> terms(S16<N> cb, S16<N> cr)
+    static QEL_INLINE Registers<5> terms(Wide cb, Wide cr)
     {
-        using Ops = Simd<N>;
-        auto times = [](S16<N> c, int factor) { return Ops::mulHigh(c, S16<N>{} + int16_t(factor)); };
-        auto factors = (S16<N>)(U32<N>{} + (uint32_t(kCrToGreen + 65536) << 16 | uint16_t(kCbToGreen)));
-        auto green = [=](S16<N> pairs) { return Ops::mulAddPairs(pairs, factors) >> 16; };
-        S16<N> lessGreen = Ops::pack(green(Ops::zipLow(cb, cr)), green(Ops::zipHigh(cb, cr)));
+        auto times = [](Wide c, int factor) { return Op::mulHigh(c, Wide{} + int16_t(factor)); };
+        auto factors = (Wide)(U32<kWidth>{} + (uint32_t(kCrToGreen + 65536) << 16 | uint16_t(kCbToGreen)));
+        auto green = [=](Wide pairs) { return Op::mulAddPairs(pairs, factors) >> 16; };
+        Wide lessGreen = Op::pack(green(Op::zipLow(cb, cr)), green(Op::zipHigh(cb, cr)));
         return {cb, cr, times(cr, kCrToRed - 65536), lessGreen, times(cb, kCbToBlue - 2 * 65536) + cb};
     }
-    template <int N> static QEL_INLINE Registers<N, 3> decode(S16<N> y, Registers<N, 5> chroma)
+    static QEL_INLINE Registers<3> decode(Wide y, Registers<5> chroma)
     {
-        using Ops = Simd<N>;
         auto& [cb, cr, red, green, blue] = chroma.at;
-        return {Ops::addSat(Ops::addSat(y, cr), red), Ops::addSat(Ops::subSat(y, cr), green),
-                Ops::addSat(Ops::addSat(y, cb), blue)};
+        return {Op::addSat(Op::addSat(y, cr), red), Op::addSat(Op::subSat(y, cr), green),
+                Op::addSat(Op::addSat(y, cb), blue)};
     }
 
     // The factors of luma add up to one and those of chroma to nothing: differences take two factors and not three. One
     // of chroma's is a half, so that with the rounding term of the tables
     //     (32768 * a - f * b + 32767) >> 16 = (a - (2 * f * b >> 16)) >> 1.
-    template <int N> static QEL_INLINE Registers<N, 3> encode(S16<N> r, S16<N> g, S16<N> b)
+    static QEL_INLINE Registers<3> encode(Wide r, Wide g, Wide b)
     {
-        using Ops = Simd<N>;
-        auto times = [](S16<N> v, int factor) { return Ops::mulHigh(v, S16<N>{} + int16_t(factor)); };
-        S16<N> red = r - g, blue = b - g;
-        auto factors = (S16<N>)(U32<N>{} + (uint32_t(7471) << 16 | 19595));
-        auto sum = [=](S16<N> pairs) { return (Ops::mulAddPairs(pairs, factors) + 32768) >> 16; };
-        S16<N> luma = Ops::pack(sum(Ops::zipLow(red, blue)), sum(Ops::zipHigh(red, blue)));
+        auto times = [](Wide v, int factor) { return Op::mulHigh(v, Wide{} + int16_t(factor)); };
+        Wide red = r - g, blue = b - g;
+        auto factors = (Wide)(U32<kWidth>{} + (uint32_t(7471) << 16 | 19595));
+        auto sum = [=](Wide pairs) { return (Op::mulAddPairs(pairs, factors) + 32768) >> 16; };
+        Wide luma = Op::pack(sum(Op::zipLow(red, blue)), sum(Op::zipHigh(red, blue)));
         return {luma + (g - 128), (blue - times(red, 2 * 11059)) >> 1, (red - times(blue, 2 * 5329)) >> 1};
     }
 };

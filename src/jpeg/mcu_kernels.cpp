@@ -15,9 +15,40 @@ template <int kHorizontal, int kVertical> struct Sampling {
     // Where the samples of pixel (x, y) lie.
     static constexpr int lumaAt(int x, int y) { return 64 * (y / 8 * kH + x / 8) + 8 * (y % 8) + x % 8; }
     static constexpr int chromaAt(int x, int y) { return 8 * (y / kV) + x / kH; }
-};
 
-// --- Pixel by pixel.
+    // In registers: the pixels of row y and of the rows kV, 2 kV, ... below it, so that their chroma is a register in
+    // order. In 444 the upper halves of the blocks are the rows behind these.
+    static constexpr int kChromaRows = kH == 1 ? 2 * kBlocks : kBlocks;
+    using V = Tile<kH == 2>;
+
+    template <class T> static QEL_INLINE TileRows<T> rows(T* tile, int step, int y)
+    {
+        return {tile + (ptrdiff_t)y * step, (ptrdiff_t)kV * step, (ptrdiff_t)kBlocks * step};
+    }
+    // The samples of one half of these pixels.
+    template <class T> static QEL_INLINE T* half(T* blocks, int y, int h)
+    {
+        return blocks + (kH == 1 ? lumaAt(0, y + h * kBlocks) : lumaAt(8 * h, y));
+    }
+    static QEL_INLINE Wide loadHalf(const int16_t* blocks, int y, int h)
+    {
+        const int16_t* p = half(blocks, y, h);
+        if constexpr (kV == 1) return load<Wide>(p);
+        S16<16> rowsOfBlock[kBlocks];
+#pragma GCC unroll 4
+        for (int i = 0; i < kBlocks; ++i) rowsOfBlock[i] = load<S16<16>>(p + 8 * kV * i);
+        return joinBlocks<kWidth>(rowsOfBlock);
+    }
+    static QEL_INLINE void storeHalf(int16_t* blocks, int y, int h, Wide samples)
+    {
+        int16_t* p = half(blocks, y, h);
+        if constexpr (kV == 1) return store(p, samples);
+        S16<16> rowsOfBlock[kBlocks];
+        splitBlocks<kWidth>(samples, rowsOfBlock);
+#pragma GCC unroll 4
+        for (int i = 0; i < kBlocks; ++i) store(p + 8 * kV * i, rowsOfBlock[i]);
+    }
+};
 
 template <class Colour, class V, class Pixels, class S>
 QEL_INLINE void putPixels(Pixels pixels, ptrdiff_t i, S a, S b, S c, [[maybe_unused]] S k)
@@ -37,6 +68,8 @@ QEL_INLINE void getPixels(Pixels pixels, ptrdiff_t i, S& a, S& b, S& c, [[maybe_
         pixels.template get<V>(i, a, b, c);
     }
 }
+
+// --- Pixel by pixel.
 
 template <class S, class Body> QEL_INLINE void eachPixel(Body body)
 {
@@ -74,15 +107,99 @@ QEL_INLINE void encodeSingly(const uint8_t* src, int srcStep, int16_t* const* ds
     for (int i = 0; i < 128; ++i) store(dst[1 + i / 64] + i % 64, int16_t(sums[i / 64][i % 64] >> (S::kH + S::kV - 2)));
 }
 
+// --- In registers.
+
+// What a colour step makes of chroma from row y of the blocks on, for both halves of the pixels.
+template <class Terms> struct Halves {
+    Terms at[2];
+};
+template <class S, class Colour> QEL_INLINE auto chromaTerms(const int16_t* const* src, int y)
+{
+    using Terms = Registers<Colour::kTerms>;
+    auto terms = [=](int row) { return Colour::terms(load<Wide>(src[1] + 8 * row), load<Wide>(src[2] + 8 * row)); };
+    if constexpr (S::kH == 1) {
+        return Halves<Terms>{terms(y), terms(y + kBlocks)};
+    } else {
+        Terms once = terms(y);
+        Halves<Terms> twice;
+#pragma GCC unroll 8
+        for (int i = 0; i < Colour::kTerms; ++i) {
+            twice.at[0].at[i] = Op::zipLow(once.at[i], once.at[i]);
+            twice.at[1].at[i] = Op::zipHigh(once.at[i], once.at[i]);
+        }
+        return twice;
+    }
+}
+
+template <class S, class Colour, template <class> class Pixels>
+QEL_INLINE void decodeWide(const int16_t* const* src, uint8_t* dst, int dstStep)
+{
+    for (int y = 0; y < 8 * S::kV; y += S::kV * S::kChromaRows) {
+        auto chroma = chromaTerms<S, Colour>(src, y / S::kV);
+#pragma GCC unroll 2
+        for (int row = y; row < y + S::kV; ++row) {
+            auto low = Colour::decode(S::loadHalf(src[0], row, 0), chroma.at[0]);
+            auto high = Colour::decode(S::loadHalf(src[0], row, 1), chroma.at[1]);
+            auto bytes = [&](int i) { return Op::packSigned(low.at[i], high.at[i]) ^ 128; };
+            U8<kWidth> k = {};
+            if constexpr (Colour::kComponents == 4) {
+                auto word = [=](int h) { return S::loadHalf(src[3], row, h) & 0xFF; };
+                k = Op::packUnsigned(word(0), word(1)) ^ 128;
+            }
+            Pixels<TileRows<uint8_t>> pixels = {S::rows(dst, dstStep, row)};
+            putPixels<Colour, typename S::V>(pixels, 0, bytes(0), bytes(1), bytes(2), k);
+        }
+    }
+}
+
+template <class S, class Colour, template <class> class Pixels>
+QEL_INLINE void encodeWide(const uint8_t* src, int srcStep, int16_t* const* dst)
+{
+    for (int y = 0; y < 8 * S::kV; y += S::kV * S::kChromaRows) {
+        S32<kWidth> sums[2][2] = {};
+#pragma GCC unroll 2
+        for (int row = y; row < y + S::kV; ++row) {
+            U8<kWidth> a, b, c, k = {}, none = {};
+            Pixels<TileRows<const uint8_t>> pixels = {S::rows(src, srcStep, row)};
+            getPixels<Colour, typename S::V>(pixels, 0, a, b, c, k);
+#pragma GCC unroll 2
+            for (int h = 0; h < 2; ++h) {
+                auto words = [=](U8<kWidth> v) { return (Wide)(h == 0 ? Op::zipLow(v, none) : Op::zipHigh(v, none)); };
+                auto samples = Colour::encode(words(a), words(b), words(c));
+                S::storeHalf(dst[0], row, h, samples.at[0]);
+                if constexpr (Colour::kComponents == 4) S::storeHalf(dst[3], row, h, words(k) - 128);
+#pragma GCC unroll 2
+                for (int i = 0; i < 2; ++i) {
+                    if constexpr (S::kH == 1)
+                        S::storeHalf(dst[1 + i], row, h, samples.at[1 + i]);
+                    else
+                        sums[i][h] += Op::mulAddPairs(samples.at[1 + i], Wide{} + 1);
+                }
+            }
+        }
+        if constexpr (S::kH == 2)
+            for (int i = 0; i < 2; ++i)
+                store(dst[1 + i] + 8 * (y / S::kV), Op::pack(sums[i][0] >> S::kV, sums[i][1] >> S::kV));
+    }
+}
+
+// --- The members.
+
 template <class S, class Colour, template <class> class Pixels, class Pixel>
 void decode(const int16_t* const* src, Pixel* dst, int dstStep)
 {
-    decodeSingly<S, Colour, Pixels>(src, (uint8_t*)dst, dstStep);
+    if constexpr (QEL_WIDTH >= 16)
+        decodeWide<S, Colour, Pixels>(src, (uint8_t*)dst, dstStep);
+    else
+        decodeSingly<S, Colour, Pixels>(src, (uint8_t*)dst, dstStep);
 }
 template <class S, class Colour, template <class> class Pixels, class Pixel>
 void encode(const Pixel* src, int srcStep, int16_t* const* dst)
 {
-    encodeSingly<S, Colour, Pixels>((const uint8_t*)src, srcStep, dst);
+    if constexpr (QEL_WIDTH >= 16)
+        encodeWide<S, Colour, Pixels>((const uint8_t*)src, srcStep, dst);
+    else
+        encodeSingly<S, Colour, Pixels>((const uint8_t*)src, srcStep, dst);
 }
 
 template <class Colour, template <class> class Pixels, class Pixel = uint8_t>

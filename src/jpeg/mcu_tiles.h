@@ -8,6 +8,10 @@ namespace qel {
 namespace QEL_BUILD {
 namespace {
 
+constexpr int kWidth = QEL_WIDTH < 16 ? 16 : QEL_WIDTH, kBlocks = kWidth / 16;
+using Wide = S16<kWidth>;
+using Op = Simd<kWidth>;
+
 // Where the rows of a register lie. A format's Row.
 template <class T> struct TileRows {
     T* first;            // the row of the first block
@@ -17,20 +21,21 @@ template <class T> struct TileRows {
     QEL_INLINE TileRows operator+(ptrdiff_t bytes) const { return {first + bytes, blockStep, upperStep}; }
 };
 
-// The samples V of a format: N channels of pixels in rows of 16 (kIsWide) or 8.
-template <int N, bool kIsWide> struct Tile {
-    using Type = U8<N>;
-    using Words = S16<N>;
-    using Ops = Simd<N>;
-    static constexpr int kCount = N, kBlocks = N / 16;
+// The samples V of a format: a register of each channel, of pixels in rows of 16 (kIsWide) or 8.
+template <bool kIsWide> struct Tile {
+    using Type = U8<kWidth>;
+    static constexpr int kCount = kWidth;
 
     // kParts registers, one after another in each block: 16 * kParts bytes of a wide row, or 8 * kParts of two rows.
     template <int kParts> static QEL_INLINE void store(TileRows<uint8_t> rows, const Type (&parts)[kParts])
     {
         U8<16> blocks[kParts][kBlocks];
-        for (int k = 0; k < kParts; ++k) splitBlocks<N>((S16<N>)parts[k], blocks[k]);
+#pragma GCC unroll 4
+        for (int k = 0; k < kParts; ++k) splitBlocks<kWidth>((Wide)parts[k], blocks[k]);
+#pragma GCC unroll 4
         for (int i = 0; i < kBlocks; ++i) {
             uint8_t *row = rows.first + i * rows.blockStep, *upper = kIsWide ? row + 8 * kParts : row + rows.upperStep;
+#pragma GCC unroll 4
             for (int k = 0; k < kParts; ++k) {
                 if (kIsWide || 2 * k + 2 <= kParts)
                     qel::QEL_BUILD::store(row + 16 * k, blocks[k][i]);
@@ -44,9 +49,11 @@ template <int N, bool kIsWide> struct Tile {
     template <int kParts> static QEL_INLINE void load(TileRows<const uint8_t> rows, Type (&parts)[kParts])
     {
         U8<16> blocks[kParts][kBlocks];
+#pragma GCC unroll 4
         for (int i = 0; i < kBlocks; ++i) {
             const uint8_t* row = rows.first + i * rows.blockStep;
             const uint8_t* upper = kIsWide ? row + 8 * kParts : row + rows.upperStep;
+#pragma GCC unroll 4
             for (int k = 0; k < kParts; ++k) {
                 if (kIsWide || 2 * k + 2 <= kParts)
                     blocks[k][i] = qel::QEL_BUILD::load<U8<16>>(row + 16 * k);
@@ -57,18 +64,19 @@ template <int N, bool kIsWide> struct Tile {
                     blocks[k][i] = qel::QEL_BUILD::load<U8<16>>(upper + 16 * k - 8 * kParts);
             }
         }
-        for (int k = 0; k < kParts; ++k) parts[k] = (Type)joinBlocks<N>(blocks[k]);
+#pragma GCC unroll 4
+        for (int k = 0; k < kParts; ++k) parts[k] = (Type)joinBlocks<kWidth>(blocks[k]);
     }
 
-    static QEL_INLINE Type evenBytes(Type a, Type b) { return Ops::packUnsigned((Words)a & 0xFF, (Words)b & 0xFF); }
+    static QEL_INLINE Type evenBytes(Type a, Type b) { return Op::packUnsigned((Wide)a & 0xFF, (Wide)b & 0xFF); }
     static QEL_INLINE Type oddBytes(Type a, Type b)
     {
-        return Ops::packUnsigned((Words)((U16<N>)a >> 8), (Words)((U16<N>)b >> 8));
+        return Op::packUnsigned((Wide)((U16<kWidth>)a >> 8), (Wide)((U16<kWidth>)b >> 8));
     }
 
     static QEL_INLINE void store2(TileRows<uint8_t> rows, Type a, Type b)
     {
-        store<2>(rows, {Ops::zipLow(a, b), Ops::zipHigh(a, b)});
+        store<2>(rows, {Op::zipLow(a, b), Op::zipHigh(a, b)});
     }
     static QEL_INLINE void load2(TileRows<const uint8_t> rows, Type& a, Type& b)
     {
@@ -79,7 +87,7 @@ template <int N, bool kIsWide> struct Tile {
     }
     static QEL_INLINE void store3(TileRows<uint8_t> rows, Type a, Type b, Type c)
     {
-        Ops::zip3(a, b, c);
+        Op::zip3(a, b, c);
         store<3>(rows, {a, b, c});
     }
     static QEL_INLINE void load3(TileRows<const uint8_t> rows, Type& a, Type& b, Type& c)
@@ -87,11 +95,11 @@ template <int N, bool kIsWide> struct Tile {
         Type parts[3];
         load(rows, parts);
         a = parts[0], b = parts[1], c = parts[2];
-        Ops::unzip3(a, b, c);
+        Op::unzip3(a, b, c);
     }
     static QEL_INLINE void store4(TileRows<uint8_t> rows, Type a, Type b, Type c, Type d)
     {
-        zip4<N>(a, b, c, d);
+        zip4<kWidth>(a, b, c, d);
         store<4>(rows, {a, b, c, d});
     }
     static QEL_INLINE void load4(TileRows<const uint8_t> rows, Type& a, Type& b, Type& c, Type& d)
@@ -99,6 +107,7 @@ template <int N, bool kIsWide> struct Tile {
         Type parts[4];
         load(rows, parts);
         Type ac[2], bd[2];
+#pragma GCC unroll 4
         for (int k = 0; k < 2; ++k) {
             ac[k] = evenBytes(parts[2 * k], parts[2 * k + 1]);
             bd[k] = oddBytes(parts[2 * k], parts[2 * k + 1]);
@@ -119,9 +128,9 @@ template <class Row> struct YccPairs {
             y = row[2 * i], cb = pair[1], cr = pair[3];
         } else {
             V::load2(row + 2 * i, y, cb);
-            auto words = (typename V::Words)cb;
+            auto words = (Wide)cb;
             cb = (S)((words & 0xFF) | words << 8);
-            cr = (S)((words & ~0xFF) | (words >> 8 & 0xFF));
+            cr = (S)((words & -256) | (words >> 8 & 0xFF));
         }
     }
     template <class V, class S> QEL_INLINE void put(ptrdiff_t i, S y, S cb, S cr) const
@@ -129,7 +138,7 @@ template <class Row> struct YccPairs {
         if constexpr (V::kCount == 1)
             V::store2(row + 2 * i, y, i % 2 == 0 ? cb : cr);
         else
-            V::store2(row + 2 * i, y, (S)(((typename V::Words)cb & 0xFF) | ((typename V::Words)cr & ~0xFF)));
+            V::store2(row + 2 * i, y, (S)(((Wide)cb & 0xFF) | ((Wide)cr & -256)));
     }
 };
 
