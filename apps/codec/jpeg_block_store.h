@@ -56,4 +56,12 @@ private:
     int mcuRow_ = 0;
 };
 
+// Calls sink(i, column, block) for the blocks of a row of MCUs, in the order of a scan.
+template <class Sink> void handOver(const ScanLayout& layout, StoredBlocks& places, int row, Sink& sink)
+{
+    places.startRow(row);
+    for (int column = 0; column < layout.mcusAcross; ++column)
+        for (int i = 0; i < int(layout.blocks.size()); ++i) sink(i, column, places(i, column));
+}
+
 }

@@ -120,8 +120,13 @@ void RowWriter::writeUntil(int end)
 
 void RowWriter::fillRest()
 {
-    if (next_ < picture_.height()) memset(picture_.row(next_), 128, picture_.step() * (picture_.height() - next_));
+    fillGrey(picture_, next_);
     next_ = picture_.height();
+}
+
+void fillGrey(Picture& picture, int first)
+{
+    if (first < picture.height()) memset(picture.row(first), 128, picture.step() * (picture.height() - first));
 }
 
 }

@@ -10,6 +10,9 @@
 
 namespace qel::codec {
 
+// The lines from `first` on become grey.
+void fillGrey(Picture& picture, int first);
+
 class RowWriter {
 public:
     // `planes` has one plane for each component and must outlive this object, as must `picture`. Writing begins with

@@ -13,14 +13,6 @@
 
 namespace qel::codec {
 
-// Hands all blocks of a row of MCUs to the transform, from row `at` of the places.
-inline void transformRow(const ScanLayout& layout, StoredBlocks& places, BlockTransform& transform, int at)
-{
-    places.startRow(at);
-    for (int i = 0; i < int(layout.blocks.size()); ++i)
-        for (int column = 0; column < layout.mcusAcross; ++column) transform(i, column, places(i, column));
-}
-
 class ScanPipeline {
 public:
     ScanPipeline(const JpegInfo& info, ScanDecoder& coder, RowStream& stream) : coder_(coder), stream_(stream)
@@ -82,7 +74,7 @@ private:
     {
         StoredBlocks places(coder_.layout(), group.stores);
         for (int row = 0; row < group.rows; ++row) {
-            stream_.row(group.first + row, [&](BlockTransform& t) { transformRow(coder_.layout(), places, t, row); });
+            stream_.row(group.first + row, [&](auto& sink) { handOver(coder_.layout(), places, row, sink); });
             stream_.write(group.first + row);
         }
     }

@@ -140,13 +140,13 @@ void Decoder::streamScan(Picture& picture)
 {
     take(firstScan_);
     ScanDecoder coder(file_, headers_, firstScan_);
-    RowStream stream(info(), steps_, coder.layout(), options_.upsampling, picture, 0);
+    RowStream stream(info(), steps_, coder.layout(), options_, picture, 0);
     bool alone = threads() == 1;
     if (!alone) ScanPipeline(info(), coder, stream).run([&] { report(coder); });
     for (int row = 0; alone && row < coder.layout().mcusDown; ++row) {
         // Nothing follows, but the row that was interpolated with what would have followed.
         bool onlyGrey = coder.ended();
-        stream.row(row, [&](BlockTransform& transform) { coder.decodeRow(transform); });
+        stream.row(row, [&](auto& sink) { coder.decodeRow(sink); });
         stream.write(row);
         report(coder);
         if (onlyGrey) break;
@@ -160,11 +160,9 @@ void Decoder::streamBand(const ScanLayout& layout, std::vector<BlockStore>& stor
 {
     StoredBlocks places(layout, stores);
     int firstLine = from == 0 ? 0 : from * RowStream::linesPerMcu(info(), layout) - 1;
-    RowStream stream(info(), steps_, layout, options_.upsampling, picture, firstLine);
-    auto transform = [&](int row) {
-        stream.row(row, [&](BlockTransform& blocks) { transformRow(layout, places, blocks, row); });
-    };
-    if (from > 0) transform(from - 1);
+    RowStream stream(info(), steps_, layout, options_, picture, firstLine);
+    auto transform = [&](int row) { stream.row(row, [&](auto& sink) { handOver(layout, places, row, sink); }); };
+    if (from > 0 && !RowStream::convertsMcus(info(), options_)) transform(from - 1);
     for (int row = from; row < to; ++row) {
         transform(row);
         stream.write(row);
@@ -277,7 +275,7 @@ std::vector<Plane> Decoder::decodePlanes(uint64_t otherMemory)
         BlockTransform transform(steps_, layout, planes);
         for (int row = 0; row < layout.mcusDown; ++row) {
             transform.startRow(row);
-            transformRow(layout, places, transform, row);
+            handOver(layout, places, row, transform);
         }
         for (size_t i = 0; i < planes.size(); ++i) decodedRows_[i] = info().components[i].height;
         return planes;

@@ -1,24 +1,38 @@
 // Rows of MCUs on their way to the picture: inverse DCT, up-sampling, colour.
 #pragma once
 
+#include <optional>
 #include <vector>
 
+#include "codec/jpeg_fused.h"
 #include "codec/jpeg_layout.h"
 #include "codec/jpeg_output.h"
 #include "codec/jpeg_transform.h"
 
 namespace qel::codec {
 
-// One row after the other goes through a strip that stays in the cache.
+// One row after the other goes through a strip that stays in the cache, or unit by unit straight into the picture.
 class RowStream {
 public:
     // Begins with a row of MCUs whose lines above `firstLine` are not to be written.
     RowStream(const JpegInfo& info, const std::vector<QuantizerSteps>& steps, const ScanLayout& layout,
-              JpegUpsampling upsampling, Picture& picture, int firstLine)
-        : linesPerRow_(linesPerMcu(info, layout)), rows_(layout.mcusDown), picture_(picture),
-          planes_(strips(info, layout)), transform_(steps, layout, planes_),
-          writer_(info, upsampling, planes_, picture, firstLine)
-    {}
+              const JpegDecodeOptions& options, Picture& picture, int firstLine)
+        : linesPerRow_(linesPerMcu(info, layout)), rows_(layout.mcusDown), picture_(picture)
+    {
+        if (convertsMcus(info, options)) {
+            mcus_.emplace(info, steps, layout, picture);
+            return;
+        }
+        strips(info, layout);
+        transform_.emplace(steps, layout, planes_);
+        writer_.emplace(info, options.upsampling, planes_, picture, firstLine);
+    }
+
+    // Whether pictures of this kind go without planes: where that is faster, and chroma is not to be interpolated.
+    static bool convertsMcus(const JpegInfo& info, const JpegDecodeOptions& options)
+    {
+        return !options.planes && options.upsampling == JpegUpsampling::replicate && mcuConversionFor(info);
+    }
 
     // Lines of the picture in a row of MCUs.
     static int linesPerMcu(const JpegInfo& info, const ScanLayout& layout)
@@ -26,37 +40,55 @@ public:
         return layout.shares.size() == 1 ? 8 : 8 * info.maxV();
     }
 
-    // `fill(transform)` hands the blocks of the row to the transform.
+    // `fill(sink)` hands over the blocks of the row, MCU by MCU: sink(i, column, block).
     template <class Fill> void row(int mcuRow, Fill fill)
     {
-        transform_.startRow(mcuRow);
-        fill(transform_);
+        if (mcus_)
+            fillRow(*mcus_, mcuRow, fill);
+        else
+            fillRow(*transform_, mcuRow, fill);
     }
 
     // Writes what the rows up to this one allow: the last line may have to wait for its neighbour in the next.
     void write(int mcuRow)
     {
-        writer_.writeUntil(mcuRow + 1 == rows_ ? picture_.height() : (mcuRow + 1) * linesPerRow_ - 1);
+        bool isLast = mcuRow + 1 == rows_;
+        if (mcus_)
+            written_ = isLast ? picture_.height() : (mcuRow + 1) * linesPerRow_;
+        else
+            writer_->writeUntil(isLast ? picture_.height() : (mcuRow + 1) * linesPerRow_ - 1);
     }
-    void fillRest() { writer_.fillRest(); }
+    void fillRest()
+    {
+        if (mcus_)
+            fillGrey(picture_, written_);
+        else
+            writer_->fillRest();
+    }
 
 private:
-    static std::vector<Plane> strips(const JpegInfo& info, const ScanLayout& layout)
+    template <class Sink, class Fill> static void fillRow(Sink& sink, int mcuRow, Fill fill)
     {
-        std::vector<Plane> planes;
+        sink.startRow(mcuRow);
+        fill(sink);
+    }
+
+    void strips(const JpegInfo& info, const ScanLayout& layout)
+    {
         for (const JpegComponent& component : info.components) {
             int rowsPerMcu = layout.shares.size() == 1 ? 8 : 8 * component.v;
             // Another row of blocks holds what interpolation between rows of MCUs still needs.
-            planes.emplace_back(8 * paddedBlocksAcross(info, component), rowsPerMcu + 8);
+            planes_.emplace_back(8 * paddedBlocksAcross(info, component), rowsPerMcu + 8);
         }
-        return planes;
     }
 
     int linesPerRow_, rows_;
     Picture& picture_;
+    std::optional<McuToPixels> mcus_;
+    int written_ = 0;
     std::vector<Plane> planes_;
-    BlockTransform transform_;
-    RowWriter writer_;
+    std::optional<BlockTransform> transform_;
+    std::optional<RowWriter> writer_;
 };
 
 }

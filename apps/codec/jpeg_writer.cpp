@@ -10,6 +10,7 @@
 
 #include "codec/jpeg_block_store.h"
 #include "codec/jpeg_blocks.h"
+#include "codec/jpeg_fused.h"
 #include "codec/jpeg_lossless_writer.h"
 #include "codec/jpeg_scan_writer.h"
 #include "codec/jpeg_segments.h"
@@ -63,6 +64,7 @@ private:
     void describeFrame();
     void describeComponents();
     void chooseScans();
+    template <class Body> void withBlocks(const ScanLayout& layout, Body body) const;
     void encodeStraight();
     void encodeStored();
     std::vector<BlockStore> transformAll(Progress& progress);
@@ -235,11 +237,22 @@ void Encoder::encodeStraight()
     ScanLayout layout(info_, scans_[0].components);
     int interval = restartInterval(layout);
     beginScan(scan, kTypicalTables, interval);
-    StripReader strips(info_, picture_);
-    ForwardTransform blocks(info_, layout, multipliers_, strips);
     ScanEncoder coder(out_, layout, scan, kTypicalTables);
     Progress progress(options_.progress, layout.mcusDown);
-    codeScan(layout, interval, blocks, coder, progress);
+    withBlocks(layout, [&](auto& blocks) { codeScan(layout, interval, blocks, coder, progress); });
+}
+
+// body(blocks) with the coefficients of the picture as a scan asks for them: MCU by MCU where the library has the
+// conversion, else by planes.
+template <class Body> void Encoder::withBlocks(const ScanLayout& layout, Body body) const
+{
+    if (!options_.planes && mcuConversionFor(info_)) {
+        PixelsToMcu blocks(info_, layout, multipliers_, picture_);
+        return body(blocks);
+    }
+    StripReader strips(info_, picture_);
+    ForwardTransform blocks(info_, layout, multipliers_, strips);
+    body(blocks);
 }
 
 std::vector<BlockStore> Encoder::transformAll(Progress& progress)
@@ -249,17 +262,16 @@ std::vector<BlockStore> Encoder::transformAll(Progress& progress)
     ScanLayout layout(info_, allComponents());
     int bands = std::min(layout.mcusDown, threads());
     forEachInParallel(bands, threads(), [&](int band) {
-        StripReader strips(info_, picture_);
-        ForwardTransform transform(info_, layout, multipliers_, strips);
         StoredBlocks places(layout, stores);
-        for (int row = band; row < layout.mcusDown; row += bands) {
-            transform.startRow(row);
-            places.startRow(row);
-            for (int i = 0; i < int(layout.blocks.size()); ++i)
+        withBlocks(layout, [&](auto& blocks) {
+            for (int row = band; row < layout.mcusDown; row += bands) {
+                blocks.startRow(row);
+                places.startRow(row);
                 for (int column = 0; column < layout.mcusAcross; ++column)
-                    transform.block(i, column, places(i, column));
-            progress.step();
-        }
+                    for (int i = 0; i < int(layout.blocks.size()); ++i) blocks.block(i, column, places(i, column));
+                progress.step();
+            }
+        });
     });
     return stores;
 }

@@ -47,6 +47,7 @@ struct JpegEncodeOptions {
     bool lossless = false;
     int predictor = 1;      // 1 to 7, or kBestPredictor: the one that makes the smallest scan
     int pointTransform = 0; // low bits of each sample to be dropped
+    bool planes = false;    // never convert MCU by MCU
     // Called now and then with the part of the work that is done, 0 to 1; may be empty.
     std::function<void(double)> progress = {};
 };

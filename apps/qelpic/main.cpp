@@ -98,6 +98,7 @@ struct CommandLine {
         command->add_flag("--extended", encoding.wideQuantizers,
                           "Allow the coarsest quantization of low qualities (extended sequential files)");
         addLossless(*command);
+        command->add_flag("--planes", encoding.planes, "Convert whole planes, not MCU by MCU");
         addCoding(*command);
         return command;
     }
@@ -134,6 +135,7 @@ struct CommandLine {
                          "Chroma to full size: triangle (smooth, the default) or replicate (fast)")
             ->transform(CLI::CheckedTransformer(names).description(""))
             ->type_name("NAME");
+        command->add_flag("--planes", options.decoding.planes, "Convert whole planes, not MCU by MCU");
         command->add_option("--max-pixels", options.decoding.maxPixels, "Refuse larger pictures")
             ->check(CLI::PositiveNumber.description(""))
             ->type_name("N");
