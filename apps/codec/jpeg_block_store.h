@@ -39,21 +39,32 @@ private:
 // The blocks of a scan, where the stores of its components have them.
 class StoredBlocks {
 public:
-    StoredBlocks(const ScanLayout& layout, std::vector<BlockStore>& stores) : layout_(layout), stores_(stores) {}
-
-    void startRow(int mcuRow) { mcuRow_ = mcuRow; }
-
-    int16_t* operator()(int i, int mcuColumn) const
+    StoredBlocks(const ScanLayout& layout, std::vector<BlockStore>& stores) : layout_(layout), stores_(stores)
     {
-        const McuBlock& place = layout_.blocks[i];
-        const ScanShare& share = layout_.shares[place.slot];
-        return stores_[share.component].block(mcuRow_ * share.down + place.dy, mcuColumn * share.across + place.dx);
+        startRow(0);
     }
 
+    void startRow(int mcuRow)
+    {
+        origins_.clear();
+        for (const McuBlock& place : layout_.blocks) {
+            const ScanShare& share = layout_.shares[place.slot];
+            int16_t* first = stores_[share.component].block(mcuRow * share.down + place.dy, place.dx);
+            origins_.push_back({first, ptrdiff_t(64) * share.across});
+        }
+    }
+
+    int16_t* operator()(int i, int mcuColumn) const { return origins_[i].first + origins_[i].perMcu * mcuColumn; }
+
 private:
+    // Where a block of the row's MCUs lies.
+    struct Origin {
+        int16_t* first;
+        ptrdiff_t perMcu;
+    };
     const ScanLayout& layout_;
     std::vector<BlockStore>& stores_;
-    int mcuRow_ = 0;
+    std::vector<Origin> origins_;
 };
 
 // Calls sink(i, column, block) for the blocks of a row of MCUs, in the order of a scan.
