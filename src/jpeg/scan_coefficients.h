@@ -1,48 +1,12 @@
 // The coefficients of a block as its scan meets them, found all at once. For kernels that encode.
 #pragma once
 
-#include "core/simd.h"
+#include "jpeg/coefficient_sets.h"
 #include "jpeg/huffman_tables.h"
-#include "jpeg/scan_order.h"
 
 namespace qel {
 namespace QEL_BUILD {
 namespace {
-
-// Sets of coefficients, a bit for each. of[i][m] is the set, by position in the scan, of those coefficients from
-// natural index 6i on that `m` has.
-struct ScanSets {
-    uint64_t of[11][64];
-};
-constexpr ScanSets makeScanSets()
-{
-    ScanSets sets = {};
-    for (int position = 0; position < 64; ++position) {
-        int index = kScanOrder.index[position];
-        for (int m = 0; m < 64; ++m)
-            if ((m >> (index % 6)) & 1) sets.of[index / 6][m] |= uint64_t(1) << position;
-    }
-    return sets;
-}
-constexpr ScanSets kScanSets = makeScanSets();
-
-constexpr int kBlockWidth = QEL_WIDTH < 16 ? 16 : QEL_WIDTH;
-
-// The coefficients that are not zero after `transform`, by position in the scan.
-template <class Transform> QEL_INLINE uint64_t nonZero(const int16_t* block, Transform transform)
-{
-    constexpr int N = kBlockWidth;
-    uint64_t zeros = 0;
-    for (int i = 0; i < 64; i += N) {
-        auto low = (S16<N>)(transform(load<S16<N>>(block + i)) == 0),
-             high = (S16<N>)(transform(load<S16<N>>(block + i + N / 2)) == 0);
-        zeros |= Simd<N>::signMask(Simd<N>::inOrder(Simd<N>::packUnsigned(low & 0xFF, high & 0xFF))) << (i % 64);
-    }
-    uint64_t natural = ~zeros, scan = 0;
-#pragma GCC unroll 11
-    for (int i = 0; i < 11; ++i) scan |= kScanSets.of[i][(natural >> (6 * i)) & 63];
-    return scan;
-}
 
 // The category of a value, and the bits that follow its code: a negative value is written as the one's complement of
 // its magnitude.
