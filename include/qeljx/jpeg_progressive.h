@@ -78,49 +78,49 @@ QEL_API QelStatus qeliGetHuffmanStatistics8x8_ACRefine_JPEG_16s_C1(const int16_t
  * Of a block, 64 coefficients in natural order at any address, each scan gives some coefficients or some of their bits
  * (T.81 G.2); the caller clears it before the first scan and keeps it between scans. Stream, position, marker and state
  * are those of qeliDecodeHuffman8x8_JPEG_1u16s_C1: the caller initialises pState and sets *pMarker and *pLastDC to 0
- * before each scan and behind each restart marker. Ss, Se and Al are those of the scan's header: the band, in positions
+ * before each scan and behind each restart marker. ss, se and al are those of the scan's header: the band, in positions
  * along the zigzag, and the bits that this scan leaves to later ones.
  *
  * Returns, in this order: qelStsNullPtrErr if pSrc is null, qelStsSizeErr if srcLenBytes is less than 1,
  * qelStsNullPtrErr if another pointer but the table and the state is null, qelStsBadArgErr unless
- * 1 <= Ss <= Se <= 63 and 0 <= Al <= 13, qelStsNullPtrErr if the table or the state is null, qelStsBadArgErr if
+ * 1 <= ss <= se <= 63 and 0 <= al <= 13, qelStsNullPtrErr if the table or the state is null, qelStsBadArgErr if
  * *pSrcCurrPos is less than 0; nothing is written then. Else qelStsJPEGOutOfBufErr if the segment or a marker ends
- * before the block does, or qelStsJPEGCoeffPosErr if a run of zeros leads to a coefficient behind Se: the block then
+ * before the block does, or qelStsJPEGCoeffPosErr if a run of zeros leads to a coefficient behind se: the block then
  * keeps what was decoded before, and position, state, *pMarker and *pLastDC tell how far that was. Else qelStsNoErr.
  * Nothing outside the segment is read, and nothing outside the block and its band is written, whatever the bytes.
  */
 
 /*
- * First scan of DC coefficients (T.81 G.1.2.1): pDst[0] becomes *pLastDC << Al; *pLastDC is the sum of the differences,
+ * First scan of DC coefficients (T.81 G.1.2.1): pDst[0] becomes *pLastDC << al; *pLastDC is the sum of the differences,
  * before the shift. Sums and shifts wrap to 16 bits. Worked: a difference of 5 after a *pLastDC of 0 gives, with
- * Al = 2, a *pLastDC of 5 and a coefficient of 20.
+ * al = 2, a *pLastDC of 5 and a coefficient of 20.
  */
 QEL_API QelStatus qeliDecodeHuffman8x8_DCFirst_JPEG_1u16s_C1(const uint8_t* pSrc, int srcLenBytes, int* pSrcCurrPos,
-                                                             int16_t* pDst, int16_t* pLastDC, uint32_t* pMarker, int Al,
+                                                             int16_t* pDst, int16_t* pLastDC, uint32_t* pMarker, int al,
                                                              const QelDecodeHuffmanSpec* pDcTable,
                                                              QelDecodeHuffmanState* pState);
-/* Refinement of DC coefficients (T.81 G.1.2.1): the next bit, if it is 1, sets bit Al of pDst[0]. */
+/* Refinement of DC coefficients (T.81 G.1.2.1): the next bit, if it is 1, sets bit al of pDst[0]. */
 QEL_API QelStatus qeliDecodeHuffman8x8_DCRefine_JPEG_1u16s_C1(const uint8_t* pSrc, int srcLenBytes, int* pSrcCurrPos,
-                                                              int16_t* pDst, uint32_t* pMarker, int Al,
+                                                              int16_t* pDst, uint32_t* pMarker, int al,
                                                               QelDecodeHuffmanState* pState);
 /*
- * First scan of AC coefficients (T.81 G.1.2.2): those that are not 0 are stored, shifted left by Al (wrapping to 16
+ * First scan of AC coefficients (T.81 G.1.2.2): those that are not 0 are stored, shifted left by al (wrapping to 16
  * bits); the others are left alone. An end-of-band run goes to pState: the blocks that it counts are left alone without
- * a look at the stream. A run of sixteen zeros that leads past Se ends the block.
+ * a look at the stream. A run of sixteen zeros that leads past se ends the block.
  */
 QEL_API QelStatus qeliDecodeHuffman8x8_ACFirst_JPEG_1u16s_C1(const uint8_t* pSrc, int srcLenBytes, int* pSrcCurrPos,
-                                                             int16_t* pDst, uint32_t* pMarker, int Ss, int Se, int Al,
+                                                             int16_t* pDst, uint32_t* pMarker, int ss, int se, int al,
                                                              const QelDecodeHuffmanSpec* pAcTable,
                                                              QelDecodeHuffmanState* pState);
 /*
- * Refinement of AC coefficients (T.81 G.1.2.3). A coefficient that is 0 may become 1 << Al or its negative; of a symbol
+ * Refinement of AC coefficients (T.81 G.1.2.3). A coefficient that is 0 may become 1 << al or its negative; of a symbol
  * only the run counts, and whether its category is 0. One that is not 0 takes a bit of the stream, also in the blocks
- * of an end-of-band run, and moves away from zero by 1 << Al (wrapping) if that is 1. A run of sixteen zeros that leads
- * past Se ends the block. Worked: after the symbol 0x11, the sign bit 1 and the correction bit 1, with Al = 0, a band
+ * of an end-of-band run, and moves away from zero by 1 << al (wrapping) if that is 1. A run of sixteen zeros that leads
+ * past se ends the block. Worked: after the symbol 0x11, the sign bit 1 and the correction bit 1, with al = 0, a band
  * of 2, 0, 0 is 3, 0, 1.
  */
 QEL_API QelStatus qeliDecodeHuffman8x8_ACRefine_JPEG_1u16s_C1(const uint8_t* pSrc, int srcLenBytes, int* pSrcCurrPos,
-                                                              int16_t* pDst, uint32_t* pMarker, int Ss, int Se, int Al,
+                                                              int16_t* pDst, uint32_t* pMarker, int ss, int se, int al,
                                                               const QelDecodeHuffmanSpec* pAcTable,
                                                               QelDecodeHuffmanState* pState);
 

@@ -62,9 +62,7 @@ struct BlockAhead {
     QEL_INLINE bool decode(int16_t* lastDc, const QelDecodeHuffmanSpec& dc, const QelDecodeHuffmanSpec& ac)
     {
         if (!in.fill()) return false;
-        // Without a branch: differences of 0 are frequent, but come unforeseen.
-        unsigned n = in.symbol(dc) & 15;
-        *lastDc = int16_t(*lastDc + (in.value(n) & -int(n != 0)));
+        *lastDc = int16_t(*lastDc + in.difference(in.symbol(dc) & 15));
         store(block, *lastDc);
         position = 1;
         for (;;) {
@@ -151,14 +149,27 @@ QelStatus decodeBlockDirect(const uint8_t* src, int* bitPosition, int16_t* dst, 
 }
 
 // A difference of category 16 is 32768, with no bits behind the symbol.
-QelStatus decodeOne(const uint8_t* src, int srcLen, int* pos, int16_t* dst, uint32_t* marker,
-                    const QelDecodeHuffmanSpec* spec, QelDecodeHuffmanState* state)
+__attribute__((noinline)) QelStatus finishOne(const uint8_t* src, int srcLen, int* pos, int16_t* dst, uint32_t* marker,
+                                              const QelDecodeHuffmanSpec* spec, QelDecodeHuffmanState* state)
 {
     StateReader in(src, srcLen, pos, marker, state);
     int symbol = in.symbol(*spec);
     if (symbol < 0 || (symbol < 16 && !in.has(symbol))) return qelStsJPEGOutOfBufErr;
     *dst = int16_t(symbol == 0 ? 0 : symbol > 15 ? -32768 : in.takeValue(symbol));
     return qelStsNoErr;
+}
+
+QelStatus decodeOne(const uint8_t* src, int srcLen, int* pos, int16_t* dst, uint32_t* marker,
+                    const QelDecodeHuffmanSpec* spec, QelDecodeHuffmanState* state)
+{
+    Window in(src, srcLen, *pos, *marker, state);
+    bool isReady = in.isReady() || in.fill();
+    if (__builtin_expect(isReady, 1)) {
+        unsigned symbol = in.symbol(*spec);
+        *dst = int16_t(__builtin_expect(symbol > 15, 0) ? -32768 : in.difference(symbol));
+    }
+    in.giveBack(src, pos, state);
+    return isReady ? qelStsNoErr : finishOne(src, srcLen, pos, dst, marker, spec, state);
 }
 
 QelStatus fill(const uint8_t* src, int srcLen, int* pos, uint32_t* marker, int needed, QelDecodeHuffmanState* state)

@@ -36,7 +36,8 @@ public:
     // Whether there are enough bits for every code and the value behind it.
     QEL_INLINE bool isReady() const { return count_ >= kLongestStep; }
 
-    // Takes in what fits; whether the window is ready then. Markers are left alone, and so is the end of the segment.
+    // Takes in what fits; whether the window is full then, with 56 bits or more. Markers are left alone, and so is the
+    // end of the segment.
     QEL_INLINE bool fill()
     {
         if (__builtin_expect(uintptr_t(next_) + 8 > uintptr_t(end_), 0)) return false;
@@ -46,7 +47,7 @@ public:
             bits_ = taken.bits;
             count_ = taken.count;
             next_ += taken.bytes;
-            return isReady();
+            return count_ >= 56;
         }
         // What does not fit is taken in again by the next fill: the same bits in the same place.
         bits_ |= word >> count_;
@@ -71,6 +72,14 @@ public:
         return found;
     }
 
+    // The next `n` bits, at most 63.
+    QEL_INLINE uint64_t take(unsigned n)
+    {
+        uint64_t taken = bits_ >> 1 >> (63 - n);
+        skip(n);
+        return taken;
+    }
+
     // The value of the next `n` bits, 1 to 15 (T.81 F.2.2.1): those that begin with 0 are negative.
     QEL_INLINE int value(unsigned n)
     {
@@ -79,6 +88,9 @@ public:
         skip(n);
         return int(value);
     }
+
+    // The same, or 0 if n is 0: without a branch, for differences of DC coefficients, which are 0 often and unforeseen.
+    QEL_INLINE int difference(unsigned n) { return value(n) & -int(n != 0); }
 
 private:
     // A code of 16 bits, and a value of 15.

@@ -10,14 +10,14 @@ namespace {
 
 // The scan parameters are tested before the last pointers.
 QelStatus source(const uint8_t* pSrc, int srcLenBytes) { return first(pointers(pSrc), length(srcLenBytes)); }
-QelStatus pointTransform(int Al) { return values(Al >= 0 && Al < 14); }
-QelStatus band(int Ss, int Se, int Al) { return first(values(Ss >= 1 && Ss <= Se && Se <= 63), pointTransform(Al)); }
+QelStatus pointTransform(int al) { return values(al >= 0 && al < 14); }
+QelStatus band(int ss, int se, int al) { return first(values(ss >= 1 && ss <= se && se <= 63), pointTransform(al)); }
 
 QelStatus acScan(const uint8_t* pSrc, int srcLenBytes, const int* pSrcCurrPos, const int16_t* pDst,
-                 const uint32_t* pMarker, int Ss, int Se, int Al, const QelDecodeHuffmanSpec* pAcTable,
+                 const uint32_t* pMarker, int ss, int se, int al, const QelDecodeHuffmanSpec* pAcTable,
                  const QelDecodeHuffmanState* pState)
 {
-    if (QelStatus bad = first(source(pSrc, srcLenBytes), pointers(pSrcCurrPos, pDst, pMarker), band(Ss, Se, Al),
+    if (QelStatus bad = first(source(pSrc, srcLenBytes), pointers(pSrcCurrPos, pDst, pMarker), band(ss, se, al),
                               pointers(pAcTable, pState)))
         return bad;
     return values(*pSrcCurrPos >= 0);
@@ -26,46 +26,46 @@ QelStatus acScan(const uint8_t* pSrc, int srcLenBytes, const int* pSrcCurrPos, c
 }
 
 QelStatus qeliDecodeHuffman8x8_DCFirst_JPEG_1u16s_C1(const uint8_t* pSrc, int srcLenBytes, int* pSrcCurrPos,
-                                                     int16_t* pDst, int16_t* pLastDC, uint32_t* pMarker, int Al,
+                                                     int16_t* pDst, int16_t* pLastDC, uint32_t* pMarker, int al,
                                                      const QelDecodeHuffmanSpec* pDcTable,
                                                      QelDecodeHuffmanState* pState)
 {
     if (QelStatus bad = first(source(pSrc, srcLenBytes), pointers(pSrcCurrPos, pDst, pLastDC, pMarker),
-                              pointTransform(Al), pointers(pDcTable, pState)))
+                              pointTransform(al), pointers(pDcTable, pState)))
         return bad;
     if (*pSrcCurrPos < 0) return qelStsBadArgErr;
-    return kernels<ProgressiveDecodeKernels>().dcFirst(pSrc, srcLenBytes, pSrcCurrPos, pDst, pLastDC, pMarker, Al,
+    return kernels<ProgressiveDecodeKernels>().dcFirst(pSrc, srcLenBytes, pSrcCurrPos, pDst, pLastDC, pMarker, al,
                                                        pDcTable, pState);
 }
 
 QelStatus qeliDecodeHuffman8x8_DCRefine_JPEG_1u16s_C1(const uint8_t* pSrc, int srcLenBytes, int* pSrcCurrPos,
-                                                      int16_t* pDst, uint32_t* pMarker, int Al,
+                                                      int16_t* pDst, uint32_t* pMarker, int al,
                                                       QelDecodeHuffmanState* pState)
 {
-    if (QelStatus bad = first(source(pSrc, srcLenBytes), pointers(pSrcCurrPos, pDst, pMarker), pointTransform(Al),
+    if (QelStatus bad = first(source(pSrc, srcLenBytes), pointers(pSrcCurrPos, pDst, pMarker), pointTransform(al),
                               pointers(pState)))
         return bad;
     if (*pSrcCurrPos < 0) return qelStsBadArgErr;
-    return kernels<ProgressiveDecodeKernels>().dcRefine(pSrc, srcLenBytes, pSrcCurrPos, pDst, pMarker, Al, pState);
+    return kernels<ProgressiveDecodeKernels>().dcRefine(pSrc, srcLenBytes, pSrcCurrPos, pDst, pMarker, al, pState);
 }
 
 QelStatus qeliDecodeHuffman8x8_ACFirst_JPEG_1u16s_C1(const uint8_t* pSrc, int srcLenBytes, int* pSrcCurrPos,
-                                                     int16_t* pDst, uint32_t* pMarker, int Ss, int Se, int Al,
+                                                     int16_t* pDst, uint32_t* pMarker, int ss, int se, int al,
                                                      const QelDecodeHuffmanSpec* pAcTable,
                                                      QelDecodeHuffmanState* pState)
 {
-    if (QelStatus bad = acScan(pSrc, srcLenBytes, pSrcCurrPos, pDst, pMarker, Ss, Se, Al, pAcTable, pState)) return bad;
-    return kernels<ProgressiveDecodeKernels>().acFirst(pSrc, srcLenBytes, pSrcCurrPos, pDst, pMarker, Ss, Se, Al,
+    if (QelStatus bad = acScan(pSrc, srcLenBytes, pSrcCurrPos, pDst, pMarker, ss, se, al, pAcTable, pState)) return bad;
+    return kernels<ProgressiveDecodeKernels>().acFirst(pSrc, srcLenBytes, pSrcCurrPos, pDst, pMarker, ss, se, al,
                                                        pAcTable, pState);
 }
 
 QelStatus qeliDecodeHuffman8x8_ACRefine_JPEG_1u16s_C1(const uint8_t* pSrc, int srcLenBytes, int* pSrcCurrPos,
-                                                      int16_t* pDst, uint32_t* pMarker, int Ss, int Se, int Al,
+                                                      int16_t* pDst, uint32_t* pMarker, int ss, int se, int al,
                                                       const QelDecodeHuffmanSpec* pAcTable,
                                                       QelDecodeHuffmanState* pState)
 {
-    if (QelStatus bad = acScan(pSrc, srcLenBytes, pSrcCurrPos, pDst, pMarker, Ss, Se, Al, pAcTable, pState)) return bad;
-    return kernels<ProgressiveDecodeKernels>().acRefine(pSrc, srcLenBytes, pSrcCurrPos, pDst, pMarker, Ss, Se, Al,
+    if (QelStatus bad = acScan(pSrc, srcLenBytes, pSrcCurrPos, pDst, pMarker, ss, se, al, pAcTable, pState)) return bad;
+    return kernels<ProgressiveDecodeKernels>().acRefine(pSrc, srcLenBytes, pSrcCurrPos, pDst, pMarker, ss, se, al,
                                                         pAcTable, pState);
 }
 

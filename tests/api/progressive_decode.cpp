@@ -105,7 +105,8 @@ Band randomBand(Random& random)
 // Blocks until the stream ends; those of refinements have had earlier scans.
 void decodeAll(Random& random, Pair& pair, bool refine, Band band)
 {
-    int sparsity = 1 << random.between(0, 6);
+    // Up to blocks without a zero.
+    int sparsity = (1 << random.between(0, 6)) - 1;
     for (QelStatus status = qelStsNoErr; status != qelStsJPEGOutOfBufErr && !testing::Test::HasFailure();) {
         pair.setBlock(randomBlock(random, sparsity, 14));
         if (pair.reference.run > 30) pair.state.endOfBandRun = pair.reference.run = 3;

@@ -1,6 +1,7 @@
 // Huffman kernels: every build equals the scalar one.
 #include "jpeg/huffman_decode.h"
 #include "jpeg/huffman_encode.h"
+#include "jpeg/progressive_decode.h"
 
 #include "huffman_reference.h"
 #include "kernels/every_build.h"
@@ -137,6 +138,39 @@ TEST(HuffmanDecodeKernels, Streams)
                 ASSERT_EQ(marker, expectedMarker);
                 ASSERT_EQ(memcmp(&state, &expectedState, sizeof state), 0);
                 if (before == len) break;
+            }
+        }
+    });
+}
+
+TEST(ProgressiveDecodeKernels, Bands)
+{
+    everyBuild<ProgressiveDecodeKernels>([](const ProgressiveDecodeKernels& table) {
+        auto& scalar = ProgressiveDecodeKernels::scalar;
+        Random random(4);
+        for (int round = 0; round < 1000; ++round) {
+            auto spec = decodeSpecOf(listsWithout(random, 0xF0));
+            Guarded<uint8_t> src(size_t(random.between(4, 100)));
+            random.fill(src.data(), src.size());
+            int len = int(src.size()), al = random.between(0, 13), ss = random.between(1, 63);
+            int se = random.between(ss, 63), sparsity = random.between(0, 8);
+            QelDecodeHuffmanState state = {}, expectedState = {};
+            uint32_t marker = 0, expectedMarker = 0;
+            int pos = 0, expectedPos = 0;
+            for (QelStatus status = qelStsNoErr; status != qelStsJPEGOutOfBufErr;) {
+                auto block = randomBlock(random, sparsity, 14), expected = block;
+                state.endOfBandRun = expectedState.endOfBandRun %= 3;
+                auto decode = [&](auto kernels, auto& values, int& at, uint32_t& met, auto& held) {
+                    return round % 2 == 0
+                               ? kernels.acFirst(src.data(), len, &at, values.data(), &met, ss, se, al, &spec, &held)
+                               : kernels.acRefine(src.data(), len, &at, values.data(), &met, ss, se, al, &spec, &held);
+                };
+                status = decode(table, block, pos, marker, state);
+                ASSERT_EQ(status, decode(scalar, expected, expectedPos, expectedMarker, expectedState));
+                ASSERT_EQ(block, expected);
+                ASSERT_EQ(pos, expectedPos);
+                ASSERT_EQ(marker, expectedMarker);
+                ASSERT_EQ(memcmp(&state, &expectedState, sizeof state), 0);
             }
         }
     });
