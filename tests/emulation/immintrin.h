@@ -25,6 +25,18 @@ inline __m512i mulHighUnsigned(__m512i a, __m512i b)
 
 inline __m512i widen(__m256i bytes) { return (__m512i) __builtin_convertvector((Bytes)bytes, Words); }
 
+// Blocks of 16 bytes by index, two from each; zeros where the mask of 8-byte lanes has none.
+typedef uint64_t Lanes __attribute__((vector_size(64)));
+inline __m512i shuffleBlocks(__m512i a, __m512i b, unsigned from, unsigned mask = 0xFF)
+{
+    Lanes first = (Lanes)a, second = (Lanes)b, result = {};
+    for (unsigned i = 0; i < 8; ++i) {
+        unsigned lane = (from >> (i / 2 * 2) & 3) * 2 + i % 2;
+        if (mask >> i & 1) result[i] = i < 4 ? first[lane] : second[lane];
+    }
+    return (__m512i)result;
+}
+
 // Faults where the processor would.
 inline void stream(void* p, __m512i v)
 {
@@ -37,9 +49,13 @@ inline void stream(void* p, __m512i v)
 #undef _mm512_mulhi_epu16
 #undef _mm512_cvtepu8_epi16
 #undef _mm512_stream_si512
+#undef _mm512_shuffle_i64x2
+#undef _mm512_maskz_shuffle_i64x2
 #define _mm512_mulhi_epu16(a, b) emulation::mulHighUnsigned(a, b)
 #define _mm512_cvtepu8_epi16(a) emulation::widen(a)
 #define _mm512_stream_si512(p, v) emulation::stream(p, v)
+#define _mm512_shuffle_i64x2(a, b, from) emulation::shuffleBlocks(a, b, from)
+#define _mm512_maskz_shuffle_i64x2(mask, a, b, from) emulation::shuffleBlocks(a, b, from, mask)
 
 // SIMDe 0.7 gives this name the parameters of the masked form.
 #undef _mm512_madd_epi16
