@@ -136,34 +136,38 @@ void compare(Picture& p)
         require(abs(ours[i] - p.decoded.data()[i]) <= 4, "the peer's pixels are not the library's");
 }
 
-Contest decoding(const Shared& p)
+// The kernel of each build through run(kernel), beside the same work by planes.
+template <class KernelOf, class Run>
+Contest contestOf(const Shared& p, KernelOf kernelOf, Run run, void (Picture::*planes)(), void (Picture::*theirs)())
 {
     Contest contest = {"pixel", kPixels, {}};
-    auto add = [&](std::string name, std::function<void()> run) { contest.contestants.push_back({name, run}); };
-    add(kLibrary,
-        [=] { p->decode([f = p->sampling.decode](auto src, auto dst, int step) { succeed(f(src, dst, step)); }); });
-    forBuilds<McuKernels>([&](std::string name, auto& build) {
-        add(name, [=, kernel = build.toRgb.*p->sampling.decoder] { p->decode(kernel); });
-    });
-    add("own planes", [=] { p->decodeByPlanes(); });
-    add("libjpeg-turbo", [=] { p->theirDecode(); });
+    auto add = [&](std::string name, std::function<void()> work) { contest.contestants.push_back({name, work}); };
+    add(kLibrary, [=] { run(nullptr); });
+    forBuilds<McuKernels>([&](std::string name, auto& build) { add(name, [=, k = kernelOf(build)] { run(k); }); });
+    add("own planes", [=] { ((*p).*planes)(); });
+    add("libjpeg-turbo", [=] { ((*p).*theirs)(); });
     contest.check = [=] { compare(*p); };
     return contest;
 }
 
+Contest decoding(const Shared& p)
+{
+    auto run = [=](Decoder* kernel) {
+        if (kernel) return p->decode(kernel);
+        p->decode([f = p->sampling.decode](auto src, auto dst, int step) { succeed(f(src, dst, step)); });
+    };
+    auto kernelOf = [=](auto& build) { return build.toRgb.*p->sampling.decoder; };
+    return contestOf(p, kernelOf, run, &Picture::decodeByPlanes, &Picture::theirDecode);
+}
+
 Contest encoding(const Shared& p)
 {
-    Contest contest = {"pixel", kPixels, {}};
-    auto add = [&](std::string name, std::function<void()> run) { contest.contestants.push_back({name, run}); };
-    add(kLibrary,
-        [=] { p->encode([f = p->sampling.encode](auto src, int step, auto dst) { succeed(f(src, step, dst)); }); });
-    forBuilds<McuKernels>([&](std::string name, auto& build) {
-        add(name, [=, kernel = build.fromRgb.*p->sampling.encoder] { p->encode(kernel); });
-    });
-    add("own planes", [=] { p->encodeByPlanes(); });
-    add("libjpeg-turbo", [=] { p->theirEncode(); });
-    contest.check = [=] { compare(*p); };
-    return contest;
+    auto run = [=](Encoder* kernel) {
+        if (kernel) return p->encode(kernel);
+        p->encode([f = p->sampling.encode](auto src, int step, auto dst) { succeed(f(src, step, dst)); });
+    };
+    auto kernelOf = [=](auto& build) { return build.fromRgb.*p->sampling.encoder; };
+    return contestOf(p, kernelOf, run, &Picture::encodeByPlanes, &Picture::theirEncode);
 }
 
 }

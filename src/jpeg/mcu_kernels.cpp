@@ -152,34 +152,45 @@ QEL_INLINE void decodeWide(const int16_t* const* src, uint8_t* dst, int dstStep)
     }
 }
 
+// The bytes of a channel as two registers of words: the halves of the blocks, or where pixels share chroma, their even
+// and odd bytes, which need only be added up then.
+template <class S> QEL_INLINE Wide words(U8<kWidth> v, int part)
+{
+    U8<kWidth> none = {};
+    if constexpr (S::kH == 1) return (Wide)(part == 0 ? Op::zipLow(v, none) : Op::zipHigh(v, none));
+    return part == 0 ? (Wide)v & 0xFF : (Wide)((U16<kWidth>)v >> 8);
+}
+template <class S> QEL_INLINE void storeWords(int16_t* blocks, int y, Wide first, Wide second)
+{
+    S::storeHalf(blocks, y, 0, S::kH == 1 ? first : Op::zipLow(first, second));
+    S::storeHalf(blocks, y, 1, S::kH == 1 ? second : Op::zipHigh(first, second));
+}
+
 template <class S, class Colour, template <class> class Pixels>
 QEL_INLINE void encodeWide(const uint8_t* src, int srcStep, int16_t* const* dst)
 {
     for (int y = 0; y < 8 * S::kV; y += S::kV * S::kChromaRows) {
-        S32<kWidth> sums[2][2] = {};
+        [[maybe_unused]] Wide sums[2] = {};
 #pragma GCC unroll 2
         for (int row = y; row < y + S::kV; ++row) {
-            U8<kWidth> a, b, c, k = {}, none = {};
+            U8<kWidth> a, b, c, k = {};
             Pixels<TileRows<const uint8_t>> pixels = {S::rows(src, srcStep, row)};
             getPixels<Colour, typename S::V>(pixels, 0, a, b, c, k);
+            auto first = Colour::encode(words<S>(a, 0), words<S>(b, 0), words<S>(c, 0));
+            auto second = Colour::encode(words<S>(a, 1), words<S>(b, 1), words<S>(c, 1));
+            storeWords<S>(dst[0], row, first.at[0], second.at[0]);
+            if constexpr (Colour::kComponents == 4)
+                storeWords<S>(dst[3], row, words<S>(k, 0) - 128, words<S>(k, 1) - 128);
 #pragma GCC unroll 2
-            for (int h = 0; h < 2; ++h) {
-                auto words = [=](U8<kWidth> v) { return (Wide)(h == 0 ? Op::zipLow(v, none) : Op::zipHigh(v, none)); };
-                auto samples = Colour::encode(words(a), words(b), words(c));
-                S::storeHalf(dst[0], row, h, samples.at[0]);
-                if constexpr (Colour::kComponents == 4) S::storeHalf(dst[3], row, h, words(k) - 128);
-#pragma GCC unroll 2
-                for (int i = 0; i < 2; ++i) {
-                    if constexpr (S::kH == 1)
-                        S::storeHalf(dst[1 + i], row, h, samples.at[1 + i]);
-                    else
-                        sums[i][h] += Op::mulAddPairs(samples.at[1 + i], Wide{} + 1);
-                }
+            for (int i = 0; i < 2; ++i) {
+                if constexpr (S::kH == 1)
+                    storeWords<S>(dst[1 + i], row, first.at[1 + i], second.at[1 + i]);
+                else
+                    sums[i] += first.at[1 + i] + second.at[1 + i];
             }
         }
         if constexpr (S::kH == 2)
-            for (int i = 0; i < 2; ++i)
-                store(dst[1 + i] + 8 * (y / S::kV), Op::pack(sums[i][0] >> S::kV, sums[i][1] >> S::kV));
+            for (int i = 0; i < 2; ++i) store(dst[1 + i] + 8 * (y / S::kV), sums[i] >> S::kV);
     }
 }
 
