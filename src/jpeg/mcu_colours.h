@@ -32,6 +32,7 @@ struct YccStep {
 struct RgbStep {
     static constexpr int kComponents = 3, kTerms = 5;
     static constexpr int kCrToRed = 91881, kCbToGreen = -22554, kCrToGreen = -46802, kCbToBlue = 116130;
+    static constexpr int kRedInLuma = 19595, kBlueInLuma = 7471, kRedInCb = 11059, kBlueInCr = 5329;
 
     static QEL_INLINE int scaled(int64_t sum) { return int(sum >> 16); }
     static QEL_INLINE Three decode(int y, int64_t cb, int64_t cr)
@@ -43,8 +44,8 @@ struct RgbStep {
         return {lumaByTables(r, g, b) - 128, blueByTables(r, g, b) - 128, redByTables(r, g, b) - 128};
     }
 
-    // Factors beyond 16 bits are 65536 and a rest: (65536 * c) >> 16 is c itself. The rests' terms are far from the
-    // ends of 16 bits, so that a sum of Y and c that saturates has the right sign with them too.
+    // Factors beyond 16 bits are 65536 and a rest: (65536 * c) >> 16 is c itself. The rests' terms are at most 25297:
+    // where the sum of Y and c saturates, it is beyond the range of bytes with them too.
     static QEL_INLINE Registers<5> terms(Wide cb, Wide cr)
     {
         auto times = [](Wide c, int factor) { return Op::mulHigh(c, Wide{} + int16_t(factor)); };
@@ -67,10 +68,10 @@ struct RgbStep {
     {
         auto times = [](Wide v, int factor) { return Op::mulHigh(v, Wide{} + int16_t(factor)); };
         Wide red = r - g, blue = b - g;
-        auto factors = (Wide)(U32<kWidth>{} + (uint32_t(7471) << 16 | 19595));
+        auto factors = (Wide)(U32<kWidth>{} + (uint32_t(kBlueInLuma) << 16 | kRedInLuma));
         auto sum = [=](Wide pairs) { return (Op::mulAddPairs(pairs, factors) + 32768) >> 16; };
         Wide luma = Op::pack(sum(Op::zipLow(red, blue)), sum(Op::zipHigh(red, blue)));
-        return {luma + (g - 128), (blue - times(red, 2 * 11059)) >> 1, (red - times(blue, 2 * 5329)) >> 1};
+        return {luma + (g - 128), (blue - times(red, 2 * kRedInCb)) >> 1, (red - times(blue, 2 * kBlueInCr)) >> 1};
     }
 };
 

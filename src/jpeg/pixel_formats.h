@@ -1,5 +1,5 @@
-// Pixel formats for kernels. A format is a row with get<V>(i, ...) and put<V>(i, ...) of the V::kCount pixels from i on,
-// channels as V::Type. Row is a pointer to bytes, or whatever else V loads from and stores to.
+// Pixel formats for kernels. A format is a row with get<V>(i, ...) and put<V>(i, ...) of the V::kCount pixels from i
+// on, channels as V::Type. Row is a pointer to bytes, or whatever else V loads from and stores to.
 #pragma once
 
 #include "jpeg/samples.h"

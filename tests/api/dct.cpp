@@ -39,32 +39,6 @@ TEST(Dct, FlatBlocksGoThereAndBack)
     }
 }
 
-TEST(Dct, MeanAloneSpreadsEvenly)
-{
-    const Tables ones(1);
-    for (int mean = -8000; mean <= 8000; mean += 7) {
-        int16_t block[64] = {int16_t(mean)};
-        ASSERT_EQ(qeliDCTQuantInv8x8_JPEG_16s_C1I(block, ones.dec), qelStsNoErr);
-        for (int16_t value : block) EXPECT_NEAR(value, mean / 8.0, 1);
-    }
-}
-
-TEST(Dct, OvershootIsClamped)
-{
-    const Tables ones(1);
-    const struct {
-        int16_t mean, other;
-        uint8_t least, most;
-    } table[] = {{3000, 0, 255, 255}, {-3000, 0, 0, 0}, {1000, 900, 0, 255}, {32767, 0, 255, 255}, {-32768, 0, 0, 0}};
-    for (auto& row : table) {
-        int16_t block[64] = {row.mean, row.other};
-        uint8_t out[64];
-        ASSERT_EQ(qeliDCTQuantInv8x8LS_JPEG_16s8u_C1R(block, out, 8, ones.dec), qelStsNoErr);
-        EXPECT_LE(*std::min_element(out, out + 64), row.least + (row.other ? 200 : 0));
-        EXPECT_EQ(*std::max_element(out, out + 64), row.most);
-    }
-}
-
 TEST(Dct, ClipKeepsToItsBoundsAndRows)
 {
     Random random(8);
