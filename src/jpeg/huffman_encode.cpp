@@ -54,15 +54,16 @@ int takeDifference(const int16_t* block, int16_t* lastDc)
     return difference;
 }
 
-// These two stand apart from the exported function, which then has nothing to save and restore.
-__attribute__((noinline)) QelStatus flushStream(uint8_t* dst, int dstLen, int* pos, QelEncodeHuffmanState* state)
+// The two others that a call may come to have the arguments of the kernel, so that the exported function passes its own
+// on as they are.
+QelStatus flushStream(const int16_t*, uint8_t* dst, int dstLen, int* pos, int16_t*, const QelEncodeHuffmanSpec*,
+                      const QelEncodeHuffmanSpec*, QelEncodeHuffmanState* state)
 {
     return HuffmanWriter{dst, dstLen, pos, state}.flush();
 }
 
-__attribute__((noinline)) QelStatus encodeNearEnd(const int16_t* src, uint8_t* dst, int dstLen, int* pos,
-                                                  int16_t* lastDc, const QelEncodeHuffmanSpec* dc,
-                                                  const QelEncodeHuffmanSpec* ac, QelEncodeHuffmanState* state)
+QelStatus encodeNearEnd(const int16_t* src, uint8_t* dst, int dstLen, int* pos, int16_t* lastDc,
+                        const QelEncodeHuffmanSpec* dc, const QelEncodeHuffmanSpec* ac, QelEncodeHuffmanState* state)
 {
     HuffmanWriter out = {dst, dstLen, pos, state};
     if (out.room() >= HuffmanEncodeKernels::kRoomForBlock) {
@@ -81,11 +82,12 @@ QelStatus qeliEncodeHuffman8x8_JPEG_16s1u_C1(const int16_t* pSrc, uint8_t* pDst,
                                              int flush)
 {
     if (QelStatus bad = first(pointers(pDst), length(dstLenBytes), pointers(pDstCurrPos, pState))) return bad;
-    if (flush) return flushStream(pDst, dstLenBytes, pDstCurrPos, pState);
-    if (QelStatus bad = pointers(pSrc, pLastDC, pDcTable, pAcTable)) return bad;
-    HuffmanWriter out = {pDst, dstLenBytes, pDstCurrPos, pState};
-    auto encode = out.room() >= HuffmanEncodeKernels::kRoomForAnyBlock ? kernels<HuffmanEncodeKernels>().encodeBlock
-                                                                       : encodeNearEnd;
+    auto encode = flushStream;
+    if (!flush) {
+        if (QelStatus bad = pointers(pSrc, pLastDC, pDcTable, pAcTable)) return bad;
+        bool isFarFromEnd = dstLenBytes - (int64_t)*pDstCurrPos >= HuffmanEncodeKernels::kRoomForAnyBlock;
+        encode = isFarFromEnd && *pDstCurrPos >= 0 ? kernels<HuffmanEncodeKernels>().encodeBlock : encodeNearEnd;
+    }
     return encode(pSrc, pDst, dstLenBytes, pDstCurrPos, pLastDC, pDcTable, pAcTable, pState);
 }
 

@@ -1,6 +1,7 @@
 // The best Huffman table for given statistics (T.81 K.2).
 #include <stdint.h>
-#include <string.h>
+
+#include <algorithm>
 
 #include "core/checks.h"
 #include "jpeg/huffman_tables.h"
@@ -13,70 +14,95 @@ namespace {
 constexpr int kReserved = 256;
 constexpr int kSymbols = 257;
 constexpr int kLongestUnlimited = 32;
-constexpr int kNone = -1;
 // A frequency above this is never the smallest.
-constexpr int64_t kCeiling = 1'000'000'000;
+constexpr uint64_t kCeiling = 1'000'000'000;
 
-// Trees that are joined two at a time. The symbols of a tree form a chain that starts at the one with its frequency.
-struct Forest {
-    int64_t frequency[kSymbols]; // 0 for a symbol that is no chain's start
-    int length[kSymbols];
-    int next[kSymbols];
-
+// Trees that are joined two at a time, always the two rarest; of equally rare ones that of the highest symbol first,
+// where a tree has the symbol of the rarer of the two that it was made of.
+class Forest {
+public:
     explicit Forest(const uint32_t* statistics)
     {
         for (int i = 0; i < kSymbols; ++i) {
-            frequency[i] = i == kReserved ? 1 : statistics[i];
-            length[i] = 0;
-            next[i] = kNone;
+            uint64_t frequency = i == kReserved ? 1 : statistics[i];
+            if (frequency > 0) leaves_[leafCount_++] = {frequency, i, i};
         }
-    }
-
-    // The rarest tree but `other`; of equally rare ones the last.
-    int rarest(int other) const
-    {
-        int found = kNone;
-        int64_t least = kCeiling;
-        for (int i = 0; i < kSymbols; ++i)
-            if (frequency[i] != 0 && frequency[i] <= least && i != other) {
-                least = frequency[i];
-                found = i;
-            }
-        return found;
-    }
-
-    // Makes every code of a tree one bit longer; returns the last symbol of its chain.
-    int lengthen(int tree)
-    {
-        ++length[tree];
-        while (next[tree] != kNone) ++length[tree = next[tree]];
-        return tree;
+        std::sort(leaves_, leaves_ + leafCount_, isRarer);
     }
 
     void joinAll()
     {
-        for (;;) {
-            int a = rarest(kNone);
-            if (a == kNone) return;
-            int b = rarest(a);
-            if (b == kNone) return;
-            frequency[a] += frequency[b];
-            frequency[b] = 0;
-            int last = lengthen(a);
-            lengthen(b);
-            next[last] = b;
+        Tree a, b;
+        while (takeRarest(a) && takeRarest(b)) {
+            int node = kSymbols + madeCount_;
+            parent_[a.node] = parent_[b.node] = (int16_t)node;
+            insert({a.frequency + b.frequency, a.symbol, node});
         }
     }
+
+    // Of the code of each symbol, once all are joined; 0 for one without a code.
+    void measure(int* lengths) const
+    {
+        int depth[kNodes] = {};
+        for (int node = kSymbols + madeCount_ - 1; node >= 0; --node)
+            if (parent_[node] != 0) depth[node] = depth[parent_[node]] + 1;
+        std::copy(depth, depth + kSymbols, lengths);
+    }
+
+private:
+    struct Tree {
+        uint64_t frequency;
+        int symbol;
+        int node;
+    };
+    static bool isRarer(const Tree& a, const Tree& b)
+    {
+        return a.frequency != b.frequency ? a.frequency < b.frequency : a.symbol > b.symbol;
+    }
+
+    bool takeRarest(Tree& tree)
+    {
+        bool hasLeaf = nextLeaf_ < leafCount_, hasMade = nextMade_ < madeCount_;
+        if (!hasLeaf && !hasMade) return false;
+        bool isLeaf = hasLeaf && (!hasMade || isRarer(leaves_[nextLeaf_], made_[nextMade_]));
+        tree = isLeaf ? leaves_[nextLeaf_++] : made_[nextMade_++];
+        return tree.frequency <= kCeiling;
+    }
+
+    // A new tree is no rarer than those made before it, but may come before some that are as rare.
+    void insert(const Tree& tree)
+    {
+        int at = madeCount_++;
+        for (; at > nextMade_ && isRarer(tree, made_[at - 1]); --at) made_[at] = made_[at - 1];
+        made_[at] = tree;
+    }
+
+    static constexpr int kNodes = 2 * kSymbols;
+    Tree leaves_[kSymbols], made_[kSymbols]; // each from its rarest on
+    int leafCount_ = 0, nextLeaf_ = 0, madeCount_ = 0, nextMade_ = 0;
+    int16_t parent_[kNodes] = {}; // 0 for a root
 };
 
 // False if a code is too long even for the table that is to be limited.
-bool countLengths(const Forest& forest, int* counts)
+bool countLengths(const int* lengths, int* counts)
 {
-    for (int length : forest.length) {
+    for (int i = 0; i < kSymbols; ++i) {
+        int length = lengths[i];
         if (length > kLongestUnlimited) return false;
         if (length > 0) ++counts[length];
     }
     return true;
+}
+
+// The symbols in order of code length, and in their own among equally long ones.
+void listValues(const int* lengths, uint8_t* values)
+{
+    uint8_t* next[kLongestUnlimited + 1] = {};
+    int counts[kLongestUnlimited + 1] = {};
+    for (int symbol = 0; symbol < kReserved; ++symbol) ++counts[lengths[symbol]];
+    for (int length = 1; length <= kLongestUnlimited; values += counts[length++]) next[length] = values;
+    for (int symbol = 0; symbol < kReserved; ++symbol)
+        if (lengths[symbol] > 0) *next[lengths[symbol]]++ = (uint8_t)symbol;
 }
 
 // T.81 Figure K.3: two codes that are too long become one a bit shorter and two below a shorter prefix.
@@ -107,13 +133,13 @@ QelStatus qeliEncodeHuffmanRawTableInit_JPEG_8u(const uint32_t* pStatistics, uin
     if (QelStatus bad = pointers(pStatistics, pBits, pVals)) return bad;
     Forest forest(pStatistics);
     forest.joinAll();
+    int lengths[kSymbols];
+    forest.measure(lengths);
     int counts[kLongestUnlimited + 1] = {};
-    if (!countLengths(forest, counts)) return qelStsJPEGHuffSpecErr;
+    if (!countLengths(lengths, counts)) return qelStsJPEGHuffSpecErr;
     limitLengths(counts);
     removeReserved(counts);
     for (int length = 1; length <= kLongestCode; ++length) pBits[length - 1] = (uint8_t)counts[length];
-    for (int length = 1; length <= kLongestUnlimited; ++length)
-        for (int symbol = 0; symbol < kReserved; ++symbol)
-            if (forest.length[symbol] == length) *pVals++ = (uint8_t)symbol;
+    listValues(lengths, pVals);
     return qelStsNoErr;
 }

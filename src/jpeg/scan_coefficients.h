@@ -99,7 +99,11 @@ public:
     }
 
     // False if one may be beyond the bytes.
-    QEL_INLINE bool areBytes() const { return kAsBytes && Simd<N>::isZero(beyond_); }
+    QEL_INLINE bool areBytes() const
+    {
+        if constexpr (!kAsBytes) return false;
+        return Simd<N>::isZero(beyond_);
+    }
 
     uint64_t set;
     alignas(32) uint8_t bytes[64];

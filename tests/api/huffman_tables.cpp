@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cmath>
 #include <numeric>
 #include <queue>
 #include <vector>
@@ -244,6 +246,91 @@ TEST(OptimalTable, IsValidAndOptimal)
         }
     }
     EXPECT_GT(unlimited, 100);
+}
+
+// T.81 Figures K.1 to K.4, step by step.
+struct SlowTable {
+    std::array<int64_t, 257> frequency{};
+    std::array<int, 257> length{}, next{};
+    std::array<int, 64> counts{};
+    std::vector<uint8_t> bits, values;
+
+    explicit SlowTable(const std::array<uint32_t, 256>& statistics)
+    {
+        std::copy(statistics.begin(), statistics.end(), frequency.begin());
+        frequency[256] = 1;
+        next.fill(-1);
+        for (int a, b; (a = rarest(-1)) >= 0 && (b = rarest(a)) >= 0;) join(a, b);
+        for (int n : length) ++counts[std::min(n, 63)];
+        if (isTooDeep()) return;
+        limit();
+        bits.assign(counts.begin() + 1, counts.begin() + 17);
+        for (int n = 1; n <= 32; ++n)
+            for (int i = 0; i < 256; ++i)
+                if (length[i] == n) values.push_back(uint8_t(i));
+    }
+    bool isTooDeep() const
+    {
+        return std::any_of(length.begin(), length.end(), [](int n) { return n > 32; });
+    }
+
+private:
+    int rarest(int other) const
+    {
+        int found = -1;
+        int64_t least = 1'000'000'000;
+        for (int i = 0; i < 257; ++i)
+            if (i != other && frequency[i] != 0 && frequency[i] <= least) least = frequency[found = i];
+        return found;
+    }
+    void join(int a, int b)
+    {
+        frequency[a] += frequency[b];
+        frequency[b] = 0;
+        for (++length[a]; next[a] >= 0;) ++length[a = next[a]];
+        next[a] = b;
+        for (++length[b]; next[b] >= 0;) ++length[b = next[b]];
+    }
+    void limit()
+    {
+        for (int i = 32; i > 16; --i)
+            while (counts[i] > 0) {
+                int j = i - 2;
+                while (counts[j] == 0) --j;
+                counts[i] -= 2, counts[i - 1] += 1, counts[j + 1] += 2, counts[j] -= 1;
+            }
+        int longest = 16;
+        while (longest > 0 && counts[longest] == 0) --longest;
+        if (longest > 0) --counts[longest];
+    }
+};
+
+// Statistics as steep as they may be and steeper, equally rare symbols, many and few, and counters above the ceiling.
+TEST(OptimalTable, EqualsTheStepByStepOne)
+{
+    Random random(9);
+    int tooDeep = 0;
+    for (int round = 0; round < 1000; ++round) {
+        std::array<uint32_t, 256> statistics{};
+        int kind = random.between(0, 3), scale = random.between(0, 31), gaps = random.between(0, 9);
+        for (int i = 0; i < 256; ++i) {
+            if (kind != 0 && random.between(0, gaps) != 0) continue;
+            statistics[i] = kind == 0   ? i < 43 ? uint32_t(std::pow(1.45 + scale / 150.0, i)) : 0
+                            : kind == 1 ? 1u << random.between(0, scale)
+                            : kind == 2 ? uint32_t(random.between(0, 1 << random.between(0, scale % 8)))
+                                        : uint32_t(random.between(0, 1'200'000'000));
+        }
+        SlowTable expected(statistics);
+        std::vector<uint8_t> bits(16), values(256);
+        QelStatus status = qeliEncodeHuffmanRawTableInit_JPEG_8u(statistics.data(), bits.data(), values.data());
+        ASSERT_EQ(status, expected.isTooDeep() ? qelStsJPEGHuffSpecErr : qelStsNoErr);
+        tooDeep += expected.isTooDeep();
+        if (expected.isTooDeep()) continue;
+        ASSERT_EQ(bits, expected.bits);
+        values.resize(expected.values.size());
+        ASSERT_EQ(values, expected.values);
+    }
+    EXPECT_GT(tooDeep, 5);
 }
 
 }
