@@ -10,9 +10,6 @@ using namespace qel;
 
 namespace {
 
-// Room that the fast path asks for.
-constexpr int kRoomForOne = 9;
-
 QelStatus encodeDc(const HuffmanWriter& out, int difference, const QelEncodeHuffmanSpec* dc)
 {
     int category = categoryOf(difference);
@@ -38,12 +35,18 @@ QelStatus encodeAc(const HuffmanWriter& out, const int16_t* block, const QelEnco
     return run == 0 ? qelStsNoErr : out.writeSymbol(ac, kEndOfBlock);
 }
 
-// A difference of 32768 in magnitude has no bits behind its category.
-QelStatus encodeOne(const HuffmanWriter& out, int16_t value, const QelEncodeHuffmanSpec* spec)
+// What is left of the One function: the end of the buffer, and of the scan. Failures are not reported. A difference of
+// 32768 in magnitude has no bits behind its category.
+__attribute__((noinline)) QelStatus finishOne(int16_t value, uint8_t* dst, int dstLen, int* pos,
+                                              const QelEncodeHuffmanSpec* spec, QelEncodeHuffmanState* state, int flush)
 {
+    HuffmanWriter out = {dst, dstLen, pos, state};
     int category = categoryOf(value);
-    if (QelStatus bad = out.writeSymbol(spec, category)) return bad;
-    return category < 16 ? out.writeValue(value, category) : qelStsNoErr;
+    if (flush)
+        out.flush();
+    else if (out.writeSymbol(spec, category) == qelStsNoErr && category < 16)
+        out.writeValue(value, category);
+    return qelStsNoErr;
 }
 
 int takeDifference(const int16_t* block, int16_t* lastDc)
@@ -105,17 +108,14 @@ QelStatus qeliEncodeHuffmanOne_JPEG_16s1u_C1(int16_t src, uint8_t* pDst, int dst
                                              int flush)
 {
     if (QelStatus bad = first(pointers(pDst), length(dstLenBytes), pointers(pDstCurrPos, pState))) return bad;
-    HuffmanWriter out = {pDst, dstLenBytes, pDstCurrPos, pState};
-    if (flush) {
-        out.flush();
-        return qelStsNoErr;
+    if (!flush) {
+        if (QelStatus bad = pointers(pDcTable)) return bad;
+        if (*pDstCurrPos >= 0 && dstLenBytes - *pDstCurrPos >= HuffmanEncodeKernels::kRoomForValue) {
+            kernels<HuffmanEncodeKernels>().encodeValue(src, pDst, pDstCurrPos, pDcTable, pState);
+            return qelStsNoErr;
+        }
     }
-    if (QelStatus bad = pointers(pDcTable)) return bad;
-    if (out.room() >= kRoomForOne)
-        ownqj_EecodeHuffmanOne_JPEG_16s1u_C1(src, pDst, pDstCurrPos, pDcTable, pState);
-    else
-        encodeOne(out, src, pDcTable);
-    return qelStsNoErr;
+    return finishOne(src, pDst, dstLenBytes, pDstCurrPos, pDcTable, pState, flush);
 }
 
 QelStatus qeliGetHuffmanStatistics8x8_JPEG_16s_C1(const int16_t* pSrc, uint32_t* pDcStatistics, uint32_t* pAcStatistics,
@@ -148,24 +148,8 @@ void ownqj_EncodeHuffman8x8_Direct_JPEG_16s1u_C1(const int16_t* src, uint8_t* ds
     kernels<HuffmanEncodeKernels>().encodeBlockDirect(src, dst, bitLength, lastDc, dc, ac);
 }
 
-// Code and value together are at most 31 bits.
 void ownqj_EecodeHuffmanOne_JPEG_16s1u_C1(int16_t src, uint8_t* dst, int* pos, const QelEncodeHuffmanSpec* spec,
                                           QelEncodeHuffmanState* state)
 {
-    int category = categoryOf(src), extraBits = category & 15;
-    uint32_t entry = spec->entries[category], extra = (uint32_t)(src + (src >> 15)) & ((1u << extraBits) - 1);
-    if (entry == 0) return;
-    uint64_t bits = (uint64_t)state->accumulator[0] >> (24 - state->count);
-    bits = (bits << (entry >> 16) | (entry & 0xFFFF)) << extraBits | extra;
-    int count = state->count + (int)(entry >> 16) + extraBits;
-    uint8_t* next = dst + *pos;
-    for (; count >= 8; count -= 8) {
-        auto byte = (uint8_t)(bits >> (count - 8));
-        *next++ = byte;
-        if (byte == 0xFF) *next++ = 0;
-    }
-    state->accumulator[0] = (uint32_t)(bits << (24 - count));
-    state->accumulator[1] = 0;
-    state->count = count;
-    *pos = (int)(next - dst);
+    kernels<HuffmanEncodeKernels>().encodeValue(src, dst, pos, spec, state);
 }

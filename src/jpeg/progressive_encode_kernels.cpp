@@ -223,7 +223,8 @@ template <class Walk> QEL_INLINE QelStatus encode(uint8_t* dst, int dstLen, int*
     Pending pending = Pending::of(*state);
     walk(writer, pending);
     if (writer.status == qelStsJPEGOutOfBufErr || !writer.out.hasRoom()) return qelStsJPEGOutOfBufErr;
-    writer.out.finishInto(*state);
+    writer.out.finishAtOnce();
+    writer.out.storeTo(*state);
     pending.storeTo(*state);
     *pos = int(writer.out.next - dst);
     return writer.status;
