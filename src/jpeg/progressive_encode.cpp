@@ -75,7 +75,8 @@ bool isNegativeAt(const int16_t* block, int position)
     return coefficientAt(block, own_qj_izigzag_index[position]) < 0;
 }
 
-QelStatus writeFirst(const int16_t* block, const Band& band, const BandWriter& sink, QelEncodeHuffmanState* state)
+__attribute__((noinline)) QelStatus writeFirst(const int16_t* block, const Band& band, const BandWriter& sink,
+                                               QelEncodeHuffmanState* state)
 {
     int zeros = 0;
     for (int k = band.ss; k <= band.se; ++k) {
@@ -107,7 +108,8 @@ int lastNewPosition(const int16_t* block, const Band& band)
 
 // The correction bits of a block are kept behind those of the pending run; once that run is written, they move to the
 // front of the buffer.
-QelStatus writeRefinement(const int16_t* block, const Band& band, const BandWriter& sink, QelEncodeHuffmanState* state)
+__attribute__((noinline)) QelStatus writeRefinement(const int16_t* block, const Band& band, const BandWriter& sink,
+                                                    QelEncodeHuffmanState* state)
 {
     int last = lastNewPosition(block, band), zeros = 0;
     uint8_t* bits = state->correctionBits + state->correctionCount;
@@ -136,6 +138,19 @@ QelStatus writeRefinement(const int16_t* block, const Band& band, const BandWrit
         zeros = 0;
     }
     return zeros > 0 || count > 0 ? lengthenRun(sink, count, state) : qelStsNoErr;
+}
+
+// By the kernel, or if the block comes near the end of the buffer by the plain steps.
+template <class Kernel, class Plainly>
+inline QelStatus encodeBand(Kernel kernel, Plainly plainly, const int16_t* src, uint8_t* dst, int dstLen, int* pos,
+                            const Band& band, const QelEncodeHuffmanSpec* ac, QelEncodeHuffmanState* state)
+{
+    BandWriter writer = {{dst, dstLen, pos, state}, ac};
+    if (writer.out.room() >= ProgressiveEncodeKernels::kRoomForBlock) {
+        QelStatus status = kernel(src, dst, dstLen, pos, band, ac, state);
+        if (status != qelStsJPEGOutOfBufErr) return status;
+    }
+    return plainly(src, band, writer, state);
 }
 
 QelStatus checkStream(const uint8_t* dst, int dstLen, const int* pos, const QelEncodeHuffmanState* state)
@@ -193,8 +208,8 @@ QelStatus qeliEncodeHuffman8x8_ACFirst_JPEG_16s1u_C1(const int16_t* pSrc, uint8_
     if (QelStatus bad = first(checkStream(pDst, dstLenBytes, pDstCurrPos, pState), pointers(pAcTable))) return bad;
     if (flush) return ownqj_EncodeHuffman8x8_ACFlush_JPEG_16s1u_C1(pDst, dstLenBytes, pDstCurrPos, pAcTable, pState);
     if (QelStatus bad = first(pointers(pSrc), values(isValid({ss, se, al})))) return bad;
-    return ownqj_EncodeHuffman8x8_ACFirst_JPEG_16s1u_C1(pSrc, pDst, dstLenBytes, pDstCurrPos, ss, se, al, pAcTable,
-                                                        pState);
+    return encodeBand(kernels<ProgressiveEncodeKernels>().encodeFirst, writeFirst, pSrc, pDst, dstLenBytes, pDstCurrPos,
+                      {ss, se, al}, pAcTable, pState);
 }
 
 QelStatus qeliEncodeHuffman8x8_ACRefine_JPEG_16s1u_C1(const int16_t* pSrc, uint8_t* pDst, int dstLenBytes,
@@ -205,8 +220,8 @@ QelStatus qeliEncodeHuffman8x8_ACRefine_JPEG_16s1u_C1(const int16_t* pSrc, uint8
     if (QelStatus bad = first(checkStream(pDst, dstLenBytes, pDstCurrPos, pState), pointers(pAcTable))) return bad;
     if (flush) return ownqj_EncodeHuffman8x8_ACFlush_JPEG_16s1u_C1(pDst, dstLenBytes, pDstCurrPos, pAcTable, pState);
     if (QelStatus bad = first(pointers(pSrc), values(isValid({ss, se, al})))) return bad;
-    return ownqj_EncodeHuffman8x8_ACRefine_JPEG_16s1u_C1(pSrc, pDst, dstLenBytes, pDstCurrPos, ss, se, al, pAcTable,
-                                                         pState);
+    return encodeBand(kernels<ProgressiveEncodeKernels>().encodeRefinement, writeRefinement, pSrc, pDst, dstLenBytes,
+                      pDstCurrPos, {ss, se, al}, pAcTable, pState);
 }
 
 QelStatus qeliGetHuffmanStatistics8x8_DCFirst_JPEG_16s_C1(const int16_t* pSrc, uint32_t* pDcStatistics,
@@ -239,35 +254,23 @@ QelStatus qeliGetHuffmanStatistics8x8_ACRefine_JPEG_16s_C1(const int16_t* pSrc, 
     if (QelStatus bad = pointers(pAcStatistics, pState)) return bad;
     if (flush) return ownqj_GetHuffmanStatistics8x8_ACFlush_JPEG_16s_C1(pAcStatistics, pState);
     if (QelStatus bad = first(pointers(pSrc), values(isValid({ss, se, al})))) return bad;
-    return ownqj_GetHuffmanStatistics8x8_ACRefine_JPEG_16s_C1(pSrc, pAcStatistics, ss, se, al, pState);
+    return kernels<ProgressiveEncodeKernels>().countRefinement(pSrc, pAcStatistics, {ss, se, al}, pState);
 }
 
 QelStatus ownqj_EncodeHuffman8x8_ACFirst_JPEG_16s1u_C1(const int16_t* src, uint8_t* dst, int dstLen, int* pos, int ss,
                                                        int se, int al, const QelEncodeHuffmanSpec* ac,
                                                        QelEncodeHuffmanState* state)
 {
-    BandWriter plain = {{dst, dstLen, pos, state}, ac};
-    Band band = {ss, se, al};
-    if (plain.out.room() >= ProgressiveEncodeKernels::kRoomForBlock) {
-        auto encode = kernels<ProgressiveEncodeKernels>().encodeFirst;
-        QelStatus status = encode(src, dst, dstLen, pos, band, ac, state);
-        if (status != qelStsJPEGOutOfBufErr) return status;
-    }
-    return writeFirst(src, band, plain, state);
+    return encodeBand(kernels<ProgressiveEncodeKernels>().encodeFirst, writeFirst, src, dst, dstLen, pos, {ss, se, al},
+                      ac, state);
 }
 
 QelStatus ownqj_EncodeHuffman8x8_ACRefine_JPEG_16s1u_C1(const int16_t* src, uint8_t* dst, int dstLen, int* pos, int ss,
                                                         int se, int al, const QelEncodeHuffmanSpec* ac,
                                                         QelEncodeHuffmanState* state)
 {
-    BandWriter plain = {{dst, dstLen, pos, state}, ac};
-    Band band = {ss, se, al};
-    if (plain.out.room() >= ProgressiveEncodeKernels::kRoomForBlock) {
-        auto encode = kernels<ProgressiveEncodeKernels>().encodeRefinement;
-        QelStatus status = encode(src, dst, dstLen, pos, band, ac, state);
-        if (status != qelStsJPEGOutOfBufErr) return status;
-    }
-    return writeRefinement(src, band, plain, state);
+    return encodeBand(kernels<ProgressiveEncodeKernels>().encodeRefinement, writeRefinement, src, dst, dstLen, pos,
+                      {ss, se, al}, ac, state);
 }
 
 QelStatus ownqj_EncodeHuffman8x8_ACFlush_JPEG_16s1u_C1(uint8_t* dst, int dstLen, int* pos,
