@@ -36,20 +36,4 @@ Segment readSegment(Bytes file, size_t from)
     return segment;
 }
 
-Bytes Fields::take(size_t count)
-{
-    if (bytes_.size() < count) fail("too short");
-    auto taken = bytes_.first(count);
-    bytes_ = bytes_.subspan(count);
-    position_ += count;
-    return taken;
-}
-
-void Fields::finish() const
-{
-    if (!atEnd()) fail("too long");
-}
-
-void Fields::fail(const std::string& what) const { throw CodecError(std::string(name_) + ": " + what, position_); }
-
 }

@@ -1,13 +1,10 @@
-// Marker layer of a JPEG file: marker codes, marker segments, and reading the fields in them (T.81 Annex B).
+// Marker layer of a JPEG file: marker codes and marker segments (T.81 Annex B).
 #pragma once
 
 #include <cstddef>
 #include <cstdint>
-#include <string>
-#include <vector>
 
-#include "codec/bytes.h"
-#include "codec/error.h"
+#include "codec/fields.h"
 
 namespace qel::codec {
 
@@ -27,42 +24,8 @@ inline bool standsAlone(uint8_t code) { return (code >= kRst0 && code <= kEoi) |
 // Position of the first marker (its 0xFF) at or behind `from`, or the size of the file.
 size_t findMarker(Bytes file, size_t from);
 
-// A marker with the parameters behind it.
-struct Segment {
-    uint8_t code = 0;
-    size_t position = 0; // of the 0xFF
-    size_t end = 0;      // first byte behind the segment
-    Bytes parameters;
-};
-
 // The segment whose marker is the first at or behind `from`. Throws CodecError where the file ends
 // too early, and for a bad length.
 Segment readSegment(Bytes file, size_t from);
-
-// Walks the parameters of a segment, and refuses to read past them.
-class Fields {
-public:
-    // `name` is for messages.
-    Fields(const Segment& segment, const char* name)
-        : bytes_(segment.parameters), position_(segment.end - bytes_.size()), name_(name)
-    {}
-
-    int u8() { return take(1)[0]; }
-    int u16()
-    {
-        auto two = take(2);
-        return two[0] << 8 | two[1];
-    }
-    Bytes take(size_t count);
-    bool atEnd() const { return bytes_.empty(); }
-    // Throws CodecError unless all parameters have been read.
-    void finish() const;
-    [[noreturn]] void fail(const std::string& what) const;
-
-private:
-    Bytes bytes_;
-    size_t position_; // of the next byte, in the file
-    const char* name_;
-};
 
 }
