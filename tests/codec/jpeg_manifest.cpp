@@ -3,56 +3,19 @@
 #include <openssl/sha.h>
 
 #include <chrono>
-#include <cstdlib>
-#include <filesystem>
-#include <fstream>
-#include <map>
-#include <sstream>
 
 #include "codec/compare.h"
 #include "codec/error.h"
 #include "codec/file_io.h"
 #include "codec/jpeg_reader.h"
 #include "codec/pnm.h"
+#include "manifest.h"
 
 namespace {
 
 namespace fs = std::filesystem;
 using namespace qel::codec;
-
-fs::path dataFolder()
-{
-    const char* named = std::getenv("QELJX_TEST_DATA");
-    return named ? named : QELJX_TEST_DATA;
-}
-
-// One line of the manifest: values by the names of the columns.
-using Row = std::map<std::string, std::string>;
-
-std::vector<std::string> split(const std::string& text, char at)
-{
-    std::vector<std::string> parts;
-    std::istringstream stream(text);
-    for (std::string part; std::getline(stream, part, at);) parts.push_back(part);
-    return parts;
-}
-
-std::vector<Row> rowsOf(const std::string& group)
-{
-    std::ifstream file(dataFolder() / "manifest.csv");
-    std::string line;
-    std::getline(file, line);
-    auto names = split(line, ',');
-    std::vector<Row> rows;
-    while (std::getline(file, line)) {
-        auto values = split(line, ',');
-        values.resize(names.size());
-        Row row;
-        for (size_t i = 0; i < names.size(); ++i) row[names[i]] = values[i];
-        if (row["group"] == group) rows.push_back(row);
-    }
-    return rows;
-}
+using namespace qel::test;
 
 std::string digest(const std::vector<uint8_t>& bytes)
 {

@@ -1,0 +1,98 @@
+// Codestreams taken to pieces, to be put together in other ways.
+#pragma once
+
+#include <algorithm>
+
+#include "j2k_reading.h"
+
+namespace qel::test {
+
+using File = std::vector<uint8_t>;
+
+struct PacketPieces {
+    File header, body;
+};
+
+struct TilePartPieces {
+    File start; // SOT, with a length that is set when it is stored
+    std::vector<PacketPieces> packets;
+};
+
+struct CodestreamPieces {
+    File mainHeader;
+    std::vector<TilePartPieces> parts;
+};
+
+inline void append(File& file, codec::Bytes more) { file.insert(file.end(), more.begin(), more.end()); }
+
+// Moves the bytes before the marker, or all, from `rest` to the result.
+inline File takeUpTo(codec::Bytes& rest, uint8_t code)
+{
+    size_t at = 0;
+    while (at < rest.size() && !codec::isJ2kMarker(rest, at, code)) ++at;
+    File taken(rest.begin(), rest.begin() + ptrdiff_t(at));
+    rest = rest.subspan(at);
+    return taken;
+}
+
+// Of a file in which each packet has a SOP before it and an EPH behind its header.
+inline CodestreamPieces takeApart(codec::Bytes file)
+{
+    codec::J2kCodestream codestream(file, 0, file.size());
+    std::vector<codec::J2kTilePart> parts;
+    for (auto& [tile, some] : codestream.tileParts()) parts.insert(parts.end(), some.begin(), some.end());
+    std::ranges::sort(parts, {}, &codec::J2kTilePart::position);
+    CodestreamPieces pieces;
+    append(pieces.mainHeader, file.first(parts[0].position));
+    for (const codec::J2kTilePart& part : parts) {
+        TilePartPieces& taken = pieces.parts.emplace_back();
+        append(taken.start, file.subspan(part.position, 12));
+        for (codec::Bytes rest = part.body; !rest.empty();) {
+            rest = rest.subspan(6);
+            PacketPieces& packet = taken.packets.emplace_back();
+            packet.header = takeUpTo(rest, codec::j2k_marker::kEph);
+            rest = rest.subspan(2);
+            packet.body = takeUpTo(rest, codec::j2k_marker::kSop);
+        }
+    }
+    return pieces;
+}
+
+inline File headersOf(const TilePartPieces& part)
+{
+    File headers;
+    for (const PacketPieces& packet : part.packets) append(headers, packet.header);
+    return headers;
+}
+
+inline File bodiesOf(const TilePartPieces& part)
+{
+    File bodies;
+    for (const PacketPieces& packet : part.packets) append(bodies, packet.body);
+    return bodies;
+}
+
+inline File packetsOf(const TilePartPieces& part)
+{
+    File packets;
+    for (const PacketPieces& packet : part.packets) {
+        append(packets, packet.header);
+        append(packets, packet.body);
+    }
+    return packets;
+}
+
+// A tile-part with segments in its header and `data` behind it.
+inline void appendPart(File& file, const TilePartPieces& part, const File& segments, const File& data)
+{
+    size_t at = file.size(), length = part.start.size() + segments.size() + 2 + data.size();
+    append(file, part.start);
+    for (int i = 0; i < 4; ++i) file[at + 6 + size_t(i)] = uint8_t(length >> (24 - 8 * i));
+    append(file, segments);
+    file.insert(file.end(), {0xFF, codec::j2k_marker::kSod});
+    append(file, data);
+}
+
+inline void appendEoc(File& file) { file.insert(file.end(), {0xFF, codec::j2k_marker::kEoc}); }
+
+}

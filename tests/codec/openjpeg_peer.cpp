@@ -1,0 +1,144 @@
+// OpenJPEG behind a function to memory; its errors become exceptions.
+#include "openjpeg_peer.h"
+
+#include <openjpeg.h>
+
+#include <cmath>
+#include <cstring>
+#include <memory>
+#include <stdexcept>
+
+#include "random.h"
+
+namespace qel::test {
+
+namespace {
+
+using namespace qel::codec;
+
+template <auto Free> struct Freed {
+    void operator()(auto* object) const { Free(object); }
+};
+using Codec = std::unique_ptr<opj_codec_t, Freed<opj_destroy_codec>>;
+using Image = std::unique_ptr<opj_image_t, Freed<opj_image_destroy>>;
+using Stream = std::unique_ptr<opj_stream_t, Freed<opj_stream_destroy>>;
+
+// A file in memory that is written at any place.
+struct MemoryFile {
+    std::vector<uint8_t> bytes;
+    size_t at = 0;
+
+    static OPJ_SIZE_T write(void* data, OPJ_SIZE_T count, void* user)
+    {
+        auto& file = *static_cast<MemoryFile*>(user);
+        file.bytes.resize(std::max(file.bytes.size(), file.at + count));
+        std::memcpy(file.bytes.data() + file.at, data, count);
+        file.at += count;
+        return count;
+    }
+    static OPJ_OFF_T skip(OPJ_OFF_T count, void* user)
+    {
+        static_cast<MemoryFile*>(user)->at += size_t(count);
+        return count;
+    }
+    static OPJ_BOOL seek(OPJ_OFF_T at, void* user)
+    {
+        static_cast<MemoryFile*>(user)->at = size_t(at);
+        return OPJ_TRUE;
+    }
+};
+
+Image makeImage(const OpenJpegCase& options)
+{
+    std::vector<opj_image_cmptparm_t> components(size_t(options.components));
+    J2kRect picture = {uint32_t(options.x0), uint32_t(options.y0), uint32_t(options.x0 + options.width),
+                       uint32_t(options.y0 + options.height)};
+    for (size_t c = 0; c < components.size(); ++c) {
+        opj_image_cmptparm_t& component = components[c];
+        component = {};
+        component.dx = c == 0 ? 1 : uint32_t(options.chromaDx);
+        component.dy = c == 0 ? 1 : uint32_t(options.chromaDy);
+        J2kRect rect = subsampled(picture, component.dx, component.dy);
+        component.w = rect.width();
+        component.h = rect.height();
+        component.prec = uint32_t(options.precision);
+    }
+    Image image(opj_image_create(uint32_t(options.components), components.data(), OPJ_CLRSPC_UNSPECIFIED));
+    image->x0 = picture.x0;
+    image->y0 = picture.y0;
+    image->x1 = picture.x1;
+    image->y1 = picture.y1;
+    Random random(unsigned(options.width));
+    int largest = (1 << options.precision) - 1;
+    for (size_t c = 0; c < components.size(); ++c)
+        for (uint32_t i = 0; i < components[c].w * components[c].h; ++i) {
+            uint32_t x = i % components[c].w, y = i / components[c].w;
+            double wave = std::sin(x * 0.07 + double(c)) + std::cos(y * 0.11);
+            int value = int(largest * (0.5 + 0.2 * wave)) + (x / 16 % 2 ? random.between(-20, 20) : 0);
+            image->comps[c].data[i] = std::clamp(value, 0, largest);
+        }
+    return image;
+}
+
+opj_cparameters_t parametersOf(const OpenJpegCase& options)
+{
+    opj_cparameters_t parameters;
+    opj_set_default_encoder_parameters(&parameters);
+    parameters.cp_disto_alloc = 1;
+    parameters.tcp_numlayers = options.layers;
+    for (int l = 0; l < options.layers; ++l)
+        parameters.tcp_rates[l] = l + 1 < options.layers ? 60.f / float(1 << l) : 0;
+    parameters.numresolution = options.levels + 1;
+    parameters.cblockw_init = options.blockWidth;
+    parameters.cblockh_init = options.blockHeight;
+    parameters.mode = options.style;
+    parameters.irreversible = !options.isReversible;
+    parameters.tcp_mct = options.transformsComponents;
+    parameters.prog_order = OPJ_PROG_ORDER(options.order);
+    parameters.csty = (options.hasSop ? 2 : 0) | (options.hasEph ? 4 : 0) | (options.precincts.empty() ? 0 : 1);
+    parameters.res_spec = int(options.precincts.size());
+    for (size_t i = 0; i < options.precincts.size(); ++i)
+        std::tie(parameters.prcw_init[i], parameters.prch_init[i]) = options.precincts[i];
+    if (options.tileWidth) {
+        parameters.tile_size_on = OPJ_TRUE;
+        parameters.cp_tdx = options.tileWidth;
+        parameters.cp_tdy = options.tileHeight;
+        parameters.cp_tx0 = options.tx0;
+        parameters.cp_ty0 = options.ty0;
+    }
+    if (options.roiShift) {
+        parameters.roi_compno = 0;
+        parameters.roi_shift = options.roiShift;
+    }
+    parameters.tp_on = options.tileParts != 0;
+    parameters.tp_flag = options.tileParts;
+    return parameters;
+}
+
+void check(bool isGood)
+{
+    if (!isGood) throw std::runtime_error("the peer refuses");
+}
+
+}
+
+std::vector<uint8_t> openJpegEncode(const OpenJpegCase& options)
+{
+    opj_cparameters_t parameters = parametersOf(options);
+    Image image = makeImage(options);
+    Codec codec(opj_create_compress(options.isJp2 ? OPJ_CODEC_JP2 : OPJ_CODEC_J2K));
+    MemoryFile file;
+    Stream stream(opj_stream_create(1 << 16, OPJ_FALSE));
+    opj_stream_set_user_data(stream.get(), &file, nullptr);
+    opj_stream_set_write_function(stream.get(), MemoryFile::write);
+    opj_stream_set_skip_function(stream.get(), MemoryFile::skip);
+    opj_stream_set_seek_function(stream.get(), MemoryFile::seek);
+    check(opj_setup_encoder(codec.get(), &parameters, image.get()));
+    check(opj_start_compress(codec.get(), image.get(), stream.get()));
+    check(opj_encode(codec.get(), stream.get()));
+    check(opj_end_compress(codec.get(), stream.get()));
+    stream.reset();
+    return file.bytes;
+}
+
+}

@@ -1,0 +1,37 @@
+// An independent JPEG 2000 codec (OpenJPEG) to make files with.
+#pragma once
+
+#include <cstdint>
+#include <ostream>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "codec/j2k_headers.h"
+
+namespace qel::test {
+
+// How to code a made-up picture.
+struct OpenJpegCase {
+    std::string name = {};
+    int width = 97, height = 71, x0 = 0, y0 = 0;
+    int components = 1, precision = 8;
+    int chromaDx = 1, chromaDy = 1;                      // of all components but the first
+    int tileWidth = 0, tileHeight = 0, tx0 = 0, ty0 = 0; // no tiles if 0
+    codec::J2kOrder order = codec::J2kOrder::lrcp;
+    int layers = 1, levels = 3;
+    int blockWidth = 32, blockHeight = 32, style = 0;
+    bool isReversible = true, transformsComponents = false;
+    std::vector<std::pair<int, int>> precincts = {}; // from the highest resolution down
+    bool hasSop = false, hasEph = false;
+    int roiShift = 0;   // of the first component
+    char tileParts = 0; // a new tile-part for each 'R'esolution, 'L'ayer or 'C'omponent
+    bool isJp2 = false;
+
+    friend void PrintTo(const OpenJpegCase& tested, std::ostream* out) { *out << tested.name; }
+};
+
+// Throws std::runtime_error for what the peer refuses.
+std::vector<uint8_t> openJpegEncode(const OpenJpegCase& options);
+
+}
