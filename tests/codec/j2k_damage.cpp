@@ -1,0 +1,195 @@
+// Damaged JPEG 2000 files: what is survived, what is refused, and that nothing breaks.
+#include <tuple>
+
+#include "j2k_cases.h"
+#include "j2k_pieces.h"
+#include "pictures.h"
+
+namespace {
+
+using namespace qel::codec;
+using namespace qel::test;
+
+size_t markerAt(const File& file, uint8_t code, size_t from = 0)
+{
+    while (!isJ2kMarker(file, from, code)) ++from;
+    return from;
+}
+
+void put(File& file, size_t at, uint64_t value, int bytes)
+{
+    while (bytes-- > 0) file[at++] = uint8_t(value >> 8 * bytes);
+}
+
+// Tiles are read as far as their headers allow.
+size_t packetsIn(Bytes bytes)
+{
+    J2kFile file = openJ2k(bytes);
+    size_t packets = 0;
+    for (auto& [index, parts] : file.codestream->tileParts()) try {
+            J2kTile tile = readJ2kTile(*file.codestream, index);
+            packets += tile.packetsRead;
+            for (auto& component : tile.components)
+                for (auto& resolution : component.resolutions)
+                    resolution.forCodedBlocks([](auto&, auto& block) {
+                        size_t length = 0, data = 0;
+                        for (auto& segment : block.segments) length += segment.length;
+                        for (Bytes piece : block.data) data += piece.size();
+                        ASSERT_EQ(length, data);
+                    });
+        } catch (const CodecError&) {}
+    return packets;
+}
+
+TEST(J2kDamage, ATruncatedFileIsReadAsFarAsItGoes)
+{
+    OpenJpegCase options = {.width = 60, .height = 50, .components = 3, .layers = 3, .transformsComponents = true};
+    File file = openJpegEncode(options);
+    auto whole = codedIn(ReadJ2k(file));
+    size_t data = markerAt(file, j2k_marker::kSod) + 2, last = 0;
+    for (size_t keep = data; keep < file.size() - 2; ++keep) {
+        ReadJ2k cut(Bytes(file).first(keep));
+        ASSERT_FALSE(cut.warnings.empty()) << keep;
+        ASSERT_GE(cut.tiles[0].packetsRead, last);
+        last = cut.tiles[0].packetsRead;
+        for (auto& coded : codedIn(cut))
+            ASSERT_TRUE(std::ranges::any_of(whole, [&](auto& other) {
+                return std::tie(coded.component, coded.kind, coded.level, coded.x, coded.y, coded.zeroBitPlanes) ==
+                           std::tie(other.component, other.kind, other.level, other.x, other.y, other.zeroBitPlanes) &&
+                       coded.data.size() <= other.data.size() &&
+                       std::equal(coded.data.begin(), coded.data.end(), other.data.begin());
+            }));
+    }
+    EXPECT_GE(last, 35u); // of 36: the last one may be empty
+    EXPECT_EQ(ReadJ2k(Bytes(file).first(file.size() - 2)).tiles[0].packetsRead, 36u);
+    for (size_t keep = 0; keep < data - 14; ++keep)
+        EXPECT_NE(errorOf([&] { openJ2k(Bytes(file).first(keep)); }), "") << keep;
+}
+
+TEST(J2kDamage, RefusalsSayWhatAndWhere)
+{
+    OpenJpegCase options = {.components = 3, .layers = 2};
+    options.precincts = {{32, 32}};
+    const File sound = openJpegEncode(options);
+    size_t siz = 2, cod = markerAt(sound, j2k_marker::kCod), qcd = markerAt(sound, j2k_marker::kQcd),
+           sot = markerAt(sound, j2k_marker::kSot);
+    const struct {
+        size_t at;
+        uint64_t value;
+        int bytes;
+        std::string message;
+        size_t position;
+    } table[] = {
+        {0, 0, 1, "not a JPEG 2000 codestream", 0},
+        {siz + 1, 0x52, 1, "no SIZ at the beginning", siz},
+        {siz + 2, 1, 2, "marker segment: a length of 1", siz + 4},
+        {siz + 2, 40, 2, "SIZ: too short", siz + 40},
+        {siz + 6, 0, 4, "SIZ: a picture without samples", siz + 38},
+        {siz + 14, 200, 4, "SIZ: a picture without samples", siz + 38},
+        {siz + 22, 0, 4, "SIZ: tiles without samples", siz + 38},
+        {siz + 22, 1, 8, "SIZ: tiles without samples", siz + 38},
+        {siz + 30, 7, 4, "SIZ: the first tile is not where the picture begins", siz + 38},
+        {siz + 38, 0, 2, "SIZ: 0 components", siz + 40},
+        {siz + 38, 16384, 2, "SIZ: too short", siz + 40},
+        {siz + 38, 2, 2, "SIZ: too long", siz + 46},
+        {siz + 40, 38, 1, "SIZ: samples of 39 bits", siz + 43},
+        {siz + 41, 0, 1, "SIZ: subsampling by 0", siz + 43},
+        {cod + 4, 8, 1, "COD: unknown coding style 8", cod + 5},
+        {cod + 5, 5, 1, "COD: unknown progression order 5", cod + 6},
+        {cod + 6, 0, 2, "COD: no layers", cod + 9},
+        {cod + 8, 2, 1, "COD: unknown component transform 2", cod + 9},
+        {cod + 9, 33, 1, "COD: 33 decomposition levels", cod + 14},
+        {cod + 9, 4, 1, "COD: too short", cod + 18},
+        {cod + 9, 2, 1, "COD: too long", cod + 17},
+        {cod + 10, 9, 1, "COD: code-blocks that are too large", cod + 14},
+        {cod + 12, 64, 1, "COD: unknown code-block style 64", cod + 14},
+        {cod + 13, 2, 1, "COD: unknown wavelet 2", cod + 14},
+        {cod + 15, 0x50, 1, "COD: precincts of one sample", cod + 16},
+        {qcd + 4, 3, 1, "QCD: unknown quantization 3", qcd + 5},
+        {qcd + 1, 0x30, 1, "no marker where one must stand", qcd + 2},
+        {sot + 4, 1, 2, "SOT: tile 1 of none", sot + 12},
+        {sot + 6, 13, 4, "SOT: a tile-part of 13 bytes", sot + 12},
+    };
+    for (auto& row : table) {
+        File file = sound;
+        put(file, row.at, row.value, row.bytes);
+        EXPECT_EQ(errorOf([&] { openJ2k(file); }), row.message + " (at byte " + std::to_string(row.position) + ")");
+    }
+    File file = sound;
+    put(file, cod + 1, 0x64, 1);
+    EXPECT_EQ(errorOf([&] { openJ2k(file); }), "COD is missing (at byte " + std::to_string(sot) + ")");
+    file = sound;
+    put(file, siz + 22, 1, 4);
+    put(file, siz + 26, 1, 4);
+    put(file, siz + 10, 5000, 4);
+    EXPECT_EQ(errorOf([&] { openJ2k(file); }), "SIZ: 485000 tiles (at byte " + std::to_string(siz + 38) + ")");
+}
+
+// Sizes and counts that are told in few bytes must not cost memory or time before the data for them is there.
+TEST(J2kDamage, HugeClaimsTakeLittle)
+{
+    OpenJpegCase options = {.components = 3};
+    options.precincts = {{32, 32}};
+    const File sound = openJpegEncode(options);
+    size_t siz = 2, cod = markerAt(sound, j2k_marker::kCod);
+    // The error, or else the last warning.
+    auto complaint = [&](auto change) {
+        File file = sound;
+        change(file);
+        std::string warning;
+        std::string error = errorOf([&] {
+            Warnings warnings = ReadJ2k(file).warnings;
+            if (!warnings.empty()) warning = warnings.back();
+        });
+        return error + warning;
+    };
+    auto setSize = [&](File& file, uint32_t size) {
+        for (size_t at : {siz + 6, siz + 10, siz + 22, siz + 26}) put(file, at, size, 4);
+    };
+    auto setPrecincts = [&](File& file, int bits) {
+        for (size_t r = 0; r < 4; ++r) put(file, cod + 14 + r, uint64_t(bits), 1);
+    };
+    EXPECT_EQ(complaint([&](File& file) { setSize(file, UINT32_MAX); }), "more precincts in a tile than supported");
+    EXPECT_EQ(complaint([&](File& file) { setSize(file, UINT32_MAX), setPrecincts(file, 0xFF); }),
+              "more precincts in a tile than supported");
+    EXPECT_NE(complaint([&](File& file) { setSize(file, 1800), setPrecincts(file, 0x11); }), "");
+    std::string layers = complaint([&](File& file) { put(file, cod + 6, 65535, 2); });
+    // 65534 for each of 12 precincts of 4 resolutions of 3 components.
+    EXPECT_TRUE(layers.starts_with("tile 0: 9436896 of 9437040 packets are missing")) << layers;
+    // Code-blocks of 4 x 4 in one precinct, and packets that say in a byte that they have nothing for any of them.
+    std::string packets = complaint([&](File& file) {
+        setSize(file, 2000);
+        setPrecincts(file, 0xFF);
+        put(file, cod + 6, 65535, 2);
+        put(file, cod + 10, 0, 2);
+        file.resize(markerAt(file, j2k_marker::kSod) + 2);
+        put(file, markerAt(file, j2k_marker::kSot) + 6, 0, 4);
+        file.insert(file.end(), 60000, 0x80);
+    });
+    EXPECT_TRUE(packets.starts_with("tile 0: packets of many code-blocks without data")) << packets;
+}
+
+class J2kMutations : public testing::TestWithParam<OpenJpegCase> {};
+
+TEST_P(J2kMutations, NeverBreakTheReader)
+{
+    const File sound = openJpegEncode(GetParam());
+    Random random(unsigned(sound.size()));
+    for (int round = 0; round < 100; ++round) {
+        File file = sound;
+        // Half of them in the headers.
+        int reach = round % 2 ? int(file.size()) - 1 : int(markerAt(file, j2k_marker::kSod)) + 30;
+        for (int flips = random.between(1, 8); flips > 0; --flips)
+            file[size_t(random.between(0, std::min(reach, int(file.size()) - 1)))] ^=
+                uint8_t(1 << random.between(0, 7));
+        if (round % 4 == 0) file.resize(size_t(random.between(0, int(file.size()))));
+        try {
+            packetsIn(file);
+        } catch (const CodecError&) {}
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Cases, J2kMutations, testing::ValuesIn(openJpegCases()),
+                         [](const auto& tested) { return tested.param.name; });
+
+}
