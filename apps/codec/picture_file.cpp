@@ -9,7 +9,9 @@
 #include "codec/convert.h"
 #include "codec/error.h"
 #include "codec/file_io.h"
+#include "codec/j2k_file.h"
 #include "codec/jpeg_reader.h"
+#include "codec/pgx.h"
 #include "codec/png.h"
 #include "codec/pnm.h"
 
@@ -42,6 +44,18 @@ void write(const Picture& picture, Extension extension, const ByteSink& sink)
     writePnm(picture, sink);
 }
 
+Picture pictureOf(const PgxPicture& pgx)
+{
+    if (pgx.isSigned || pgx.precision > 16)
+        throw CodecError("only unsigned samples of up to 16 bits are supported in PGX files");
+    Picture picture(pgx.width, pgx.height, ColourSpace::grey, pgx.precision);
+    if (pgx.precision <= 8)
+        std::ranges::copy(pgx.samples, picture.row(0));
+    else
+        std::ranges::copy(pgx.samples, picture.row<uint16_t>(0));
+    return picture;
+}
+
 LoadedPicture loadJpeg(Bytes file)
 {
     DecodedJpeg decoded = decodeJpeg(file);
@@ -54,6 +68,8 @@ LoadedPicture loadJpeg(Bytes file)
 FileKind kindOf(Bytes file)
 {
     if (isPnm(file)) return FileKind::pnm;
+    if (isPgx(file)) return FileKind::pgx;
+    if (isJpeg2000(file)) return FileKind::jpeg2000;
     if (isPng(file)) return FileKind::png;
     if (file.size() >= 2 && file[0] == 0xFF && file[1] == 0xD8) return FileKind::jpeg;
     return FileKind::unknown;
@@ -66,11 +82,16 @@ LoadedPicture loadPicture(Bytes file)
     case FileKind::pnm:
         loaded.picture = readPnm(file);
         break;
+    case FileKind::pgx:
+        loaded.picture = pictureOf(readPgx(file));
+        break;
     case FileKind::png:
         loaded.picture = readPng(file, loaded.warnings);
         break;
     case FileKind::jpeg:
         return loadJpeg(file);
+    case FileKind::jpeg2000:
+        throw CodecError("decoding of JPEG 2000 files is not supported yet");
     default:
         throw CodecError("not a picture of a known kind", 0);
     }

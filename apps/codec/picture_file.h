@@ -8,7 +8,7 @@
 
 namespace qel::codec {
 
-enum class FileKind { unknown, pnm, png, jpeg };
+enum class FileKind { unknown, pnm, pgx, png, jpeg, jpeg2000 };
 
 FileKind kindOf(Bytes file);
 
@@ -18,7 +18,7 @@ struct LoadedPicture {
     bool isDamaged = false; // some of the picture is missing
 };
 
-// The picture in a PGM, PPM, PAM, PNG or JPEG file. Throws CodecError.
+// The picture in a PGM, PPM, PAM, PGX, PNG or JPEG file. Throws CodecError.
 LoadedPicture loadPicture(Bytes file);
 
 // True if `path` is "-" or has an extension that storePicture knows.

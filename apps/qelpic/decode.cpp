@@ -11,6 +11,8 @@ ExitCode decode(const Options& options)
     about(options.output, [&] { codec::checkExtension(options.output); });
     auto decoded = about(options.input, [&] {
         std::vector<uint8_t> file = codec::readFile(options.input);
+        if (codec::kindOf(file) == codec::FileKind::jpeg2000)
+            throw codec::CodecError("decoding of JPEG 2000 files is not supported yet");
         if (codec::kindOf(file) != codec::FileKind::jpeg) throw codec::CodecError("not a JPEG file", 0);
         ProgressBar bar("decoding", options.isQuiet);
         codec::JpegDecodeOptions decoding = options.decoding;

@@ -6,6 +6,7 @@
 #include "codec/picture_file.h"
 #include "qelpic/commands.h"
 #include "qelpic/console.h"
+#include "qelpic/info.h"
 
 namespace qel::qelpic {
 namespace {
@@ -44,14 +45,22 @@ ExitCode info(const Options& options)
     return about(options.input, [&] {
         std::vector<uint8_t> file = codec::readFile(options.input);
         double pixels;
-        if (codec::kindOf(file) == codec::FileKind::jpeg) {
+        codec::FileKind kind = codec::kindOf(file);
+        if (kind == codec::FileKind::jpeg2000) {
+            codec::J2kFile j2k = codec::openJ2k(file);
+            warn(options.input, j2k.warnings, options.isQuiet);
+            pixels = printJ2k(j2k);
+        } else if (kind == codec::FileKind::jpeg) {
             codec::JpegInfo jpeg = codec::readJpegInfo(file);
             printJpeg(jpeg);
             pixels = double(jpeg.width) * jpeg.height;
         } else {
             auto loaded = codec::loadPicture(file);
             warn(options.input, loaded.warnings, options.isQuiet);
-            printPicture(codec::kindOf(file) == codec::FileKind::png ? "PNG" : "PNM", loaded.picture);
+            printPicture(kind == codec::FileKind::png   ? "PNG"
+                         : kind == codec::FileKind::pgx ? "PGX"
+                                                        : "PNM",
+                         loaded.picture);
             pixels = double(loaded.picture.width()) * loaded.picture.height();
         }
         std::printf("file             %zu bytes, %.3f bits per pixel\n", file.size(), 8 * file.size() / pixels);

@@ -137,6 +137,31 @@ TEST_F(Qelpic, Lossless)
     EXPECT_EQ(qelpic("decode a.jpg - | tail -c 4").output, std::string("\0\4\0\10", 4));
 }
 
+// One grey sample without anything coded of it.
+TEST_F(Qelpic, Jpeg2000IsDescribed)
+{
+    const unsigned char file[] = {0xFF, 0x4F, // SOC
+                                  0xFF, 0x51, 0, 41,   0,    0,  0,  0,  0,  3,  0,    0,   0,    4,    0, 0, 0, 2,
+                                  0,    0,    0, 3, // SIZ: grid and offset
+                                  0,    0,    0, 9,    0,    0,  0,  9,  0,  0,  0,    0,   0,    0,    0, 0, 0, 1,
+                                  0x8B, 1,    1, 0xFF, 0x52, 0,  12, 0,  2,  0,  5,    0,   1,    3,    3, 1, 1, // COD
+                                  0xFF, 0x5C, 0, 7,    0x40, 64, 64, 64, 64,                                     // QCD
+                                  0xFF, 0x90, 0, 10,   0,    0,  0,  0,  0,  24, 0,    1,   0xFF, 0x93, // SOT, SOD
+                                  0,    0,    0, 0,    0,    0,  0,  0,  0,  0,  0xFF, 0xD9};
+    store("tiny.j2k", std::string(file, file + sizeof(file)));
+    Outcome outcome = qelpic("info tiny.j2k");
+    EXPECT_EQ(outcome.exitCode, 0);
+    EXPECT_EQ(outcome.errors, "");
+    for (const char* line :
+         {"format           JPEG 2000, codestream\n", "size             1 x 1, offset 2, 3\n",
+          "component 0      1 x 1, 12 bits signed, subsampling 1x1\n", "tiles            1\n",
+          "progression      RPCL\n", "layers           5\n", "wavelet          5/3 reversible, 1 levels\n",
+          "code-blocks      32 x 32, bypass\n", "quantization     none, 2 guard bits\n"})
+        EXPECT_NE(outcome.output.find(line), std::string::npos) << line;
+    EXPECT_EQ(qelpic("decode tiny.j2k x.png").errors,
+              "qelpic: tiny.j2k: decoding of JPEG 2000 files is not supported yet\n");
+}
+
 TEST_F(Qelpic, StandardStreams)
 {
     EXPECT_EQ(shell(QELPIC " encode - - <photo.png >a.jpg").exitCode, 0);

@@ -1,0 +1,11 @@
+// Parts of `qelpic info`.
+#pragma once
+
+#include "codec/j2k_file.h"
+
+namespace qel::qelpic {
+
+// Prints what the headers say; returns the number of pixels.
+double printJ2k(const codec::J2kFile& file);
+
+}

@@ -1,0 +1,127 @@
+// qelpic info for JPEG 2000 files.
+#include <algorithm>
+#include <cstdio>
+#include <string>
+
+#include "codec/j2k_file.h"
+#include "qelpic/info.h"
+
+namespace qel::qelpic {
+namespace {
+
+using namespace codec;
+
+std::string product(uint64_t a, uint64_t b) { return std::to_string(a) + " x " + std::to_string(b); }
+
+std::string nameOf(const Jp2Colour& colour)
+{
+    if (colour.method != Jp2Colour::kEnumerated)
+        return "ICC profile of " + std::to_string(colour.profile.size()) + " bytes";
+    switch (colour.space) {
+    case Jp2Colour::kCmyk:
+        return "CMYK";
+    case Jp2Colour::kSrgb:
+        return "sRGB";
+    case Jp2Colour::kGrey:
+        return "grey";
+    case Jp2Colour::kSycc:
+        return "sYCC";
+    default:
+        return "enumerated colour space " + std::to_string(colour.space);
+    }
+}
+
+std::string nameOf(const Jp2Definition& definition)
+{
+    switch (definition.kind) {
+    case Jp2Definition::kColour:
+        return "colour " + std::to_string(definition.association);
+    case Jp2Definition::kOpacity:
+        return "opacity";
+    case Jp2Definition::kPremultipliedOpacity:
+        return "premultiplied opacity";
+    default:
+        return "unspecified";
+    }
+}
+
+void printJp2(const Jp2File& jp2)
+{
+    for (const Jp2Colour& colour : jp2.colours) std::printf("colour           %s\n", nameOf(colour).c_str());
+    if (jp2.palette)
+        std::printf("palette          %d entries of %zu columns\n", jp2.palette->entries, jp2.palette->columns.size());
+    for (const Jp2Definition& definition : jp2.definitions)
+        std::printf("channel %-8d %s\n", definition.channel, nameOf(definition).c_str());
+}
+
+bool areAlike(const J2kComponent& a, const J2kComponent& b)
+{
+    return a.precision == b.precision && a.isSigned == b.isSigned && a.dx == b.dx && a.dy == b.dy;
+}
+
+// One line for components that are alike.
+void printComponents(const J2kSize& size)
+{
+    for (size_t first = 0, next; first < size.components.size(); first = next) {
+        const J2kComponent& component = size.components[first];
+        for (next = first + 1; next < size.components.size() && areAlike(component, size.components[next]);) ++next;
+        std::string numbers = std::to_string(first);
+        if (next - first > 1) numbers.append("-").append(std::to_string(next - 1));
+        J2kRect rect = size.component(first);
+        std::printf("component %-6s %s, %d bits%s, subsampling %ux%u\n", numbers.c_str(),
+                    product(rect.width(), rect.height()).c_str(), component.precision,
+                    component.isSigned ? " signed" : "", component.dx, component.dy);
+    }
+}
+
+std::string nameOfStyle(int style)
+{
+    static constexpr const char* kNames[] = {"bypass",
+                                             "reset",
+                                             "terminate every pass",
+                                             "vertically causal",
+                                             "predictable termination",
+                                             "segmentation symbols"};
+    std::string text;
+    for (int bit = 0; bit < 6; ++bit)
+        if (style >> bit & 1) text.append(", ").append(kNames[bit]);
+    return text;
+}
+
+void printCoding(const J2kParameters& parameters)
+{
+    const J2kTileStyle& style = *parameters.style;
+    const J2kCoding& coding = *parameters.coding;
+    std::printf("progression      %s%s\n", codec::nameOf(style.order),
+                parameters.progressions.empty() ? "" : ", with changes");
+    std::printf("layers           %d\n", style.layers);
+    std::printf("wavelet          %s, %d levels\n", coding.isReversible ? "5/3 reversible" : "9/7 irreversible",
+                coding.levels);
+    std::printf("colour transform %s\n", style.transformsComponents ? "yes" : "no");
+    std::printf("code-blocks      %s%s\n", product(1u << coding.blockWidthBits, 1u << coding.blockHeightBits).c_str(),
+                nameOfStyle(coding.style).c_str());
+    std::printf("quantization     %s, %d guard bits\n", codec::nameOf(parameters.quantization->kind),
+                parameters.quantization->guardBits);
+}
+
+}
+
+double printJ2k(const codec::J2kFile& file)
+{
+    const J2kSize& size = file.codestream->size();
+    const J2kRect &picture = size.picture, &tile = size.firstTile;
+    std::printf("format           JPEG 2000, %s\n", file.jp2 ? "JP2" : "codestream");
+    std::printf("size             %s", product(picture.width(), picture.height()).c_str());
+    if (picture.x0 || picture.y0) std::printf(", offset %u, %u", picture.x0, picture.y0);
+    std::puts("");
+    if (file.jp2) printJp2(*file.jp2);
+    printComponents(size);
+    std::printf("tiles            %u", size.tiles());
+    if (size.tiles() > 1) std::printf(" of %s", product(tile.width(), tile.height()).c_str());
+    if (tile.x0 || tile.y0) std::printf(", offset %u, %u", tile.x0, tile.y0);
+    std::puts("");
+    printCoding(file.codestream->parameters());
+    return double(picture.width()) * picture.height();
+}
+
+}
