@@ -25,6 +25,7 @@ template <int N> using U16 = Vec<uint16_t, N>;
 template <int N> using S32 = Vec<int32_t, N>;
 template <int N> using U32 = Vec<uint32_t, N>;
 template <int N> using U64 = Vec<uint64_t, N>;
+template <int N> using F32 = Vec<float, N>;
 
 // Any address is valid.
 template <class V> QEL_INLINE V load(const void* p)
@@ -53,6 +54,19 @@ template <int... kFrom, class V> QEL_INLINE V inBlocks(V v)
     if constexpr (sizeof v == 64)
         return __builtin_shufflevector(v, v, kFrom..., (kFrom + kLanes)..., (kFrom + 2 * kLanes)...,
                                        (kFrom + 3 * kLanes)...);
+}
+
+// The same from two registers: the lanes of `b` count on behind those of `a`.
+template <int... kFrom, class V> QEL_INLINE V inBlocks(V a, V b)
+{
+    constexpr int kLanes = sizeof...(kFrom), kAll = sizeof a / sizeof(a[0]);
+    static_assert(kLanes * sizeof(a[0]) == 16);
+#define QEL_FROM(BLOCK) (kFrom % kLanes + kFrom / kLanes * kAll + BLOCK * kLanes)...
+    if constexpr (sizeof a == 16) return __builtin_shufflevector(a, b, QEL_FROM(0));
+    if constexpr (sizeof a == 32) return __builtin_shufflevector(a, b, QEL_FROM(0), QEL_FROM(1));
+    if constexpr (sizeof a == 64)
+        return __builtin_shufflevector(a, b, QEL_FROM(0), QEL_FROM(1), QEL_FROM(2), QEL_FROM(3));
+#undef QEL_FROM
 }
 
 // Pairs of bytes (first, second) all along a register.
@@ -234,6 +248,25 @@ template <int N> struct PortableSimd {
         __builtin_memcpy(v, to, 64);
     }
 
+    // The lanes of `v` moved up by one, behind the last lane of `before`.
+    template <class V> static QEL_INLINE V shiftIn(V before, V v)
+    {
+        constexpr int kLast = N / sizeof(v[0]) - 1;
+        V shifted = v;
+        shifted[0] = before[kLast];
+        for (int i = 0; i < kLast; ++i) shifted[i + 1] = v[i];
+        return shifted;
+    }
+
+    // Towards zero; what an int32_t cannot hold gives its least value.
+    static QEL_INLINE S32<N> truncate(F32<N> v)
+    {
+        S32<N> whole = {};
+        for (int i = 0; i < N / 4; ++i)
+            whole[i] = v[i] >= -2147483648.0f && v[i] < 2147483648.0f ? int32_t(v[i]) : INT32_MIN;
+        return whole;
+    }
+
     // N / 2 bytes as 16-bit lanes, in order.
     static QEL_INLINE S16<N> widen(const uint8_t* p)
     {
@@ -285,9 +318,14 @@ template <int N> struct PortableSimd {
     }
 
     // k * N bytes of interleaved elements to and from k registers, in order.
-    static QEL_INLINE void load2(const uint8_t* p, U8<N>& a, U8<N>& b)
+    template <class V> static QEL_INLINE void load2(const uint8_t* p, V& a, V& b)
     {
-        for (int i = 0; i < N; ++i) a[i] = p[2 * i], b[i] = p[2 * i + 1];
+        constexpr int kLanes = N / sizeof(a[0]);
+        auto first = load<V>(p), second = load<V>(p + N);
+        for (int i = 0; i < kLanes; ++i) {
+            V& from = 2 * i < kLanes ? first : second;
+            a[i] = from[2 * i % kLanes], b[i] = from[2 * i % kLanes + 1];
+        }
     }
     template <class V> static QEL_INLINE void store2(uint8_t* p, V a, V b)
     {

@@ -78,6 +78,13 @@ template <> struct Simd<16> : GatheredBits, Interleaved<16, Simd<16>> {
         if constexpr (sizeof(a[0]) == 8) return (V)_mm_unpackhi_epi64((__m128i)a, (__m128i)b);
     }
 
+    template <class V> static QEL_INLINE V shiftIn(V before, V v)
+    {
+        constexpr int kLane = sizeof(v[0]);
+        return (V)_mm_or_si128(_mm_slli_si128((__m128i)v, kLane), _mm_srli_si128((__m128i)before, 16 - kLane));
+    }
+    static QEL_INLINE S32<16> truncate(F32<16> v) { return (S32<16>)_mm_cvttps_epi32((__m128)v); }
+
     template <class V> static QEL_INLINE V inOrder(V v) { return v; }
     static constexpr bool kPermutesFast = false;
     template <const auto& kFrom> static QEL_INLINE void permute(U8<16>* v) { PortableSimd<16>::permute<kFrom>(v); }

@@ -37,6 +37,16 @@ inline __m512i shuffleBlocks(__m512i a, __m512i b, unsigned from, unsigned mask 
     return (__m512i)result;
 }
 
+inline __m512i truncate(__m512 v)
+{
+    __m256 halves[2];
+    memcpy(halves, &v, sizeof v);
+    __m256i whole[2] = {_mm256_cvttps_epi32(halves[0]), _mm256_cvttps_epi32(halves[1])};
+    __m512i result;
+    memcpy(&result, whole, sizeof result);
+    return result;
+}
+
 // Faults where the processor would.
 inline void stream(void* p, __m512i v)
 {
@@ -48,11 +58,13 @@ inline void stream(void* p, __m512i v)
 
 #undef _mm512_mulhi_epu16
 #undef _mm512_cvtepu8_epi16
+#undef _mm512_cvttps_epi32
 #undef _mm512_stream_si512
 #undef _mm512_shuffle_i64x2
 #undef _mm512_maskz_shuffle_i64x2
 #define _mm512_mulhi_epu16(a, b) emulation::mulHighUnsigned(a, b)
 #define _mm512_cvtepu8_epi16(a) emulation::widen(a)
+#define _mm512_cvttps_epi32(v) emulation::truncate(v)
 #define _mm512_stream_si512(p, v) emulation::stream(p, v)
 #define _mm512_shuffle_i64x2(a, b, from) emulation::shuffleBlocks(a, b, from)
 #define _mm512_maskz_shuffle_i64x2(mask, a, b, from) emulation::shuffleBlocks(a, b, from, mask)

@@ -49,6 +49,8 @@ template <class S, int N> struct Run {
     QEL_ON_TWO(zipHigh32, zipHigh, S32)
     QEL_ON_TWO(zipLow64, zipLow, U64)
     QEL_ON_TWO(zipHigh64, zipHigh, U64)
+    QEL_ON_TWO(shiftIn16, shiftIn, S16)
+    QEL_ON_TWO(shiftIn32, shiftIn, F32)
 #undef QEL_ON_TWO
 
     static void inOrder(const uint8_t* in, uint8_t* out) { store(out, S::inOrder(at<U8<N>>(in, 0))); }
@@ -113,12 +115,24 @@ template <class S, int N> struct Run {
         S::unzip3(a, b, c);
         store(out, a), store(out + N, b), store(out + 2 * N, c);
     }
-    static void load2(const uint8_t* in, uint8_t* out)
+    // Floats around the ends of int32_t and fractions of both signs, beside random ones.
+    static void truncate(const uint8_t* in, uint8_t* out)
     {
-        U8<N> a = {}, b = {};
+        const float some[] = {2147483648.0f, 2147483520.0f, -2147483648.0f, -2147483904.0f, 2.7f, -2.7f, 3e38f, 0.0f};
+        auto v = at<F32<N>>(in, 0);
+        for (int i = 0; i < N / 4; ++i)
+            if (in[i] % 2) v[i] = some[in[i] / 2 % 8];
+        store(out, S::truncate(v));
+    }
+    template <class V> static void load2As(const uint8_t* in, uint8_t* out)
+    {
+        V a = {}, b = {};
         S::load2(in, a, b);
         store(out, a), store(out + N, b);
     }
+    static void load2(const uint8_t* in, uint8_t* out) { load2As<U8<N>>(in, out); }
+    static void load2Words(const uint8_t* in, uint8_t* out) { load2As<S16<N>>(in, out); }
+    static void load2Floats(const uint8_t* in, uint8_t* out) { load2As<F32<N>>(in, out); }
     static void load3(const uint8_t* in, uint8_t* out)
     {
         U8<N> a = {}, b = {}, c = {};
@@ -175,7 +189,9 @@ template <class S, int N> struct Run {
         QEL_OPERATION(N, mulSmall, 2, N), QEL_OPERATION(N, join, 1, N), QEL_OPERATION(N, halves, 1, N),                \
         QEL_OPERATION(N, isZero, 1, 1), QEL_OPERATION(N, runningSum, 1, 2 * N), QEL_OPERATION(N, storeHalves, 1, N),   \
         QEL_OPERATION(N, packSigned, 2, N), QEL_OPERATION(N, zip3, 3, 3 * N), QEL_OPERATION(N, unzip3, 3, 3 * N),      \
-        QEL_OPERATION(N, permute, 64 / N, 64), QEL_OPERATION(N, gatherBits, 1, 8)
+        QEL_OPERATION(N, permute, 64 / N, 64), QEL_OPERATION(N, gatherBits, 1, 8), QEL_OPERATION(N, shiftIn16, 2, N),  \
+        QEL_OPERATION(N, shiftIn32, 2, N), QEL_OPERATION(N, truncate, 1, N), QEL_OPERATION(N, load2Words, 2, 2 * N),   \
+        QEL_OPERATION(N, load2Floats, 2, 2 * N)
 
 constexpr SimdOperation kOperations[] = {
     QEL_OPERATIONS(16),
