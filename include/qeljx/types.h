@@ -44,6 +44,14 @@ typedef struct {
     int height;
 } QelSize;
 
+/* A rectangle of the reference grid, in samples: a tile's place and size. */
+typedef struct {
+    int x;
+    int y;
+    int width;
+    int height;
+} QelRect;
+
 /* What this build of the library is; see qeljGetLibVersion. */
 typedef struct {
     int major;

@@ -3,9 +3,7 @@
 
 #include <stddef.h>
 
-#define QEL_INLINE inline __attribute__((always_inline))
-// For the body of a loop: `[=](auto samples, int i) QEL_INLINE_BODY { ... }`. Called, it would make its constants anew.
-#define QEL_INLINE_BODY __attribute__((always_inline))
+#include "core/inline.h"
 
 namespace qel {
 namespace QEL_BUILD {

@@ -1,0 +1,264 @@
+// Wavelets of rows and columns: the textbook's values, and exactly the promised samples beside the region; the exported
+// line functions.
+#include <gtest/gtest.h>
+
+#include "guarded.h"
+#include "jpeg2k/line_movers.h"
+#include "jpeg2k/wavelet53.h"
+#include "jpeg2k/wavelet97.h"
+#include "random.h"
+#include "wavelet_functions.h"
+
+using namespace qel::test;
+
+namespace {
+
+template <class T> using Forward = QelStatus (*)(const T*, int, T*, int, T*, int, QelSize, int);
+template <class T> using Inverse = QelStatus (*)(const T*, int, const T*, int, QelSize, T*, int, int);
+
+struct Lines53Of16 : Textbook53<int16_t> {
+    static constexpr Forward<Sample> kForward[] = {qeliWTFwdRow_B53_JPEG2K_16s_C1R, qeliWTFwdCol_B53_JPEG2K_16s_C1R};
+    static constexpr Inverse<Sample> kInverse[] = {qeliWTInvRow_B53_JPEG2K_16s_C1R, qeliWTInvCol_B53_JPEG2K_16s_C1R};
+};
+struct Lines53Of32 : Textbook53<int32_t> {
+    static constexpr Forward<Sample> kForward[] = {qeliWTFwdRow_B53_JPEG2K_32s_C1R, qeliWTFwdCol_B53_JPEG2K_32s_C1R};
+    static constexpr Inverse<Sample> kInverse[] = {qeliWTInvRow_B53_JPEG2K_32s_C1R, qeliWTInvCol_B53_JPEG2K_32s_C1R};
+};
+struct Lines97OfFloat : TextbookFloat97<float> {
+    static constexpr Forward<Sample> kForward[] = {qeliWTFwdRow_D97_JPEG2K_32f_C1R, qeliWTFwdCol_D97_JPEG2K_32f_C1R};
+    static constexpr Inverse<Sample> kInverse[] = {qeliWTInvRow_D97_JPEG2K_32f_C1R, qeliWTInvCol_D97_JPEG2K_32f_C1R};
+};
+
+// How far the functions read beside a region, in the order of the phases.
+struct Reach {
+    int before, behind;
+};
+template <class F> constexpr Reach kForwardReach[2] = {{F::kReversible ? 2 : 4, F::kReversible ? 1 : 3},
+                                                       {F::kReversible ? 1 : 3, F::kReversible ? 2 : 4}};
+template <class F> struct InverseReach {
+    Reach low, high;
+};
+template <class F> constexpr InverseReach<F> kInverseReach[2] = {
+    {F::kReversible ? Reach{0, 1} : Reach{1, 2}, F::kReversible ? Reach{1, 1} : Reach{2, 2}},
+    {F::kReversible ? Reach{1, 0} : Reach{2, 1}, F::kReversible ? Reach{1, 1} : Reach{2, 2}}};
+
+template <class T> T anySample(Random& random)
+{
+    if constexpr (std::is_same_v<T, float>) return float(random.between(-1 << 20, 1 << 20)) / 64;
+    T v;
+    random.fill(&v, 1);
+    return v;
+}
+
+// `lines` lines side by side: rows one below the other, or columns. Between the first (last) sample that may be read
+// and the page that faults there is nothing, where the page can be: before the first line, behind the last.
+template <class T> class Region {
+public:
+    Region(bool columns, int lines, int len, Reach reach, Fault fault)
+        : columns_(columns), lines_(lines), len_(len), reach_(reach), whole_(len + reach.before + reach.behind),
+          memory_(size_t(lines) * size_t(whole_), fault)
+    {}
+    T* start() { return memory_.data() + (columns_ ? reach_.before * lines_ : reach_.before); }
+    int step() const { return int(sizeof(T)) * (columns_ ? lines_ : whole_); }
+    // Sample i of a line.
+    T& at(int line, int i) { return columns_ ? start()[i * lines_ + line] : start()[line * whole_ + i]; }
+    bool intact() const { return memory_.intact(); }
+    void fill(Random& random)
+    {
+        for (size_t i = 0; i < memory_.size(); ++i) memory_.data()[i] = anySample<T>(random);
+    }
+
+private:
+    bool columns_;
+    int lines_, len_;
+    Reach reach_;
+    int whole_;
+    Guarded<T> memory_;
+};
+
+template <class F> class WaveletLines : public testing::Test {};
+using Filters = testing::Types<Lines53Of16, Lines53Of32, Lines97OfFloat>;
+TYPED_TEST_SUITE(WaveletLines, Filters);
+
+template <class F> void checkForward(Random& random, bool columns, int pairs, int phase, Fault fault)
+{
+    using T = typename F::Sample;
+    const int lines = columns ? pairs + 5 : 3;
+    const Reach reach = kForwardReach<F>[phase];
+    Region<T> src(columns, lines, 2 * pairs, reach, fault), low(columns, lines, pairs, {0, 0}, fault),
+        high(columns, lines, pairs, {0, 0}, Fault::behind);
+    src.fill(random);
+    QelSize size = columns ? QelSize{lines, pairs} : QelSize{pairs, lines};
+    ASSERT_EQ(F::kForward[columns](src.start(), src.step(), low.start(), low.step(), high.start(), high.step(), size,
+                                   5 * phase),
+              qelStsNoErr);
+    ASSERT_TRUE(low.intact() && high.intact());
+    for (int line = 0; line < lines; ++line) {
+        std::vector<T> extended(4, T(1));
+        for (int i = -reach.before; i < 2 * pairs + reach.behind; ++i) extended.push_back(src.at(line, i));
+        extended.resize(extended.size() + 4, T(1));
+        const int start = 4 + reach.before;
+        liftExtended<F>(extended, (start + phase) % 2, true);
+        for (int i = 0; i < 2 * pairs; ++i) {
+            bool isLow = (i + phase) % 2 == 0;
+            ASSERT_EQ((isLow ? low : high).at(line, i / 2), extended[size_t(start + i)]) << line << ' ' << i;
+        }
+    }
+}
+
+template <class F> void checkInverse(Random& random, bool columns, int pairs, int phase, Fault fault)
+{
+    using T = typename F::Sample;
+    const int lines = columns ? pairs + 5 : 3;
+    const auto reach = kInverseReach<F>[phase];
+    Region<T> low(columns, lines, pairs, reach.low, fault), high(columns, lines, pairs, reach.high, fault),
+        dst(columns, lines, 2 * pairs, {0, 0}, Fault::behind);
+    low.fill(random), high.fill(random);
+    QelSize size = columns ? QelSize{lines, pairs} : QelSize{pairs, lines};
+    ASSERT_EQ(
+        F::kInverse[columns](low.start(), low.step(), high.start(), high.step(), size, dst.start(), dst.step(), phase),
+        qelStsNoErr);
+    ASSERT_TRUE(dst.intact());
+    for (int line = 0; line < lines; ++line) {
+        // Samples that may not be read count as 1: if they mattered, the result would not be the function's.
+        constexpr int kAround = 12;
+        std::vector<T> extended;
+        for (int i = -kAround; i < 2 * pairs + kAround; ++i) {
+            bool isLow = (i + phase) % 2 == 0;
+            int at = (i - (i & 1)) / 2;
+            Reach r = isLow ? reach.low : reach.high;
+            bool given = at >= -r.before && at < pairs + r.behind;
+            extended.push_back(given ? (isLow ? low : high).at(line, at) : T(1));
+        }
+        liftExtended<F>(extended, (kAround + phase) % 2, false);
+        for (int i = 0; i < 2 * pairs; ++i)
+            ASSERT_EQ(dst.at(line, i), extended[size_t(kAround + i)]) << line << ' ' << i;
+    }
+}
+
+TYPED_TEST(WaveletLines, EqualTheTextbookAndReadNoMoreThanPromised)
+{
+    Random random(1);
+    for (int pairs = 1; pairs <= 70; ++pairs)
+        for (int kind = 0; kind < 8; ++kind) {
+            SCOPED_TRACE(testing::Message() << pairs << " pairs, kind " << kind);
+            Fault fault = kind & 4 ? Fault::before : Fault::behind;
+            checkForward<TypeParam>(random, kind & 2, pairs, kind & 1, fault);
+            checkInverse<TypeParam>(random, kind & 2, pairs, kind & 1, fault);
+            if (testing::Test::HasFatalFailure()) return;
+        }
+}
+
+TYPED_TEST(WaveletLines, OrderOfFaults)
+{
+    using T = typename TypeParam::Sample;
+    T whole[24] = {}, low[8] = {}, high[8] = {};
+    for (int way = 0; way < 2; ++way) {
+        auto forward = TypeParam::kForward[way];
+        auto inverse = TypeParam::kInverse[way];
+        EXPECT_EQ(forward(whole + 8, 0, low, 0, nullptr, 0, {0, 0}, 0), qelStsNullPtrErr);
+        EXPECT_EQ(forward(whole + 8, 4, low, 0, high, 4, {0, 0}, 0), qelStsStepErr);
+        EXPECT_EQ(forward(whole + 8, 4, low, 4, high, 4, {1, 0}, 0), qelStsSizeErr);
+        EXPECT_EQ(inverse(low, 4, high, 4, {1, 1}, nullptr, 0, 0), qelStsNullPtrErr);
+        EXPECT_EQ(inverse(low, 4, high, 4, {0, 1}, whole, 0, 0), qelStsStepErr);
+        EXPECT_EQ(inverse(low, 4, high, 4, {0, 1}, whole, 4, 0), qelStsSizeErr);
+    }
+}
+
+TEST(Wavelet53Lines, WorkedExample)
+{
+    const int32_t row[] = {20, 10, 0, 10, 20, 30, 20};
+    int32_t low[2], high[2];
+    ASSERT_EQ(qeliWTFwdRow_B53_JPEG2K_32s_C1R(row + 2, 16, low, 8, high, 8, {2, 1}, 0), qelStsNoErr);
+    EXPECT_EQ(low[0], 0);
+    EXPECT_EQ(low[1], 23);
+    EXPECT_EQ(high[0], 0);
+    EXPECT_EQ(high[1], 10);
+}
+
+// 9/7 of floats comes back within a millionth.
+TEST(Wavelet97Lines, RoundTrip)
+{
+    Random random(4);
+    constexpr int kPairs = 200, kReach = 12;
+    std::vector<float> src(2 * (kPairs + 2 * kReach)), low(kPairs + kReach), high(low), back(2 * kPairs);
+    for (auto& sample : src) sample = float(random.between(-4096, 4096));
+    ASSERT_EQ(
+        qeliWTFwdRow_D97_JPEG2K_32f_C1R(src.data() + kReach, 1, low.data(), 1, high.data(), 1, {int(low.size()), 1}, 0),
+        qelStsNoErr);
+    ASSERT_EQ(qeliWTInvRow_D97_JPEG2K_32f_C1R(low.data() + 2, 1, high.data() + 2, 1, {kPairs, 1}, back.data(), 1, 0),
+              qelStsNoErr);
+    for (int i = 0; i < 2 * kPairs; ++i) EXPECT_NEAR(back[size_t(i)], src[size_t(i + kReach + 4)], 4096e-6) << i;
+}
+
+// A line by hand, as a tile function would do it: read with extension, lifted, written in halves; and back.
+template <class F> struct LineDoors {
+    using T = typename F::Sample;
+    void (*readRow)(const T*, T*, int, int);
+    void (*readHalves)(const T*, int, T*, int, int);
+    void (*forward)(T*, int, int);
+    void (*inverse)(T*, int, int);
+    void (*writeHalves)(const T*, T*, int, int, int);
+    void (*write)(const T*, T*, int);
+};
+template <class F> void lineByHand(const LineDoors<F>& doors)
+{
+    using T = typename F::Sample;
+    Random random(5);
+    for (int len = 3; len < 40; ++len)
+        for (int phase = 0; phase < 2; ++phase) {
+            SCOPED_TRACE(testing::Message() << len << ' ' << phase);
+            std::vector<T> src(static_cast<size_t>(len)), back(src), column(2 * src.size());
+            for (auto& sample : src) sample = T(random.between(-4000, 4000));
+            Guarded<T> room(static_cast<size_t>(len) + 8);
+            T* line = room.data() + 4;
+            auto expected = forwardTile<F>({phase, 0, len, 1, src}).samples;
+            doors.readRow(src.data(), line, len, phase);
+            doors.forward(line, len, phase);
+            doors.writeHalves(line, column.data(), 2 * sizeof(T), len, phase);
+            for (int i = 0; i < len; ++i) ASSERT_EQ(column[size_t(2 * i)], expected[size_t(i)]) << i;
+            auto tile = inverseTile<F>({phase, 0, len, 1, expected}).samples;
+            doors.readHalves(column.data(), 2 * sizeof(T), line, len, phase);
+            doors.inverse(line, len, phase);
+            doors.write(line, back.data(), len);
+            ASSERT_EQ(back, tile);
+            ASSERT_TRUE(room.intact());
+        }
+}
+TEST(WaveletDoors, LinesByHand)
+{
+    lineByHand<Textbook53<int16_t>>({ownqj_ReadExt_Row_16s, ownqj_ReadInterleaveExt_Col_16s, ownqj_WTFwd_B53_16s_I,
+                                     ownqj_WTInv_B53_16s_I, ownqj_WriteInterleave_Col_16s, ownqj_Write_Row_16s});
+    lineByHand<Textbook53<int32_t>>({ownqj_ReadExt_Row_32s, ownqj_ReadInterleaveExt_Col_32s, ownqj_WTFwd_B53_32s_I,
+                                     ownqj_WTInv_B53_32s_I, ownqj_WriteInterleave_Col_32s, ownqj_Write_Row_32s});
+    auto four16 = [](const int16_t* src, int16_t* dst, int len, int) { ownqj_ReadExt4_Row_16s(src, dst, len); };
+    lineByHand<TextbookFixed97>({four16, ownqj_ReadInterleaveExt4_Col_16s, ownqj_WTFwd_D97_Row_16s,
+                                 ownqj_WTInv_D97_Row_16s, ownqj_WriteInterleave_Col_16s, ownqj_Write_Row_16s});
+    auto four32 = [](const int32_t* src, int32_t* dst, int len, int) { ownqj_ReadExt4_Row_32s(src, dst, len); };
+    lineByHand<TextbookFloat97<int32_t>>({four32, ownqj_ReadInterleaveExt4_Col_32s, ownqj_WTFwd_D97_Col_32s,
+                                          ownqj_WTInv_D97_Col_32s, ownqj_WriteInterleave_Col_32s, ownqj_Write_Row_32s});
+}
+
+// Results that go past the caches are the same results.
+TEST(WaveletDoors, RowsPastTheCaches)
+{
+    Random random(6);
+    for (int pairs : {1, 5, 700, 3000}) {
+        const size_t n = size_t(pairs);
+        std::vector<int32_t> src(2 * n + 4), low(n + 2), high(n + 2), low2(n), high2(n), back(2 * n), back2(2 * n);
+        random.fill(src.data(), src.size());
+        random.fill(low.data(), low.size()), random.fill(high.data(), high.size());
+        for (int phase = 0; phase < 2; ++phase) {
+            ownqj_WTInv_B53_32s(low.data() + 1, high.data() + 1, back.data(), pairs, phase);
+            ownqj_WTInv_B53_32s_NT(low.data() + 1, high.data() + 1, back2.data(), pairs, phase);
+            ASSERT_EQ(back, back2) << pairs << ' ' << phase;
+            std::vector<int32_t> low1(n), high1(n);
+            ownqj_WTFwd_B53_32s(src.data() + 2, low1.data(), high1.data(), pairs, phase);
+            ownqj_WTFwd_B53_32s_NT(src.data() + 2, low2.data(), high2.data(), pairs, phase);
+            ASSERT_EQ(low1, low2) << pairs << ' ' << phase;
+            ASSERT_EQ(high1, high2) << pairs << ' ' << phase;
+        }
+    }
+}
+
+}
