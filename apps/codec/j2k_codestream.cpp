@@ -135,14 +135,14 @@ J2kTilePart J2kCodestream::readTilePart(const Segment& start, size_t& at)
 void J2kCodestream::sortTileParts()
 {
     for (auto tile = tileParts_.begin(); tile != tileParts_.end();) {
-        auto& [index, parts] = *tile;
+        std::vector<J2kTilePart>& parts = tile->second;
         std::ranges::stable_sort(parts, {}, &J2kTilePart::index);
         size_t kept = 0;
         auto follows = [&] { return parts[kept].index == int(kept) && (kept == 0 || !parts[kept - 1].isCut); };
         while (kept < parts.size() && follows()) ++kept;
         int count = std::ranges::max(parts, {}, &J2kTilePart::count).count;
         if (kept < parts.size() || int(kept) < count)
-            warn("tile-part " + std::to_string(kept) + " of tile " + std::to_string(index) + " is missing",
+            warn("tile-part " + std::to_string(kept) + " of tile " + std::to_string(tile->first) + " is missing",
                  kept < parts.size() ? parts[kept].position : file_.size());
         parts.resize(kept);
         tile = kept ? std::next(tile) : tileParts_.erase(tile);

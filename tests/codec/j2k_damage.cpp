@@ -66,6 +66,19 @@ TEST(J2kDamage, ATruncatedFileIsReadAsFarAsItGoes)
         EXPECT_NE(errorOf([&] { openJ2k(Bytes(file).first(keep)); }), "") << keep;
 }
 
+TEST(J2kDamage, PacketsThatAreLostAreNoticed)
+{
+    OpenJpegCase options = {.components = 3};
+    options.hasSop = options.hasEph = true;
+    File file = openJpegEncode(options);
+    size_t third = markerAt(file, j2k_marker::kSod);
+    for (int i = 0; i < 3; ++i) third = markerAt(file, j2k_marker::kSop, third + 1);
+    file[third + 5] = 4;
+    ReadJ2k read(file);
+    EXPECT_EQ(read.warnings, Warnings{"tile 0: packet 4 out of order (at byte " + std::to_string(third) + ")"});
+    EXPECT_EQ(read.tiles[0].packetsRead, 2u);
+}
+
 TEST(J2kDamage, RefusalsSayWhatAndWhere)
 {
     OpenJpegCase options = {.components = 3, .layers = 2};

@@ -95,6 +95,23 @@ TEST(J2kTileParts, AGapHidesOnlyWhatComesBehindItInTheTile)
         EXPECT_EQ(read.tiles[t].packetsRead == whole.tiles[t].packetsRead, t != 0);
 }
 
+// Here the first tile-part of the first tile comes last, and of it only the first packet.
+TEST(J2kTileParts, ACutHidesWhatComesBehindItInTheTile)
+{
+    File file = tiledFile();
+    CodestreamPieces pieces = takeApart(file);
+    File cut = pieces.mainHeader;
+    for (auto part = pieces.parts.rbegin(); part != pieces.parts.rend(); ++part)
+        appendPart(cut, *part, {}, packetsOf(*part));
+    TilePartPieces& last = pieces.parts[0];
+    size_t whole = packetsOf(last).size();
+    last.packets.resize(1);
+    cut.resize(cut.size() - (whole - packetsOf(last).size()));
+    ReadJ2k read(cut);
+    EXPECT_EQ(read.tiles[0].packetsRead, 1u);
+    EXPECT_EQ(read.tiles[1].packetsRead, read.tiles[1].packets);
+}
+
 // Layer, resolution, component, precinct.
 using Packet = std::tuple<int, int, int, uint32_t>;
 
