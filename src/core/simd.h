@@ -111,6 +111,11 @@ template <int N> struct PortableSimd {
         for (int i = 0; i < N; ++i) a[i] = uint8_t((a[i] + b[i] + 1) >> 1);
         return a;
     }
+    static QEL_INLINE U16<N> average(U16<N> a, U16<N> b)
+    {
+        for (int i = 0; i < N / 2; ++i) a[i] = uint16_t((a[i] + b[i] + 1) >> 1);
+        return a;
+    }
 
     static QEL_INLINE U8<N> least(U8<N> a, U8<N> b)
     {

@@ -15,6 +15,7 @@ template <> struct Simd<16> : GatheredBits, Interleaved<16, Simd<16>> {
     static QEL_INLINE U8<16> addSat(U8<16> a, U8<16> b) { return (U8<16>)_mm_adds_epu8((__m128i)a, (__m128i)b); }
     static QEL_INLINE U8<16> subSat(U8<16> a, U8<16> b) { return (U8<16>)_mm_subs_epu8((__m128i)a, (__m128i)b); }
     static QEL_INLINE U8<16> average(U8<16> a, U8<16> b) { return (U8<16>)_mm_avg_epu8((__m128i)a, (__m128i)b); }
+    static QEL_INLINE U16<16> average(U16<16> a, U16<16> b) { return (U16<16>)_mm_avg_epu16((__m128i)a, (__m128i)b); }
     static QEL_INLINE U8<16> least(U8<16> a, U8<16> b) { return (U8<16>)_mm_min_epu8((__m128i)a, (__m128i)b); }
     static QEL_INLINE S16<16> least(S16<16> a, S16<16> b) { return (S16<16>)_mm_min_epi16((__m128i)a, (__m128i)b); }
     static QEL_INLINE U8<16> greatest(U8<16> a, U8<16> b) { return (U8<16>)_mm_max_epu8((__m128i)a, (__m128i)b); }

@@ -38,6 +38,10 @@ template <> struct Simd<32> : GatheredBits, Interleaved<32, Simd<32>> {
     static QEL_INLINE U8<32> addSat(U8<32> a, U8<32> b) { return (U8<32>)_mm256_adds_epu8((__m256i)a, (__m256i)b); }
     static QEL_INLINE U8<32> subSat(U8<32> a, U8<32> b) { return (U8<32>)_mm256_subs_epu8((__m256i)a, (__m256i)b); }
     static QEL_INLINE U8<32> average(U8<32> a, U8<32> b) { return (U8<32>)_mm256_avg_epu8((__m256i)a, (__m256i)b); }
+    static QEL_INLINE U16<32> average(U16<32> a, U16<32> b)
+    {
+        return (U16<32>)_mm256_avg_epu16((__m256i)a, (__m256i)b);
+    }
     static QEL_INLINE U8<32> least(U8<32> a, U8<32> b) { return (U8<32>)_mm256_min_epu8((__m256i)a, (__m256i)b); }
     static QEL_INLINE S16<32> least(S16<32> a, S16<32> b) { return (S16<32>)_mm256_min_epi16((__m256i)a, (__m256i)b); }
     static QEL_INLINE U8<32> greatest(U8<32> a, U8<32> b) { return (U8<32>)_mm256_max_epu8((__m256i)a, (__m256i)b); }

@@ -57,6 +57,10 @@ template <> struct Simd<64> : GatheredBits, Interleaved<64, Simd<64>> {
     static QEL_INLINE U8<64> addSat(U8<64> a, U8<64> b) { return (U8<64>)_mm512_adds_epu8((__m512i)a, (__m512i)b); }
     static QEL_INLINE U8<64> subSat(U8<64> a, U8<64> b) { return (U8<64>)_mm512_subs_epu8((__m512i)a, (__m512i)b); }
     static QEL_INLINE U8<64> average(U8<64> a, U8<64> b) { return (U8<64>)_mm512_avg_epu8((__m512i)a, (__m512i)b); }
+    static QEL_INLINE U16<64> average(U16<64> a, U16<64> b)
+    {
+        return (U16<64>)_mm512_avg_epu16((__m512i)a, (__m512i)b);
+    }
     static QEL_INLINE U8<64> least(U8<64> a, U8<64> b) { return (U8<64>)_mm512_min_epu8((__m512i)a, (__m512i)b); }
     static QEL_INLINE S16<64> least(S16<64> a, S16<64> b) { return (S16<64>)_mm512_min_epi16((__m512i)a, (__m512i)b); }
     static QEL_INLINE U8<64> greatest(U8<64> a, U8<64> b) { return (U8<64>)_mm512_max_epu8((__m512i)a, (__m512i)b); }

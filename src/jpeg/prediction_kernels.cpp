@@ -3,14 +3,28 @@
 #include "jpeg/prediction.h"
 
 #include "core/simd.h"
+#include "core/steps.h"
 
 namespace qel {
 namespace QEL_BUILD {
 namespace {
 
-// Halves rounded down, in 16 bits though the sum or difference has 17. V is int16_t or a register of it.
-template <class V> QEL_INLINE V halfSum(V a, V b) { return V((a >> 1) + (b >> 1) + (a & b & 1)); }
-template <class V> QEL_INLINE V halfDifference(V a, V b) { return V((a >> 1) - (b >> 1) - (~a & b & 1)); }
+// Halves rounded down.
+QEL_INLINE int16_t halfSum(int16_t a, int16_t b) { return int16_t((a + b) >> 1); }
+QEL_INLINE int16_t halfDifference(int16_t a, int16_t b) { return int16_t((a - b) >> 1); }
+
+// Registers of 16 bits do not hold the sum of two, but have means of values without a sign, rounded up. As such, x
+// becomes 32768 + x if its top bit is turned over, and 32767 - x if all the others are.
+template <class V> QEL_INLINE V halfSum(V a, V b)
+{
+    auto mean = Simd<sizeof(V)>::average((U16<sizeof(V)>)(a ^ 0x7FFF), (U16<sizeof(V)>)(b ^ 0x7FFF));
+    return (V)mean ^ 0x7FFF;
+}
+template <class V> QEL_INLINE V halfDifference(V a, V b)
+{
+    auto mean = Simd<sizeof(V)>::average((U16<sizeof(V)>)a ^ 0x8000, (U16<sizeof(V)>)(b ^ 0x7FFF));
+    return (V)(mean ^ 0x8000);
+}
 
 // From the neighbours to the left, above, and above to the left.
 template <int kPredictor, class V> QEL_INLINE V predict(V a, V b, V c)
@@ -65,10 +79,9 @@ template <int kPredictor> void diff(const int16_t* src, const int16_t* prev, int
 {
     bool inTurn = overlap(src, dst, width) || overlap(prev, dst, width);
     store(dst, int16_t(at(src) - at(prev)));
-    ++src, ++prev, ++dst, --width;
-    auto step = [=](auto bytes, int i) { diffStep<kPredictor>(bytes, src + i, prev + i, dst + i); };
-    if (!inTurn) return inSteps(width, step);
-    for (int i = 0; i < width; ++i) step(Bytes<1>(), i);
+    auto step = [=](auto bytes, ptrdiff_t i) { diffStep<kPredictor>(bytes, src + i, prev + i, dst + i); };
+    if (!inTurn) return inOverlappingSteps(1, width, (ptrdiff_t)((uintptr_t)dst / 2), step);
+    for (ptrdiff_t i = 1; i < width; ++i) step(Bytes<1>(), i);
 }
 
 // One sample after the other, through memory.

@@ -30,6 +30,7 @@ template <class S, int N> struct Run {
     QEL_ON_TWO(addSat8, addSat, U8)
     QEL_ON_TWO(subSat8, subSat, U8)
     QEL_ON_TWO(average, average, U8)
+    QEL_ON_TWO(average16, average, U16)
     QEL_ON_TWO(least8, least, U8)
     QEL_ON_TWO(least16, least, S16)
     QEL_ON_TWO(greatest8, greatest, U8)
@@ -187,11 +188,11 @@ template <class S, int N> struct Run {
         QEL_OPERATION(N, storePast, 1, N), QEL_OPERATION(N, mulAddBytePairs, 2, N),                                    \
         QEL_OPERATION(N, store2Wide, 2, 2 * N), QEL_OPERATION(N, mulRoundEven, 2, N), QEL_OPERATION(N, mulTies, 2, N), \
         QEL_OPERATION(N, mulSmall, 2, N), QEL_OPERATION(N, join, 1, N), QEL_OPERATION(N, halves, 1, N),                \
-        QEL_OPERATION(N, isZero, 1, 1), QEL_OPERATION(N, runningSum, 1, 2 * N), QEL_OPERATION(N, storeHalves, 1, N),   \
-        QEL_OPERATION(N, packSigned, 2, N), QEL_OPERATION(N, zip3, 3, 3 * N), QEL_OPERATION(N, unzip3, 3, 3 * N),      \
-        QEL_OPERATION(N, permute, 64 / N, 64), QEL_OPERATION(N, gatherBits, 1, 8), QEL_OPERATION(N, shiftIn16, 2, N),  \
-        QEL_OPERATION(N, shiftIn32, 2, N), QEL_OPERATION(N, truncate, 1, N), QEL_OPERATION(N, load2Words, 2, 2 * N),   \
-        QEL_OPERATION(N, load2Floats, 2, 2 * N)
+        QEL_OPERATION(N, isZero, 1, 1), QEL_OPERATION(N, average16, 2, N), QEL_OPERATION(N, runningSum, 1, 2 * N),     \
+        QEL_OPERATION(N, storeHalves, 1, N), QEL_OPERATION(N, packSigned, 2, N), QEL_OPERATION(N, zip3, 3, 3 * N),     \
+        QEL_OPERATION(N, unzip3, 3, 3 * N), QEL_OPERATION(N, permute, 64 / N, 64), QEL_OPERATION(N, gatherBits, 1, 8), \
+        QEL_OPERATION(N, shiftIn16, 2, N), QEL_OPERATION(N, shiftIn32, 2, N), QEL_OPERATION(N, truncate, 1, N),        \
+        QEL_OPERATION(N, load2Words, 2, 2 * N), QEL_OPERATION(N, load2Floats, 2, 2 * N)
 
 constexpr SimdOperation kOperations[] = {
     QEL_OPERATIONS(16),
