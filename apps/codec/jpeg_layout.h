@@ -30,6 +30,9 @@ struct ScanLayout {
     ScanLayout(const JpegInfo& info, const std::vector<int>& components);
 };
 
+// T.81 B.2.3 allows 10, but a header can say four components of 4x4.
+inline constexpr int kMaxBlocksOfMcu = 64;
+
 constexpr int blocksFor(int samples) { return (samples + 7) / 8; }
 
 // Sets the sizes of the components from that of the picture and the sampling factors (T.81 A.1.1).

@@ -7,7 +7,7 @@
 #include <optional>
 #include <string_view>
 
-#include "codec/jpeg_scan_writer.h"
+#include "codec/jpeg_differences.h"
 #include "codec/jpeg_segments.h"
 
 namespace qel::codec {
@@ -17,50 +17,6 @@ namespace {
 constexpr int kPredictors = 7;
 // What they halve is read as signed by some and as unsigned by others: up to 15 bits that is the same.
 constexpr int kFirstPredictorOf15Bits = 5;
-
-template <class T> void takeRow(const T* in, int width, int pointTransform, int step, int16_t* samples)
-{
-    for (int x = 0; x < width; ++x) samples[x] = int16_t(in[ptrdiff_t(x) * step] >> pointTransform);
-}
-
-// The differences of a scan, as codeScan asks for them.
-class Differences {
-public:
-    Differences(const Picture& picture, const ScanLayout& layout, const ScanHeader& scan, int restartInterval)
-        : picture_(picture), scan_(scan), rowsPerInterval_(restartInterval / layout.mcusAcross)
-    {
-        auto row = [&] { return std::vector<int16_t>(layout.mcusAcross); };
-        for (const ScanShare& share : layout.shares) components_.push_back({share.component, row(), row(), row()});
-    }
-
-    void startRow(int y)
-    {
-        bool isFirst = rowsPerInterval_ ? y % rowsPerInterval_ == 0 : y == 0;
-        for (Component& c : components_) {
-            std::swap(c.above, c.samples);
-            int16_t *samples = c.samples.data(), *differences = c.differences.data();
-            int width = picture_.width(), pt = scan_.pointTransform;
-            if (picture_.bytesPerSample() == 1)
-                takeRow(picture_.row(y) + c.channel, width, pt, picture_.channels(), samples);
-            else
-                takeRow(picture_.row<uint16_t>(y) + c.channel, width, pt, picture_.channels(), samples);
-            check(isFirst ? qeliDiffPredFirstRow_JPEG_16s_C1(samples, differences, width, picture_.precision(), pt)
-                          : qeliDiffPredRow_JPEG_16s_C1(samples, c.above.data(), differences, width, scan_.predictor));
-        }
-    }
-
-    const int16_t* operator()(int i, int column) const { return &components_[i].differences[column]; }
-
-private:
-    struct Component {
-        int channel;
-        std::vector<int16_t> samples, above, differences;
-    };
-    const Picture& picture_;
-    const ScanHeader& scan_;
-    int rowsPerInterval_;
-    std::vector<Component> components_;
-};
 
 // Bits of the symbols that were counted, with the bits behind them.
 uint64_t codedBits(const std::array<uint32_t, 256>& counts, const HuffmanLists& lists)
@@ -179,7 +135,7 @@ LosslessEncoder::Tables LosslessEncoder::tablesFor(const ScanHeader& scan, const
 {
     Differences differences(picture_, layout, scan, info_.restartInterval);
     ScanStatistics statistics(scan);
-    codeScan(layout, info_.restartInterval, differences, statistics, *progress_);
+    differences.code(statistics, *progress_);
     Tables tables;
     for (int i : {0, 1}) {
         tables.pairs[i] = statistics.tables(i);
@@ -210,7 +166,7 @@ void LosslessEncoder::encodeScan(const std::vector<int>& components)
     segments_.scan(info_, scan);
     Differences differences(picture_, layout, scan, info_.restartInterval);
     ScanEncoder coder(out_, layout, scan, best.pairs);
-    codeScan(layout, info_.restartInterval, differences, coder, *progress_);
+    differences.code(coder, *progress_);
 }
 
 std::vector<uint8_t> LosslessEncoder::file()

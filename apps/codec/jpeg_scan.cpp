@@ -31,6 +31,41 @@ ScanDecoder::ScanDecoder(Bytes file, const JpegHeaders& headers, const ScanHeade
     }
 }
 
+int ScanDecoder::decodeDifferences(const std::vector<DifferenceRow>& rows)
+{
+    if (mcu_ == nextRestart_) restart();
+    int sound = mcu_ < resumeAt_ ? 0 : decodeSound(rows);
+    for (const DifferenceRow& row : rows)
+        for (int column = sound; column < layout_.mcusAcross; ++column) row.first[ptrdiff_t(column) * row.step] = 0;
+    lostMcus_ += layout_.mcusAcross - sound;
+    mcu_ += layout_.mcusAcross;
+    return sound;
+}
+
+int ScanDecoder::decodeSound(const std::vector<DifferenceRow>& rows)
+{
+    struct Target {
+        int16_t* next;
+        int step;
+        const QelDecodeHuffmanSpec* table;
+    };
+    std::array<Target, kMaxBlocksOfMcu> targets;
+    int count = int(rows.size());
+    for (int i = 0; i < count; ++i) targets[i] = {rows[i].first, rows[i].step, slots_[layout_.blocks[i].slot].dc.get()};
+    for (int column = 0; column < layout_.mcusAcross; ++column)
+        for (int i = 0; i < count; ++i) {
+            Target& to = targets[i];
+            QelStatus status = qeliDecodeHuffmanOne_JPEG_1u16s_C1(data_.data(), int(data_.size()), &at_, to.next,
+                                                                  &marker_, to.table, state_.get());
+            if (status < 0) {
+                survive(status);
+                return column;
+            }
+            to.next += to.step;
+        }
+    return layout_.mcusAcross;
+}
+
 void ScanDecoder::resetCoder()
 {
     marker_ = 0;

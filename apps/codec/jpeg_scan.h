@@ -53,19 +53,9 @@ public:
         int step;
     };
 
-    // The same for a lossless scan: `rows` has one entry for each sample of an MCU. Differences that are lost are 0.
-    // Returns the number of columns that are not lost.
-    int decodeDifferences(const std::vector<DifferenceRow>& rows)
-    {
-        int64_t lostBefore = lostMcus_;
-        forRow([&](int i, int column, bool lost) {
-            int16_t* difference = rows[i].first + ptrdiff_t(column) * rows[i].step;
-            lost = lost || !decodeBlock(layout_.blocks[i].slot, difference);
-            if (lost) *difference = 0;
-            return lost;
-        });
-        return layout_.mcusAcross - int(lostMcus_ - lostBefore);
-    }
+    // The same for a lossless scan, whose restart markers stand between rows: `rows` has one entry for each sample of
+    // an MCU. Differences that are lost are 0. Returns the number of columns before the first that is lost.
+    int decodeDifferences(const std::vector<DifferenceRow>& rows);
 
     // No data is left: all further blocks will be zero.
     bool ended() const { return resumeAt_ == kNever; }
@@ -115,13 +105,12 @@ private:
         case ScanKind::acRefine:
             return qeliDecodeHuffman8x8_ACRefine_JPEG_1u16s_C1(data, size, &at_, block, &marker_, scan_.first,
                                                                scan_.last, scan_.low, s.ac.get(), state_.get());
-        case ScanKind::lossless:
-            return qeliDecodeHuffmanOne_JPEG_1u16s_C1(data, size, &at_, block, &marker_, s.dc.get(), state_.get());
         default:
             return qeliDecodeHuffman8x8_JPEG_1u16s_C1(data, size, &at_, block, &s.lastDc, &marker_, s.dc.get(),
                                                       s.ac.get(), state_.get());
         }
     }
+    int decodeSound(const std::vector<DifferenceRow>& rows);
     bool survive(QelStatus status);
     void restart();
     void resynchronise(int64_t interval);

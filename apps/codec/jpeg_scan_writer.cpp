@@ -32,6 +32,12 @@ ScanStatistics::ScanStatistics(const ScanHeader& scan)
         slots_.push_back({counts_[component.dcTable].dc.data(), counts_[component.acTable].ac.data(), 0});
 }
 
+void ScanStatistics::differences(const std::vector<const int16_t*>& rows, int width)
+{
+    for (size_t i = 0; i < rows.size(); ++i)
+        for (int x = 0; x < width; ++x) check(qeliGetHuffmanStatisticsOne_JPEG_16s_C1(rows[i][x], slots_[i].dc));
+}
+
 void ScanStatistics::restart()
 {
     finish();
@@ -75,6 +81,14 @@ void ScanEncoder::startRow()
     end_ = out_.data() + used_;
     room_ = int(std::min<size_t>(out_.size() - used_, INT32_MAX));
     position_ = 0;
+}
+
+void ScanEncoder::differences(const std::vector<const int16_t*>& rows, int width)
+{
+    for (int x = 0; x < width; ++x)
+        for (size_t i = 0; i < rows.size(); ++i)
+            check(
+                qeliEncodeHuffmanOne_JPEG_16s1u_C1(rows[i][x], end_, room_, &position_, slots_[i].dc, state_.get(), 0));
 }
 
 void ScanEncoder::restart()

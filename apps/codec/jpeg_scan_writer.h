@@ -27,6 +27,8 @@ public:
 
     void startRow() {}
     void block(int slot, const int16_t* coefficients) { check(count(slots_[slot], coefficients, 0)); }
+    // The same for a row of a lossless scan: rows[s] has `width` differences of the scan's component s.
+    void differences(const std::vector<const int16_t*>& rows, int width);
     void restart();
     void finish();
 
@@ -57,8 +59,6 @@ private:
         case ScanKind::acRefine:
             return qeliGetHuffmanStatistics8x8_ACRefine_JPEG_16s_C1(coefficients, s.ac, scan_.first, scan_.last,
                                                                     scan_.low, state_.get(), flush);
-        case ScanKind::lossless:
-            return qeliGetHuffmanStatisticsOne_JPEG_16s_C1(*coefficients, s.dc);
         default:
             return qeliGetHuffmanStatistics8x8_JPEG_16s_C1(coefficients, s.dc, s.ac, &s.lastDc);
         }
@@ -78,6 +78,8 @@ public:
 
     void startRow();
     void block(int slot, const int16_t* coefficients) { check(encode(slots_[slot], coefficients, 0)); }
+    // The same for a row of a lossless scan.
+    void differences(const std::vector<const int16_t*>& rows, int width);
     void restart();
     void finish();
 
@@ -104,9 +106,6 @@ private:
         case ScanKind::acRefine:
             return qeliEncodeHuffman8x8_ACRefine_JPEG_16s1u_C1(coefficients, end_, room_, &position_, scan_.first,
                                                                scan_.last, scan_.low, s.ac, state_.get(), flush);
-        case ScanKind::lossless:
-            return qeliEncodeHuffmanOne_JPEG_16s1u_C1(flush ? int16_t(0) : *coefficients, end_, room_, &position_, s.dc,
-                                                      state_.get(), flush);
         default:
             return qeliEncodeHuffman8x8_JPEG_16s1u_C1(coefficients, end_, room_, &position_, &s.lastDc, s.dc, s.ac,
                                                       state_.get(), flush);

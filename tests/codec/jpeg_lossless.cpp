@@ -3,9 +3,9 @@
 
 #include "codec/jpeg_layout.h"
 #include "codec/jpeg_reader.h"
-#include "codec/jpeg_scan_writer.h"
 #include "codec/jpeg_segments.h"
 #include "codec/jpeg_writer.h"
+#include "codec/library.h"
 #include "jpeg_cases.h"
 #include "jpeg_files.h"
 #include "pictures.h"
@@ -165,54 +165,58 @@ TEST(JpegLossless, OptionsThatDoNotFitAreRefused)
     EXPECT_NE(errorOf([&] { encodeJpeg(randomPicture(9, 9, ColourSpace::grey, 1), lossless()); }), "");
 }
 
-// Differences of components of different sizes, each of its own rows in whole MCUs, by predictor 1.
-class SampledDifferences {
-public:
-    explicit SampledDifferences(const ScanLayout& layout, const JpegInfo& info) : layout_(layout), info_(info) {}
+// What the components of different sizes hold at x, y, and the difference there by predictor 1.
+int sampleOf(int component, int x, int y) { return 40 + 30 * component + x + 2 * y; }
+int16_t differenceAt(int component, int x, int y)
+{
+    int prediction = x > 0 ? sampleOf(component, x - 1, y) : y > 0 ? sampleOf(component, 0, y - 1) : 128;
+    return int16_t(sampleOf(component, x, y) - prediction);
+}
 
-    static int sample(int component, int x, int y) { return 40 + 30 * component + x + 2 * y; }
+// All codes have five bits.
+HuffmanLists flatTable()
+{
+    HuffmanLists flat;
+    flat.bits[4] = 17;
+    for (int i = 0; i < 17; ++i) flat.values[i] = uint8_t(i);
+    return flat;
+}
 
-    void startRow(int mcuRow) { mcuRow_ = mcuRow; }
-    const int16_t* operator()(int i, int column)
-    {
-        const McuBlock& place = layout_.blocks[i];
-        const ScanShare& share = layout_.shares[place.slot];
-        int x = column * share.across + place.dx, y = mcuRow_ * share.down + place.dy;
-        int prediction = x > 0 ? sample(share.component, x - 1, y) : y > 0 ? sample(share.component, 0, y - 1) : 128;
-        difference_ = int16_t(sample(share.component, x, y) - prediction);
-        return &difference_;
-    }
+void appendScan(File& file, const JpegInfo& info, const std::vector<int>& components)
+{
+    ScanHeader scan;
+    scan.kind = ScanKind::lossless;
+    scan.predictor = 1;
+    for (int i : components) scan.components.push_back({i, 0, 0});
+    SegmentWriter(file).scan(info, scan);
+    HuffmanLists flat = flatTable();
+    auto table = make<EncodeSpec>(qeliEncodeHuffmanSpecInitAlloc_JPEG_8u, flat.bits.data(), flat.values.data());
+    auto state = make<EncodeState>(qeliEncodeHuffmanStateInitAlloc_JPEG_8u);
+    std::vector<uint8_t> data(10000);
+    int position = 0;
+    auto encode = [&](int16_t difference, int flush) {
+        check(qeliEncodeHuffmanOne_JPEG_16s1u_C1(difference, data.data(), int(data.size()), &position, table.get(),
+                                                 state.get(), flush));
+    };
+    ScanLayout layout(info, components);
+    for (int row = 0; row < layout.mcusDown; ++row)
+        for (int column = 0; column < layout.mcusAcross; ++column)
+            for (const McuBlock& place : layout.blocks) {
+                const ScanShare& share = layout.shares[place.slot];
+                encode(differenceAt(share.component, column * share.across + place.dx, row * share.down + place.dy), 0);
+            }
+    encode(0, 1);
+    file.insert(file.end(), data.begin(), data.begin() + position);
+}
 
-private:
-    const ScanLayout& layout_;
-    const JpegInfo& info_;
-    int mcuRow_ = 0;
-    int16_t difference_ = 0;
-};
-
-File fileOfSampledComponents(JpegInfo& info, const std::vector<std::vector<int>>& scans)
+File fileOfSampledComponents(const JpegInfo& info, const std::vector<std::vector<int>>& scans)
 {
     File file;
     SegmentWriter segments(file);
     segments.marker(marker::kSoi);
     segments.frame(info);
-    HuffmanPair flat;
-    flat.dc.bits[4] = 17;
-    for (int i = 0; i < 17; ++i) flat.dc.values[i] = uint8_t(i);
-    segments.huffmanTable(0, 0, flat.dc);
-    const std::function<void(double)> nobody;
-    for (auto& components : scans) {
-        ScanHeader scan;
-        scan.kind = ScanKind::lossless;
-        scan.predictor = 1;
-        for (int i : components) scan.components.push_back({i, 0, 0});
-        segments.scan(info, scan);
-        ScanLayout layout(info, components);
-        SampledDifferences differences(layout, info);
-        ScanEncoder coder(file, layout, scan, {flat, flat});
-        Progress progress(nobody, layout.mcusDown);
-        codeScan(layout, 0, differences, coder, progress);
-    }
+    segments.huffmanTable(0, 0, flatTable());
+    for (auto& components : scans) appendScan(file, info, components);
     segments.marker(marker::kEoi);
     return file;
 }
@@ -233,9 +237,9 @@ TEST(JpegLossless, ReadsComponentsOfDifferentSizes)
             for (int y = 0; y < 7; ++y)
                 for (int x = 0; x < 13; ++x) {
                     const uint8_t* pixel = decoded.picture.row(y) + 3 * x;
-                    ASSERT_EQ(pixel[0], SampledDifferences::sample(0, x, y)) << x << ' ' << y;
-                    ASSERT_EQ(pixel[1], SampledDifferences::sample(1, x / h, y / v)) << x << ' ' << y;
-                    ASSERT_EQ(pixel[2], SampledDifferences::sample(2, x / h, y / v)) << x << ' ' << y;
+                    ASSERT_EQ(pixel[0], sampleOf(0, x, y)) << x << ' ' << y;
+                    ASSERT_EQ(pixel[1], sampleOf(1, x / h, y / v)) << x << ' ' << y;
+                    ASSERT_EQ(pixel[2], sampleOf(2, x / h, y / v)) << x << ' ' << y;
                 }
         }
 }
