@@ -10,6 +10,7 @@ void addMcuCases();
 void addBlockCases();
 void addHuffmanCases();
 void addProgressiveCases();
+void addLosslessCases();
 void addCodecCases();
 void addSupportCases();
 

@@ -74,6 +74,7 @@ void addCases()
     addBlockCases();
     addHuffmanCases();
     addProgressiveCases();
+    addLosslessCases();
     addCodecCases();
     addSupportCases();
 }
