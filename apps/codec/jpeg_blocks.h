@@ -35,10 +35,13 @@ public:
                                                   o.multipliers));
     }
 
+    // Asked for in their order: all blocks of an MCU are made with its first, as transforms do not wait for the coder's
+    // guesses then.
     const int16_t* operator()(int i, int mcuColumn)
     {
-        block(i, mcuColumn, block_.data());
-        return block_.data();
+        if (i == 0)
+            for (int j = 0; j < int(origins_.size()); ++j) block(j, mcuColumn, blocks_[j].data());
+        return blocks_[i].data();
     }
 
 private:
@@ -49,7 +52,7 @@ private:
     };
     StripReader& strips_;
     std::vector<Origin> origins_;
-    alignas(64) std::array<int16_t, 64> block_;
+    alignas(64) std::array<std::array<int16_t, 64>, 10> blocks_;
 };
 
 }

@@ -54,9 +54,10 @@ void McuToPixels::convert(int x)
 
 PixelsToMcu::PixelsToMcu(const JpegInfo& info, const ScanLayout& layout,
                          const std::array<QuantizerSteps, 2>& multipliers, const Picture& picture)
-    : conversion_(mcuConversionFor(info)), picture_(picture), width_(8 * info.maxH()), height_(8 * info.maxV())
+    : conversion_(mcuConversionFor(info)), picture_(picture), width_(8 * info.maxH()), height_(8 * info.maxV()),
+      count_(int(layout.blocks.size()))
 {
-    for (int i = int(layout.blocks.size()) - 1; i >= 0; --i) {
+    for (int i = count_ - 1; i >= 0; --i) {
         const McuBlock& block = layout.blocks[i];
         multipliers_[i] = multipliers[info.components[layout.shares[block.slot].component].quantizer].data();
         components_[block.slot] = blocks_[i].data();

@@ -70,8 +70,7 @@ public:
 
     const int16_t* operator()(int i, int mcuColumn)
     {
-        if (i == 0) convert(mcuColumn * width_);
-        check(qeliDCTQuantFwd8x8_JPEG_16s_C1I(blocks_[i].data(), multipliers_[i]));
+        if (i == 0) transform(mcuColumn);
         return blocks_[i].data();
     }
 
@@ -83,11 +82,18 @@ public:
     }
 
 private:
+    // All blocks of an MCU one after the other: transforms do not wait for the coder's guesses then.
+    void transform(int mcuColumn)
+    {
+        convert(mcuColumn * width_);
+        for (int i = 0; i < count_; ++i) check(qeliDCTQuantFwd8x8_JPEG_16s_C1I(blocks_[i].data(), multipliers_[i]));
+    }
     void convert(int x);
 
     McuConversion conversion_;
     const Picture& picture_;
     int width_, height_;
+    int count_; // blocks of an MCU
     int line_ = 0;
     std::array<const uint16_t*, 10> multipliers_;
     std::array<int16_t*, 4> components_;

@@ -62,8 +62,8 @@ HuffmanPair ScanStatistics::tables(int table) const
 
 ScanEncoder::ScanEncoder(std::vector<uint8_t>& out, const ScanLayout& layout, const ScanHeader& scan,
                          const std::array<HuffmanPair, 2>& pairs)
-    : out_(out), scan_(scan), used_(out.size()),
-      roomPerRow_(layout.mcusAcross * roomPerMcu(layout, scan) + kMaxRestartBytes),
+    : out_(out), scan_(scan), room_(layout.mcusAcross * roomPerMcu(layout, scan) + kMaxRestartBytes),
+      row_(std::make_unique_for_overwrite<uint8_t[]>(room_)),
       state_(make<EncodeState>(qeliEncodeHuffmanStateInitAlloc_JPEG_8u))
 {
     auto spec = [](const HuffmanLists& lists) {
@@ -76,10 +76,7 @@ ScanEncoder::ScanEncoder(std::vector<uint8_t>& out, const ScanLayout& layout, co
 
 void ScanEncoder::startRow()
 {
-    used_ += size_t(position_);
-    if (out_.size() - used_ < size_t(roomPerRow_)) out_.resize(std::max(2 * out_.size(), used_ + roomPerRow_));
-    end_ = out_.data() + used_;
-    room_ = int(std::min<size_t>(out_.size() - used_, INT32_MAX));
+    out_.insert(out_.end(), row_.get(), row_.get() + position_);
     position_ = 0;
 }
 
@@ -87,15 +84,15 @@ void ScanEncoder::differences(const std::vector<const int16_t*>& rows, int width
 {
     for (int x = 0; x < width; ++x)
         for (size_t i = 0; i < rows.size(); ++i)
-            check(
-                qeliEncodeHuffmanOne_JPEG_16s1u_C1(rows[i][x], end_, room_, &position_, slots_[i].dc, state_.get(), 0));
+            check(qeliEncodeHuffmanOne_JPEG_16s1u_C1(rows[i][x], row_.get(), room_, &position_, slots_[i].dc,
+                                                     state_.get(), 0));
 }
 
 void ScanEncoder::restart()
 {
     check(encode(slots_[0], nullptr, 1));
-    end_[position_++] = 0xFF;
-    end_[position_++] = uint8_t(marker::kRst0 + nextMarker_);
+    row_[position_++] = 0xFF;
+    row_[position_++] = uint8_t(marker::kRst0 + nextMarker_);
     nextMarker_ = (nextMarker_ + 1) % 8;
     for (Slot& slot : slots_) slot.lastDc = 0;
 }
@@ -103,7 +100,7 @@ void ScanEncoder::restart()
 void ScanEncoder::finish()
 {
     check(encode(slots_[0], nullptr, 1));
-    out_.resize(used_ + position_);
+    startRow();
 }
 
 }

@@ -4,6 +4,7 @@
 #include <array>
 #include <cstdint>
 #include <functional>
+#include <memory>
 #include <mutex>
 #include <utility>
 #include <vector>
@@ -76,6 +77,7 @@ public:
     ScanEncoder(std::vector<uint8_t>& out, const ScanLayout& layout, const ScanHeader& scan,
                 const std::array<HuffmanPair, 2>& pairs);
 
+    // To be called before the blocks of each row of MCUs.
     void startRow();
     void block(int slot, const int16_t* coefficients) { check(encode(slots_[slot], coefficients, 0)); }
     // The same for a row of a lossless scan.
@@ -95,29 +97,28 @@ private:
     {
         switch (scan_.kind) {
         case ScanKind::dcFirst:
-            return qeliEncodeHuffman8x8_DCFirst_JPEG_16s1u_C1(coefficients, end_, room_, &position_, &s.lastDc,
+            return qeliEncodeHuffman8x8_DCFirst_JPEG_16s1u_C1(coefficients, row_.get(), room_, &position_, &s.lastDc,
                                                               scan_.low, s.dc, state_.get(), flush);
         case ScanKind::dcRefine:
-            return qeliEncodeHuffman8x8_DCRefine_JPEG_16s1u_C1(coefficients, end_, room_, &position_, scan_.low,
+            return qeliEncodeHuffman8x8_DCRefine_JPEG_16s1u_C1(coefficients, row_.get(), room_, &position_, scan_.low,
                                                                state_.get(), flush);
         case ScanKind::acFirst:
-            return qeliEncodeHuffman8x8_ACFirst_JPEG_16s1u_C1(coefficients, end_, room_, &position_, scan_.first,
+            return qeliEncodeHuffman8x8_ACFirst_JPEG_16s1u_C1(coefficients, row_.get(), room_, &position_, scan_.first,
                                                               scan_.last, scan_.low, s.ac, state_.get(), flush);
         case ScanKind::acRefine:
-            return qeliEncodeHuffman8x8_ACRefine_JPEG_16s1u_C1(coefficients, end_, room_, &position_, scan_.first,
+            return qeliEncodeHuffman8x8_ACRefine_JPEG_16s1u_C1(coefficients, row_.get(), room_, &position_, scan_.first,
                                                                scan_.last, scan_.low, s.ac, state_.get(), flush);
         default:
-            return qeliEncodeHuffman8x8_JPEG_16s1u_C1(coefficients, end_, room_, &position_, &s.lastDc, s.dc, s.ac,
-                                                      state_.get(), flush);
+            return qeliEncodeHuffman8x8_JPEG_16s1u_C1(coefficients, row_.get(), room_, &position_, &s.lastDc, s.dc,
+                                                      s.ac, state_.get(), flush);
         }
     }
 
-    std::vector<uint8_t>& out_; // longer than what has been written
+    std::vector<uint8_t>& out_;
     const ScanHeader& scan_;
-    size_t used_;
-    uint8_t* end_ = nullptr; // of what has been written before this row
-    int room_ = 0, position_ = 0;
-    int roomPerRow_;
+    int room_; // for a row of MCUs
+    std::unique_ptr<uint8_t[]> row_;
+    int position_ = 0; // in it
     EncodeState state_;
     std::array<Specs, 2> specs_;
     std::vector<Slot> slots_;
