@@ -11,7 +11,7 @@
 namespace qel::codec {
 
 // How many threads are worth their start for a picture of so many pixels.
-inline int threadsFor(uint64_t pixels)
+inline int threadsFor([[maybe_unused]] uint64_t pixels)
 {
     [[maybe_unused]] constexpr uint64_t kWorthwhile = 1 << 18;
 #ifdef _OPENMP

@@ -4,6 +4,7 @@
 #include "core/checks.h"
 #include "core/dispatch.h"
 #include "jpeg/huffman_bits.h"
+#include "jpeg/huffman_held.h"
 
 using namespace qel;
 
@@ -40,6 +41,7 @@ QelStatus qeliDecodeHuffmanOne_JPEG_1u16s_C1(const uint8_t* pSrc, int srcLenByte
             first(pointers(pSrc), values(srcLenBytes >= 0), pointers(pSrcCurrPos, pDst, pMarker, pTable, pState)))
         return bad;
     if (*pSrcCurrPos < 0) return qelStsBadArgErr;
+    if (takeHeldValue(*pTable, pState, pDst)) return qelStsNoErr;
     return kernels<HuffmanDecodeKernels>().decodeOne(pSrc, srcLenBytes, pSrcCurrPos, pDst, pMarker, pTable, pState);
 }
 

@@ -163,7 +163,7 @@ QelStatus decodeOne(const uint8_t* src, int srcLen, int* pos, int16_t* dst, uint
                     const QelDecodeHuffmanSpec* spec, QelDecodeHuffmanState* state)
 {
     Window in(src, srcLen, *pos, *marker, state);
-    bool isReady = in.isReady() || in.fill();
+    bool isReady = in.fill() || in.isReady();
     if (__builtin_expect(isReady, 1)) {
         unsigned symbol = in.symbol(*spec);
         *dst = int16_t(__builtin_expect(symbol > 15, 0) ? -32768 : in.difference(symbol));
