@@ -58,7 +58,8 @@ template <class Table, class T> void pairs(LiftingKernels<T> Table::*of)
             for (int count = 1; count <= kMostPairs; ++count) {
                 size_t w = size_t(width), n = 2 * size_t(count) * w;
                 Guarded<T> kept(4 * w), kept2(4 * w), rows(n, Fault::behind, 1), rows2(n, Fault::behind, 1);
-                fill(random, kept.data(), kept.size());
+                // At first zeros, as before the first pair: random bits need not be finite values.
+                memset(kept.data(), 0, kept.sizeInBytes());
                 fill(random, rows.data(), n);
                 memcpy(kept2.data(), kept.data(), kept.sizeInBytes());
                 memcpy(rows2.data(), rows.data(), rows.sizeInBytes());
@@ -67,8 +68,10 @@ template <class Table, class T> void pairs(LiftingKernels<T> Table::*of)
                 auto lift = [&](const LiftingKernels<T>& kernels) {
                     return width % 2 ? kernels.forwardPairs : kernels.inversePairs;
                 };
-                lift(table.*of)(at, at, count, kept.data(), width);
-                lift(Table::scalar.*of)(at2, at2, count, kept2.data(), width);
+                for (int round = 0; round < 2; ++round) {
+                    lift(table.*of)(at, at, count, kept.data(), width);
+                    lift(Table::scalar.*of)(at2, at2, count, kept2.data(), width);
+                }
                 ASSERT_EQ(memcmp(rows.data(), rows2.data(), rows.sizeInBytes()), 0) << width << ' ' << count;
                 ASSERT_EQ(memcmp(kept.data(), kept2.data(), kept.sizeInBytes()), 0) << width << ' ' << count;
                 ASSERT_TRUE(rows.intact() && kept.intact()) << width << ' ' << count;
