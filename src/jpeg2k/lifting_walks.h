@@ -53,6 +53,15 @@ template <class F> struct Inverse : F {
     template <class... Args> static QEL_INLINE void lift(Args&... args) { F::inverse(args...); }
 };
 
+// body(0), body(1), ... without a loop: arrays that it indexes stay in registers.
+template <int kTimes, class Body> QEL_INLINE void repeat(Body body)
+{
+    if constexpr (kTimes > 0) {
+        repeat<kTimes - 1>(body);
+        body(kTimes - 1);
+    }
+}
+
 template <class F, int kPairs, class T>
 QEL_INLINE void liftRows(const T* const* src, T* const* dst, T* kept, ptrdiff_t width)
 {
@@ -60,17 +69,17 @@ QEL_INLINE void liftRows(const T* const* src, T* const* dst, T* kept, ptrdiff_t 
         constexpr int N = bytes.value;
         using V = ValueOf<F, N>;
         AboveLanes<V, F::kDelays> before;
-        for (int slot = 0; slot < F::kDelays; ++slot) before.slots[slot] = load<V>(kept + slot * width + i);
-#pragma GCC unroll 4
-        for (int k = 0; k < kPairs; ++k) {
+        repeat<F::kDelays>([&](int slot) QEL_INLINE_BODY { before.slots[slot] = load<V>(kept + slot * width + i); });
+        repeat<kPairs>([&](int k) QEL_INLINE_BODY {
             V in[2] = {read<F, N>(src[2 * k] + i), read<F, N>(src[2 * k + 1] + i)}, out[2];
             F::lift(before, in[0], in[1], out[0], out[1]);
             write<F, N>(dst[2 * k] + i, out[0]);
             write<F, N>(dst[2 * k + 1] + i, out[1]);
-        }
-        for (int slot = 0; slot < F::kDelays; ++slot) store(kept + slot * width + i, before.slots[slot]);
+        });
+        repeat<F::kDelays>([&](int slot) QEL_INLINE_BODY { store(kept + slot * width + i, before.slots[slot]); });
     });
 }
+
 template <class Step, class T> void liftPairs(const T* const* src, T* const* dst, int pairs, T* kept, ptrdiff_t width)
 {
     if (pairs == kMostPairs) return liftRows<Step, kMostPairs>(src, dst, kept, width);
@@ -89,9 +98,10 @@ QEL_INLINE void liftRow(Pairs pairs, ptrdiff_t wholeFrom, ptrdiff_t wholeTo, One
         constexpr int N = bytes.value, kLanes = kLanesOf<F, N>;
         if (wholeTo - k < kLanes) return;
         BesideLanes<ValueOf<F, N>, F::kDelays> beside;
-        for (int slot = 0; slot < F::kDelays; ++slot) beside.slots[slot] = ValueOf<F, N>{} + before.slots[slot];
+        repeat<F::kDelays>([&](int slot)
+                               QEL_INLINE_BODY { beside.slots[slot] = ValueOf<F, N>{} + before.slots[slot]; });
         for (; wholeTo - k >= kLanes; k += kLanes) many(bytes, beside, k);
-        for (int slot = 0; slot < F::kDelays; ++slot) before.slots[slot] = beside.slots[slot][kLanes - 1];
+        repeat<F::kDelays>([&](int slot) QEL_INLINE_BODY { before.slots[slot] = beside.slots[slot][kLanes - 1]; });
     };
     if constexpr (QEL_WIDTH > 16) walk(Bytes<QEL_WIDTH>());
     if constexpr (QEL_WIDTH >= 16) walk(Bytes<16>());
