@@ -118,7 +118,7 @@ template <class F, class T> void forwardRow(const T* src, Line line, T* low, T* 
     const int phase = line.phase;
     const ptrdiff_t lows = line.lows(), highs = line.highs();
     auto at = [&](ptrdiff_t position) { return read<F, 1>(src + line.inside(position - phase)); };
-    auto one = [&](auto& before, ptrdiff_t k) {
+    auto one = [&](auto& before, ptrdiff_t k) QEL_INLINE_BODY {
         ValueOf<F, 1> l, h, even = at(2 * k + 2), odd = k == pairs.first ? even : at(2 * k + 1);
         F::forward(before, odd, even, l, h);
         if (isAmong(k - kLag - phase, lows)) write<F, 1>(low + k - kLag - phase, l);
@@ -142,7 +142,7 @@ template <class F, class T> void inverseRow(const T* low, const T* high, Line li
     constexpr int kLag = F::kLag;
     const Pairs pairs = inversePairs(line, kLag);
     const int phase = line.phase;
-    auto one = [&](auto& before, ptrdiff_t k) {
+    auto one = [&](auto& before, ptrdiff_t k) QEL_INLINE_BODY {
         ValueOf<F, 1> odd, even, h = read<F, 1>(high + line.highPlace(k));
         ValueOf<F, 1> l = k == pairs.first ? h : read<F, 1>(low + line.lowPlace(k));
         F::inverse(before, l, h, odd, even);
