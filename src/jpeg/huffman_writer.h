@@ -7,7 +7,12 @@
 
 namespace qel {
 
-inline int categoryOf(int value) { return (int)ownqj_get_csize((uint32_t)(value < 0 ? -value : value)); }
+// As ownqj_get_csize has it.
+inline int categoryOf(int value)
+{
+    auto magnitude = (uint32_t)(value < 0 ? -value : value);
+    return magnitude == 0 ? 0 : 32 - __builtin_clz(magnitude);
+}
 
 inline int16_t coefficientAt(const int16_t* block, int index)
 {
