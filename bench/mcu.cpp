@@ -19,8 +19,11 @@
 namespace qel::bench {
 namespace {
 
-constexpr int kWidth = 1200, kHeight = 96;
-constexpr double kPixels = double(kWidth) * kHeight;
+struct Size {
+    const char* name;
+    int width, height;
+};
+constexpr Size kSizes[] = {{"L2", 1200, 96}, {"memory", 5008, 3008}};
 
 using Decoder = BlocksToBytes;
 using Encoder = BytesToBlocks;
@@ -46,22 +49,23 @@ const Sampling kSamplings[] = {
 // A picture with equal rows of MCUs: its pixels, the blocks of one row, and planes of both sizes with a margin that the
 // up-sampling reads.
 struct Picture {
-    static constexpr int kMargin = 16, kStep = kWidth + 2 * kMargin;
+    static constexpr int kMargin = 16;
     Sampling sampling;
-    int mcus = kWidth / (8 * sampling.h), mcuRows = kHeight / (8 * sampling.v);
-    int smallWidth = kWidth / sampling.h, smallHeight = kHeight / sampling.v;
-    Memory pixels{3 * kWidth * kHeight}, decoded{3 * kWidth * kHeight}, planes[3] = {plane(), plane(), plane()},
-                                                                        small[3] = {plane(), plane(), plane()};
+    int width, height, step = width + 2 * kMargin;
+    int mcus = width / (8 * sampling.h), mcuRows = height / (8 * sampling.v);
+    int smallWidth = width / sampling.h, smallHeight = height / sampling.v;
+    Memory pixels{3 * size_t(width) * height}, decoded{3 * size_t(width) * height},
+        planes[3] = {plane(), plane(), plane()}, small[3] = {plane(), plane(), plane()};
     std::vector<int16_t> blocks[3];
     std::unique_ptr<void, int (*)(void*)> compressor{tjInitCompress(), tjDestroy},
         decompressor{tjInitDecompress(), tjDestroy};
 
-    static Memory plane() { return Memory(size_t(kStep) * kHeight); }
-    explicit Picture(const Sampling& chosen) : sampling(chosen)
+    Memory plane() const { return Memory(size_t(step) * height); }
+    Picture(const Sampling& chosen, const Size& size) : sampling(chosen), width(size.width), height(size.height)
     {
         require(compressor && decompressor, "libjpeg-turbo has no memory");
-        size_t period = size_t(3) * kWidth * 8 * sampling.v;
-        for (size_t i = period; i < size_t(3) * kWidth * kHeight; ++i) pixels.data()[i] = pixels.data()[i - period];
+        size_t period = size_t(3) * width * 8 * sampling.v;
+        for (size_t i = period; i < size_t(3) * width * height; ++i) pixels.data()[i] = pixels.data()[i - period];
         for (int c = 0; c < 3; ++c) blocks[c].resize(64 * mcus * (c == 0 ? sampling.h * sampling.v : 1));
         encode([&](auto src, int step, auto dst) { succeed(sampling.encode(src, step, dst)); });
         theirEncode();
@@ -75,7 +79,7 @@ struct Picture {
         for (int y = 0; y < mcuRows; ++y)
             for (int x = 0; x < mcus; ++x) {
                 int16_t* mcu[] = {&blocks[0][64 * h * v * x], &blocks[1][64 * x], &blocks[2][64 * x]};
-                body(first + 3 * (size_t(kWidth) * 8 * v * y + 8 * h * x), 3 * kWidth, mcu);
+                body(first + 3 * (size_t(width) * 8 * v * y + 8 * h * x), 3 * width, mcu);
             }
     }
     template <class Convert> void decode(Convert convert)
@@ -91,24 +95,24 @@ struct Picture {
     {
         auto up = sampling.v == 1 ? qeliSampleUpH2V1_JPEG_8u_C1R : qeliSampleUpH2V2_JPEG_8u_C1R;
         for (int c = 1; c < 3 && sampling.h == 2; ++c)
-            succeed(up(at(small[c]), kStep, {smallWidth, smallHeight}, at(planes[c]), kStep, {kWidth, kHeight}));
+            succeed(up(at(small[c]), step, {smallWidth, smallHeight}, at(planes[c]), step, {width, height}));
         const uint8_t* src[] = {at(planes[0]), at(planes[1]), at(planes[2])};
-        succeed(qeliYCbCrToRGB_JPEG_8u_P3C3R(src, kStep, decoded.data(), 3 * kWidth, {kWidth, kHeight}));
+        succeed(qeliYCbCrToRGB_JPEG_8u_P3C3R(src, step, decoded.data(), 3 * width, {width, height}));
     }
     void encodeByPlanes()
     {
         uint8_t* dst[] = {at(planes[0]), at(planes[1]), at(planes[2])};
-        succeed(qeliRGBToYCbCr_JPEG_8u_C3P3R(pixels.data(), 3 * kWidth, dst, kStep, {kWidth, kHeight}));
+        succeed(qeliRGBToYCbCr_JPEG_8u_C3P3R(pixels.data(), 3 * width, dst, step, {width, height}));
         auto down = sampling.v == 1 ? qeliSampleDownH2V1_JPEG_8u_C1R : qeliSampleDownH2V2_JPEG_8u_C1R;
         for (int c = 1; c < 3 && sampling.h == 2; ++c)
-            succeed(down(at(planes[c]), kStep, {kWidth, kHeight}, at(small[c]), kStep, {smallWidth, smallHeight}));
+            succeed(down(at(planes[c]), step, {width, height}, at(small[c]), step, {smallWidth, smallHeight}));
     }
 
     void theirEncode()
     {
         uint8_t* dst[] = {at(planes[0]), at(small[1]), at(small[2])};
-        int steps[] = {kStep, kStep, kStep};
-        int bad = tjEncodeYUVPlanes(compressor.get(), pixels.data(), kWidth, 3 * kWidth, kHeight, TJPF_RGB, dst, steps,
+        int steps[] = {step, step, step};
+        int bad = tjEncodeYUVPlanes(compressor.get(), pixels.data(), width, 3 * width, height, TJPF_RGB, dst, steps,
                                     sampling.theirs, TJFLAG_ACCURATEDCT);
         require(!bad, "tjEncodeYUVPlanes failed");
     }
@@ -116,9 +120,9 @@ struct Picture {
     void theirDecode()
     {
         const uint8_t* src[] = {at(planes[0]), at(small[1]), at(small[2])};
-        int steps[] = {kStep, kStep, kStep};
-        int bad = tjDecodeYUVPlanes(decompressor.get(), src, steps, sampling.theirs, decoded.data(), kWidth, 3 * kWidth,
-                                    kHeight, TJPF_RGB, TJFLAG_FASTUPSAMPLE);
+        int steps[] = {step, step, step};
+        int bad = tjDecodeYUVPlanes(decompressor.get(), src, steps, sampling.theirs, decoded.data(), width, 3 * width,
+                                    height, TJPF_RGB, TJFLAG_FASTUPSAMPLE);
         require(!bad, "tjDecodeYUVPlanes failed");
     }
 };
@@ -129,7 +133,7 @@ using Shared = std::shared_ptr<Picture>;
 void compare(Picture& p)
 {
     p.decode([&](auto src, uint8_t* dst, int step) { succeed(p.sampling.decode(src, dst, step)); });
-    std::vector<uint8_t> ours(p.decoded.data(), p.decoded.data() + size_t(3) * kWidth * kHeight);
+    std::vector<uint8_t> ours(p.decoded.data(), p.decoded.data() + size_t(3) * p.width * p.height);
     p.theirEncode();
     p.theirDecode();
     for (size_t i = 0; i < ours.size(); ++i)
@@ -140,7 +144,7 @@ void compare(Picture& p)
 template <class KernelOf, class Run>
 Contest contestOf(const Shared& p, KernelOf kernelOf, Run run, void (Picture::*planes)(), void (Picture::*theirs)())
 {
-    Contest contest = {"pixel", kPixels, {}};
+    Contest contest = {"pixel", double(p->width) * p->height, {}};
     auto add = [&](std::string name, std::function<void()> work) { contest.contestants.push_back({name, work}); };
     add(kLibrary, [=] { run(nullptr); });
     forBuilds<McuKernels>([&](std::string name, auto& build) { add(name, [=, k = kernelOf(build)] { run(k); }); });
@@ -174,12 +178,12 @@ Contest encoding(const Shared& p)
 
 void addMcuCases()
 {
-    for (auto& sampling : kSamplings) {
-        addCase(std::string("mcu/ToRGB/") + sampling.name,
-                [&sampling] { return decoding(std::make_shared<Picture>(sampling)); });
-        addCase(std::string("mcu/FromRGB/") + sampling.name,
-                [&sampling] { return encoding(std::make_shared<Picture>(sampling)); });
-    }
+    for (auto& size : kSizes)
+        for (auto& sampling : kSamplings) {
+            std::string name = std::string(sampling.name) + "/" + size.name;
+            addCase("mcu/ToRGB/" + name, [&] { return decoding(std::make_shared<Picture>(sampling, size)); });
+            addCase("mcu/FromRGB/" + name, [&] { return encoding(std::make_shared<Picture>(sampling, size)); });
+        }
 }
 
 }
