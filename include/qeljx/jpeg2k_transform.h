@@ -37,8 +37,8 @@ extern "C" {
  *     high[n] = x[2n + 1] - ((x[2n] + x[2n + 2]) >> 1),   low[n] = x[2n] + ((high[n - 1] + high[n] + 2) >> 2).
  * Inverse undoes forward to the bit, whatever the samples: both wrap alike (but see the tile functions for the doubling
  * of single samples, which needs a bit to spare). Coefficients of 16-bit samples are those of
- * the exact formula, also after both directions, as long as the samples have 13 bits or less. The row 0, 10, 20, 30 with
- * its extension, in phase 0, gives the low half 0, 23 and the high half 0, 10. */
+ * the exact formula, also after both directions, as long as the samples have 13 bits or less. The row 0, 10, 20, 30
+ * with its extension, in phase 0, gives the low half 0, 23 and the high half 0, 10. */
 QEL_API QelStatus qeliWTFwdRow_B53_JPEG2K_16s_C1R(const int16_t* pSrc, int srcStep, int16_t* pDstLow, int dstLowStep,
                                                   int16_t* pDstHigh, int dstHighStep, QelSize dstSize, int phase);
 QEL_API QelStatus qeliWTFwdRow_B53_JPEG2K_32s_C1R(const int32_t* pSrc, int srcStep, int32_t* pDstLow, int dstLowStep,
