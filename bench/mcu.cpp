@@ -51,7 +51,7 @@ const Sampling kSamplings[] = {
 struct Picture {
     static constexpr int kMargin = 16;
     Sampling sampling;
-    int width, height, step = width + 2 * kMargin;
+    int width, height, planeStep = width + 2 * kMargin;
     int mcus = width / (8 * sampling.h), mcuRows = height / (8 * sampling.v);
     int smallWidth = width / sampling.h, smallHeight = height / sampling.v;
     Memory pixels{3 * size_t(width) * height}, decoded{3 * size_t(width) * height},
@@ -60,7 +60,7 @@ struct Picture {
     std::unique_ptr<void, int (*)(void*)> compressor{tjInitCompress(), tjDestroy},
         decompressor{tjInitDecompress(), tjDestroy};
 
-    Memory plane() const { return Memory(size_t(step) * height); }
+    Memory plane() const { return Memory(size_t(planeStep) * height); }
     Picture(const Sampling& chosen, const Size& size) : sampling(chosen), width(size.width), height(size.height)
     {
         require(compressor && decompressor, "libjpeg-turbo has no memory");
@@ -95,23 +95,24 @@ struct Picture {
     {
         auto up = sampling.v == 1 ? qeliSampleUpH2V1_JPEG_8u_C1R : qeliSampleUpH2V2_JPEG_8u_C1R;
         for (int c = 1; c < 3 && sampling.h == 2; ++c)
-            succeed(up(at(small[c]), step, {smallWidth, smallHeight}, at(planes[c]), step, {width, height}));
+            succeed(up(at(small[c]), planeStep, {smallWidth, smallHeight}, at(planes[c]), planeStep, {width, height}));
         const uint8_t* src[] = {at(planes[0]), at(planes[1]), at(planes[2])};
-        succeed(qeliYCbCrToRGB_JPEG_8u_P3C3R(src, step, decoded.data(), 3 * width, {width, height}));
+        succeed(qeliYCbCrToRGB_JPEG_8u_P3C3R(src, planeStep, decoded.data(), 3 * width, {width, height}));
     }
     void encodeByPlanes()
     {
         uint8_t* dst[] = {at(planes[0]), at(planes[1]), at(planes[2])};
-        succeed(qeliRGBToYCbCr_JPEG_8u_C3P3R(pixels.data(), 3 * width, dst, step, {width, height}));
+        succeed(qeliRGBToYCbCr_JPEG_8u_C3P3R(pixels.data(), 3 * width, dst, planeStep, {width, height}));
         auto down = sampling.v == 1 ? qeliSampleDownH2V1_JPEG_8u_C1R : qeliSampleDownH2V2_JPEG_8u_C1R;
         for (int c = 1; c < 3 && sampling.h == 2; ++c)
-            succeed(down(at(planes[c]), step, {width, height}, at(small[c]), step, {smallWidth, smallHeight}));
+            succeed(
+                down(at(planes[c]), planeStep, {width, height}, at(small[c]), planeStep, {smallWidth, smallHeight}));
     }
 
     void theirEncode()
     {
         uint8_t* dst[] = {at(planes[0]), at(small[1]), at(small[2])};
-        int steps[] = {step, step, step};
+        int steps[] = {planeStep, planeStep, planeStep};
         int bad = tjEncodeYUVPlanes(compressor.get(), pixels.data(), width, 3 * width, height, TJPF_RGB, dst, steps,
                                     sampling.theirs, TJFLAG_ACCURATEDCT);
         require(!bad, "tjEncodeYUVPlanes failed");
@@ -120,7 +121,7 @@ struct Picture {
     void theirDecode()
     {
         const uint8_t* src[] = {at(planes[0]), at(small[1]), at(small[2])};
-        int steps[] = {step, step, step};
+        int steps[] = {planeStep, planeStep, planeStep};
         int bad = tjDecodeYUVPlanes(decompressor.get(), src, steps, sampling.theirs, decoded.data(), width, 3 * width,
                                     height, TJPF_RGB, TJFLAG_FASTUPSAMPLE);
         require(!bad, "tjDecodeYUVPlanes failed");
