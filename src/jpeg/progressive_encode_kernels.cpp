@@ -126,7 +126,11 @@ QEL_INLINE uint64_t positionsOf(const Band& band) { return ~uint64_t(0) << band.
 struct Division {
     int al;
 
-    template <class V> QEL_INLINE V operator()(V v) const { return (v + ((v >> 15) & int16_t((1 << al) - 1))) >> al; }
+    template <class V> QEL_INLINE V operator()(V v) const
+    {
+        auto ones = int16_t((1 << al) - 1);
+        return (v + ((v >> 15) & ones)) >> al;
+    }
 };
 
 template <int kLargest, class Sink> QEL_INLINE bool walkFirst(const int16_t* block, const Coefficients& coefficients,
