@@ -1,6 +1,9 @@
 // Wavelet kernels: every build equals the scalar one, and touches nothing but a line and what it depends on.
 #include "jpeg2k/wavelet53.h"
 #include "jpeg2k/wavelet97.h"
+
+#include <string.h>
+
 #include "kernels/every_build.h"
 
 using namespace qel;
@@ -8,10 +11,13 @@ using namespace qel::test;
 
 namespace {
 
-// Samples that give finite floats, and integers of the full range.
+// Samples that give finite floats, and integers of the full range; at any address.
 void fill(Random& random, float* p, size_t count)
 {
-    for (size_t i = 0; i < count; ++i) p[i] = float(random.between(-100000, 100000)) / 16;
+    for (size_t i = 0; i < count; ++i) {
+        float value = float(random.between(-100000, 100000)) / 16;
+        memcpy(p + i, &value, sizeof value);
+    }
 }
 template <class T> void fill(Random& random, T* p, size_t count) { random.fill(p, count); }
 
