@@ -1,11 +1,14 @@
 // Cutting and comparing JPEG files.
 #pragma once
 
+#include <gtest/gtest.h>
+
 #include <algorithm>
 #include <cstdint>
 #include <vector>
 
 #include "codec/jpeg_markers.h"
+#include "codec/jpeg_reader.h"
 #include "codec/picture.h"
 
 namespace qel::test {
@@ -39,6 +42,23 @@ inline int sameRows(const codec::Picture& a, const codec::Picture& b)
     int y = 0;
     while (y < a.height() && std::equal(a.row(y), a.row(y) + a.step(), b.row(y))) ++y;
     return y;
+}
+
+// However much of the file there is behind its first scan header, it gives a picture and a warning; the more, the more
+// rows.
+inline void expectCutsToBeDelivered(const File& file)
+{
+    codec::Picture whole = codec::decodeJpeg(file).picture;
+    size_t data = markerAt(file, codec::marker::kSos);
+    int last = 0;
+    for (size_t keep : {data + 14, (data + file.size()) / 2, file.size() - 40, file.size() - 2}) {
+        codec::DecodedJpeg cut = codec::decodeJpeg(codec::Bytes(file).first(keep));
+        EXPECT_FALSE(cut.warnings.empty());
+        int same = sameRows(cut.picture, whole);
+        EXPECT_GE(same, last);
+        last = same;
+    }
+    EXPECT_EQ(last, whole.height());
 }
 
 }
