@@ -7,6 +7,7 @@
 
 #include "qeljx/types.h"
 
+#include "qeljx/jpeg2k_coding.h"
 #include "qeljx/jpeg2k_transform.h"
 #include "qeljx/jpeg_block.h"
 #include "qeljx/jpeg_colour.h"

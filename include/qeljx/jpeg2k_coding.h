@@ -1,0 +1,93 @@
+/* JPEG 2000 code-blocks: the embedded block coder of T.800 Annexes C and D. */
+#ifndef QELJX_JPEG2K_CODING_H
+#define QELJX_JPEG2K_CODING_H
+
+#include "types.h"
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+/* How a code-block is coded, and how it is to be decoded. The low five are those of COD and COC markers but for their
+ * places (T.800 Table A.19): there bypass is 0x1, reset 0x2, termination 0x4, causal contexts 0x8, predictable
+ * termination 0x10, segmentation symbols 0x20. */
+typedef enum {
+    JPEG2K_VERTICALLY_CAUSAL = 0x1,           /* contexts do not look into the stripe below (T.800 D.7) */
+    JPEG2K_BYPASS = 0x2,                      /* raw bits in the lower planes (D.6) */
+    JPEG2K_TERMINATE_EVERY_PASS = 0x4,        /* every pass is a segment of its own (D.4.2) */
+    JPEG2K_RESET_EVERY_PASS = 0x8,            /* contexts start anew with every pass (D.4.1) */
+    JPEG2K_SEGMENTATION_SYMBOLS = 0x10,       /* four symbols follow each cleanup pass (D.5) */
+    JPEG2K_CONCEAL_ERRORS = 0x10000,          /* decoding of whole blocks: hide what an error may have spoilt */
+    JPEG2K_KEEP_DESTINATION = 0x20000,        /* the coefficients are not set to 0 first */
+    JPEG2K_KEEP_LOW_BITS = 0x40000,           /* decoding of whole blocks: planes that are not there are not cleared */
+    JPEG2K_KEEP_FLAGS = 0x80000,              /* what the buffer knows of significant samples is not cleared first */
+    JPEG2K_PREDICTABLE_TERMINATION = 0x100000 /* the ends of segments tell of errors (D.4.2) */
+} QelCodeBlockStyle;
+
+/* The decoder of one code-block, in the caller's buffer. */
+typedef struct QelDecodeCBProgrState QelDecodeCBProgrState;
+
+/* Bytes of the buffer for code-blocks of up to this size: round-up-to-32(4 * width + 8) * (ceil(height / 2) + 2) + 388,
+ * 10180 for 64x64. The buffer may lie at any address, but stays there from Init on. Returns qelStsNullPtrErr if pSize
+ * is null, qelStsSizeErr if width or height is less than 1 or the bytes do not fit an int. */
+QEL_API QelStatus qeliDecodeGetBufSize_JPEG2K(QelSize maxSize, int* pSize);
+
+/* Decodes a code-block (T.800 D.1 to D.7) whose segments are all at hand.
+ *
+ * pSrc has the segments one after the other, pSegLengths their nSegments lengths in bytes; a byte behind the end of a
+ * segment counts as 0xFF, and none is read. pDst takes size.height rows of size.width coefficients, dstStep bytes
+ * apart, each as sign and magnitude: bit 31 is 1 for a negative one, bit p of the others is magnitude bit plane p.
+ * bandType is 0 for LL, 1 for LH (low-pass horizontally), 2 for HL, 3 for HH. nBitPlanes is the number of magnitude bit
+ * planes that are coded, the zero ones at the top not counted: the first pass is the cleanup pass of plane
+ * nBitPlanes - 1; planes above 30 are decoded, but have no place in a coefficient. nPasses is the number of coding
+ * passes in all segments; those below plane 0 are not decoded. style is a sum of QelCodeBlockStyle. Which passes a
+ * segment holds follows from it: with JPEG2K_TERMINATE_EVERY_PASS each has one; else with JPEG2K_BYPASS the first
+ * segment ends with the fourth plane (its first ten passes), and then segments with the raw significance propagation
+ * and refinement passes of a plane and segments with its cleanup pass take turns; else there is one segment.
+ *
+ * A magnitude has its decoded bits, and below them a one: half of what is not known. The last plane that was decoded
+ * ends it: after a whole number of planes down to plane p all bits below p are cleared, with that one, unless the style
+ * has JPEG2K_KEEP_LOW_BITS; a coefficient that has no bit of plane p yet keeps the one that stands there for it.
+ *
+ * Checks, in this order: pSrc and pState (qelStsNullPtrErr), the size (qelStsSizeErr), pSegLengths and pDst
+ * (qelStsNullPtrErr), dstStep below 1 (qelStsStepErr). Then qelStsNoErr; or, if a segmentation symbol or, with
+ * JPEG2K_PREDICTABLE_TERMINATION, the end of a segment is wrong, qelStsJPEG2KCodeBlockIsFinished: the plane of that
+ * pass goes to *pErrorBitPlane, which may be null and is otherwise not written, and the coefficients have what was
+ * decoded up to and with that pass; with JPEG2K_CONCEAL_ERRORS they are cut off above it as
+ * qeliDecodeCBProgrConcealError_JPEG2K does. Where a style asks for both checks, that of the termination decides. All
+ * other damage goes unnoticed, and does no harm.
+ *
+ * Worked: the byte 0x00 with one plane and one pass, of a block of 1x1, decodes to 1. */
+QEL_API QelStatus qeliDecodeCodeBlock_JPEG2K_1u32s_C1R(const uint8_t* pSrc, int32_t* pDst, int dstStep, QelSize size,
+                                                       int bandType, int nBitPlanes, int nPasses,
+                                                       const uint32_t* pSegLengths, int nSegments, int style,
+                                                       int* pErrorBitPlane, QelDecodeCBProgrState* pState);
+
+/* The same, segment by segment: Init once for a buffer, Attach for each code-block, Step for each segment as it comes.
+ * Meanwhile the coefficients are what has been decoded, and ClearLeastSfBits or ConcealError may end the block.
+ *
+ * Each returns qelStsNullPtrErr if pState is null, and all but Init qelStsContextMatchErr if Init has not been called.
+ * Then Attach returns qelStsNullPtrErr for a null pDst, qelStsSizeErr, qelStsStepErr; Step returns
+ * qelStsJPEG2KCodeBlockIsNotAttached before Attach, qelStsNullPtrErr for a null pSrc. */
+QEL_API QelStatus qeliDecodeCBProgrInit_JPEG2K(QelDecodeCBProgrState* pState);
+/* Size, bandType, nBitPlanes, nPasses and style as above. The size may be any for which the buffer suffices. */
+QEL_API QelStatus qeliDecodeCBProgrAttach_JPEG2K_32s_C1R(int32_t* pDst, int dstStep, QelSize size, int bandType,
+                                                         int nBitPlanes, int nPasses, int style,
+                                                         QelDecodeCBProgrState* pState);
+/* Decodes the next segment. With no passes left it does nothing. Returns qelStsJPEG2KCodeBlockIsFinished as above, then
+ * also for all later segments. */
+QEL_API QelStatus qeliDecodeCBProgrStep_JPEG2K(const uint8_t* pSrc, int segmentLength, QelDecodeCBProgrState* pState);
+/* The plane that the last pass belonged to, or that of the next one where the style has the pass followed by another
+ * segment; -1 behind the last plane. */
+QEL_API QelStatus qeliDecodeCBProgrGetCurBitPlaneNum_JPEG2K(int* pBitPlane, QelDecodeCBProgrState* pState);
+/* Of each coefficient the bits from the current plane up are kept; if its magnitude then is not 0, the bit of that
+ * plane is set, and else the coefficient becomes 0. */
+QEL_API QelStatus qeliDecodeCBProgrConcealError_JPEG2K(QelDecodeCBProgrState* pState);
+/* Clears the bits of all coefficients below the current plane. */
+QEL_API QelStatus qeliDecodeCBProgrClearLeastSfBits_JPEG2K(QelDecodeCBProgrState* pState);
+
+#ifdef __cplusplus
+}
+#endif
+
+#endif

@@ -1,0 +1,66 @@
+// Decoding of code-blocks: the state of a decoder, the coding passes, and the table of their kernels.
+#pragma once
+
+#include <stddef.h>
+#include <stdint.h>
+
+#include "jpeg2k/mq_decoder.h"
+#include "jpeg2k/sample_flags.h"
+#include "qeljx/jpeg2k_coding.h"
+
+namespace qel {
+
+// A segment of raw bits (T.800 D.6).
+struct RawReader {
+    const uint8_t* buffer;
+    int32_t length;
+    int32_t position; // of the next byte
+    int32_t bitIndex; // in the last byte, of the bit that was taken last; below 0 before and behind it
+    uint32_t lastByte;
+};
+
+constexpr int32_t kDecoderTag = -123456;
+
+// Which pass comes next. With every pass terminated they take turns: 0, 2, 1, 0 and with raw ones 3, 5, 4, 3. Else
+// there is one for each kind of segment: 0, 5 and 3.
+enum NextPass {
+    kNextCleanup = 0,
+    kNextRefinement = 1,
+    kNextSignificance = 2,
+    kNextCleanupBetweenRaw = 3,
+    kNextRawRefinement = 4,
+    kNextRawSignificance = 5
+};
+
+// At the start of the caller's buffer, at any address; the functions work on a copy. The flags follow.
+struct DecodeCBProgrState {
+    int32_t tag;
+    int32_t width, height, dstStep;
+    uint8_t* dst;
+    int32_t plane;           // current bit plane
+    int32_t bypassThreshold; // with JPEG2K_BYPASS, the lowest plane that has no raw passes
+    int32_t passesLeft;
+    int32_t nextPass;
+    int32_t isFinished, isAttached;
+    int32_t style;
+    int32_t reserved;
+    const uint32_t* zeroCoding; // contexts of the band
+    FlagColumn* flags;          // the first column
+    uint64_t flagPitch;         // columns
+    MqDecoderState mq;
+    RawReader raw;
+};
+
+// The passes: of all samples in the current plane, without what ends a pass.
+struct CodeBlockDecodeKernels {
+    void (*significancePropagation)(DecodeCBProgrState* state);
+    void (*magnitudeRefinement)(DecodeCBProgrState* state);
+    void (*cleanup)(DecodeCBProgrState* state);
+    void (*significancePropagationRaw)(DecodeCBProgrState* state);
+    void (*magnitudeRefinementRaw)(DecodeCBProgrState* state);
+
+    static const CodeBlockDecodeKernels baseline, avx2, avx512;
+    static const CodeBlockDecodeKernels scalar, wide16, wide32, wide64;
+};
+
+}
