@@ -3,9 +3,7 @@
 
 #include <array>
 #include <cstdint>
-#include <functional>
 #include <memory>
-#include <mutex>
 #include <utility>
 #include <vector>
 
@@ -13,6 +11,7 @@
 #include "codec/jpeg_layout.h"
 #include "codec/jpeg_tables.h"
 #include "codec/library.h"
+#include "codec/progress.h"
 
 namespace qel::codec {
 
@@ -123,24 +122,6 @@ private:
     std::array<Specs, 2> specs_;
     std::vector<Slot> slots_;
     int nextMarker_ = 0;
-};
-
-// Tells a caller how far the work is, where it wants to know; steps may be made by several threads.
-class Progress {
-public:
-    Progress(const std::function<void(double)>& report, int steps) : report_(report), steps_(steps) {}
-
-    void step()
-    {
-        if (!report_) return;
-        std::scoped_lock lock(mutex_);
-        report_(double(++done_) / steps_);
-    }
-
-private:
-    const std::function<void(double)>& report_;
-    int steps_, done_ = 0;
-    std::mutex mutex_;
 };
 
 // Hands all blocks of a scan, which `source(i, column)` gives after `source.startRow(row)`, to one of the above.

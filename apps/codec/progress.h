@@ -1,0 +1,26 @@
+// Tells a caller how far the work is, where it wants to know; steps may be made by several threads.
+#pragma once
+
+#include <functional>
+#include <mutex>
+
+namespace qel::codec {
+
+class Progress {
+public:
+    Progress(const std::function<void(double)>& report, int steps) : report_(report), steps_(steps) {}
+
+    void step()
+    {
+        if (!report_) return;
+        std::scoped_lock lock(mutex_);
+        report_(double(++done_) / steps_);
+    }
+
+private:
+    const std::function<void(double)>& report_;
+    int steps_, done_ = 0;
+    std::mutex mutex_;
+};
+
+}
