@@ -11,7 +11,6 @@ constexpr uint32_t kMaxTiles = 65535;
 constexpr uint64_t kMaxTileComponents = 1 << 20;
 // Progression changes of one tile. Real files have a few.
 constexpr size_t kMaxProgressions = 256;
-constexpr int kDefaultPrecinctBits = 15;
 
 // Where the cell number `cell` of a partition begins.
 uint32_t cellStart(uint32_t first, uint32_t step, uint64_t cell)
@@ -85,8 +84,8 @@ J2kCoding readCoding(Fields& fields, bool hasPrecincts)
     if (coding.style > 63) fields.fail("unknown code-block style " + std::to_string(coding.style));
     if (wavelet > 1) fields.fail("unknown wavelet " + std::to_string(wavelet));
     coding.isReversible = wavelet == 1;
-    coding.precinctWidthBits.fill(kDefaultPrecinctBits);
-    coding.precinctHeightBits.fill(kDefaultPrecinctBits);
+    coding.precinctWidthBits.fill(kJ2kDefaultPrecinctBits);
+    coding.precinctHeightBits.fill(kJ2kDefaultPrecinctBits);
     if (hasPrecincts) readPrecincts(fields, coding);
     fields.finish();
     return coding;

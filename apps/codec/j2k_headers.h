@@ -13,6 +13,8 @@
 namespace qel::codec {
 
 inline constexpr int kJ2kMaxLevels = 32;
+// Of a side of precincts that are not told: as large as they can be.
+inline constexpr int kJ2kDefaultPrecinctBits = 15;
 
 struct J2kComponent {
     int precision = 0; // bits, 1 to 38

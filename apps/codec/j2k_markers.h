@@ -7,8 +7,8 @@ namespace qel::codec {
 
 namespace j2k_marker {
 inline constexpr uint8_t kSoc = 0x4F, kSiz = 0x51, kCod = 0x52, kCoc = 0x53, kQcd = 0x5C, kQcc = 0x5D, kRgn = 0x5E,
-                         kPoc = 0x5F, kPpm = 0x60, kPpt = 0x61, kSot = 0x90, kSop = 0x91, kEph = 0x92, kSod = 0x93,
-                         kEoc = 0xD9;
+                         kPoc = 0x5F, kPpm = 0x60, kPpt = 0x61, kCom = 0x64, kSot = 0x90, kSop = 0x91, kEph = 0x92,
+                         kSod = 0x93, kEoc = 0xD9;
 }
 
 // True if the two bytes at `at` are the marker.

@@ -1,6 +1,8 @@
 // The bits of a packet's header: from the top of each byte, and behind a 0xFF only seven (T.800 B.10.1).
 #pragma once
 
+#include <vector>
+
 #include "codec/bytes.h"
 #include "codec/error.h"
 
@@ -40,6 +42,40 @@ private:
     Bytes bytes_;
     size_t used_ = 0;
     int last_ = 0, left_ = 0;
+};
+
+// Appends to a vector.
+class J2kPacketBitWriter {
+public:
+    explicit J2kPacketBitWriter(std::vector<uint8_t>& bytes) : bytes_(bytes) {}
+
+    void bit(int value)
+    {
+        next_ = next_ << 1 | value;
+        if (--free_ == 0) store();
+    }
+    void bits(uint32_t value, int count)
+    {
+        while (count-- > 0) bit(int(value >> count & 1));
+    }
+    // Ends the header: fills the last byte with zeros. Behind a 0xFF that is a byte of its own.
+    void finish()
+    {
+        if (free_ == 8) return;
+        next_ <<= free_;
+        store();
+    }
+
+private:
+    void store()
+    {
+        bytes_.push_back(uint8_t(next_));
+        free_ = next_ == 0xFF ? 7 : 8;
+        next_ = 0;
+    }
+
+    std::vector<uint8_t>& bytes_;
+    int next_ = 0, free_ = 8;
 };
 
 }

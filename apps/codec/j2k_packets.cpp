@@ -5,6 +5,7 @@
 #include <bit>
 #include <string>
 
+#include "codec/j2k_code_segments.h"
 #include "codec/j2k_packet_bits.h"
 #include "codec/j2k_progression.h"
 
@@ -16,27 +17,12 @@ namespace {
 // byte, and looking at all of them must not last.
 constexpr uint64_t kVisitsPerByte = 32, kVisitsPerBlock = 32;
 constexpr uint64_t kMaxBlocks = 1 << 22;
-// Passes before the first raw one with selective bypass (T.800 table D.9).
-constexpr int kPassesBeforeBypass = 10;
-
 // What a packet has for a code-block: passes of one segment.
 struct Contribution {
     J2kCodeBlock* block;
     uint32_t passes, length;
     bool beginsSegment;
 };
-
-// Passes that can still join the segment of pass number `pass` of a code-block, that one included.
-int passesToTermination(int style, int pass)
-{
-    if (style & j2k_style::kTerminateEvery) return 1;
-    if (!(style & j2k_style::kBypass)) return INT32_MAX;
-    if (pass < kPassesBeforeBypass) return kPassesBeforeBypass - pass;
-    // From here on two raw passes and one cleanup.
-    return (pass - kPassesBeforeBypass) % 3 == 0 ? 2 : 1;
-}
-
-bool beginsSegment(int style, int pass) { return pass == 0 || passesToTermination(style, pass - 1) == 1; }
 
 // Table B.4.
 int readPasses(J2kPacketBits& bits)

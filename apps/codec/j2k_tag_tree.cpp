@@ -3,18 +3,16 @@
 
 namespace qel::codec {
 
-TagTree::TagTree(uint32_t across, uint32_t down)
+TagTreeShape::TagTreeShape(uint32_t across, uint32_t down)
 {
     if (across == 0 || down == 0) return;
-    size_t nodes = 0;
     for (;;) {
-        levels_.push_back({nodes, across});
-        nodes += size_t(across) * down;
+        levels_.push_back({nodes_, across});
+        nodes_ += size_t(across) * down;
         if (across == 1 && down == 1) break;
         across = (across + 1) / 2;
         down = (down + 1) / 2;
     }
-    nodes_.resize(nodes);
 }
 
 }

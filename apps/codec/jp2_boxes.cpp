@@ -5,22 +5,14 @@
 #include <string>
 
 #include "codec/fields.h"
+#include "codec/jp2_box_types.h"
 
 namespace qel::codec {
 
 namespace {
 
-constexpr uint32_t fourLetters(const char (&letters)[5])
-{
-    uint32_t code = 0;
-    for (int i = 0; i < 4; ++i) code = code << 8 | uint8_t(letters[i]);
-    return code;
-}
+using namespace jp2_box;
 
-constexpr uint32_t kSignature = fourLetters("jP  "), kHeader = fourLetters("jp2h"), kImageHeader = fourLetters("ihdr"),
-                   kDepths = fourLetters("bpcc"), kColour = fourLetters("colr"), kPalette = fourLetters("pclr"),
-                   kMapping = fourLetters("cmap"), kDefinitions = fourLetters("cdef"),
-                   kCodestream = fourLetters("jp2c");
 constexpr int kDepthsDiffer = 255;
 constexpr int kMaxPrecision = 31; // of palettes here; they may have 38 bits
 
