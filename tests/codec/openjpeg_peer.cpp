@@ -28,6 +28,15 @@ struct MemoryFile {
     std::vector<uint8_t> bytes;
     size_t at = 0;
 
+    static OPJ_SIZE_T read(void* data, OPJ_SIZE_T count, void* user)
+    {
+        auto& file = *static_cast<MemoryFile*>(user);
+        size_t got = std::min(count, file.bytes.size() - file.at);
+        if (got == 0) return OPJ_SIZE_T(-1);
+        std::memcpy(data, file.bytes.data() + file.at, got);
+        file.at += got;
+        return got;
+    }
     static OPJ_SIZE_T write(void* data, OPJ_SIZE_T count, void* user)
     {
         auto& file = *static_cast<MemoryFile*>(user);
@@ -47,6 +56,41 @@ struct MemoryFile {
         return OPJ_TRUE;
     }
 };
+
+Stream makeStream(MemoryFile& file, bool isInput)
+{
+    Stream stream(opj_stream_create(1 << 16, isInput));
+    opj_stream_set_user_data(stream.get(), &file, nullptr);
+    opj_stream_set_user_data_length(stream.get(), file.bytes.size());
+    opj_stream_set_read_function(stream.get(), MemoryFile::read);
+    opj_stream_set_write_function(stream.get(), MemoryFile::write);
+    opj_stream_set_skip_function(stream.get(), MemoryFile::skip);
+    opj_stream_set_seek_function(stream.get(), MemoryFile::seek);
+    return stream;
+}
+
+int sampleAt(const Picture& picture, size_t i)
+{
+    return picture.bytesPerSample() == 1 ? picture.row(0)[i] : picture.row<uint16_t>(0)[i];
+}
+
+Image makeImage(const Picture& picture)
+{
+    std::vector<opj_image_cmptparm_t> components(size_t(picture.channels()));
+    for (opj_image_cmptparm_t& component : components) {
+        component = {};
+        component.dx = component.dy = 1;
+        component.w = uint32_t(picture.width());
+        component.h = uint32_t(picture.height());
+        component.prec = uint32_t(picture.precision());
+    }
+    Image image(opj_image_create(uint32_t(components.size()), components.data(), OPJ_CLRSPC_UNSPECIFIED));
+    image->x1 = components[0].w;
+    image->y1 = components[0].h;
+    for (size_t i = 0; i < picture.sizeInBytes() / size_t(picture.bytesPerSample()); ++i)
+        image->comps[i % components.size()].data[i / components.size()] = sampleAt(picture, i);
+    return image;
+}
 
 Image makeImage(const OpenJpegCase& options)
 {
@@ -87,7 +131,7 @@ opj_cparameters_t parametersOf(const OpenJpegCase& options)
     parameters.cp_disto_alloc = 1;
     parameters.tcp_numlayers = options.layers;
     for (int l = 0; l < options.layers; ++l)
-        parameters.tcp_rates[l] = l + 1 < options.layers ? 60.f / float(1 << l) : 0;
+        parameters.tcp_rates[l] = l + 1 < options.layers ? 60.f / float(1 << l) : options.ratio;
     parameters.numresolution = options.levels + 1;
     parameters.cblockw_init = options.blockWidth;
     parameters.cblockh_init = options.blockHeight;
@@ -120,25 +164,56 @@ void check(bool isGood)
     if (!isGood) throw std::runtime_error("the peer refuses");
 }
 
-}
-
-std::vector<uint8_t> openJpegEncode(const OpenJpegCase& options)
+std::vector<uint8_t> encode(const OpenJpegCase& options, Image image)
 {
     opj_cparameters_t parameters = parametersOf(options);
-    Image image = makeImage(options);
     Codec codec(opj_create_compress(options.isJp2 ? OPJ_CODEC_JP2 : OPJ_CODEC_J2K));
     MemoryFile file;
-    Stream stream(opj_stream_create(1 << 16, OPJ_FALSE));
-    opj_stream_set_user_data(stream.get(), &file, nullptr);
-    opj_stream_set_write_function(stream.get(), MemoryFile::write);
-    opj_stream_set_skip_function(stream.get(), MemoryFile::skip);
-    opj_stream_set_seek_function(stream.get(), MemoryFile::seek);
+    Stream stream = makeStream(file, false);
     check(opj_setup_encoder(codec.get(), &parameters, image.get()));
     check(opj_start_compress(codec.get(), image.get(), stream.get()));
     check(opj_encode(codec.get(), stream.get()));
     check(opj_end_compress(codec.get(), stream.get()));
     stream.reset();
     return file.bytes;
+}
+
+}
+
+std::vector<uint8_t> openJpegEncode(const OpenJpegCase& options) { return encode(options, makeImage(options)); }
+
+std::vector<uint8_t> openJpegEncode(const OpenJpegCase& options, const Picture& picture)
+{
+    return encode(options, makeImage(picture));
+}
+
+Picture openJpegDecode(Bytes bytes, int layers)
+{
+    MemoryFile file;
+    file.bytes.assign(bytes.begin(), bytes.end());
+    Stream stream = makeStream(file, true);
+    opj_dparameters_t parameters;
+    opj_set_default_decoder_parameters(&parameters);
+    parameters.cp_layer = OPJ_UINT32(layers);
+    Codec codec(opj_create_decompress(bytes[0] == 0xFF ? OPJ_CODEC_J2K : OPJ_CODEC_JP2));
+    // What it warns of is an error here.
+    bool isSound = true;
+    auto note = [](const char*, void* sound) { *static_cast<bool*>(sound) = false; };
+    opj_set_warning_handler(codec.get(), note, &isSound);
+    opj_image_t* read = nullptr;
+    check(opj_setup_decoder(codec.get(), &parameters) && opj_read_header(stream.get(), codec.get(), &read));
+    Image image(read);
+    check(opj_decode(codec.get(), stream.get(), read) && opj_end_decompress(codec.get(), stream.get()) && isSound);
+    auto space = image->numcomps == 1 ? ColourSpace::grey : image->numcomps == 3 ? ColourSpace::rgb : ColourSpace::cmyk;
+    Picture picture(int(image->comps[0].w), int(image->comps[0].h), space, int(image->comps[0].prec));
+    for (size_t i = 0; i < picture.sizeInBytes() / size_t(picture.bytesPerSample()); ++i) {
+        int sample = image->comps[i % image->numcomps].data[i / image->numcomps];
+        if (picture.bytesPerSample() == 1)
+            picture.row(0)[i] = uint8_t(sample);
+        else
+            picture.row<uint16_t>(0)[i] = uint16_t(sample);
+    }
+    return picture;
 }
 
 }

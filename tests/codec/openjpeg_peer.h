@@ -1,4 +1,4 @@
-// An independent JPEG 2000 codec (OpenJPEG) to make files with.
+// An independent JPEG 2000 codec (OpenJPEG) to make files with, and to read them.
 #pragma once
 
 #include <cstdint>
@@ -7,7 +7,9 @@
 #include <utility>
 #include <vector>
 
+#include "codec/bytes.h"
 #include "codec/j2k_headers.h"
+#include "codec/picture.h"
 
 namespace qel::test {
 
@@ -24,6 +26,7 @@ struct OpenJpegCase {
     bool isReversible = true, transformsComponents = false;
     std::vector<std::pair<int, int>> precincts = {}; // from the highest resolution down
     bool hasSop = false, hasEph = false;
+    float ratio = 0;    // of the samples' size to that of the file; 0 for all that can be coded
     int roiShift = 0;   // of the first component
     char tileParts = 0; // a new tile-part for each 'R'esolution, 'L'ayer or 'C'omponent
     bool isJp2 = false;
@@ -31,7 +34,12 @@ struct OpenJpegCase {
     friend void PrintTo(const OpenJpegCase& tested, std::ostream* out) { *out << tested.name; }
 };
 
-// Throws std::runtime_error for what the peer refuses.
+// These throw std::runtime_error for what the peer refuses.
 std::vector<uint8_t> openJpegEncode(const OpenJpegCase& options);
+// A real picture; of the case count the options, not the size.
+std::vector<uint8_t> openJpegEncode(const OpenJpegCase& options, const codec::Picture& picture);
+// A file of 1, 3 or 4 components of one size, of unsigned samples; so many layers of it, or all for 0. Throws for what
+// the peer warns of, too.
+codec::Picture openJpegDecode(codec::Bytes file, int layers = 0);
 
 }

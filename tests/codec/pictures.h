@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cmath>
 #include <cstring>
 #include <string>
 #include <vector>
@@ -21,6 +23,25 @@ inline codec::Picture randomPicture(int width, int height, codec::ColourSpace sp
     size_t samples = picture.sizeInBytes() / picture.bytesPerSample();
     for (size_t i = 0; i < samples; ++i) {
         int sample = random.between(0, (1 << precision) - 1);
+        if (precision > 8)
+            picture.row<uint16_t>(0)[i] = uint16_t(sample);
+        else
+            picture.row(0)[i] = uint8_t(sample);
+    }
+    return picture;
+}
+
+// Smooth shades, an edge and some noise, alike in all channels.
+inline codec::Picture drawnPicture(int width, int height, codec::ColourSpace space, int precision)
+{
+    codec::Picture picture(width, height, space, precision);
+    Random random(unsigned(width + 1000 * height));
+    int largest = (1 << precision) - 1, channels = picture.channels();
+    for (int i = 0; i < width * height * channels; ++i) {
+        int x = i / channels % width, y = i / channels / width, c = i % channels;
+        double shade = 0.5 + 0.2 * std::sin(0.05 * x + 0.3 * c) + 0.15 * std::cos(0.037 * y - 0.2 * c);
+        if (std::hypot(x - width / 2, y - height / 2) < height / 3) shade += 0.12;
+        int sample = std::clamp(int(largest * shade) + random.between(-largest / 64, largest / 64), 0, largest);
         if (precision > 8)
             picture.row<uint16_t>(0)[i] = uint16_t(sample);
         else
