@@ -119,17 +119,21 @@ template <class Filter> void lift(std::vector<typename Filter::Sample>& line, bo
     using T = typename Filter::Sample;
     int len = int(line.size());
     if (len == 1) {
-        if (firstIsOdd) line[0] = forward ? T(2u * uint32_t(line[0])) : T(line[0] >> 1);
+        if constexpr (std::is_same_v<T, float>)
+            line[0] *= !firstIsOdd ? 1 : forward ? 2 : 0.5f;
+        else if (firstIsOdd)
+            line[0] = forward ? T(2u * uint32_t(line[0])) : T(line[0] >> 1);
         return;
     }
-    if (len == 2 && Filter::kReversible) {
-        T &low = line[firstIsOdd], &high = line[!firstIsOdd];
-        if (forward) high = T(uint32_t(high) - uint32_t(low));
-        T half = T((int64_t(high) + 1) >> 1);
-        low = T(forward ? uint32_t(low) + uint32_t(half) : uint32_t(low) - uint32_t(half));
-        if (!forward) high = T(uint32_t(high) + uint32_t(low));
-        return;
-    }
+    if constexpr (Filter::kReversible)
+        if (len == 2) {
+            T &low = line[firstIsOdd], &high = line[!firstIsOdd];
+            if (forward) high = T(uint32_t(high) - uint32_t(low));
+            T half = T((int64_t(high) + 1) >> 1);
+            low = T(forward ? uint32_t(low) + uint32_t(half) : uint32_t(low) - uint32_t(half));
+            if (!forward) high = T(uint32_t(high) + uint32_t(low));
+            return;
+        }
     constexpr int kAround = 8;
     std::vector<T> extended;
     for (int i = -kAround; i < len + kAround; ++i) {

@@ -1,0 +1,53 @@
+// Rows of samples or coefficients of a tile-component, a resolution or a subband.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <cstdlib>
+#include <memory>
+#include <new>
+
+namespace qel::codec {
+
+template <class T> class J2kPlane {
+public:
+    enum class Fill { zero, none };
+
+    J2kPlane() = default;
+    J2kPlane(uint32_t width, uint32_t height, Fill fill)
+        : width_(width), height_(height), perRow_(((width + kSpareColumns - 1) / kUnit | 1) * kUnit)
+    {
+        size_t bytes = sizeof(T) * perRow_ * (height + kSpareRows) + kAlignment;
+        memory_.reset(fill == Fill::zero ? std::calloc(bytes, 1) : std::malloc(bytes));
+        void* start = memory_.get();
+        if (!start) throw std::bad_alloc();
+        samples_ = static_cast<T*>(std::align(kAlignment, 1, start, bytes));
+    }
+    J2kPlane(J2kPlane&&) = default;
+    J2kPlane& operator=(J2kPlane&&) = default;
+
+    uint32_t width() const { return width_; }
+    uint32_t height() const { return height_; }
+    // Bytes from one row to the next.
+    int step() const { return int(sizeof(T) * perRow_); }
+    T* row(size_t y) { return samples_ + perRow_ * y; }
+    const T* row(size_t y) const { return samples_ + perRow_ * y; }
+
+private:
+    // A wavelet works on pairs of samples and rows, which may lead one beyond the last.
+    static constexpr uint32_t kSpareColumns = 16, kSpareRows = 1;
+    static constexpr size_t kAlignment = 64;
+    // Rows are an odd number of cache lines apart: at a power of two they would meet in one set of a cache.
+    static constexpr uint32_t kUnit = 16;
+    static_assert(sizeof(T) * kUnit == kAlignment);
+
+    struct Free {
+        void operator()(void* memory) const { std::free(memory); }
+    };
+    uint32_t width_ = 0, height_ = 0;
+    size_t perRow_ = 0;
+    std::unique_ptr<void, Free> memory_;
+    T* samples_ = nullptr;
+};
+
+}
