@@ -33,6 +33,7 @@ private:
 // How the pixels of a picture lie: so many planes, so many elements of a pixel in each, so many bytes in an element.
 struct Layout {
     int planes, channels, bytes;
+    bool floats = false;
     int bytesPerPixel() const { return planes * channels * bytes; }
 };
 
@@ -47,7 +48,10 @@ public:
         while (step < row) step *= 2;
         step_ = int(step);
         for (int p = 0; p < layout.planes; ++p) memory_.emplace_back(step * height);
-        for (auto& memory : memory_) rows_.push_back(memory.data() + margin);
+        for (auto& memory : memory_) {
+            rows_.push_back(memory.data() + margin);
+            if (layout.floats) makeFloats(memory.data(), step * height / sizeof(float));
+        }
     }
     int step() const { return step_; }
     // The first row of plane `p`; the array of all, as functions over planes want it.
@@ -55,6 +59,12 @@ public:
     uint8_t* const* pointers() const { return rows_.data(); }
 
 private:
+    // Whole numbers: of random bits many would be no numbers, or too small for the fast paths of a processor.
+    static void makeFloats(void* bits, size_t count)
+    {
+        for (size_t i = 0; i < count; ++i) ((float*)bits)[i] = float(((int32_t*)bits)[i] >> 16);
+    }
+
     std::vector<Memory> memory_;
     std::vector<uint8_t*> rows_;
     int step_;

@@ -76,6 +76,7 @@ void addCases()
     addProgressiveCases();
     addLosslessCases();
     addCodecCases();
+    addComponentTransformCases();
     addWaveletCases();
     addSupportCases();
 }

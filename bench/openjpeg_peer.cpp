@@ -4,14 +4,12 @@
 
 #include <algorithm>
 
-#include "contest.h"
-
 namespace qel::bench {
 
-OpenJpegPicture::OpenJpegPicture(int width, int height, bool irreversible)
-    : width_(width), height_(height), irreversible_(irreversible)
+OpenJpegPicture::OpenJpegPicture(int width, int height, OpenJpegCoding coding)
+    : width_(width), height_(height), coding_(coding)
 {
-    for (int resolutions : {1, 6}) encode(resolutions);
+    encode();
 }
 
 OpenJpegPicture::Image OpenJpegPicture::makeImage() const
@@ -20,10 +18,13 @@ OpenJpegPicture::Image OpenJpegPicture::makeImage() const
     component.dx = component.dy = 1;
     component.w = OPJ_UINT32(width_), component.h = OPJ_UINT32(height_);
     component.prec = 8;
-    Image image(opj_image_create(1, &component, OPJ_CLRSPC_GRAY));
+    std::vector<opj_image_cmptparm_t> components(size_t(coding_.components), component);
+    Image image(opj_image_create(OPJ_UINT32(components.size()), components.data(),
+                                 coding_.components == 1 ? OPJ_CLRSPC_GRAY : OPJ_CLRSPC_SRGB));
     require(image != nullptr, "OpenJPEG makes no image");
     image->x1 = component.w, image->y1 = component.h;
-    std::fill_n(image->comps[0].data, size_t(width_) * size_t(height_), 128);
+    for (int i = 0; i < coding_.components; ++i)
+        std::fill_n(image->comps[i].data, size_t(width_) * size_t(height_), 128);
     return image;
 }
 
@@ -58,34 +59,44 @@ OpenJpegPicture::Stream OpenJpegPicture::stream(File& file, bool input)
     return stream;
 }
 
-void OpenJpegPicture::encode(int resolutions)
+void OpenJpegPicture::encode()
 {
     opj_cparameters_t parameters;
     opj_set_default_encoder_parameters(&parameters);
-    parameters.numresolution = resolutions;
-    parameters.irreversible = irreversible_;
+    parameters.numresolution = coding_.resolutions;
+    parameters.irreversible = coding_.irreversible;
+    parameters.tcp_mct = coding_.componentTransform;
     parameters.tcp_numlayers = 1;
     parameters.cp_disto_alloc = 1;
     // Encoding consumes the image.
     Image image = makeImage();
     Codec codec(opj_create_compress(OPJ_CODEC_J2K));
-    auto out = stream(file(resolutions), false);
+    auto out = stream(file_, false);
     require(opj_setup_encoder(codec.get(), &parameters, image.get()) &&
                 opj_start_compress(codec.get(), image.get(), out.get()) && opj_encode(codec.get(), out.get()) &&
                 opj_end_compress(codec.get(), out.get()),
             "OpenJPEG does not encode");
 }
 
-void OpenJpegPicture::decode(int resolutions)
+void OpenJpegPicture::decode()
 {
     opj_dparameters_t parameters;
     opj_set_default_decoder_parameters(&parameters);
     Codec codec(opj_create_decompress(OPJ_CODEC_J2K));
-    auto in = stream(file(resolutions), true);
+    auto in = stream(file_, true);
     opj_image_t* read = nullptr;
     bool good = opj_setup_decoder(codec.get(), &parameters) && opj_read_header(in.get(), codec.get(), &read);
     Image image(read);
     require(good && opj_decode(codec.get(), in.get(), read), "OpenJPEG does not decode");
+}
+
+Contestant openJpegDifference(int width, int height, OpenJpegCoding coding, OpenJpegCoding without, bool decode)
+{
+    auto run = [=](OpenJpegCoding chosen) -> std::function<void()> {
+        auto picture = std::make_shared<OpenJpegPicture>(width, height, chosen);
+        return [=] { decode ? picture->decode() : picture->encode(); };
+    };
+    return {"OpenJPEG", run(coding), run(without)};
 }
 
 }

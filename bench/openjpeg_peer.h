@@ -1,5 +1,6 @@
-// OpenJPEG's wavelet through its public calls. It offers no transform by itself: of a constant picture, whose
-// coefficients are all zero, coding with 6 resolutions less coding with 1 is five levels of its wavelet.
+// OpenJPEG's transforms through its public calls. It offers no transform by itself: of a constant picture, whose
+// coefficients are all zero, coding with 6 resolutions less coding with 1 is five levels of its wavelet, and coding
+// with the component transform less coding without is that transform.
 #pragma once
 
 #include <stddef.h>
@@ -10,15 +11,25 @@
 
 #include <openjpeg.h>
 
+#include "contest.h"
+
 namespace qel::bench {
 
-// A constant picture of one component of 8 bits, as one tile, and its files with 6 resolutions and with 1.
+// How a picture is coded.
+struct OpenJpegCoding {
+    bool irreversible = false;
+    int components = 1;
+    int resolutions = 1;
+    bool componentTransform = false;
+};
+
+// A constant picture of 8 bits, as one tile, and its file.
 class OpenJpegPicture {
 public:
-    OpenJpegPicture(int width, int height, bool irreversible);
+    OpenJpegPicture(int width, int height, OpenJpegCoding coding);
 
-    void encode(int resolutions);
-    void decode(int resolutions);
+    void encode();
+    void decode();
 
 private:
     struct File {
@@ -32,13 +43,15 @@ private:
     using Codec = std::unique_ptr<opj_codec_t, Free<opj_destroy_codec>>;
     using Stream = std::unique_ptr<opj_stream_t, Free<opj_stream_destroy>>;
 
-    File& file(int resolutions) { return files_[resolutions > 1]; }
     Image makeImage() const;
     static Stream stream(File& file, bool input);
 
     int width_, height_;
-    bool irreversible_;
-    File files_[2];
+    OpenJpegCoding coding_;
+    File file_;
 };
+
+// What encoding or decoding a picture takes longer with `coding` than with `without`.
+Contestant openJpegDifference(int width, int height, OpenJpegCoding coding, OpenJpegCoding without, bool decode);
 
 }

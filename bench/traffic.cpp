@@ -36,4 +36,13 @@ void addTraffic(Contest& contest, double units, int in, int out)
     contest.contestants.push_back({"traffic streaming", loop(ratio.streaming)});
 }
 
+void addTrafficInPlace(Contest& contest, double units, int bytes)
+{
+    auto move = ratioOf(1, 1).plain;
+    auto steps = size_t(units * bytes / kernels<TrafficKernels>().width);
+    auto data = std::make_shared<Memory>(steps * kernels<TrafficKernels>().width);
+    contest.contestants.push_back(
+        {"traffic", [=] { benchmark::DoNotOptimize(move(data->data(), data->data(), steps)); }});
+}
+
 }

@@ -73,11 +73,9 @@ template <class Table, class T> Contest inPlace(const Stage<Table, T>& stage, bo
             (inverse ? inverseInPlace<T> : forwardInPlace<T>)(kernels, data, step, *rect, buffer);
         });
     });
-    auto peer = std::make_shared<OpenJpegPicture>(width, height, stage.irreversible);
-    auto run = [=](int resolutions) {
-        return [=] { inverse ? peer->decode(resolutions) : peer->encode(resolutions); };
-    };
-    contest.contestants.push_back({"OpenJPEG", run(kLevels + 1), run(1)});
+    OpenJpegCoding coding = {.irreversible = stage.irreversible}, without = coding;
+    coding.resolutions = kLevels + 1;
+    contest.contestants.push_back(openJpegDifference(width, height, coding, without, inverse));
     return contest;
 }
 

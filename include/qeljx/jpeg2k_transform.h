@@ -1,10 +1,5 @@
-/* JPEG 2000 wavelets, one level: the reversible 5/3 and the irreversible 9/7 transform (T.800 Annex F) of rows, columns
- * and tiles. Pointers and steps may have any alignment; steps are in bytes, sizes in samples. Applying a tile function
- * to the low-low subband again gives the next level.
- *
- * A line of samples is split into a low half (the samples at even positions of the reference grid) and a high half (the
- * odd ones). Nothing allocates: the tile functions work in a buffer of the caller, of exactly the size that the
- * matching GetBufSize function gives, at any address. */
+/* JPEG 2000 transforms: of the three colour components of a picture (T.800 Annex G), and wavelets, one level, of rows,
+ * columns and tiles (Annex F). Pointers and steps may have any alignment; steps are in bytes. Nothing allocates. */
 #ifndef QELJX_JPEG2K_TRANSFORM_H
 #define QELJX_JPEG2K_TRANSFORM_H
 
@@ -14,6 +9,46 @@
 extern "C" {
 #endif
 
+/* Component transforms, which make three colour components of R, G, B before the wavelets, or R, G, B of them after:
+ * the reversible one of integers (RCT, T.800 G.2)
+ *     Y0 = (R + 2 G + B) >> 2,   Y1 = B - G,   Y2 = R - G        G = Y0 - ((Y1 + Y2) >> 2),   R = Y2 + G,   B = Y1 + G
+ * with floors and sums that wrap in 32 bits, and the irreversible one in single precision (ICT, T.800 G.3)
+ *     Y0 =  0.299   R + 0.587   G + 0.114   B                    R = Y0                + 1.402   Y2
+ *     Y1 = -0.16875 R - 0.33126 G + 0.5     B                    G = Y0 - 0.34413 Y1 - 0.71414 Y2
+ *     Y2 =  0.5     R - 0.41869 G - 0.08131 B                    B = Y0 + 1.772   Y1
+ * without rounding to integers or clamping. Each product and sum is rounded by itself; forward adds from left to right,
+ * inverse adds Y0 last: the result has the same bits at every place in a row and on every processor.
+ *
+ * `roi` is in pixels. P3 is an array of three planes that share a step, in the order R, G, B or Y0, Y1, Y2; C3 is
+ * pixels of three elements in that order. The P3I forms work in place; else source and destination must not overlap.
+ * Inverse undoes RCT forward to the bit for samples of 30 bits or less; ICT gives samples of magnitude m back within
+ * m / 10000. RCT of R, G, B = -1, 0, 0 gives -1, 0, -1, and of a grey pixel v, v, v it gives v, 0, 0.
+ *
+ * Checks: pointers, also those of the planes (qelStsNullPtrErr), steps below 1 (qelStsStepErr), a width or height below
+ * 1 (qelStsSizeErr); then qelStsNoErr. */
+
+/* RCT of planes in place, and back. */
+QEL_API QelStatus qeliRCTFwd_JPEG2K_32s_P3IR(int32_t* const pSrcDst[3], int srcDstStep, QelSize roi);
+QEL_API QelStatus qeliRCTInv_JPEG2K_32s_P3IR(int32_t* const pSrcDst[3], int srcDstStep, QelSize roi);
+/* RCT from interleaved R, G, B to planes, and back. */
+QEL_API QelStatus qeliRCTFwd_JPEG2K_32s_C3P3R(const int32_t* pSrc, int srcStep, int32_t* const pDst[3], int dstStep,
+                                              QelSize roi);
+QEL_API QelStatus qeliRCTInv_JPEG2K_32s_P3C3R(const int32_t* const pSrc[3], int srcStep, int32_t* pDst, int dstStep,
+                                              QelSize roi);
+/* ICT of planes in place, and back. */
+QEL_API QelStatus qeliICTFwd_JPEG2K_32f_P3IR(float* const pSrcDst[3], int srcDstStep, QelSize roi);
+QEL_API QelStatus qeliICTInv_JPEG2K_32f_P3IR(float* const pSrcDst[3], int srcDstStep, QelSize roi);
+/* ICT from interleaved R, G, B to planes, and back. */
+QEL_API QelStatus qeliICTFwd_JPEG2K_32f_C3P3R(const float* pSrc, int srcStep, float* const pDst[3], int dstStep,
+                                              QelSize roi);
+QEL_API QelStatus qeliICTInv_JPEG2K_32f_P3C3R(const float* const pSrc[3], int srcStep, float* pDst, int dstStep,
+                                              QelSize roi);
+
+/* Wavelets. A line of samples is split into a low half (the samples at even positions of the reference grid) and a high
+ * half (the odd ones), by the reversible 5/3 or the irreversible 9/7 filter. Sizes are in samples. The tile functions
+ * work in a buffer of the caller, of exactly the size that the matching GetBufSize function gives, at any address;
+ * applying one to the low-low subband again gives the next level. */
+
 /* Rows and columns whose surroundings hold the extension (T.800 F.3.7, F.4.7): the functions take what lies beside the
  * region as it is, so that a region can be any part of a longer line.
  *
@@ -22,13 +57,20 @@ extern "C" {
  * if the first sample of the region is low, anything else if it is high.
  *
  * Read beside the region are the samples that the results depend on, all of them and nothing else. They are counted
- * here along the line; for columns they are rows. Forward, of w pairs x[0] .. x[2w - 1]: 5/3, phase 0:  x[-2], x[-1]
- * x[2w] 5/3, phase 1:  x[-1]                     x[2w], x[2w + 1] 9/7, phase 0:  x[-4] .. x[-1]            x[2w] ..
- * x[2w + 2] 9/7, phase 1:  x[-3] .. x[-1]            x[2w] .. x[2w + 3] Inverse, of low[0] .. low[w - 1] and high[0] ..
- * high[w - 1]: 5/3, phase 0:  high[-1]                  low[w], high[w] 5/3, phase 1:  low[-1], high[-1] high[w] 9/7,
- * phase 0:  low[-1], high[-2 .. -1]   low[w .. w + 1], high[w .. w + 1] 9/7, phase 1:  low[-2 .. -1], high[-2 .. -1]
- * low[w], high[w .. w + 1] At the ends of a picture that is the symmetric extension: x[-i] = x[i], and beyond the last
- * sample likewise.
+ * here along the line, before it and behind it; for columns they are rows.
+ *
+ *   Forward, of w pairs x[0] .. x[2w - 1]:
+ *     - 5/3, phase 0:   x[-2], x[-1]                     x[2w]
+ *     - 5/3, phase 1:   x[-1]                            x[2w], x[2w + 1]
+ *     - 9/7, phase 0:   x[-4] .. x[-1]                   x[2w] .. x[2w + 2]
+ *     - 9/7, phase 1:   x[-3] .. x[-1]                   x[2w] .. x[2w + 3]
+ *   Inverse, of low[0] .. low[w - 1] and high[0] .. high[w - 1]:
+ *     - 5/3, phase 0:   high[-1]                         low[w], high[w]
+ *     - 5/3, phase 1:   low[-1], high[-1]                high[w]
+ *     - 9/7, phase 0:   low[-1], high[-2 .. -1]          low[w .. w + 1], high[w .. w + 1]
+ *     - 9/7, phase 1:   low[-2 .. -1], high[-2 .. -1]    low[w], high[w .. w + 1]
+ *
+ * At the ends of a picture that is the symmetric extension: x[-i] = x[i], and beyond the last sample likewise.
  *
  * Source and destinations must not overlap. Checks: pointers (qelStsNullPtrErr), steps below 1 (qelStsStepErr), a width
  * or height below 1 (qelStsSizeErr); then qelStsNoErr. */

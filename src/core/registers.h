@@ -24,6 +24,14 @@ template <int N> using U32 = Vec<uint32_t, N>;
 template <int N> using U64 = Vec<uint64_t, N>;
 template <int N> using F32 = Vec<float, N>;
 
+// A register of N bytes, or one element for N = 1.
+template <class T, int N> struct LanesOf {
+    using Type = Vec<T, N>;
+};
+template <class T> struct LanesOf<T, 1> {
+    using Type = T;
+};
+
 // Any address is valid.
 template <class V> QEL_INLINE V load(const void* p)
 {

@@ -274,13 +274,19 @@ template <int N> struct PortableSimd {
         constexpr int kLane = sizeof(a[0]);
         for (int i = 0; i < N / kLane; ++i, p += 2 * kLane) store(p, a[i]), store(p + kLane, b[i]);
     }
-    static QEL_INLINE void load3(const uint8_t* p, U8<N>& a, U8<N>& b, U8<N>& c)
+    template <class V> static QEL_INLINE void load3(const uint8_t* p, V& a, V& b, V& c)
     {
-        for (int i = 0; i < N; ++i) a[i] = p[3 * i], b[i] = p[3 * i + 1], c[i] = p[3 * i + 2];
+        constexpr int kLanes = N / sizeof(a[0]);
+        V from[3] = {load<V>(p), load<V>(p + N), load<V>(p + 2 * N)};
+        V to[3] = {};
+        for (int k = 0; k < 3 * kLanes; ++k) to[k % 3][k / 3] = from[k / kLanes][k % kLanes];
+        a = to[0], b = to[1], c = to[2];
     }
-    static QEL_INLINE void store3(uint8_t* p, U8<N> a, U8<N> b, U8<N> c)
+    template <class V> static QEL_INLINE void store3(uint8_t* p, V a, V b, V c)
     {
-        for (int i = 0; i < N; ++i) p[3 * i] = a[i], p[3 * i + 1] = b[i], p[3 * i + 2] = c[i];
+        constexpr int kLane = sizeof(a[0]);
+        for (int i = 0; i < N / kLane; ++i, p += 3 * kLane)
+            store(p, a[i]), store(p + kLane, b[i]), store(p + 2 * kLane, c[i]);
     }
     // 3 * N bytes of triples (a, b, c) as pairs: ab[0] and c1[0] hold (a, b) and (c, 1) of the lower eight triples of
     // each block of 16, ab[1] and c1[1] those of the upper eight.

@@ -130,6 +130,8 @@ template <> struct Simd<16> : GatheredBits, Interleaved<16, Simd<16>> {
         return (U8<16>)_mm_blendv_epi8((__m128i)a, (__m128i)b, _mm_load_si128((const __m128i*)mask));
     }
 #else
+    using Interleaved<16, Simd<16>>::zip3, Interleaved<16, Simd<16>>::unzip3;
+
     // The 48 bytes as two halves of 24, zipped: a perfect shuffle moves byte i to 2i modulo 47. De-interleaving by
     // three moves it to 16i = 2i four times, so four shuffles do it, and their inverses interleave.
     static QEL_INLINE void shuffleHalves(U8<16>& r0, U8<16>& r1, U8<16>& r2)
@@ -155,12 +157,12 @@ template <> struct Simd<16> : GatheredBits, Interleaved<16, Simd<16>> {
         for (int i = 0; i < 4; ++i) unshuffleHalves(a, b, c);
     }
 #endif
-    static QEL_INLINE void load3(const uint8_t* p, U8<16>& a, U8<16>& b, U8<16>& c)
+    template <class V> static QEL_INLINE void load3(const uint8_t* p, V& a, V& b, V& c)
     {
-        a = load<U8<16>>(p), b = load<U8<16>>(p + 16), c = load<U8<16>>(p + 32);
+        a = load<V>(p), b = load<V>(p + 16), c = load<V>(p + 32);
         unzip3(a, b, c);
     }
-    static QEL_INLINE void store3(uint8_t* p, U8<16> a, U8<16> b, U8<16> c)
+    template <class V> static QEL_INLINE void store3(uint8_t* p, V a, V b, V c)
     {
         zip3(a, b, c);
         store(p, a), store(p + 16, b), store(p + 32, c);

@@ -127,17 +127,17 @@ template <> struct Simd<32> : GatheredBits, Interleaved<32, Simd<32>> {
     static QEL_INLINE uint64_t signMask(U8<32> a) { return uint32_t(_mm256_movemask_epi8((__m256i)a)); }
 
     // The lower (upper) blocks of `a` and `b`, and the lower block of `a` beside the upper one of `b`.
-    static QEL_INLINE U8<32> lowBlocks(U8<32> a, U8<32> b)
+    template <class V> static QEL_INLINE V lowBlocks(V a, V b)
     {
-        return (U8<32>)_mm256_permute2x128_si256((__m256i)a, (__m256i)b, 0x20);
+        return (V)_mm256_permute2x128_si256((__m256i)a, (__m256i)b, 0x20);
     }
-    static QEL_INLINE U8<32> highBlocks(U8<32> a, U8<32> b)
+    template <class V> static QEL_INLINE V highBlocks(V a, V b)
     {
-        return (U8<32>)_mm256_permute2x128_si256((__m256i)a, (__m256i)b, 0x31);
+        return (V)_mm256_permute2x128_si256((__m256i)a, (__m256i)b, 0x31);
     }
-    static QEL_INLINE U8<32> lowAndHigh(U8<32> a, U8<32> b)
+    template <class V> static QEL_INLINE V lowAndHigh(V a, V b)
     {
-        return (U8<32>)_mm256_blend_epi32((__m256i)a, (__m256i)b, 0xF0);
+        return (V)_mm256_blend_epi32((__m256i)a, (__m256i)b, 0xF0);
     }
     static QEL_INLINE void storeHalves(void* lower, void* upper, U8<32> v)
     {
@@ -147,7 +147,7 @@ template <> struct Simd<32> : GatheredBits, Interleaved<32, Simd<32>> {
 
     template <class V> static QEL_INLINE void store2(uint8_t* p, V a, V b)
     {
-        auto low = (U8<32>)zipLow(a, b), high = (U8<32>)zipHigh(a, b);
+        V low = zipLow(a, b), high = zipHigh(a, b);
         store(p, lowBlocks(low, high));
         store(p + 32, highBlocks(low, high));
     }
@@ -181,11 +181,11 @@ template <> struct Simd<32> : GatheredBits, Interleaved<32, Simd<32>> {
     static QEL_INLINE U8<32> exchanged(U8<32> v) { return (U8<32>)_mm256_permute4x64_epi64((__m256i)v, 0x4E); }
 
     // As in Simd<16>, with the first 48 bytes in the lower blocks and the second 48 in the upper ones.
-    static QEL_INLINE void load3(const uint8_t* p, U8<32>& a, U8<32>& b, U8<32>& c)
+    template <class V> static QEL_INLINE void load3(const uint8_t* p, V& a, V& b, V& c)
     {
-        auto m0 = load<U8<32>>(p), m1 = load<U8<32>>(p + 32), m2 = load<U8<32>>(p + 64);
+        V m0 = load<V>(p), m1 = load<V>(p + 32), m2 = load<V>(p + 64);
         a = lowAndHigh(m0, m1);
-        b = (U8<32>)_mm256_permute2x128_si256((__m256i)m0, (__m256i)m2, 0x21);
+        b = (V)_mm256_permute2x128_si256((__m256i)m0, (__m256i)m2, 0x21);
         c = lowAndHigh(m1, m2);
         unzip3(a, b, c);
     }
@@ -206,7 +206,7 @@ template <> struct Simd<32> : GatheredBits, Interleaved<32, Simd<32>> {
         ab[0] = (U8<32>)zipLow(t0, t1), ab[1] = (U8<32>)zipLow(t2, t3);
         c1[0] = (U8<32>)zipHigh(t0, t1) | one, c1[1] = (U8<32>)zipHigh(t2, t3) | one;
     }
-    static QEL_INLINE void store3(uint8_t* p, U8<32> a, U8<32> b, U8<32> c)
+    template <class V> static QEL_INLINE void store3(uint8_t* p, V a, V b, V c)
     {
         zip3(a, b, c);
         store(p, lowBlocks(a, b));

@@ -9,27 +9,31 @@ namespace qel {
 namespace QEL_BUILD {
 namespace {
 
-// Where the bytes of interleaved triples come from, as indices into two registers (0 to 127) or into the third.
-struct WideTriples {
-    alignas(64) uint8_t load[3][64];  // load[c][i]: byte 3i + c of the three registers, modulo 128
-    alignas(64) uint8_t store[3][64]; // store[k][j]: byte j of register k: pixel, plus 64 for the second channel
-    uint64_t loadThird[3];            // where load takes the third register
-    uint64_t storeThird[3];           // where store takes the third channel
+// Where the lanes of interleaved triples come from, as indices into two registers of kLanes or into the third.
+template <class Index> struct WideTriples {
+    static constexpr int kLanes = 64 / sizeof(Index);
+
+    alignas(64) Index load[3][kLanes];  // load[c][i]: lane 3i + c of the three registers, modulo 2 kLanes
+    alignas(64) Index store[3][kLanes]; // store[k][j]: lane j of register k: pixel, plus kLanes for the second channel
+    uint64_t loadThird[3];              // where load takes the third register
+    uint64_t storeThird[3];             // where store takes the third channel
 };
-constexpr WideTriples makeWideTriples()
+template <class Index> constexpr WideTriples<Index> makeWideTriples()
 {
-    WideTriples t = {};
+    WideTriples<Index> t = {};
+    constexpr int kLanes = t.kLanes;
     for (int k = 0; k < 3; ++k)
-        for (int i = 0; i < 64; ++i) {
-            int from = 3 * i + k, to = 64 * k + i;
-            t.load[k][i] = uint8_t(from % 128);
-            t.loadThird[k] |= uint64_t(from >= 128) << i;
-            t.store[k][i] = uint8_t(to / 3 + (to % 3 == 1 ? 64 : 0));
+        for (int i = 0; i < kLanes; ++i) {
+            int from = 3 * i + k, to = kLanes * k + i;
+            t.load[k][i] = Index(from % (2 * kLanes));
+            t.loadThird[k] |= uint64_t(from >= 2 * kLanes) << i;
+            t.store[k][i] = Index(to / 3 + (to % 3 == 1 ? kLanes : 0));
             t.storeThird[k] |= uint64_t(to % 3 == 2) << i;
         }
     return t;
 }
-constexpr WideTriples kWideTriples = makeWideTriples();
+constexpr auto kTriplesOfBytes = makeWideTriples<uint8_t>();
+constexpr auto kTriplesOfWords = makeWideTriples<uint32_t>();
 
 // Indices into two registers: the last lane of the first, and on through the second.
 struct LastThenAll {
@@ -195,25 +199,39 @@ template <> struct Simd<64> : GatheredBits, Interleaved<64, Simd<64>> {
     {
         return (U8<64>)_mm512_mask_blend_epi8(_mm512_movepi8_mask(_mm512_load_si512(mask)), (__m512i)a, (__m512i)b);
     }
-    // Bytes of r0 and r1 by index, and where `third` has ones, of r2.
-    static QEL_INLINE U8<64> gather3(U8<64> r0, U8<64> r1, U8<64> r2, const uint8_t* from, uint64_t third)
+    template <class V> static constexpr auto& triplesOf()
+    {
+        if constexpr (sizeof(V{}[0]) == 1)
+            return kTriplesOfBytes;
+        else
+            return kTriplesOfWords;
+    }
+    // Lanes of r0 and r1 by index, and where `third` has ones, of r2.
+    template <class V> static QEL_INLINE V gather3(V r0, V r1, V r2, const void* from, uint64_t third)
     {
         __m512i index = _mm512_load_si512(from);
-        __m512i firstTwo = _mm512_permutex2var_epi8((__m512i)r0, index, (__m512i)r1);
-        return (U8<64>)_mm512_mask_permutexvar_epi8(firstTwo, third, index, (__m512i)r2);
+        if constexpr (sizeof(r0[0]) == 1) {
+            __m512i firstTwo = _mm512_permutex2var_epi8((__m512i)r0, index, (__m512i)r1);
+            return (V)_mm512_mask_permutexvar_epi8(firstTwo, third, index, (__m512i)r2);
+        } else {
+            __m512i firstTwo = _mm512_permutex2var_epi32((__m512i)r0, index, (__m512i)r1);
+            return (V)_mm512_mask_permutexvar_epi32(firstTwo, __mmask16(third), index, (__m512i)r2);
+        }
     }
-    static QEL_INLINE void load3(const uint8_t* p, U8<64>& a, U8<64>& b, U8<64>& c)
+    template <class V> static QEL_INLINE void load3(const uint8_t* p, V& a, V& b, V& c)
     {
-        auto r0 = load<U8<64>>(p), r1 = load<U8<64>>(p + 64), r2 = load<U8<64>>(p + 128);
-        a = gather3(r0, r1, r2, kWideTriples.load[0], kWideTriples.loadThird[0]);
-        b = gather3(r0, r1, r2, kWideTriples.load[1], kWideTriples.loadThird[1]);
-        c = gather3(r0, r1, r2, kWideTriples.load[2], kWideTriples.loadThird[2]);
+        constexpr auto& from = triplesOf<V>();
+        V r0 = load<V>(p), r1 = load<V>(p + 64), r2 = load<V>(p + 128);
+        a = gather3(r0, r1, r2, from.load[0], from.loadThird[0]);
+        b = gather3(r0, r1, r2, from.load[1], from.loadThird[1]);
+        c = gather3(r0, r1, r2, from.load[2], from.loadThird[2]);
     }
-    static QEL_INLINE void store3(uint8_t* p, U8<64> a, U8<64> b, U8<64> c)
+    template <class V> static QEL_INLINE void store3(uint8_t* p, V a, V b, V c)
     {
-        store(p, gather3(a, b, c, kWideTriples.store[0], kWideTriples.storeThird[0]));
-        store(p + 64, gather3(a, b, c, kWideTriples.store[1], kWideTriples.storeThird[1]));
-        store(p + 128, gather3(a, b, c, kWideTriples.store[2], kWideTriples.storeThird[2]));
+        constexpr auto& from = triplesOf<V>();
+        store(p, gather3(a, b, c, from.store[0], from.storeThird[0]));
+        store(p + 64, gather3(a, b, c, from.store[1], from.storeThird[1]));
+        store(p + 128, gather3(a, b, c, from.store[2], from.storeThird[2]));
     }
 
     template <class V> static QEL_INLINE void storePast(void* p, V v) { _mm512_stream_si512((__m512i*)p, (__m512i)v); }

@@ -38,6 +38,22 @@ constexpr Triples kTriples = makeTriples();
 
 // Pairs and quadruples: even and odd bytes come apart by masks, shifts and packs.
 template <int N, class Simd> struct Interleaved {
+    // Lanes of 32 bits, by the same way as bytes.
+    template <class V> static QEL_INLINE V blendTurns(V r0, V r1, V r2)
+    {
+        return inBlocks<0, 1, 6, 3>(inBlocks<0, 5, 2, 3>(r0, r1), r2);
+    }
+    template <class V> static QEL_INLINE void zip3(V& a, V& b, V& c)
+    {
+        V s0 = inBlocks<0, 3, 2, 1>(a), s1 = inBlocks<1, 0, 3, 2>(b), s2 = inBlocks<2, 1, 0, 3>(c);
+        a = blendTurns(s0, s1, s2), b = blendTurns(s1, s2, s0), c = blendTurns(s2, s0, s1);
+    }
+    template <class V> static QEL_INLINE void unzip3(V& r0, V& r1, V& r2)
+    {
+        V a = blendTurns(r0, r2, r1), b = blendTurns(r1, r0, r2), c = blendTurns(r2, r1, r0);
+        r0 = inBlocks<0, 3, 2, 1>(a), r1 = inBlocks<1, 0, 3, 2>(b), r2 = inBlocks<2, 1, 0, 3>(c);
+    }
+
     // These two need byte shuffles; Simd<16> has others for SSE2.
     static QEL_INLINE void zip3(U8<N>& a, U8<N>& b, U8<N>& c)
     {

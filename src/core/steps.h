@@ -26,9 +26,21 @@ template <class Count, class Body> QEL_INLINE void inSteps(Count n, Body body)
     for (; i < n; ++i) body(Bytes<1>(), i);
 }
 
-// The same from `begin` to `end` for a body that may do elements twice: what is left of the row is done by a step that
-// ends with it, so that only rows of less than 16 elements go one at a time. All steps between the first and the last
-// start where i + phase is a multiple of their width.
+// The same for elements T, of which body(Bytes<N>(), i) is to do one register full: N / sizeof(T), or one where N is 1.
+template <class T, class Body> QEL_INLINE void inRegisters(ptrdiff_t n, Body body)
+{
+    ptrdiff_t i = 0;
+    constexpr int kWide = QEL_WIDTH / sizeof(T), kNarrow = 16 / sizeof(T);
+    if constexpr (QEL_WIDTH > 16)
+        for (; n - i >= kWide; i += kWide) body(Bytes<QEL_WIDTH>(), i);
+    if constexpr (QEL_WIDTH >= 16)
+        for (; n - i >= kNarrow; i += kNarrow) body(Bytes<16>(), i);
+    for (; i < n; ++i) body(Bytes<1>(), i);
+}
+
+// Like inSteps, but from `begin` to `end` for a body that may do elements twice: what is left of the row is done by a
+// step that ends with it, so that only rows of less than 16 elements go one at a time. All steps between the first and
+// the last start where i + phase is a multiple of their width.
 template <class Body> QEL_INLINE void inOverlappingSteps(ptrdiff_t begin, ptrdiff_t end, ptrdiff_t phase, Body body)
 {
     auto walk = [=](auto step) {

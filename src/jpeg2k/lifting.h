@@ -8,14 +8,6 @@ namespace qel {
 namespace QEL_BUILD {
 namespace {
 
-// One sample for N = 1, else a register.
-template <class T, int N> struct LanesOf {
-    using Type = Vec<T, N>;
-};
-template <class T> struct LanesOf<T, 1> {
-    using Type = T;
-};
-
 // What the pair before had. Down columns that is what was put into the slot last, lane by lane.
 template <class V, int kSlots> struct AboveLanes {
     V slots[kSlots] = {};

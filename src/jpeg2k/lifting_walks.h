@@ -33,19 +33,6 @@ template <class F, int N> QEL_INLINE void write2(typename F::Sample* p, ValueOf<
     Simd<N>::store2((uint8_t*)p, first, second);
 }
 
-// Walks n samples: body(Bytes<N>(), i) for a register of samples from i on, the widest that fit, then 16 bytes, then
-// one by one.
-template <class T, class Body> QEL_INLINE void inRegisters(ptrdiff_t n, Body body)
-{
-    ptrdiff_t i = 0;
-    constexpr int kWide = QEL_WIDTH / sizeof(T), kNarrow = 16 / sizeof(T);
-    if constexpr (QEL_WIDTH > 16)
-        for (; n - i >= kWide; i += kWide) body(Bytes<QEL_WIDTH>(), i);
-    if constexpr (QEL_WIDTH >= 16)
-        for (; n - i >= kNarrow; i += kNarrow) body(Bytes<16>(), i);
-    for (; i < n; ++i) body(Bytes<1>(), i);
-}
-
 template <class F> struct Forward : F {
     template <class... Args> static QEL_INLINE void lift(Args&... args) { F::forward(args...); }
 };

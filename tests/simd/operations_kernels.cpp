@@ -134,12 +134,14 @@ template <class S, int N> struct Run {
     static void load2(const uint8_t* in, uint8_t* out) { load2As<U8<N>>(in, out); }
     static void load2Words(const uint8_t* in, uint8_t* out) { load2As<S16<N>>(in, out); }
     static void load2Floats(const uint8_t* in, uint8_t* out) { load2As<F32<N>>(in, out); }
-    static void load3(const uint8_t* in, uint8_t* out)
+    template <class V> static void load3As(const uint8_t* in, uint8_t* out)
     {
-        U8<N> a = {}, b = {}, c = {};
+        V a = {}, b = {}, c = {};
         S::load3(in, a, b, c);
         store(out, a), store(out + N, b), store(out + 2 * N, c);
     }
+    static void load3(const uint8_t* in, uint8_t* out) { load3As<U8<N>>(in, out); }
+    static void load3Floats(const uint8_t* in, uint8_t* out) { load3As<F32<N>>(in, out); }
     static void loadPairs3(const uint8_t* in, uint8_t* out)
     {
         U8<N> pairs[4] = {};
@@ -154,10 +156,12 @@ template <class S, int N> struct Run {
     }
     static void store2(const uint8_t* in, uint8_t* out) { S::store2(out, at<U8<N>>(in, 0), at<U8<N>>(in, 1)); }
     static void store2Wide(const uint8_t* in, uint8_t* out) { S::store2(out, at<U16<N>>(in, 0), at<U16<N>>(in, 1)); }
-    static void store3(const uint8_t* in, uint8_t* out)
+    template <class V> static void store3As(const uint8_t* in, uint8_t* out)
     {
-        S::store3(out, at<U8<N>>(in, 0), at<U8<N>>(in, 1), at<U8<N>>(in, 2));
+        S::store3(out, at<V>(in, 0), at<V>(in, 1), at<V>(in, 2));
     }
+    static void store3(const uint8_t* in, uint8_t* out) { store3As<U8<N>>(in, out); }
+    static void store3Floats(const uint8_t* in, uint8_t* out) { store3As<F32<N>>(in, out); }
     static void store4(const uint8_t* in, uint8_t* out)
     {
         S::store4(out, at<U8<N>>(in, 0), at<U8<N>>(in, 1), at<U8<N>>(in, 2), at<U8<N>>(in, 3));
@@ -192,7 +196,8 @@ template <class S, int N> struct Run {
         QEL_OPERATION(N, storeHalves, 1, N), QEL_OPERATION(N, packSigned, 2, N), QEL_OPERATION(N, zip3, 3, 3 * N),     \
         QEL_OPERATION(N, unzip3, 3, 3 * N), QEL_OPERATION(N, permute, 64 / N, 64), QEL_OPERATION(N, gatherBits, 1, 8), \
         QEL_OPERATION(N, shiftIn16, 2, N), QEL_OPERATION(N, shiftIn32, 2, N), QEL_OPERATION(N, truncate, 1, N),        \
-        QEL_OPERATION(N, load2Words, 2, 2 * N), QEL_OPERATION(N, load2Floats, 2, 2 * N)
+        QEL_OPERATION(N, load2Words, 2, 2 * N), QEL_OPERATION(N, load2Floats, 2, 2 * N),                               \
+        QEL_OPERATION(N, load3Floats, 3, 3 * N), QEL_OPERATION(N, store3Floats, 3, 3 * N)
 
 constexpr SimdOperation kOperations[] = {
     QEL_OPERATIONS(16),

@@ -1,0 +1,130 @@
+// Component transforms: exported functions.
+#include "jpeg2k/component_transform.h"
+
+#include "core/checks.h"
+#include "core/dispatch.h"
+#include "core/rows.h"
+#include "qeljx/jpeg2k_transform.h"
+
+using namespace qel;
+
+namespace {
+
+auto& reversible() { return kernels<ComponentTransformKernels>().reversible; }
+auto& irreversible() { return kernels<ComponentTransformKernels>().irreversible; }
+
+template <class T>
+QelStatus inPlace(T* const* planes, int step, QelSize roi, typename ComponentTransform<T>::InPlace* row)
+{
+    if (QelStatus bad = first(qel::planes<3>(planes), steps(step), size(roi))) return bad;
+    forRows(roi, [=](int r) {
+        row(rowAt(planes[0], step, r), rowAt(planes[1], step, r), rowAt(planes[2], step, r), roi.width);
+    });
+    return qelStsNoErr;
+}
+
+template <class T> QelStatus toPlanes(const T* src, int srcStep, T* const* dst, int dstStep, QelSize roi,
+                                      typename ComponentTransform<T>::ToPlanes* row)
+{
+    if (QelStatus bad = first(pointers(src), planes<3>(dst), steps(srcStep, dstStep), size(roi))) return bad;
+    forRows(roi, [=](int r) {
+        row(rowAt(src, srcStep, r), rowAt(dst[0], dstStep, r), rowAt(dst[1], dstStep, r), rowAt(dst[2], dstStep, r),
+            roi.width);
+    });
+    return qelStsNoErr;
+}
+
+template <class T> QelStatus toPixels(const T* const* src, int srcStep, T* dst, int dstStep, QelSize roi,
+                                      typename ComponentTransform<T>::ToPixels* row)
+{
+    if (QelStatus bad = first(pointers(dst), planes<3>(src), steps(srcStep, dstStep), size(roi))) return bad;
+    forRows(roi, [=](int r) {
+        row(rowAt(src[0], srcStep, r), rowAt(src[1], srcStep, r), rowAt(src[2], srcStep, r), rowAt(dst, dstStep, r),
+            roi.width);
+    });
+    return qelStsNoErr;
+}
+
+}
+
+QelStatus qeliRCTFwd_JPEG2K_32s_P3IR(int32_t* const pSrcDst[3], int srcDstStep, QelSize roi)
+{
+    return inPlace(pSrcDst, srcDstStep, roi, reversible().forwardInPlace);
+}
+
+QelStatus qeliRCTInv_JPEG2K_32s_P3IR(int32_t* const pSrcDst[3], int srcDstStep, QelSize roi)
+{
+    return inPlace(pSrcDst, srcDstStep, roi, reversible().inverseInPlace);
+}
+
+QelStatus qeliRCTFwd_JPEG2K_32s_C3P3R(const int32_t* pSrc, int srcStep, int32_t* const pDst[3], int dstStep,
+                                      QelSize roi)
+{
+    return toPlanes(pSrc, srcStep, pDst, dstStep, roi, reversible().forward);
+}
+
+QelStatus qeliRCTInv_JPEG2K_32s_P3C3R(const int32_t* const pSrc[3], int srcStep, int32_t* pDst, int dstStep,
+                                      QelSize roi)
+{
+    return toPixels(pSrc, srcStep, pDst, dstStep, roi, reversible().inverse);
+}
+
+QelStatus qeliICTFwd_JPEG2K_32f_P3IR(float* const pSrcDst[3], int srcDstStep, QelSize roi)
+{
+    return inPlace(pSrcDst, srcDstStep, roi, irreversible().forwardInPlace);
+}
+
+QelStatus qeliICTInv_JPEG2K_32f_P3IR(float* const pSrcDst[3], int srcDstStep, QelSize roi)
+{
+    return inPlace(pSrcDst, srcDstStep, roi, irreversible().inverseInPlace);
+}
+
+QelStatus qeliICTFwd_JPEG2K_32f_C3P3R(const float* pSrc, int srcStep, float* const pDst[3], int dstStep, QelSize roi)
+{
+    return toPlanes(pSrc, srcStep, pDst, dstStep, roi, irreversible().forward);
+}
+
+QelStatus qeliICTInv_JPEG2K_32f_P3C3R(const float* const pSrc[3], int srcStep, float* pDst, int dstStep, QelSize roi)
+{
+    return toPixels(pSrc, srcStep, pDst, dstStep, roi, irreversible().inverse);
+}
+
+void ownqj_RCTFwd_JPEG2K_32s_P3IR(int32_t* a, int32_t* b, int32_t* c, int width)
+{
+    reversible().forwardInPlace(a, b, c, width);
+}
+
+void ownqj_RCTInv_JPEG2K_32s_P3IR(int32_t* a, int32_t* b, int32_t* c, int width)
+{
+    reversible().inverseInPlace(a, b, c, width);
+}
+
+void ownqj_RCTFwd_JPEG2K_32s_C3P3R(const int32_t* src, int32_t* a, int32_t* b, int32_t* c, int width)
+{
+    reversible().forward(src, a, b, c, width);
+}
+
+void ownqj_RCTInv_JPEG2K_32s_P3C3R(const int32_t* a, const int32_t* b, const int32_t* c, int32_t* dst, int width)
+{
+    reversible().inverse(a, b, c, dst, width);
+}
+
+void ownqj_ICTFwd_JPEG2K_32f_P3IR(float* a, float* b, float* c, int width)
+{
+    irreversible().forwardInPlace(a, b, c, width);
+}
+
+void ownqj_ICTInv_JPEG2K_32f_P3IR(float* a, float* b, float* c, int width)
+{
+    irreversible().inverseInPlace(a, b, c, width);
+}
+
+void ownqj_ICTFwd_JPEG2K_32f_C3P3R(const float* src, float* a, float* b, float* c, int width)
+{
+    irreversible().forward(src, a, b, c, width);
+}
+
+void ownqj_ICTInv_JPEG2K_32f_P3C3R(const float* a, const float* b, const float* c, float* dst, int width)
+{
+    irreversible().inverse(a, b, c, dst, width);
+}

@@ -1,0 +1,254 @@
+// Component transforms: values, layouts and regions, round trips, order of faults.
+#include "qeljx.h"
+
+#include <gtest/gtest.h>
+
+#include <string.h>
+
+#include <algorithm>
+#include <array>
+#include <vector>
+
+#include "random.h"
+
+namespace {
+
+template <class T> using Pixel = std::array<T, 3>;
+
+// The four functions of a transform, and what they make of one pixel.
+template <class T> struct Transform {
+    QelStatus (*forwardInPlace)(T* const*, int, QelSize);
+    QelStatus (*inverseInPlace)(T* const*, int, QelSize);
+    QelStatus (*toPlanes)(const T*, int, T* const*, int, QelSize);
+    QelStatus (*toPixels)(const T* const*, int, T*, int, QelSize);
+    Pixel<T> (*forward)(Pixel<T>);
+    Pixel<T> (*inverse)(Pixel<T>);
+};
+
+Pixel<int32_t> reversibleForward(Pixel<int32_t> p)
+{
+    int64_t r = p[0], g = p[1], b = p[2];
+    return {int32_t(r + 2 * g + b) >> 2, int32_t(b - g), int32_t(r - g)};
+}
+Pixel<int32_t> reversibleInverse(Pixel<int32_t> p)
+{
+    int64_t g = int32_t(p[0] - int64_t(int32_t(int64_t(p[1]) + p[2]) >> 2));
+    return {int32_t(p[2] + g), int32_t(g), int32_t(p[1] + g)};
+}
+
+// Kept apart by stores, so that no product is fused with a sum.
+float weighed(const float* weights, Pixel<float> p)
+{
+    volatile float first = weights[0] * p[0], second = weights[1] * p[1], third = weights[2] * p[2];
+    volatile float sum = first + second;
+    return sum + third;
+}
+float fused(const float* weights, Pixel<float> p)
+{
+    return float(double(weights[0]) * p[0] + double(weights[1]) * p[1] + double(weights[2]) * p[2]);
+}
+constexpr float kForward[3][3] = {{0.299f, 0.587f, 0.114f}, {-0.16875f, -0.33126f, 0.5f}, {0.5f, -0.41869f, -0.08131f}};
+// Of Y1, Y2, Y0.
+constexpr float kInverse[3][3] = {{0, 1.402f, 1}, {-0.34413f, -0.71414f, 1}, {1.772f, 0, 1}};
+
+Pixel<float> irreversibleForward(Pixel<float> p)
+{
+    return {weighed(kForward[0], p), weighed(kForward[1], p), weighed(kForward[2], p)};
+}
+Pixel<float> irreversibleInverse(Pixel<float> p)
+{
+    Pixel<float> inOrder = {p[1], p[2], p[0]};
+    return {weighed(kInverse[0], inOrder), weighed(kInverse[1], inOrder), weighed(kInverse[2], inOrder)};
+}
+
+const Transform<int32_t> kReversible = {qeliRCTFwd_JPEG2K_32s_P3IR,  qeliRCTInv_JPEG2K_32s_P3IR,
+                                        qeliRCTFwd_JPEG2K_32s_C3P3R, qeliRCTInv_JPEG2K_32s_P3C3R,
+                                        reversibleForward,           reversibleInverse};
+const Transform<float> kIrreversible = {qeliICTFwd_JPEG2K_32f_P3IR,  qeliICTInv_JPEG2K_32f_P3IR,
+                                        qeliICTFwd_JPEG2K_32f_C3P3R, qeliICTInv_JPEG2K_32f_P3C3R,
+                                        irreversibleForward,         irreversibleInverse};
+
+void fill(qel::test::Random& random, std::vector<int32_t>& samples) { random.fill(samples.data(), samples.size()); }
+void fill(qel::test::Random& random, std::vector<float>& samples)
+{
+    for (float& sample : samples) sample = float(random.between(-(1 << 24), 1 << 24)) / 4096;
+}
+
+// Rows of samples with bytes between them, which must keep their value, at an odd address.
+template <class T> class Region {
+public:
+    Region(QelSize size, int channels)
+        : row_(size_t(size.width * channels) * sizeof(T)), rows_(size_t(size.height)),
+          bytes_(1 + rows_ * (row_ + 3), 0xEE)
+    {}
+    T* data() { return (T*)(bytes_.data() + 1); }
+    int step() const { return int(row_) + 3; }
+
+    void put(const std::vector<T>& samples)
+    {
+        for (size_t r = 0; r < rows_; ++r) memcpy(at(r), (const uint8_t*)samples.data() + r * row_, row_);
+    }
+    std::vector<T> take()
+    {
+        std::vector<T> samples(rows_ * row_ / sizeof(T));
+        for (size_t r = 0; r < rows_; ++r) {
+            memcpy((uint8_t*)samples.data() + r * row_, at(r), row_);
+            for (size_t i = 0; i < 3; ++i) EXPECT_EQ(at(r)[row_ + i], 0xEE);
+        }
+        EXPECT_EQ(bytes_[0], 0xEE);
+        return samples;
+    }
+
+private:
+    uint8_t* at(size_t r) { return bytes_.data() + 1 + r * (row_ + 3); }
+    size_t row_, rows_;
+    std::vector<uint8_t> bytes_;
+};
+
+// All four functions on a region of random samples, against one pixel at a time.
+template <class T> void layouts(const Transform<T>& transform)
+{
+    qel::test::Random random(1);
+    for (int width : {1, 2, 3, 4, 5, 7, 8, 9, 37, 700}) {
+        QelSize roi = {width, 3};
+        size_t count = size_t(width) * 3;
+        Region<T> pixels(roi, 3), plane[3] = {{roi, 1}, {roi, 1}, {roi, 1}};
+        T* planes[3] = {plane[0].data(), plane[1].data(), plane[2].data()};
+        std::vector<T> values(3 * count);
+        auto expectPlanes = [&](Pixel<T> (*formula)(Pixel<T>)) {
+            for (size_t i = 0; i < count; ++i) {
+                Pixel<T> out = formula({values[3 * i], values[3 * i + 1], values[3 * i + 2]});
+                std::copy(out.begin(), out.end(), values.begin() + ptrdiff_t(3 * i));
+            }
+            for (size_t k = 0; k < 3; ++k) {
+                auto got = plane[k].take();
+                for (size_t i = 0; i < count; ++i) ASSERT_EQ(got[i], values[3 * i + k]) << width << ' ' << i;
+            }
+        };
+        fill(random, values);
+        pixels.put(values);
+        ASSERT_EQ(transform.toPlanes(pixels.data(), pixels.step(), planes, plane[0].step(), roi), qelStsNoErr);
+        expectPlanes(transform.forward);
+        ASSERT_EQ(transform.forwardInPlace(planes, plane[0].step(), roi), qelStsNoErr);
+        expectPlanes(transform.forward);
+        ASSERT_EQ(transform.toPixels(planes, plane[0].step(), pixels.data(), pixels.step(), roi), qelStsNoErr);
+        ASSERT_EQ(transform.inverseInPlace(planes, plane[0].step(), roi), qelStsNoErr);
+        expectPlanes(transform.inverse);
+        ASSERT_EQ(pixels.take(), values);
+    }
+}
+
+TEST(ReversibleTransform, Layouts) { layouts(kReversible); }
+TEST(IrreversibleTransform, Layouts) { layouts(kIrreversible); }
+
+// The samples of the test above must tell fused products from separate ones.
+TEST(IrreversibleTransform, FusedProductsWouldBeNoticed)
+{
+    qel::test::Random random(1);
+    std::vector<float> values(300);
+    fill(random, values);
+    for (auto& weights : {kForward[0], kForward[1], kForward[2], kInverse[0], kInverse[1], kInverse[2]}) {
+        int noticed = 0;
+        for (size_t i = 0; i < values.size(); i += 3) {
+            Pixel<float> p = {values[i], values[i + 1], values[i + 2]};
+            noticed += weighed(weights, p) != fused(weights, p);
+        }
+        EXPECT_GT(noticed, 10);
+    }
+}
+
+TEST(ReversibleTransform, Values)
+{
+    const struct {
+        Pixel<int32_t> rgb, transformed;
+    } table[] = {
+        {{-1, 0, 0}, {-1, 0, -1}},
+        {{77, 77, 77}, {77, 0, 0}},
+        {{255, 0, 0}, {63, 0, 255}},
+        {{0, 255, 255}, {191, 0, -255}},
+        {{-3, 2, 10}, {2, 8, -5}},
+        {{1 << 29, -(1 << 29), 1 << 29}, {0, 1 << 30, 1 << 30}},
+        {{INT32_MAX, INT32_MAX, INT32_MAX}, {-1, 0, 0}},
+        {{INT32_MIN, INT32_MAX, 0}, {536870911, -INT32_MAX, 1}},
+    };
+    for (auto& row : table) {
+        Pixel<int32_t> p = row.rgb;
+        int32_t* planes[] = {&p[0], &p[1], &p[2]};
+        EXPECT_EQ(qeliRCTFwd_JPEG2K_32s_P3IR(planes, 4, {1, 1}), qelStsNoErr);
+        EXPECT_EQ(p, row.transformed) << row.rgb[0];
+    }
+}
+
+TEST(ReversibleTransform, RoundTripOf30Bits)
+{
+    qel::test::Random random(2);
+    std::vector<int32_t> plane[3];
+    int32_t* planes[3];
+    for (int k = 0; k < 3; ++k) {
+        plane[k].resize(5000);
+        fill(random, plane[k]);
+        for (int32_t& v : plane[k]) v >>= 2;
+        planes[k] = plane[k].data();
+    }
+    std::vector<int32_t> before[3] = {plane[0], plane[1], plane[2]};
+    EXPECT_EQ(qeliRCTFwd_JPEG2K_32s_P3IR(planes, 200, {50, 100}), qelStsNoErr);
+    EXPECT_EQ(qeliRCTInv_JPEG2K_32s_P3IR(planes, 200, {50, 100}), qelStsNoErr);
+    for (int k = 0; k < 3; ++k) EXPECT_EQ(plane[k], before[k]);
+}
+
+TEST(IrreversibleTransform, Values)
+{
+    const struct {
+        Pixel<float> rgb, transformed;
+    } table[] = {
+        {{1, 1, 1}, {1, 0, 0}},
+        {{255, 0, 0}, {76.245f, -43.03125f, 127.5f}},
+        {{0, 100, 0}, {58.7f, -33.126f, -41.869f}},
+        {{-8, 0, 1000}, {111.608f, 501.35f, -85.31f}},
+    };
+    for (auto& row : table) {
+        float pixel[3];
+        Pixel<float> p;
+        float* planes[] = {&p[0], &p[1], &p[2]};
+        memcpy(pixel, row.rgb.data(), sizeof pixel);
+        EXPECT_EQ(qeliICTFwd_JPEG2K_32f_C3P3R(pixel, 12, planes, 4, {1, 1}), qelStsNoErr);
+        for (size_t k = 0; k < 3; ++k) EXPECT_NEAR(p[k], row.transformed[k], 1e-4) << row.rgb[0];
+        EXPECT_EQ(qeliICTInv_JPEG2K_32f_P3C3R(planes, 4, pixel, 12, {1, 1}), qelStsNoErr);
+        for (size_t k = 0; k < 3; ++k) EXPECT_NEAR(pixel[k], row.rgb[k], 1e-4 * 1000) << row.rgb[0];
+    }
+}
+
+template <class T> void orderOfFaults(const Transform<T>& transform)
+{
+    T samples[3] = {5, 6, 7}, pixel[3] = {1, 2, 3};
+    for (int missing = -1; missing < 3; ++missing) {
+        T* planes[3] = {samples, samples + 1, samples + 2};
+        if (missing >= 0) planes[missing] = nullptr;
+        QelStatus expected = missing >= 0 ? qelStsNullPtrErr : qelStsStepErr;
+        EXPECT_EQ(transform.forwardInPlace(planes, 0, {0, 0}), expected);
+        EXPECT_EQ(transform.inverseInPlace(planes, 0, {0, 0}), expected);
+        EXPECT_EQ(transform.toPlanes(pixel, 0, planes, 1, {0, 0}), expected);
+        EXPECT_EQ(transform.toPlanes(pixel, 1, planes, -1, {0, 0}), expected);
+        EXPECT_EQ(transform.toPixels(planes, 0, pixel, 1, {0, 0}), expected);
+        EXPECT_EQ(transform.toPixels(planes, 1, pixel, -1, {0, 0}), expected);
+        EXPECT_EQ(transform.toPlanes(nullptr, 0, planes, 0, {0, 0}), qelStsNullPtrErr);
+        EXPECT_EQ(transform.toPixels(planes, 0, nullptr, 0, {0, 0}), qelStsNullPtrErr);
+    }
+    EXPECT_EQ(transform.forwardInPlace(nullptr, 0, {0, 0}), qelStsNullPtrErr);
+    EXPECT_EQ(transform.inverseInPlace(nullptr, 0, {0, 0}), qelStsNullPtrErr);
+    EXPECT_EQ(transform.toPlanes(pixel, 0, nullptr, 0, {0, 0}), qelStsNullPtrErr);
+    EXPECT_EQ(transform.toPixels(nullptr, 0, pixel, 0, {0, 0}), qelStsNullPtrErr);
+    T* planes[3] = {samples, samples + 1, samples + 2};
+    for (QelSize empty : {QelSize{0, 1}, QelSize{1, 0}, QelSize{-1, 1}}) {
+        EXPECT_EQ(transform.forwardInPlace(planes, 1, empty), qelStsSizeErr);
+        EXPECT_EQ(transform.inverseInPlace(planes, 1, empty), qelStsSizeErr);
+        EXPECT_EQ(transform.toPlanes(pixel, 1, planes, 1, empty), qelStsSizeErr);
+        EXPECT_EQ(transform.toPixels(planes, 1, pixel, 1, empty), qelStsSizeErr);
+    }
+    EXPECT_TRUE(samples[0] == 5 && samples[1] == 6 && samples[2] == 7 && pixel[0] == 1 && pixel[2] == 3);
+}
+
+TEST(ReversibleTransform, OrderOfFaults) { orderOfFaults(kReversible); }
+TEST(IrreversibleTransform, OrderOfFaults) { orderOfFaults(kIrreversible); }
+
+}
