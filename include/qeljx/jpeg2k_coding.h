@@ -17,6 +17,7 @@ typedef enum {
     JPEG2K_TERMINATE_EVERY_PASS = 0x4,        /* every pass is a segment of its own (D.4.2) */
     JPEG2K_RESET_EVERY_PASS = 0x8,            /* contexts start anew with every pass (D.4.1) */
     JPEG2K_SEGMENTATION_SYMBOLS = 0x10,       /* four symbols follow each cleanup pass (D.5) */
+    JPEG2K_LOSSLESS = 0x20,                   /* encoding: the lowest plane makes coefficients exact, for distortions */
     JPEG2K_CONCEAL_ERRORS = 0x10000,          /* decoding of whole blocks: hide what an error may have spoilt */
     JPEG2K_KEEP_DESTINATION = 0x20000,        /* the coefficients are not set to 0 first */
     JPEG2K_KEEP_LOW_BITS = 0x40000,           /* decoding of whole blocks: planes that are not there are not cleared */
@@ -85,6 +86,71 @@ QEL_API QelStatus qeliDecodeCBProgrGetCurBitPlaneNum_JPEG2K(int* pBitPlane, QelD
 QEL_API QelStatus qeliDecodeCBProgrConcealError_JPEG2K(QelDecodeCBProgrState* pState);
 /* Clears the bits of all coefficients below the current plane. */
 QEL_API QelStatus qeliDecodeCBProgrClearLeastSfBits_JPEG2K(QelDecodeCBProgrState* pState);
+
+/* The encoder of code-blocks, in memory of its own. */
+typedef struct QelEncodeState QelEncodeState;
+
+/* Makes an encoder for code-blocks of up to this size, some 320 KB for 64x64. It may encode any number of them, one
+ * after the other. Returns qelStsNullPtrErr if ppState is null, qelStsSizeErr if a side is less than 1; *ppState is
+ * left alone then. Returns qelStsMemAllocErr with *ppState null if there is not so much memory, or it would be more
+ * than an int counts. */
+QEL_API QelStatus qeliEncodeInitAlloc_JPEG2K(QelEncodeState** ppState, int maxWidth, int maxHeight);
+/* Returns qelStsNullPtrErr if pState is null. */
+QEL_API QelStatus qeliEncodeFree_JPEG2K(QelEncodeState* pState);
+
+/* Encodes a code-block (T.800 D.1 to D.7), to be asked for by the functions below until the next one is loaded.
+ *
+ * pSrc has `height` rows of `width` coefficients, srcStep bytes apart, each as sign and magnitude: bit 31 is 1 for a
+ * negative one. bandType is 0 for LL, 1 for LH (low-pass horizontally), 2 for HL, 3 for HH. nBitPlanes says which
+ * planes of magnitude bits are coded: those from bit 30 down to bit 31 - nBitPlanes, but for those at the top that are
+ * 0 throughout. The bits below count for distortions. `reserved` is not read. style is a sum of
+ * JPEG2K_VERTICALLY_CAUSAL, JPEG2K_BYPASS, JPEG2K_TERMINATE_EVERY_PASS, JPEG2K_RESET_EVERY_PASS,
+ * JPEG2K_SEGMENTATION_SYMBOLS and JPEG2K_LOSSLESS; other bits do not matter.
+ *
+ * terminationMethod is how arithmetic coded segments end: 0 with the flush of T.800 C.2.9, 1 with the fewest bytes that
+ * decode to the same, 2 predictably (D.4.2). Raw segments always end predictably; if there is no bit left to fill,
+ * their last byte may be 0xFF, which a file must not have at the end of a segment (D.6) and a decoder supplies: leave
+ * it out.
+ *
+ * *pNumBitPlanes becomes the number of magnitude bits of the largest magnitude, which is what a decoder is to be told;
+ * *pNumPasses the number of coding passes, three for each plane that is coded but the first, which has one;
+ * *pNumSegments the number of codeword segments, 0 without a pass.
+ *
+ * Returns, in this order: qelStsNullPtrErr for a null pState, qelStsContextMatchErr for one that InitAlloc has not
+ * made, qelStsNullPtrErr for a null output, qelStsSizeErr if a side is less than 1, qelStsNullPtrErr for a null pSrc,
+ * qelStsStepErr if srcStep is less than 1, qelStsBadArgErr for another terminationMethod or an nBitPlanes above 31,
+ * qelStsSizeErr if a side is larger than InitAlloc was told. Then qelStsNoErr.
+ *
+ * Worked: a block of 1x1, whose only coefficient is 0x40000000, with nBitPlanes 1 has 31 bit planes and one pass. */
+QEL_API QelStatus qeliEncodeLoadCodeBlock_JPEG2K_32s_C1R(const int32_t* pSrc, int srcStep, int width, int height,
+                                                         QelEncodeState* pState, int bandType, int nBitPlanes,
+                                                         int terminationMethod, int reserved, int style,
+                                                         int* pNumBitPlanes, int* pNumPasses, int* pNumSegments);
+
+/* What has been encoded. Each returns qelStsNullPtrErr for a null pState, qelStsContextMatchErr for one that InitAlloc
+ * has not made, qelStsNullPtrErr for a null output, then qelStsJPEG2KBadPassNumber for an index outside 0 to the number
+ * of passes or segments less 1; the output is left alone then. */
+
+/* The number of bytes, from the first one of the block on, that decode to all of this and the earlier passes. It is the
+ * least but where a segment ends, never decreases, and never ends with 0xFF, which a decoder supplies. */
+QEL_API QelStatus qeliEncodeGetRate_JPEG2K(const QelEncodeState* pState, int passIndex, uint32_t* pRate);
+/* By how much the pass reduces the block's squared error (J.14.4): *pMantissa * 2^*pExponent, in units of the square of
+ * the step of plane 31 - nBitPlanes. It may be negative. */
+QEL_API QelStatus qeliEncodeGetDistReduction_JPEG2K(const QelEncodeState* pState, int passIndex, int* pMantissa,
+                                                    int* pExponent);
+/* The same for all passes up to this one. */
+QEL_API QelStatus qeliEncodeGetDist_JPEG2K(const QelEncodeState* pState, int passIndex, double* pDist);
+/* The bytes of a segment. With JPEG2K_TERMINATE_EVERY_PASS each pass is one; else with JPEG2K_BYPASS a segment begins
+ * wherever raw passes begin or end; else there is one. */
+QEL_API QelStatus qeliEncodeGetTermPassLen_JPEG2K(const QelEncodeState* pState, int segmentIndex, uint32_t* pLength);
+
+/* Stores the next bytes of the block, segment behind segment, in as many calls as wanted. *pDstLen is the room at pDst,
+ * and becomes the number of bytes that are stored there; *pIsNotLast becomes 1 if there are more, else 0. Without a
+ * pass, or when all is stored, that is 0 bytes.
+ *
+ * Returns qelStsNullPtrErr for a null pState, qelStsContextMatchErr for one that InitAlloc has not made,
+ * qelStsNullPtrErr for another null pointer, qelStsSizeErr if *pDstLen is less than 1, else qelStsNoErr. */
+QEL_API QelStatus qeliEncodeStoreBits_JPEG2K_1u(uint8_t* pDst, int* pDstLen, QelEncodeState* pState, int* pIsNotLast);
 
 #ifdef __cplusplus
 }

@@ -1,7 +1,9 @@
 #include "jpeg2k/mq_tables.h"
 
+#include "jpeg2k/mq_states.h"
+
 // clang-format off
-const uint32_t owniEstimator_JPEG2K[47][4] = {
+constexpr uint32_t owniEstimator_JPEG2K[47][4] = {
     {0x5601, 1, 1, 1}, {0x3401, 2, 6, 0}, {0x1801, 3, 9, 0}, {0x0AC1, 4, 12, 0}, {0x0521, 5, 29, 0},
     {0x0221, 38, 33, 0}, {0x5601, 7, 6, 1}, {0x5401, 8, 14, 0}, {0x4801, 9, 14, 0}, {0x3801, 10, 14, 0},
     {0x3001, 11, 17, 0}, {0x2401, 12, 18, 0}, {0x1C01, 13, 20, 0}, {0x1601, 29, 21, 0}, {0x5601, 15, 14, 1},
@@ -17,3 +19,25 @@ const uint32_t owniEstimator_JPEG2K[47][4] = {
 
 const int32_t owniInitialCtxIndexes_JPEG2K[qel::kContexts] = {46, 3, 4};
 const int32_t owniInitialMPS_JPEG2K[qel::kContexts] = {};
+
+namespace qel {
+
+namespace {
+
+constexpr MqStates makeMqStates()
+{
+    MqStates states = {};
+    for (int i = 0; i < 2 * 47; ++i) {
+        const uint32_t(&row)[4] = owniEstimator_JPEG2K[i / 2];
+        uint64_t mps = i & 1, qe = row[0], shift = uint64_t(__builtin_clz(row[0]) - 16);
+        uint64_t next = 2 * row[1] + mps, nextLps = 2 * row[2] + (mps ^ row[3]);
+        states.of[i] = nextLps << 48 | next << 32 | qe << 16 | shift << 8 | mps;
+    }
+    return states;
+}
+
+}
+
+constexpr MqStates kMqStates = makeMqStates();
+
+}

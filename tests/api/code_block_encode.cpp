@@ -1,0 +1,378 @@
+// Code-block encoding: what is stored decodes to what was loaded, whole and cut behind any pass; distortions are those
+// of the decoder's results; storage in pieces; order of faults.
+#include "qeljx.h"
+
+#include <gtest/gtest.h>
+
+#include <math.h>
+#include <string.h>
+
+#include <algorithm>
+#include <memory>
+#include <vector>
+
+#include "random.h"
+
+namespace {
+
+using qel::test::Random;
+using Bytes = std::vector<uint8_t>;
+using Block = std::vector<int32_t>;
+
+constexpr int kEncoderStyles = 0x3F, kMethods = 3, kPredictable = 2;
+
+struct Freed {
+    void operator()(QelEncodeState* state) const { EXPECT_EQ(qeliEncodeFree_JPEG2K(state), qelStsNoErr); }
+};
+using Encoder = std::unique_ptr<QelEncodeState, Freed>;
+
+Encoder makeEncoder(int width, int height)
+{
+    QelEncodeState* state = nullptr;
+    EXPECT_EQ(qeliEncodeInitAlloc_JPEG2K(&state, width, height), qelStsNoErr);
+    return Encoder(state);
+}
+
+// How a block is coded, and what came of it.
+struct Coded {
+    QelSize size;
+    int band, style, method, nBitPlanes;
+    int planes, passes, segments;
+    Bytes bytes;
+    std::vector<uint32_t> rates, lengths;
+
+    int low() const { return 31 - nBitPlanes; }
+    bool isLossless() const { return style & JPEG2K_LOSSLESS; }
+    int planeOf(int pass) const { return planes - 1 - (pass + 2) / 3; }
+};
+
+Bytes store(QelEncodeState* state, int piece)
+{
+    Bytes all;
+    for (int more = 1; more;) {
+        Bytes part(size_t(piece) + 1, 0xEE);
+        int count = piece;
+        EXPECT_EQ(qeliEncodeStoreBits_JPEG2K_1u(part.data(), &count, state, &more), qelStsNoErr);
+        EXPECT_TRUE(count == piece || !more);
+        EXPECT_EQ(part[count], 0xEE);
+        all.insert(all.end(), part.begin(), part.begin() + count);
+    }
+    return all;
+}
+
+QelStatus load(QelEncodeState* state, const Block& block, Coded& c)
+{
+    return qeliEncodeLoadCodeBlock_JPEG2K_32s_C1R(block.data(), 4 * c.size.width, c.size.width, c.size.height, state,
+                                                  c.band, c.nBitPlanes, c.method, -1, c.style, &c.planes, &c.passes,
+                                                  &c.segments);
+}
+
+Coded encode(QelEncodeState* state, const Block& block, QelSize size, int band, int style, int method, int nBitPlanes,
+             int piece = 1 << 20)
+{
+    Coded c = {size, band, style, method, nBitPlanes, -1, -1, -1, {}, {}, {}};
+    EXPECT_EQ(load(state, block, c), qelStsNoErr);
+    c.bytes = store(state, piece);
+    c.rates.resize(size_t(c.passes));
+    for (int i = 0; i < c.passes; ++i) EXPECT_EQ(qeliEncodeGetRate_JPEG2K(state, i, &c.rates[i]), qelStsNoErr);
+    c.lengths.resize(size_t(c.segments));
+    for (int i = 0; i < c.segments; ++i)
+        EXPECT_EQ(qeliEncodeGetTermPassLen_JPEG2K(state, i, &c.lengths[i]), qelStsNoErr);
+    return c;
+}
+
+// The coefficients after so many passes, from the first `length` bytes.
+Block decode(const Coded& c, int passes, uint32_t length, int decoderStyle = JPEG2K_KEEP_LOW_BITS)
+{
+    int size = 0;
+    EXPECT_EQ(qeliDecodeGetBufSize_JPEG2K(c.size, &size), qelStsNoErr);
+    std::vector<uint8_t> memory(size_t(size), 0xEE);
+    std::vector<uint32_t> lengths = c.lengths;
+    for (uint32_t& segment : lengths) {
+        segment = std::min(segment, length);
+        length -= segment;
+    }
+    Bytes bytes = c.bytes;
+    // Neither pointer may be null.
+    lengths.push_back(0);
+    bytes.push_back(0);
+    Block block(size_t(c.size.width) * c.size.height);
+    int error = -1, style = (c.style & ~JPEG2K_LOSSLESS) | decoderStyle;
+    EXPECT_EQ(qeliDecodeCodeBlock_JPEG2K_1u32s_C1R(bytes.data(), block.data(), 4 * c.size.width, c.size, c.band,
+                                                   c.planes, passes, lengths.data(), c.segments, style, &error,
+                                                   (QelDecodeCBProgrState*)memory.data()),
+              qelStsNoErr)
+        << "plane " << error;
+    return block;
+}
+
+// Signs and magnitudes of wavelet coefficients: many small ones, few large. `bits` of them lie from bit `low` up, and
+// bits below are set as well if `isFine`.
+Block randomBlock(Random& random, QelSize size, int bits, int low, bool isFine)
+{
+    Block block(size_t(size.width) * size.height);
+    for (int32_t& value : block) {
+        int zeros = random.between(0, 2 * bits);
+        uint32_t magnitude = zeros >= bits ? 0 : uint32_t(random.between(0, (1 << (bits - zeros)) - 1));
+        uint32_t fine = isFine ? uint32_t(random.between(0, (1 << low) - 1)) : 0;
+        value = int32_t(uint32_t(random.between(0, 1)) << 31 | magnitude << low | fine);
+    }
+    return block;
+}
+
+// What a decoder of all planes down to `low` knows of a block.
+Block knownFrom(Block block, int low)
+{
+    for (int32_t& value : block) {
+        uint32_t kept = uint32_t(value) >> low << low;
+        value = int32_t(kept & 0x7FFFFFFF ? kept : 0);
+    }
+    return block;
+}
+
+constexpr QelSize kSizes[] = {{1, 1},   {1, 7},   {5, 3},   {3, 4},   {16, 4},  {17, 5},   {15, 9},
+                              {33, 13}, {64, 64}, {32, 32}, {4, 150}, {150, 4}, {1024, 4}, {64, 3}};
+
+TEST(CodeBlockEncode, DecodesToWhatWasLoaded)
+{
+    Random random(1);
+    for (QelSize size : kSizes) {
+        Encoder encoder = makeEncoder(size.width, size.height);
+        bool isLarge = size.width * size.height > 1000;
+        for (int style = 0; style <= kEncoderStyles; style += isLarge ? 5 : 1) {
+            int method = random.between(0, kMethods - 1), band = random.between(0, 3);
+            int bits = random.between(1, 12), low = random.between(0, 31 - bits);
+            Block block = randomBlock(random, size, bits, low, style & 1);
+            Coded c = encode(encoder.get(), block, size, band, style, method, 31 - low);
+            int check = method == kPredictable ? JPEG2K_PREDICTABLE_TERMINATION : 0;
+            Block decoded = decode(c, c.passes, uint32_t(c.bytes.size()), JPEG2K_KEEP_LOW_BITS | check);
+            ASSERT_EQ(knownFrom(decoded, low), knownFrom(block, low))
+                << size.width << 'x' << size.height << " style " << style << " method " << method << " band " << band;
+        }
+    }
+}
+
+// Behind each pass at its rate.
+TEST(CodeBlockEncode, MayBeCutBehindAnyPass)
+{
+    Random random(2);
+    for (QelSize size : {QelSize{64, 64}, QelSize{13, 11}, QelSize{4, 4}, QelSize{40, 30}}) {
+        Encoder encoder = makeEncoder(64, 64);
+        for (int style = 0; style <= kEncoderStyles; ++style) {
+            int method = random.between(0, kMethods - 1), bits = random.between(4, 10), low = random.between(0, 20);
+            Block block = randomBlock(random, size, bits, low, false);
+            Coded c = encode(encoder.get(), block, size, random.between(0, 3), style, method, 31 - low);
+            uint32_t previous = 0;
+            for (int pass = 0; pass < c.passes; ++pass) {
+                uint32_t rate = c.rates[pass];
+                ASSERT_GE(rate, previous);
+                ASSERT_LE(rate, c.bytes.size());
+                ASSERT_TRUE(rate == 0 || c.bytes[rate - 1] != 0xFF);
+                previous = rate;
+                ASSERT_EQ(decode(c, pass + 1, rate), decode(c, pass + 1, uint32_t(c.bytes.size())))
+                    << "pass " << pass << " of " << c.passes << " style " << style << " method " << method;
+            }
+        }
+    }
+}
+
+// Where only arithmetic coding is used, a byte less would not do.
+TEST(CodeBlockEncode, RatesAreTheLeast)
+{
+    Random random(3);
+    Encoder encoder = makeEncoder(32, 32);
+    Block block = randomBlock(random, {32, 32}, 9, 5, false);
+    for (int method = 0; method < kMethods; ++method) {
+        Coded c = encode(encoder.get(), block, {32, 32}, 0, 0, method, 26);
+        for (int pass = 0; pass + 1 < c.passes; ++pass)
+            ASSERT_NE(decode(c, pass + 1, c.rates[pass] - 1), decode(c, pass + 1, uint32_t(c.bytes.size()))) << pass;
+    }
+}
+
+double magnitudeOf(int32_t value) { return double(value & 0x7FFFFFFF); }
+
+// The sum over the samples that a pass has changed of their squared errors before and after, in units of the square of
+// the step of the lowest plane. Magnitudes count down to six bits below the pass's plane.
+double reductionOf(const Coded& c, const Block& block, const Block& before, const Block& after, int plane)
+{
+    bool isExact = c.isLossless() && plane == c.low();
+    double sum = 0, step = double(1u << c.low());
+    for (size_t i = 0; i < block.size(); ++i) {
+        if (before[i] == after[i]) continue;
+        double magnitude = magnitudeOf(plane < 6 ? block[i] : block[i] >> (plane - 6) << (plane - 6));
+        double errorBefore = magnitude - magnitudeOf(before[i]);
+        double errorAfter = isExact ? 0 : magnitude - magnitudeOf(after[i]);
+        sum += (errorBefore * errorBefore - errorAfter * errorAfter) / (step * step);
+    }
+    return sum;
+}
+
+TEST(CodeBlockEncode, DistortionsAreThoseOfTheDecoder)
+{
+    Random random(4);
+    Encoder encoder = makeEncoder(64, 64);
+    for (int style : {0, int(JPEG2K_LOSSLESS), int(JPEG2K_LOSSLESS | JPEG2K_BYPASS | JPEG2K_VERTICALLY_CAUSAL)})
+        for (int low : {1, 3, 9, 17}) {
+            int bits = random.between(3, 12);
+            Block block = randomBlock(random, {50, 41}, bits, low, true);
+            Coded c = encode(encoder.get(), block, {50, 41}, 1, style, 0, 31 - low);
+            Block before(block.size());
+            double total = 0;
+            for (int pass = 0; pass < c.passes; ++pass) {
+                Block after = decode(c, pass + 1, uint32_t(c.bytes.size()));
+                double expected = reductionOf(c, block, before, after, c.planeOf(pass));
+                int mantissa = 0, exponent = 0;
+                double distortion = -1;
+                ASSERT_EQ(qeliEncodeGetDistReduction_JPEG2K(encoder.get(), pass, &mantissa, &exponent), qelStsNoErr);
+                ASSERT_EQ(qeliEncodeGetDist_JPEG2K(encoder.get(), pass, &distortion), qelStsNoErr);
+                ASSERT_EQ(exponent, 2 * (c.planeOf(pass) - low) - 13);
+                ASSERT_DOUBLE_EQ(mantissa * exp2(exponent), expected) << "pass " << pass << " low " << low;
+                total += expected;
+                ASSERT_NEAR(distortion, total, 1e-9 * total);
+                before = after;
+            }
+        }
+}
+
+TEST(CodeBlockEncode, StoresInPieces)
+{
+    Random random(5);
+    Encoder encoder = makeEncoder(20, 20);
+    Block block = randomBlock(random, {20, 20}, 8, 2, false);
+    for (int style : {0, int(JPEG2K_TERMINATE_EVERY_PASS | JPEG2K_BYPASS)}) {
+        Coded whole = encode(encoder.get(), block, {20, 20}, 2, style, 0, 29);
+        for (int piece : {1, 2, 3, 100, int(whole.bytes.size()), int(whole.bytes.size()) - 1})
+            ASSERT_EQ(encode(encoder.get(), block, {20, 20}, 2, style, 0, 29, piece).bytes, whole.bytes) << piece;
+        uint8_t byte = 7;
+        int count = 1, more = 1;
+        EXPECT_EQ(qeliEncodeStoreBits_JPEG2K_1u(&byte, &count, encoder.get(), &more), qelStsNoErr);
+        EXPECT_EQ(count, 0);
+        EXPECT_EQ(more, 0);
+        EXPECT_EQ(byte, 7);
+    }
+}
+
+TEST(CodeBlockEncode, CountsPlanesPassesAndSegments)
+{
+    Encoder encoder = makeEncoder(4, 4);
+    const struct {
+        uint32_t value;
+        int nBitPlanes, style, planes, passes, segments;
+    } table[] = {
+        {0, 31, 0, 0, 0, 0},
+        {0x80000000, 31, 0, 0, 0, 0},
+        {1, 31, 0, 1, 1, 1},
+        {1, 30, 0, 1, 0, 0},
+        {0xC0000000, 1, 0, 31, 1, 1},
+        {0x40000000, 31, 0, 31, 91, 1},
+        {0x40000000, 31, JPEG2K_TERMINATE_EVERY_PASS, 31, 91, 91},
+        {0x40000000, 0, JPEG2K_TERMINATE_EVERY_PASS, 31, 0, 0},
+        {0x40000000, -5, 0, 31, 0, 0},
+        {1 << 10, 24, JPEG2K_BYPASS, 11, 10, 1},
+        {1 << 11, 24, JPEG2K_BYPASS, 12, 13, 3},
+        {1 << 12, 24, JPEG2K_BYPASS, 13, 16, 5},
+        {1 << 12, 24, JPEG2K_BYPASS | JPEG2K_TERMINATE_EVERY_PASS, 13, 16, 16},
+    };
+    for (auto& row : table) {
+        Block block(16);
+        block[5] = int32_t(row.value);
+        Coded c = encode(encoder.get(), block, {4, 4}, 0, row.style, 0, row.nBitPlanes);
+        EXPECT_EQ(c.planes, row.planes) << row.value;
+        EXPECT_EQ(c.passes, row.passes) << row.value << ' ' << row.nBitPlanes;
+        EXPECT_EQ(c.segments, row.segments) << row.value << ' ' << row.nBitPlanes;
+        uint32_t sum = 0;
+        for (uint32_t length : c.lengths) sum += length;
+        EXPECT_EQ(sum, c.bytes.size());
+        uint32_t rate = 9;
+        EXPECT_EQ(qeliEncodeGetRate_JPEG2K(encoder.get(), c.passes, &rate), qelStsJPEG2KBadPassNumber);
+        EXPECT_EQ(qeliEncodeGetTermPassLen_JPEG2K(encoder.get(), c.segments, &rate), qelStsJPEG2KBadPassNumber);
+        EXPECT_EQ(rate, 9u);
+    }
+}
+
+// Random sizes that differ from the encoder's, at odd addresses and steps; the largest sums of distortion.
+TEST(CodeBlockEncode, TakesRegionsAtAnyAddress)
+{
+    Random random(6);
+    constexpr int kWidth = 300, kHeight = 300, kStep = 4 * kWidth + 3;
+    Encoder encoder = makeEncoder(kWidth, kHeight);
+    Block block(size_t(kWidth) * kHeight, 0x7FFFFFFF);
+    Bytes rows(size_t(kStep) * kHeight + 1);
+    for (int r = 0; r < kHeight; ++r) memcpy(&rows[1 + size_t(r) * kStep], &block[size_t(r) * kWidth], 4 * kWidth);
+    Coded c = encode(encoder.get(), block, {kWidth, kHeight}, 3, 0, 0, 31);
+    Coded inRows = c;
+    ASSERT_EQ(qeliEncodeLoadCodeBlock_JPEG2K_32s_C1R((const int32_t*)&rows[1], kStep, kWidth, kHeight, encoder.get(), 3,
+                                                     31, 0, 0, 0, &inRows.planes, &inRows.passes, &inRows.segments),
+              qelStsNoErr);
+    EXPECT_EQ(store(encoder.get(), 1 << 20), c.bytes);
+    int mantissa = 0, exponent = 0;
+    ASSERT_EQ(qeliEncodeGetDistReduction_JPEG2K(encoder.get(), 0, &mantissa, &exponent), qelStsNoErr);
+    EXPECT_DOUBLE_EQ(mantissa * exp2(exponent - 60), double(kWidth) * kHeight * 30336 / 8192);
+}
+
+TEST(CodeBlockEncode, OrderOfFaults)
+{
+    Encoder encoder = makeEncoder(4, 4);
+    QelEncodeState* state = encoder.get();
+    Bytes other(4096, 0);
+    auto* untagged = (QelEncodeState*)other.data();
+    int32_t block[16] = {};
+    int planes = 7, passes = 7, segments = 7, more = 7, count = 0, mantissa = 7, exponent = 7;
+    uint32_t rate = 7;
+    double distortion = 7;
+    uint8_t byte = 7;
+
+    auto loadWith = [&](const int32_t* src, int step, QelSize size, QelEncodeState* s, int* a, int* b, int* c,
+                        int method = 0, int nBitPlanes = 31) {
+        return qeliEncodeLoadCodeBlock_JPEG2K_32s_C1R(src, step, size.width, size.height, s, 0, nBitPlanes, method, 0,
+                                                      0, a, b, c);
+    };
+    EXPECT_EQ(loadWith(nullptr, 0, {0, 0}, nullptr, nullptr, nullptr, nullptr), qelStsNullPtrErr);
+    EXPECT_EQ(loadWith(nullptr, 0, {0, 0}, untagged, nullptr, nullptr, nullptr), qelStsContextMatchErr);
+    EXPECT_EQ(loadWith(block, 0, {0, 0}, state, nullptr, &passes, &segments), qelStsNullPtrErr);
+    EXPECT_EQ(loadWith(block, 0, {0, 0}, state, &planes, nullptr, &segments), qelStsNullPtrErr);
+    EXPECT_EQ(loadWith(block, 0, {0, 0}, state, &planes, &passes, nullptr), qelStsNullPtrErr);
+    EXPECT_EQ(loadWith(nullptr, 0, {0, 4}, state, &planes, &passes, &segments), qelStsSizeErr);
+    EXPECT_EQ(loadWith(nullptr, 0, {4, 0}, state, &planes, &passes, &segments), qelStsSizeErr);
+    EXPECT_EQ(loadWith(nullptr, 0, {4, 4}, state, &planes, &passes, &segments), qelStsNullPtrErr);
+    EXPECT_EQ(loadWith(block, 0, {4, 4}, state, &planes, &passes, &segments), qelStsStepErr);
+    EXPECT_EQ(loadWith(block, 16, {4, 4}, state, &planes, &passes, &segments, 3), qelStsBadArgErr);
+    EXPECT_EQ(loadWith(block, 16, {4, 4}, state, &planes, &passes, &segments, 0, 32), qelStsBadArgErr);
+    EXPECT_EQ(loadWith(block, 16, {5, 3}, state, &planes, &passes, &segments), qelStsSizeErr);
+    EXPECT_EQ(loadWith(block, 16, {3, 5}, state, &planes, &passes, &segments), qelStsSizeErr);
+    EXPECT_TRUE(planes == 7 && passes == 7 && segments == 7);
+
+    // Never loaded: no passes, nothing to store.
+    EXPECT_EQ(qeliEncodeGetRate_JPEG2K(state, 0, &rate), qelStsJPEG2KBadPassNumber);
+    EXPECT_EQ(qeliEncodeGetRate_JPEG2K(state, -1, &rate), qelStsJPEG2KBadPassNumber);
+    EXPECT_EQ(qeliEncodeGetRate_JPEG2K(state, -1, nullptr), qelStsNullPtrErr);
+    EXPECT_EQ(qeliEncodeGetRate_JPEG2K(untagged, 0, nullptr), qelStsContextMatchErr);
+    EXPECT_EQ(qeliEncodeGetDistReduction_JPEG2K(state, 0, &mantissa, &exponent), qelStsJPEG2KBadPassNumber);
+    EXPECT_EQ(qeliEncodeGetDistReduction_JPEG2K(state, 0, &mantissa, nullptr), qelStsNullPtrErr);
+    EXPECT_EQ(qeliEncodeGetDist_JPEG2K(state, 0, &distortion), qelStsJPEG2KBadPassNumber);
+    EXPECT_EQ(qeliEncodeGetDist_JPEG2K(nullptr, 0, &distortion), qelStsNullPtrErr);
+    EXPECT_EQ(qeliEncodeGetTermPassLen_JPEG2K(state, 0, &rate), qelStsJPEG2KBadPassNumber);
+    EXPECT_EQ(qeliEncodeStoreBits_JPEG2K_1u(&byte, &count, state, nullptr), qelStsNullPtrErr);
+    EXPECT_EQ(qeliEncodeStoreBits_JPEG2K_1u(&byte, &count, state, &more), qelStsSizeErr);
+    EXPECT_TRUE(rate == 7 && mantissa == 7 && exponent == 7 && distortion == 7 && more == 7);
+    count = 1;
+    EXPECT_EQ(qeliEncodeStoreBits_JPEG2K_1u(&byte, &count, state, &more), qelStsNoErr);
+    EXPECT_TRUE(byte == 7 && count == 0 && more == 0);
+}
+
+TEST(CodeBlockEncode, Memory)
+{
+    QelEncodeState* state = (QelEncodeState*)1;
+    EXPECT_EQ(qeliEncodeInitAlloc_JPEG2K(nullptr, 0, 0), qelStsNullPtrErr);
+    EXPECT_EQ(qeliEncodeInitAlloc_JPEG2K(&state, 0, 4), qelStsSizeErr);
+    EXPECT_EQ(qeliEncodeInitAlloc_JPEG2K(&state, 4, 0), qelStsSizeErr);
+    EXPECT_EQ(state, (QelEncodeState*)1);
+    for (QelSize size : {QelSize{INT32_MAX, INT32_MAX}, QelSize{INT32_MAX, 1}, QelSize{1, INT32_MAX}}) {
+        state = (QelEncodeState*)1;
+        EXPECT_EQ(qeliEncodeInitAlloc_JPEG2K(&state, size.width, size.height), qelStsMemAllocErr);
+        EXPECT_EQ(state, nullptr);
+    }
+    EXPECT_EQ(qeliEncodeFree_JPEG2K(nullptr), qelStsNullPtrErr);
+}
+
+}
