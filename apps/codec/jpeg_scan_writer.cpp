@@ -82,10 +82,19 @@ void ScanEncoder::startRow()
 
 void ScanEncoder::differences(const std::vector<const int16_t*>& rows, int width)
 {
+    struct Source {
+        const int16_t* row;
+        const QelEncodeHuffmanSpec* table;
+    };
+    std::vector<Source> sources;
+    for (size_t i = 0; i < rows.size(); ++i) sources.push_back({rows[i], slots_[i].dc});
+    // What changes from call to call is better kept here.
+    uint8_t* out = row_.get();
+    int position = position_, room = room_;
     for (int x = 0; x < width; ++x)
-        for (size_t i = 0; i < rows.size(); ++i)
-            check(qeliEncodeHuffmanOne_JPEG_16s1u_C1(rows[i][x], row_.get(), room_, &position_, slots_[i].dc,
-                                                     state_.get(), 0));
+        for (const Source& s : sources)
+            check(qeliEncodeHuffmanOne_JPEG_16s1u_C1(s.row[x], out, room, &position, s.table, state_.get(), 0));
+    position_ = position;
 }
 
 void ScanEncoder::restart()

@@ -35,8 +35,8 @@ QelStatus encodeAc(const HuffmanWriter& out, const int16_t* block, const QelEnco
     return run == 0 ? qelStsNoErr : out.writeSymbol(ac, kEndOfBlock);
 }
 
-// What is left of the One function: the end of the buffer, and of the scan. Failures are not reported. A difference of
-// 32768 in magnitude has no bits behind its category.
+// What writeShort leaves, and the end of the scan. Failures are not reported. A difference of 32768 in magnitude has no
+// bits behind its category.
 __attribute__((noinline)) QelStatus finishOne(int16_t value, uint8_t* dst, int dstLen, int* pos,
                                               const QelEncodeHuffmanSpec* spec, QelEncodeHuffmanState* state, int flush)
 {
@@ -110,10 +110,8 @@ QelStatus qeliEncodeHuffmanOne_JPEG_16s1u_C1(int16_t src, uint8_t* pDst, int dst
     if (QelStatus bad = first(pointers(pDst), length(dstLenBytes), pointers(pDstCurrPos, pState))) return bad;
     if (!flush) {
         if (QelStatus bad = pointers(pDcTable)) return bad;
-        if (*pDstCurrPos >= 0 && dstLenBytes - *pDstCurrPos >= HuffmanEncodeKernels::kRoomForValue) {
-            kernels<HuffmanEncodeKernels>().encodeValue(src, pDst, pDstCurrPos, pDcTable, pState);
-            return qelStsNoErr;
-        }
+        HuffmanWriter out = {pDst, dstLenBytes, pDstCurrPos, pState};
+        if (out.writeShort(pDcTable, src)) return qelStsNoErr;
     }
     return finishOne(src, pDst, dstLenBytes, pDstCurrPos, pDcTable, pState, flush);
 }
@@ -151,5 +149,5 @@ void ownqj_EncodeHuffman8x8_Direct_JPEG_16s1u_C1(const int16_t* src, uint8_t* ds
 void ownqj_EecodeHuffmanOne_JPEG_16s1u_C1(int16_t src, uint8_t* dst, int* pos, const QelEncodeHuffmanSpec* spec,
                                           QelEncodeHuffmanState* state)
 {
-    kernels<HuffmanEncodeKernels>().encodeValue(src, dst, pos, spec, state);
+    finishOne(src, dst, *pos + 9, pos, spec, state, 0);
 }

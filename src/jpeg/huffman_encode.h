@@ -23,12 +23,6 @@ struct HuffmanEncodeKernels {
     // Counts the symbols that encodeBlock would write.
     void (*countBlock)(const int16_t* src, uint32_t* dcStatistics, uint32_t* acStatistics, int16_t* lastDc);
 
-    // The code of a value's category, and its bits unless that is 16; needs kRoomForValue bytes. Nothing is written if
-    // there is no such code.
-    void (*encodeValue)(int value, uint8_t* dst, int* pos, const QelEncodeHuffmanSpec* spec,
-                        QelEncodeHuffmanState* state);
-
-    static constexpr int kRoomForValue = 9;
     static constexpr int kRoomForBlock = 24;
     // 64 codes and values of 32 bits behind 7 pending ones, each byte stuffed, and a step of 16 bytes behind them.
     static constexpr int kRoomForAnyBlock = 2 * ((7 + 64 * 32) / 8) + 16;

@@ -67,24 +67,10 @@ void countBlock(const int16_t* src, uint32_t* dcStatistics, uint32_t* acStatisti
     walkBlock(src, coefficients, counter);
 }
 
-void encodeValue(int value, uint8_t* dst, int* pos, const QelEncodeHuffmanSpec* spec, QelEncodeHuffmanState* state)
-{
-    Magnitude magnitude = magnitudeOf(value);
-    uint64_t entry = spec->entries[magnitude.category], count = magnitude.category & 15;
-    if (entry == 0) return;
-    uint64_t code = (entry & 0xFFFF) << count | (magnitude.bits & ((1u << count) - 1));
-    Output out = Output::of(*state, dst, 0, *pos);
-    out.putFew(code, (entry >> 16) + count);
-    out.finishFew();
-    out.storeTo(*state);
-    *pos = int(out.next - dst);
-}
-
 }
 }
 
-const HuffmanEncodeKernels HuffmanEncodeKernels::QEL_BUILD = {qel::QEL_BUILD::encodeBlock,
-                                                              qel::QEL_BUILD::encodeBlockDirect,
-                                                              qel::QEL_BUILD::countBlock, qel::QEL_BUILD::encodeValue};
+const HuffmanEncodeKernels HuffmanEncodeKernels::QEL_BUILD = {
+    qel::QEL_BUILD::encodeBlock, qel::QEL_BUILD::encodeBlockDirect, qel::QEL_BUILD::countBlock};
 
 }

@@ -52,13 +52,6 @@ struct Output {
         }
     }
 
-    // Appends bits that fit, as any 32 do behind those of a state.
-    QEL_INLINE void putFew(uint64_t value, uint64_t length)
-    {
-        free -= int64_t(length);
-        bits |= value << free;
-    }
-
     // Appends `length` bits, 1 to 32; none of `value` lies above them. False near the end of the buffer.
     QEL_INLINE bool put(uint64_t value, uint64_t length)
     {
@@ -78,20 +71,6 @@ struct Output {
     QEL_INLINE void finish()
     {
         for (; free <= 56; free += 8, bits <<= 8) putByte(uint8_t(bits >> 56));
-    }
-
-    // The same where there most often is one such byte or none, which a branch would not foresee: hence the masks.
-    QEL_INLINE void finishFew()
-    {
-        uint8_t nowhere, byte = uint8_t(bits >> 56);
-        uint64_t used = uint64_t(64 - free) & 56;
-        auto mask = uintptr_t(0) - uintptr_t(used >> 3 & 1);
-        *(uint8_t*)(((uintptr_t)next & mask) | ((uintptr_t)&nowhere & ~mask)) = byte;
-        if (__builtin_expect(used > 8 || byte == 0xFF, 0)) return finish();
-        next += used >> 3;
-        free += int64_t(used);
-        bits <<= used;
-        last = uint8_t((byte & mask) | (last & ~mask));
     }
 
     // The same at once, where there is room for a step. Bytes behind the last one are written as they are.

@@ -7,11 +7,11 @@
 
 namespace qel {
 
-// As ownqj_get_csize has it.
+// Of a value of at most 16 bits and a sign, as ownqj_get_csize has it.
 inline int categoryOf(int value)
 {
     auto magnitude = (uint32_t)(value < 0 ? -value : value);
-    return magnitude == 0 ? 0 : 32 - __builtin_clz(magnitude);
+    return (int)(magnitude < 256 ? own_qj_csize[magnitude] : own_qj_csize[magnitude >> 8] + 8);
 }
 
 inline int16_t coefficientAt(const int16_t* block, int index)
@@ -41,6 +41,32 @@ struct HuffmanWriter {
     QelStatus writeValue(int value, int category) const
     {
         return category == 0 ? qelStsNoErr : write((uint32_t)(value < 0 ? value - 1 : value), category);
+    }
+    // A code and the bits behind it at once, where they end at most two bytes, neither of them 0xFF. False leaves all
+    // to the steps above.
+    bool writeShort(const QelEncodeHuffmanSpec* spec, int value) const
+    {
+        auto sign = (uint32_t)(value >> 31), magnitude = ((uint32_t)value ^ sign) - sign;
+        bool isSmall = __builtin_expect(magnitude < 256, 1);
+        uint32_t category = isSmall ? own_qj_csize[magnitude] : own_qj_csize[magnitude >> 8] + 8;
+        uint32_t entry = spec->entries[category], count = (uint32_t)state->count + (entry >> 16) + category;
+        if (entry == 0 || count >= 24 || (!isSmall && category > 15) || (unsigned)*pos >= (unsigned)dstLen - 1)
+            return false;
+        // Above the bits of a negative value stand ones, which take 1 from the code.
+        uint32_t code = (((entry & 0xFFFF) - sign) << category) + (uint32_t)value + sign;
+        uint32_t bits = state->accumulator[0] | code << (24 - count), kept = 0xFFFFu >> (count & 24);
+        auto first = (uint8_t)(bits >> 16), second = (uint8_t)(bits >> 8);
+        if (first == 0xFF || second == 0xFF) return false;
+        // How many bytes end is not to be foreseen, hence no branch. Each is read by itself, as it was written, so that
+        // no read waits for a write that it is only part of.
+        auto next = (volatile uint8_t*)dst + *pos;
+        next[0] = (uint8_t)(first ^ ((first ^ next[0]) & kept >> 8));
+        next[1] = (uint8_t)(second ^ ((second ^ next[1]) & kept));
+        *pos += (int)(count >> 3);
+        state->accumulator[0] = bits << (count & 24);
+        state->accumulator[1] = 0;
+        state->count = (int32_t)(count & 7);
+        return true;
     }
     // Fills the last byte with ones and begins anew, also where there is no room for that byte.
     QelStatus flush() const

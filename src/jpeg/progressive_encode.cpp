@@ -4,7 +4,6 @@
 
 #include "core/checks.h"
 #include "core/dispatch.h"
-#include "jpeg/huffman_encode.h"
 #include "jpeg/huffman_writer.h"
 #include "jpeg/zigzag.h"
 
@@ -181,10 +180,7 @@ QelStatus qeliEncodeHuffman8x8_DCFirst_JPEG_16s1u_C1(const int16_t* pSrc, uint8_
     int difference = takeDcDifference(pSrc, al, pLastDC), category = categoryOf(difference);
     if (category > kLargestDcCategory) return qelStsJPEGHuffTableErr;
     if (pDcTable->entries[category] == 0) return qelStsJPEGHuffSpecErr;
-    if (out.room() >= HuffmanEncodeKernels::kRoomForValue) {
-        kernels<HuffmanEncodeKernels>().encodeValue(difference, pDst, pDstCurrPos, pDcTable, pState);
-        return qelStsNoErr;
-    }
+    if (out.writeShort(pDcTable, difference)) return qelStsNoErr;
     if (QelStatus bad = out.writeSymbol(pDcTable, category)) return bad;
     return out.writeValue(difference, category);
 }

@@ -66,25 +66,6 @@ TEST(HuffmanEncodeKernels, Blocks)
     });
 }
 
-TEST(HuffmanEncodeKernels, Values)
-{
-    everyBuild<HuffmanEncodeKernels>([](const HuffmanEncodeKernels& table) {
-        Random random(4);
-        auto spec = encodeSpecOf(listsWithout(random, 5));
-        Guarded<uint8_t> dst(30000), expected(30000);
-        QelEncodeHuffmanState state = {}, expectedState = {};
-        int pos = 0, expectedPos = 0;
-        for (int round = 0; round < 5000; ++round) {
-            int value = random.between(-32768, 32767) >> random.between(0, 15);
-            table.encodeValue(value, dst.data(), &pos, &spec, &state);
-            HuffmanEncodeKernels::scalar.encodeValue(value, expected.data(), &expectedPos, &spec, &expectedState);
-            ASSERT_EQ(pos, expectedPos);
-            ASSERT_EQ(memcmp(&state, &expectedState, sizeof state), 0);
-        }
-        ASSERT_EQ(memcmp(dst.data(), expected.data(), dst.size()), 0);
-    });
-}
-
 TEST(HuffmanEncodeKernels, Statistics)
 {
     everyBuild<HuffmanEncodeKernels>([](const HuffmanEncodeKernels& table) {
