@@ -33,6 +33,7 @@ public:
     J2kCodestream(const J2kCodestream&) = delete;
     J2kCodestream& operator=(const J2kCodestream&) = delete;
 
+    size_t bytes() const { return file_.size(); }
     const J2kSize& size() const { return size_; }
     const J2kParameters& parameters() const { return parameters_; } // of the main header
     bool hasPackedHeaders() const { return !packedHeaders_.empty(); }

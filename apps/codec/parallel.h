@@ -20,6 +20,16 @@ inline int threadsFor([[maybe_unused]] uint64_t pixels)
     return 1;
 }
 
+// True on the thread that started the others.
+inline bool isFirstThread()
+{
+#ifdef _OPENMP
+    return omp_get_thread_num() == 0;
+#else
+    return true;
+#endif
+}
+
 // What a piece of work throws on one thread, to be thrown again when all have ended.
 class FirstFailure {
 public:

@@ -1,6 +1,5 @@
 // Real files with known results: the folder QELJX_TEST_DATA (of the environment or the build) and its manifest.
 #include <gtest/gtest.h>
-#include <openssl/sha.h>
 
 #include <chrono>
 
@@ -16,18 +15,6 @@ namespace {
 namespace fs = std::filesystem;
 using namespace qel::codec;
 using namespace qel::test;
-
-std::string digest(const std::vector<uint8_t>& bytes)
-{
-    unsigned char hash[SHA256_DIGEST_LENGTH];
-    SHA256(bytes.data(), bytes.size(), hash);
-    std::string text;
-    for (unsigned char byte : hash) {
-        text += "0123456789abcdef"[byte >> 4];
-        text += "0123456789abcdef"[byte & 15];
-    }
-    return text;
-}
 
 // 16-bit values as bytes, in the order that the manifest asks for.
 template <class T> std::vector<uint8_t> asBytes(const T* values, size_t count, bool lowFirst)

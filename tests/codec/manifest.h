@@ -2,6 +2,8 @@
 // manifest.
 #pragma once
 
+#include <openssl/sha.h>
+
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -44,6 +46,19 @@ inline std::vector<Row> rowsOf(const std::string& group)
         if (row["group"] == group) rows.push_back(row);
     }
     return rows;
+}
+
+// SHA-256, as the manifest has it.
+inline std::string digest(const std::vector<uint8_t>& bytes)
+{
+    unsigned char hash[SHA256_DIGEST_LENGTH];
+    SHA256(bytes.data(), bytes.size(), hash);
+    std::string text;
+    for (unsigned char byte : hash) {
+        text += "0123456789abcdef"[byte >> 4];
+        text += "0123456789abcdef"[byte & 15];
+    }
+    return text;
 }
 
 }

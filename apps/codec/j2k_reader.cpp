@@ -1,0 +1,42 @@
+// From files to pictures.
+#include "codec/j2k_reader.h"
+
+#include "codec/j2k_channels.h"
+
+namespace qel::codec {
+
+namespace {
+
+void append(Warnings& warnings, const Warnings& more) { warnings.insert(warnings.end(), more.begin(), more.end()); }
+
+}
+
+DecodedJ2k decodeJ2k(Bytes file, const J2kDecodeOptions& options)
+{
+    J2kFile opened = openJ2k(file);
+    DecodedJ2k decoded;
+    decoded.warnings = opened.warnings;
+    J2kImage image = decodeJ2kComponents(*opened.codestream, options);
+    append(decoded.warnings, image.warnings);
+    decoded.isDamaged = !decoded.warnings.empty();
+    decoded.picture = pictureOf(image, opened.codestream->size().picture, options.reduce, opened.jp2, decoded.warnings);
+    return decoded;
+}
+
+DecodedJ2kComponent decodeJ2kComponent(Bytes file, size_t component, const J2kDecodeOptions& options)
+{
+    J2kFile opened = openJ2k(file);
+    DecodedJ2kComponent decoded;
+    decoded.warnings = opened.warnings;
+    J2kImage image = decodeJ2kComponents(*opened.codestream, options, component);
+    append(decoded.warnings, image.warnings);
+    const J2kSamples& samples = image.components[component];
+    PgxPicture& pgx = decoded.samples;
+    pgx = {int(samples.rect.width()), int(samples.rect.height()), samples.precision, samples.isSigned, {}};
+    pgx.samples.reserve(samples.rect.area());
+    for (uint32_t y = 0; y < samples.rect.height(); ++y)
+        pgx.samples.insert(pgx.samples.end(), samples.plane.row(y), samples.plane.row(y) + pgx.width);
+    return decoded;
+}
+
+}
