@@ -101,8 +101,7 @@ template <class T> J2kPlane<T> TileDecoder::decodeComponentAs(size_t c)
 AnyPlane TileDecoder::decodeComponent(size_t c)
 {
     if (options_.reduce > tile_.components[c].coding.levels)
-        throw CodecError("there are " + std::to_string(tile_.components[c].coding.levels) +
-                         " resolutions that can be left out");
+        throw CodecError(std::to_string(tile_.components[c].coding.levels) + " resolutions can be left out");
     if (tile_.components[c].coding.isReversible) return decodeComponentAs<int32_t>(c);
     return decodeComponentAs<float>(c);
 }

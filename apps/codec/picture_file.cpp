@@ -9,7 +9,7 @@
 #include "codec/convert.h"
 #include "codec/error.h"
 #include "codec/file_io.h"
-#include "codec/j2k_file.h"
+#include "codec/j2k_reader.h"
 #include "codec/jpeg_reader.h"
 #include "codec/pgx.h"
 #include "codec/png.h"
@@ -18,7 +18,7 @@
 namespace qel::codec {
 namespace {
 
-enum class Extension { none, pgm, ppm, pnm, pam, png };
+enum class Extension { none, pgm, ppm, pnm, pam, png, pgx };
 
 Extension extensionOf(const std::string& path)
 {
@@ -27,7 +27,7 @@ Extension extensionOf(const std::string& path)
     if (dot == std::string::npos || path[dot] == '/') return Extension::none;
     std::string name = path.substr(dot + 1);
     std::transform(name.begin(), name.end(), name.begin(), [](unsigned char c) { return char(std::tolower(c)); });
-    const std::array<const char*, 6> names = {"", "pgm", "ppm", "pnm", "pam", "png"};
+    const std::array<const char*, 7> names = {"", "pgm", "ppm", "pnm", "pam", "png", "pgx"};
     auto found = std::find(names.begin(), names.end(), name);
     return found == names.end() ? Extension::none : Extension(found - names.begin());
 }
@@ -54,6 +54,12 @@ Picture pictureOf(const PgxPicture& pgx)
     else
         std::ranges::copy(pgx.samples, picture.row<uint16_t>(0));
     return picture;
+}
+
+LoadedPicture loadJ2k(Bytes file)
+{
+    DecodedJ2k decoded = decodeJ2k(file);
+    return {std::move(decoded.picture), std::move(decoded.warnings), decoded.isDamaged};
 }
 
 LoadedPicture loadJpeg(Bytes file)
@@ -91,14 +97,18 @@ LoadedPicture loadPicture(Bytes file)
     case FileKind::jpeg:
         return loadJpeg(file);
     case FileKind::jpeg2000:
-        throw CodecError("decoding of JPEG 2000 files is not supported yet");
+        return loadJ2k(file);
     default:
         throw CodecError("not a picture of a known kind", 0);
     }
     return loaded;
 }
 
-bool isStorable(const std::string& path) { return extensionOf(path) != Extension::none; }
+bool isStorable(const std::string& path)
+{
+    Extension extension = extensionOf(path);
+    return extension != Extension::none && extension != Extension::pgx;
+}
 
 void checkExtension(const std::string& path)
 {
@@ -110,6 +120,19 @@ void storePicture(const Picture& picture, const std::string& path)
     checkExtension(path);
     OutputFile file(path);
     write(picture, extensionOf(path), [&](Bytes bytes) { file.write(bytes); });
+    file.commit();
+}
+
+void checkPgxExtension(const std::string& path)
+{
+    if (extensionOf(path) != Extension::pgx) throw CodecError("the name of a component does not end in .pgx");
+}
+
+void storePgx(const PgxPicture& picture, const std::string& path)
+{
+    checkPgxExtension(path);
+    OutputFile file(path);
+    writePgx(picture, [&](Bytes bytes) { file.write(bytes); });
     file.commit();
 }
 

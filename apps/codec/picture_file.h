@@ -4,6 +4,7 @@
 #include <string>
 
 #include "codec/bytes.h"
+#include "codec/pgx.h"
 #include "codec/picture.h"
 
 namespace qel::codec {
@@ -18,7 +19,7 @@ struct LoadedPicture {
     bool isDamaged = false; // some of the picture is missing
 };
 
-// The picture in a PGM, PPM, PAM, PGX, PNG or JPEG file. Throws CodecError.
+// The picture in a PGM, PPM, PAM, PGX, PNG, JPEG or JPEG 2000 file. Throws CodecError.
 LoadedPicture loadPicture(Bytes file);
 
 // True if `path` is "-" or has an extension that storePicture knows.
@@ -30,5 +31,9 @@ void checkExtension(const std::string& path);
 // Writes .pgm, .ppm, .pnm, .pam or .png; "-" is standard output and gets PNM. A grey picture becomes RGB for .ppm.
 // Nothing stands under the name until the file is whole. Throws CodecError.
 void storePicture(const Picture& picture, const std::string& path);
+
+// The same for single components, which go into .pgx files.
+void checkPgxExtension(const std::string& path);
+void storePgx(const PgxPicture& picture, const std::string& path);
 
 }

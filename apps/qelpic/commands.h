@@ -1,8 +1,10 @@
 // The subcommands of qelpic: what the command line says, and what is done with it.
 #pragma once
 
+#include <optional>
 #include <string>
 
+#include "codec/j2k_components.h"
 #include "codec/jpeg_reader.h"
 #include "codec/jpeg_writer.h"
 
@@ -20,6 +22,8 @@ struct Options {
     codec::JpegEncodeOptions encoding;
     std::string scanScript; // file that `encoding.scans` is read from; empty if there is none
     codec::JpegDecodeOptions decoding;
+    codec::J2kDecodeOptions j2kDecoding;
+    std::optional<int> component; // to be decoded alone
     bool isQuiet = false;
     int runs = 0; // how often to code for the time to be taken; 0 is once, without a report
 };

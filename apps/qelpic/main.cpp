@@ -20,8 +20,9 @@ using codec::JpegTarget;
 using codec::JpegUpsampling;
 
 constexpr const char* kAbout =
-    "Encodes and decodes JPEG files.\n"
-    "Reads PGM, PPM, PAM, PNG and JPEG, known by their content; writes what the name of the output says.\n"
+    "Encodes and decodes JPEG files, and decodes JPEG 2000 files.\n"
+    "Reads PGM, PPM, PAM, PGX, PNG, JPEG and JPEG 2000, known by their content; writes what the name of the output "
+    "says.\n"
     "\"-\" is standard input, or standard output.";
 constexpr const char* kExitCodes =
     "Exit codes: 0 done; 1 a file is damaged, unsupported or cannot be written; 2 wrong usage;\n"
@@ -41,7 +42,7 @@ struct CommandLine {
     Options options;
     int threads = 0;
     std::string sampling, predictor = "1";
-    bool isRgb = false, isCmyk = false, isSeparate = false;
+    bool isRgb = false, isCmyk = false, isSeparate = false, keepsTransform = false;
 
     void addCommon(CLI::App& command)
     {
@@ -125,22 +126,43 @@ struct CommandLine {
 
     CLI::App* addDecode(CLI::App& app)
     {
-        CLI::App* command = app.add_subcommand("decode", "Decode a JPEG file");
-        command->add_option("input", options.input, "JPEG file to decode")->required();
-        command->add_option("output", options.output, "Picture to write: .pgm, .ppm, .pnm, .pam or .png")->required();
+        CLI::App* command = app.add_subcommand("decode", "Decode a JPEG or JPEG 2000 file");
+        command->add_option("input", options.input, "JPEG or JPEG 2000 file to decode")->required();
+        command
+            ->add_option("output", options.output,
+                         "Picture to write: .pgm, .ppm, .pnm, .pam or .png; .pgx with --component")
+            ->required();
         const std::map<std::string, JpegUpsampling> names = {{"triangle", JpegUpsampling::triangle},
                                                              {"replicate", JpegUpsampling::replicate}};
         command
             ->add_option("--upsampling", options.decoding.upsampling,
-                         "Chroma to full size: triangle (smooth, the default) or replicate (fast)")
+                         "Chroma of JPEG files to full size: triangle (smooth, the default) or replicate (fast)")
             ->transform(CLI::CheckedTransformer(names).description(""))
             ->type_name("NAME");
         command->add_flag("--planes", options.decoding.planes, "Convert whole planes, not MCU by MCU");
         command->add_option("--max-pixels", options.decoding.maxPixels, "Refuse larger pictures")
             ->check(CLI::PositiveNumber.description(""))
             ->type_name("N");
+        addJ2kDecoding(*command);
         addCoding(*command);
         return command;
+    }
+
+    void addJ2kDecoding(CLI::App& command)
+    {
+        auto& decoding = options.j2kDecoding;
+        command.add_option("--reduce", decoding.reduce, "JPEG 2000: halve the picture N times, as it is stored")
+            ->check(within(0, 32))
+            ->type_name("N");
+        command.add_option("--layers", decoding.layers, "JPEG 2000: decode the first N quality layers only")
+            ->check(within(1, 65535))
+            ->type_name("N");
+        command
+            .add_option("--component", options.component,
+                        "JPEG 2000: only component N, from 0, as it is coded: no palette, no up-sampling, no colours")
+            ->check(within(0, 16383))
+            ->type_name("N");
+        command.add_flag("--no-component-transform", keepsTransform, "JPEG 2000: leave the component transform undone");
     }
 
     CLI::App* addInfo(CLI::App& app)
@@ -175,6 +197,8 @@ struct CommandLine {
                                                                        {"420", codec::kSampling420}};
         auto found = samplings.find(sampling);
         if (found != samplings.end()) encoding.sampling = found->second;
+        options.j2kDecoding.transformComponents = !keepsTransform;
+        options.j2kDecoding.maxPixels = options.decoding.maxPixels;
 #ifdef _OPENMP
         if (threads) omp_set_num_threads(threads);
 #endif

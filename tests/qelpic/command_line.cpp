@@ -138,11 +138,11 @@ TEST_F(Qelpic, Lossless)
 }
 
 // One grey sample without anything coded of it.
-TEST_F(Qelpic, Jpeg2000IsDescribed)
+TEST_F(Qelpic, Jpeg2000IsDescribedAndDecoded)
 {
     const unsigned char file[] = {0xFF, 0x4F, // SOC
-                                  0xFF, 0x51, 0, 41,   0,    0,  0,  0,  0,  3,  0,    0,   0,    4,    0, 0, 0, 2,
-                                  0,    0,    0, 3, // SIZ: grid and offset
+                                  0xFF, 0x51, 0, 41,   0,    0,  0,  0,  0,  3,  0,    0,   0,    3,    0, 0, 0, 2,
+                                  0,    0,    0, 2, // SIZ: grid and offset
                                   0,    0,    0, 9,    0,    0,  0,  9,  0,  0,  0,    0,   0,    0,    0, 0, 0, 1,
                                   0x8B, 1,    1, 0xFF, 0x52, 0,  12, 0,  2,  0,  5,    0,   1,    3,    3, 1, 1, // COD
                                   0xFF, 0x5C, 0, 7,    0x40, 64, 64, 64, 64,                                     // QCD
@@ -153,13 +153,32 @@ TEST_F(Qelpic, Jpeg2000IsDescribed)
     EXPECT_EQ(outcome.exitCode, 0);
     EXPECT_EQ(outcome.errors, "");
     for (const char* line :
-         {"format           JPEG 2000, codestream\n", "size             1 x 1, offset 2, 3\n",
+         {"format           JPEG 2000, codestream\n", "size             1 x 1, offset 2, 2\n",
           "component 0      1 x 1, 12 bits signed, subsampling 1x1\n", "tiles            1\n",
           "progression      RPCL\n", "layers           5\n", "wavelet          5/3 reversible, 1 levels\n",
           "code-blocks      32 x 32, bypass\n", "quantization     none, 2 guard bits\n"})
         EXPECT_NE(outcome.output.find(line), std::string::npos) << line;
-    EXPECT_EQ(qelpic("decode tiny.j2k x.png").errors,
-              "qelpic: tiny.j2k: decoding of JPEG 2000 files is not supported yet\n");
+    EXPECT_EQ(qelpic("decode tiny.j2k tiny.pgm").exitCode, 0);
+    EXPECT_EQ(textOf(folder_ / "tiny.pgm"), std::string("P5\n1 1\n4095\n\x08\0", 14));
+    EXPECT_EQ(qelpic("compare tiny.j2k tiny.pgm").exitCode, 0);
+    EXPECT_EQ(qelpic("encode tiny.j2k tiny.jpg -q").exitCode, 0);
+    EXPECT_EQ(qelpic("decode --component 0 --reduce 1 --layers 1 --no-component-transform tiny.j2k tiny.pgx").exitCode,
+              0);
+    EXPECT_EQ(textOf(folder_ / "tiny.pgx"), std::string("PG ML -12 1 1\n\0\0", 16));
+    const struct {
+        const char *arguments, *error;
+    } bad[] = {
+        {"--component 1 tiny.j2k tiny.pgx", "tiny.j2k: the picture has 1 components"},
+        {"--component 0 tiny.j2k tiny.pgm", "tiny.pgm: the name of a component does not end in .pgx"},
+        {"--component 0 photo.jpg tiny.pgx", "photo.jpg: --component is for JPEG 2000 files"},
+        {"--reduce 1 photo.jpg tiny.ppm",
+         "photo.jpg: --reduce, --layers and --no-component-transform are for JPEG 2000 files"},
+    };
+    for (auto& row : bad) {
+        outcome = qelpic(std::string("decode ") + row.arguments);
+        EXPECT_EQ(outcome.exitCode, 1);
+        EXPECT_EQ(outcome.errors, std::string("qelpic: ") + row.error + "\n");
+    }
 }
 
 TEST_F(Qelpic, StandardStreams)
@@ -184,8 +203,8 @@ TEST_F(Qelpic, ErrorsAreOneLine)
         const char *arguments, *message;
     } table[] = {
         {"decode none.jpg x.png", "none.jpg: cannot be opened: No such file or directory"},
-        {"decode empty.jpg x.png", "empty.jpg: not a JPEG file (at byte 0)"},
-        {"decode photo.png x.png", "photo.png: not a JPEG file (at byte 0)"},
+        {"decode empty.jpg x.png", "empty.jpg: not a JPEG or JPEG 2000 file (at byte 0)"},
+        {"decode photo.png x.png", "photo.png: not a JPEG or JPEG 2000 file (at byte 0)"},
         {"info text.png", "text.png: not a picture of a known kind (at byte 0)"},
         {"encode short.ppm kept.jpg", "short.ppm: the file is too short for its picture (at byte 18)"},
         {"encode huge.ppm kept.jpg", "huge.ppm: the file is too short for its picture (at byte 32)"},
