@@ -178,6 +178,27 @@ std::vector<uint8_t> encode(const OpenJpegCase& options, Image image)
     return file.bytes;
 }
 
+Image decode(Bytes bytes, int reduce, int layers)
+{
+    MemoryFile file;
+    file.bytes.assign(bytes.begin(), bytes.end());
+    Stream stream = makeStream(file, true);
+    opj_dparameters_t parameters;
+    opj_set_default_decoder_parameters(&parameters);
+    parameters.cp_reduce = OPJ_UINT32(reduce);
+    parameters.cp_layer = OPJ_UINT32(layers);
+    Codec codec(opj_create_decompress(bytes[0] == 0xFF ? OPJ_CODEC_J2K : OPJ_CODEC_JP2));
+    // What it warns of is an error here.
+    bool isSound = true;
+    auto note = [](const char*, void* sound) { *static_cast<bool*>(sound) = false; };
+    opj_set_warning_handler(codec.get(), note, &isSound);
+    opj_image_t* read = nullptr;
+    check(opj_setup_decoder(codec.get(), &parameters) && opj_read_header(stream.get(), codec.get(), &read));
+    Image image(read);
+    check(opj_decode(codec.get(), stream.get(), read) && opj_end_decompress(codec.get(), stream.get()) && isSound);
+    return image;
+}
+
 }
 
 std::vector<uint8_t> openJpegEncode(const OpenJpegCase& options) { return encode(options, makeImage(options)); }
@@ -189,21 +210,7 @@ std::vector<uint8_t> openJpegEncode(const OpenJpegCase& options, const Picture& 
 
 Picture openJpegDecode(Bytes bytes, int layers)
 {
-    MemoryFile file;
-    file.bytes.assign(bytes.begin(), bytes.end());
-    Stream stream = makeStream(file, true);
-    opj_dparameters_t parameters;
-    opj_set_default_decoder_parameters(&parameters);
-    parameters.cp_layer = OPJ_UINT32(layers);
-    Codec codec(opj_create_decompress(bytes[0] == 0xFF ? OPJ_CODEC_J2K : OPJ_CODEC_JP2));
-    // What it warns of is an error here.
-    bool isSound = true;
-    auto note = [](const char*, void* sound) { *static_cast<bool*>(sound) = false; };
-    opj_set_warning_handler(codec.get(), note, &isSound);
-    opj_image_t* read = nullptr;
-    check(opj_setup_decoder(codec.get(), &parameters) && opj_read_header(stream.get(), codec.get(), &read));
-    Image image(read);
-    check(opj_decode(codec.get(), stream.get(), read) && opj_end_decompress(codec.get(), stream.get()) && isSound);
+    Image image = decode(bytes, 0, layers);
     auto space = image->numcomps == 1 ? ColourSpace::grey : image->numcomps == 3 ? ColourSpace::rgb : ColourSpace::cmyk;
     Picture picture(int(image->comps[0].w), int(image->comps[0].h), space, int(image->comps[0].prec));
     for (size_t i = 0; i < picture.sizeInBytes() / size_t(picture.bytesPerSample()); ++i) {
@@ -214,6 +221,18 @@ Picture openJpegDecode(Bytes bytes, int layers)
             picture.row<uint16_t>(0)[i] = uint16_t(sample);
     }
     return picture;
+}
+
+std::vector<PgxPicture> openJpegComponents(Bytes bytes, int reduce, int layers)
+{
+    Image image = decode(bytes, reduce, layers);
+    std::vector<PgxPicture> components;
+    for (size_t c = 0; c < image->numcomps; ++c) {
+        const opj_image_comp_t& comp = image->comps[c];
+        components.push_back({int(comp.w), int(comp.h), int(comp.prec), comp.sgnd != 0, {}});
+        components.back().samples.assign(comp.data, comp.data + size_t(comp.w) * comp.h);
+    }
+    return components;
 }
 
 }

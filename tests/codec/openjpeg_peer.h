@@ -9,6 +9,7 @@
 
 #include "codec/bytes.h"
 #include "codec/j2k_headers.h"
+#include "codec/pgx.h"
 #include "codec/picture.h"
 
 namespace qel::test {
@@ -41,5 +42,7 @@ std::vector<uint8_t> openJpegEncode(const OpenJpegCase& options, const codec::Pi
 // A file of 1, 3 or 4 components of one size, of unsigned samples; so many layers of it, or all for 0. Throws for what
 // the peer warns of, too.
 codec::Picture openJpegDecode(codec::Bytes file, int layers = 0);
+// The components of any file, at a lower resolution.
+std::vector<codec::PgxPicture> openJpegComponents(codec::Bytes file, int reduce, int layers);
 
 }

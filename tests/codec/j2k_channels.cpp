@@ -1,0 +1,119 @@
+// From components to pictures: palettes, the meaning of channels, up-sampling, colour spaces.
+#include "codec/j2k_channels.h"
+
+#include <gtest/gtest.h>
+
+#include "pictures.h"
+
+namespace {
+
+using namespace qel::codec;
+using namespace qel::test;
+using Values = std::vector<int>;
+
+// A component that covers the area, with these samples row by row.
+J2kSamples component(const J2kRect& area, uint32_t dx, uint32_t dy, const Values& values, int precision = 8,
+                     bool isSigned = false)
+{
+    J2kSamples samples = {precision, isSigned, dx, dy, subsampled(area, dx, dy), {}};
+    samples.plane = {samples.rect.width(), samples.rect.height(), J2kPlane<int32_t>::Fill::none};
+    for (size_t i = 0; i < values.size(); ++i)
+        samples.plane.row(i / samples.rect.width())[i % samples.rect.width()] = values[i];
+    return samples;
+}
+
+template <class... Samples> J2kImage imageOf(Samples... samples)
+{
+    J2kImage image;
+    (image.components.push_back(std::move(samples)), ...);
+    return image;
+}
+
+Jp2File jp2Of(uint32_t space)
+{
+    Jp2File jp2;
+    jp2.colours.push_back({Jp2Colour::kEnumerated, space, {}});
+    return jp2;
+}
+
+void expectPicture(const J2kImage& image, const J2kRect& area, const std::optional<Jp2File>& jp2, ColourSpace space,
+                   int precision, const Values& expected, size_t notes = 0)
+{
+    Warnings said;
+    Picture picture = pictureOf(image, area, 0, jp2, said);
+    EXPECT_EQ(picture.space(), space);
+    EXPECT_EQ(picture.precision(), precision);
+    Values values;
+    for (size_t i = 0; i < picture.sizeInBytes() / size_t(picture.bytesPerSample()); ++i)
+        values.push_back(precision > 8 ? picture.row<uint16_t>(0)[i] : picture.row(0)[i]);
+    EXPECT_EQ(values, expected);
+    EXPECT_EQ(said.size(), notes);
+}
+
+TEST(J2kChannels, BareCodestreamsByTheirNumber)
+{
+    const J2kRect area = {0, 0, 2, 1};
+    auto one = [&](int a, int b) { return component(area, 1, 1, {a, b}); };
+    expectPicture(imageOf(one(1, 2)), area, {}, ColourSpace::grey, 8, {1, 2});
+    expectPicture(imageOf(one(1, 2), one(3, 4)), area, {}, ColourSpace::grey, 8, {1, 2}, 1);
+    expectPicture(imageOf(one(1, 2), one(3, 4), one(5, 6)), area, {}, ColourSpace::rgb, 8, {1, 3, 5, 2, 4, 6});
+    expectPicture(imageOf(one(1, 2), one(3, 4), one(5, 6), one(7, 8)), area, {}, ColourSpace::rgb, 8,
+                  {1, 3, 5, 2, 4, 6}, 1);
+    expectPicture(imageOf(one(1, 2), one(3, 4), one(5, 6), one(7, 8)), area, jp2Of(Jp2Colour::kCmyk), ColourSpace::cmyk,
+                  8, {1, 3, 5, 7, 2, 4, 6, 8});
+}
+
+TEST(J2kChannels, DefinitionsOrderColoursAndNameOpacity)
+{
+    const J2kRect area = {0, 0, 1, 1};
+    auto one = [&](int value) { return component(area, 1, 1, {value}); };
+    Jp2File jp2 = jp2Of(Jp2Colour::kSrgb);
+    jp2.definitions = {{0, Jp2Definition::kOpacity, 0}, {1, 0, 3}, {2, 0, 2}, {3, 0, 1}};
+    expectPicture(imageOf(one(9), one(3), one(2), one(1)), area, jp2, ColourSpace::rgb, 8, {1, 2, 3}, 1);
+}
+
+TEST(J2kChannels, PrecisionAndSign)
+{
+    const J2kRect area = {0, 0, 2, 1};
+    expectPicture(imageOf(component(area, 1, 1, {-2048, 2047}, 12, true)), area, {}, ColourSpace::grey, 12, {0, 4095});
+    expectPicture(imageOf(component(area, 1, 1, {0, (1 << 20) - 1}, 20)), area, {}, ColourSpace::grey, 16, {0, 65535});
+    // The deepest one decides.
+    expectPicture(imageOf(component(area, 1, 1, {0, 31}, 5), component(area, 1, 1, {-8, 7}, 4, true),
+                          component(area, 1, 1, {0, 3}, 2)),
+                  area, {}, ColourSpace::rgb, 5, {0, 0, 0, 31, 31, 31});
+}
+
+TEST(J2kChannels, PalettesMapOneComponentToColours)
+{
+    const J2kRect area = {0, 0, 3, 1};
+    Jp2File jp2 = jp2Of(Jp2Colour::kSrgb);
+    jp2.palette = Jp2Palette{2, {{8, false}, {4, false}, {8, false}}, {10, 15, 30, 40, 0, 60}};
+    jp2.channels = {{0, 2}, {0, 1}, {0, 0}};
+    // The index 2 is beyond the palette.
+    expectPicture(imageOf(component(area, 1, 1, {0, 1, 2}, 2)), area, jp2, ColourSpace::rgb, 8,
+                  {30, 255, 10, 60, 0, 40, 60, 0, 40});
+}
+
+TEST(J2kChannels, SubsampledComponentsAreReplicated)
+{
+    // The columns 3 to 6 of the grid; the second component has those of 4 and 6, and none before.
+    const J2kRect area = {3, 1, 7, 3};
+    J2kImage image = imageOf(component(area, 1, 1, {0, 1, 2, 3, 4, 5, 6, 7}), component(area, 2, 2, {10, 20}),
+                             component(area, 1, 2, {50, 60, 70, 80}));
+    expectPicture(image, area, jp2Of(Jp2Colour::kSrgb), ColourSpace::rgb, 8,
+                  {0, 10, 50, 1, 10, 60, 2, 10, 70, 3, 20, 80, 4, 10, 50, 5, 10, 60, 6, 10, 70, 7, 20, 80});
+    // All alike: no need for more pixels than there are.
+    auto small = [&] { return component(area, 2, 2, {1, 2}); };
+    expectPicture(imageOf(small(), small(), small()), area, {}, ColourSpace::rgb, 8, {1, 1, 1, 2, 2, 2});
+}
+
+TEST(J2kChannels, LuminanceAndChrominanceBecomeRgb)
+{
+    const J2kRect area = {0, 0, 2, 1};
+    J2kImage image =
+        imageOf(component(area, 1, 1, {76, 76}), component(area, 2, 1, {85}), component(area, 2, 1, {255}));
+    for (auto& jp2 : {std::optional<Jp2File>(jp2Of(Jp2Colour::kSycc)), std::optional<Jp2File>()})
+        expectPicture(image, area, jp2, ColourSpace::rgb, 8, {254, 0, 0, 254, 0, 0});
+}
+
+}
