@@ -9,21 +9,25 @@ using namespace qel;
 
 namespace {
 
-// A first row is one of predictor 1 below this sample. The exponent counts modulo 32, and most of those values are
+using Rows = PredictionRow* (PredictionKernels::*)[7];
+
+// One of predictor 1 below a sample of half the range. The exponent counts modulo 32, and most of those values are
 // beyond 16 bits, which gives 0.
-int16_t aboveFirst(int precision, int pointTransform)
+QelStatus firstRow(const int16_t* src, int16_t* dst, int width, int precision, int pointTransform, Rows rows)
 {
-    return (int16_t)(uint32_t(1) << ((precision - pointTransform - 1) & 31));
+    bool isAllowed = precision >= 2 && precision <= 16 && pointTransform >= 0;
+    if (QelStatus bad = first(pointers(src, dst), length(width), values(isAllowed))) return bad;
+    auto above = (int16_t)(uint32_t(1) << ((precision - pointTransform - 1) & 31));
+    (kernels<PredictionKernels>().*rows)[0](src, &above, dst, width);
+    return qelStsNoErr;
 }
 
-QelStatus checkFirstRow(const int16_t* src, const int16_t* dst, int width, int precision, int pointTransform)
+QelStatus laterRow(const int16_t* src, const int16_t* prev, int16_t* dst, int width, int predictor, Rows rows)
 {
-    return first(pointers(src, dst), length(width), values(precision >= 2 && precision <= 16 && pointTransform >= 0));
-}
-
-QelStatus checkRow(const int16_t* src, const int16_t* prev, const int16_t* dst, int width, int predictor)
-{
-    return first(pointers(src, prev, dst), length(width), values(predictor >= 1 && predictor <= 7));
+    bool isAllowed = predictor >= 1 && predictor <= 7;
+    if (QelStatus bad = first(pointers(src, prev, dst), length(width), values(isAllowed))) return bad;
+    (kernels<PredictionKernels>().*rows)[predictor - 1](src, prev, dst, width);
+    return qelStsNoErr;
 }
 
 }
@@ -31,90 +35,43 @@ QelStatus checkRow(const int16_t* src, const int16_t* prev, const int16_t* dst, 
 QelStatus qeliDiffPredFirstRow_JPEG_16s_C1(const int16_t* pSrc, int16_t* pDst, int width, int precision,
                                            int pointTransform)
 {
-    if (QelStatus bad = checkFirstRow(pSrc, pDst, width, precision, pointTransform)) return bad;
-    int16_t above = aboveFirst(precision, pointTransform);
-    ownqj_DiffRow_PRED1_JPEG_16s_C1(pSrc, &above, pDst, width);
-    return qelStsNoErr;
+    return firstRow(pSrc, pDst, width, precision, pointTransform, &PredictionKernels::diff);
 }
 
 QelStatus qeliDiffPredRow_JPEG_16s_C1(const int16_t* pSrc, const int16_t* pPrevRow, int16_t* pDst, int width,
                                       int predictor)
 {
-    if (QelStatus bad = checkRow(pSrc, pPrevRow, pDst, width, predictor)) return bad;
-    kernels<PredictionKernels>().diff[predictor - 1](pSrc, pPrevRow, pDst, width);
-    return qelStsNoErr;
+    return laterRow(pSrc, pPrevRow, pDst, width, predictor, &PredictionKernels::diff);
 }
 
 QelStatus qeliReconstructPredFirstRow_JPEG_16s_C1(const int16_t* pSrc, int16_t* pDst, int width, int precision,
                                                   int pointTransform)
 {
-    if (QelStatus bad = checkFirstRow(pSrc, pDst, width, precision, pointTransform)) return bad;
-    int16_t above = aboveFirst(precision, pointTransform);
-    ownqj_ReconstructRow_PRED1_JPEG_16s_C1(pSrc, &above, pDst, width);
-    return qelStsNoErr;
+    return firstRow(pSrc, pDst, width, precision, pointTransform, &PredictionKernels::reconstruct);
 }
 
 QelStatus qeliReconstructPredRow_JPEG_16s_C1(const int16_t* pSrc, const int16_t* pPrevRow, int16_t* pDst, int width,
                                              int predictor)
 {
-    if (QelStatus bad = checkRow(pSrc, pPrevRow, pDst, width, predictor)) return bad;
-    kernels<PredictionKernels>().reconstruct[predictor - 1](pSrc, pPrevRow, pDst, width);
-    return qelStsNoErr;
+    return laterRow(pSrc, pPrevRow, pDst, width, predictor, &PredictionKernels::reconstruct);
 }
 
-void ownqj_DiffRow_PRED1_JPEG_16s_C1(const int16_t* src, const int16_t* prev, int16_t* dst, int width)
-{
-    kernels<PredictionKernels>().diff[0](src, prev, dst, width);
-}
-void ownqj_DiffRow_PRED2_JPEG_16s_C1(const int16_t* src, const int16_t* prev, int16_t* dst, int width)
-{
-    kernels<PredictionKernels>().diff[1](src, prev, dst, width);
-}
-void ownqj_DiffRow_PRED3_JPEG_16s_C1(const int16_t* src, const int16_t* prev, int16_t* dst, int width)
-{
-    kernels<PredictionKernels>().diff[2](src, prev, dst, width);
-}
-void ownqj_DiffRow_PRED4_JPEG_16s_C1(const int16_t* src, const int16_t* prev, int16_t* dst, int width)
-{
-    kernels<PredictionKernels>().diff[3](src, prev, dst, width);
-}
-void ownqj_DiffRow_PRED5_JPEG_16s_C1(const int16_t* src, const int16_t* prev, int16_t* dst, int width)
-{
-    kernels<PredictionKernels>().diff[4](src, prev, dst, width);
-}
-void ownqj_DiffRow_PRED6_JPEG_16s_C1(const int16_t* src, const int16_t* prev, int16_t* dst, int width)
-{
-    kernels<PredictionKernels>().diff[5](src, prev, dst, width);
-}
-void ownqj_DiffRow_PRED7_JPEG_16s_C1(const int16_t* src, const int16_t* prev, int16_t* dst, int width)
-{
-    kernels<PredictionKernels>().diff[6](src, prev, dst, width);
-}
-void ownqj_ReconstructRow_PRED1_JPEG_16s_C1(const int16_t* src, const int16_t* prev, int16_t* dst, int width)
-{
-    kernels<PredictionKernels>().reconstruct[0](src, prev, dst, width);
-}
-void ownqj_ReconstructRow_PRED2_JPEG_16s_C1(const int16_t* src, const int16_t* prev, int16_t* dst, int width)
-{
-    kernels<PredictionKernels>().reconstruct[1](src, prev, dst, width);
-}
-void ownqj_ReconstructRow_PRED3_JPEG_16s_C1(const int16_t* src, const int16_t* prev, int16_t* dst, int width)
-{
-    kernels<PredictionKernels>().reconstruct[2](src, prev, dst, width);
-}
-void ownqj_ReconstructRow_PRED4_JPEG_16s_C1(const int16_t* src, const int16_t* prev, int16_t* dst, int width)
-{
-    kernels<PredictionKernels>().reconstruct[3](src, prev, dst, width);
-}
-void ownqj_ReconstructRow_PRED5_JPEG_16s_C1(const int16_t* src, const int16_t* prev, int16_t* dst, int width)
-{
-    kernels<PredictionKernels>().reconstruct[4](src, prev, dst, width);
-}
-void ownqj_ReconstructRow_PRED6_JPEG_16s_C1(const int16_t* src, const int16_t* prev, int16_t* dst, int width)
-{
-    kernels<PredictionKernels>().reconstruct[5](src, prev, dst, width);
-}
-void ownqj_ReconstructRow_PRED7_JPEG_16s_C1(const int16_t* src, const int16_t* prev, int16_t* dst, int width)
-{
-    kernels<PredictionKernels>().reconstruct[6](src, prev, dst, width);
-}
+#define QEL_PREDICTION_DOOR(NAME, KERNEL)                                                                              \
+    void NAME(const int16_t* src, const int16_t* prev, int16_t* dst, int width)                                        \
+    {                                                                                                                  \
+        kernels<PredictionKernels>().KERNEL(src, prev, dst, width);                                                    \
+    }
+QEL_PREDICTION_DOOR(ownqj_DiffRow_PRED1_JPEG_16s_C1, diff[0])
+QEL_PREDICTION_DOOR(ownqj_DiffRow_PRED2_JPEG_16s_C1, diff[1])
+QEL_PREDICTION_DOOR(ownqj_DiffRow_PRED3_JPEG_16s_C1, diff[2])
+QEL_PREDICTION_DOOR(ownqj_DiffRow_PRED4_JPEG_16s_C1, diff[3])
+QEL_PREDICTION_DOOR(ownqj_DiffRow_PRED5_JPEG_16s_C1, diff[4])
+QEL_PREDICTION_DOOR(ownqj_DiffRow_PRED6_JPEG_16s_C1, diff[5])
+QEL_PREDICTION_DOOR(ownqj_DiffRow_PRED7_JPEG_16s_C1, diff[6])
+QEL_PREDICTION_DOOR(ownqj_ReconstructRow_PRED1_JPEG_16s_C1, reconstruct[0])
+QEL_PREDICTION_DOOR(ownqj_ReconstructRow_PRED2_JPEG_16s_C1, reconstruct[1])
+QEL_PREDICTION_DOOR(ownqj_ReconstructRow_PRED3_JPEG_16s_C1, reconstruct[2])
+QEL_PREDICTION_DOOR(ownqj_ReconstructRow_PRED4_JPEG_16s_C1, reconstruct[3])
+QEL_PREDICTION_DOOR(ownqj_ReconstructRow_PRED5_JPEG_16s_C1, reconstruct[4])
+QEL_PREDICTION_DOOR(ownqj_ReconstructRow_PRED6_JPEG_16s_C1, reconstruct[5])
+QEL_PREDICTION_DOOR(ownqj_ReconstructRow_PRED7_JPEG_16s_C1, reconstruct[6])

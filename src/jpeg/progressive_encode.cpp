@@ -157,6 +157,28 @@ QelStatus checkStream(const uint8_t* dst, int dstLen, const int* pos, const QelE
     return first(pointers(dst), length(dstLen), pointers(pos, state));
 }
 
+// What the exported functions of AC scans do, first and refinement.
+template <class Kernel, class Plainly>
+inline QelStatus encodeAc(Kernel ProgressiveEncodeKernels::*kernel, Plainly plainly, const int16_t* src, uint8_t* dst,
+                          int dstLen, int* pos, const Band& band, const QelEncodeHuffmanSpec* ac,
+                          QelEncodeHuffmanState* state, int flush)
+{
+    if (QelStatus bad = first(checkStream(dst, dstLen, pos, state), pointers(ac))) return bad;
+    if (flush) return ownqj_EncodeHuffman8x8_ACFlush_JPEG_16s1u_C1(dst, dstLen, pos, ac, state);
+    if (QelStatus bad = first(pointers(src), values(isValid(band)))) return bad;
+    return encodeBand(kernels<ProgressiveEncodeKernels>().*kernel, plainly, src, dst, dstLen, pos, band, ac, state);
+}
+
+template <class Kernel> inline QelStatus countAc(Kernel ProgressiveEncodeKernels::*kernel, const int16_t* src,
+                                                 uint32_t* statistics, const Band& band, QelEncodeHuffmanState* state,
+                                                 int flush)
+{
+    if (QelStatus bad = pointers(statistics, state)) return bad;
+    if (flush) return ownqj_GetHuffmanStatistics8x8_ACFlush_JPEG_16s_C1(statistics, state);
+    if (QelStatus bad = first(pointers(src), values(isValid(band)))) return bad;
+    return (kernels<ProgressiveEncodeKernels>().*kernel)(src, statistics, band, state);
+}
+
 // The DC difference after the point transform.
 int takeDcDifference(const int16_t* block, int al, int16_t* lastDc)
 {
@@ -201,11 +223,8 @@ QelStatus qeliEncodeHuffman8x8_ACFirst_JPEG_16s1u_C1(const int16_t* pSrc, uint8_
                                                      const QelEncodeHuffmanSpec* pAcTable,
                                                      QelEncodeHuffmanState* pState, int flush)
 {
-    if (QelStatus bad = first(checkStream(pDst, dstLenBytes, pDstCurrPos, pState), pointers(pAcTable))) return bad;
-    if (flush) return ownqj_EncodeHuffman8x8_ACFlush_JPEG_16s1u_C1(pDst, dstLenBytes, pDstCurrPos, pAcTable, pState);
-    if (QelStatus bad = first(pointers(pSrc), values(isValid({ss, se, al})))) return bad;
-    return encodeBand(kernels<ProgressiveEncodeKernels>().encodeFirst, writeFirst, pSrc, pDst, dstLenBytes, pDstCurrPos,
-                      {ss, se, al}, pAcTable, pState);
+    return encodeAc(&ProgressiveEncodeKernels::encodeFirst, writeFirst, pSrc, pDst, dstLenBytes, pDstCurrPos,
+                    {ss, se, al}, pAcTable, pState, flush);
 }
 
 QelStatus qeliEncodeHuffman8x8_ACRefine_JPEG_16s1u_C1(const int16_t* pSrc, uint8_t* pDst, int dstLenBytes,
@@ -213,11 +232,8 @@ QelStatus qeliEncodeHuffman8x8_ACRefine_JPEG_16s1u_C1(const int16_t* pSrc, uint8
                                                       const QelEncodeHuffmanSpec* pAcTable,
                                                       QelEncodeHuffmanState* pState, int flush)
 {
-    if (QelStatus bad = first(checkStream(pDst, dstLenBytes, pDstCurrPos, pState), pointers(pAcTable))) return bad;
-    if (flush) return ownqj_EncodeHuffman8x8_ACFlush_JPEG_16s1u_C1(pDst, dstLenBytes, pDstCurrPos, pAcTable, pState);
-    if (QelStatus bad = first(pointers(pSrc), values(isValid({ss, se, al})))) return bad;
-    return encodeBand(kernels<ProgressiveEncodeKernels>().encodeRefinement, writeRefinement, pSrc, pDst, dstLenBytes,
-                      pDstCurrPos, {ss, se, al}, pAcTable, pState);
+    return encodeAc(&ProgressiveEncodeKernels::encodeRefinement, writeRefinement, pSrc, pDst, dstLenBytes, pDstCurrPos,
+                    {ss, se, al}, pAcTable, pState, flush);
 }
 
 QelStatus qeliGetHuffmanStatistics8x8_DCFirst_JPEG_16s_C1(const int16_t* pSrc, uint32_t* pDcStatistics,
@@ -233,24 +249,13 @@ QelStatus qeliGetHuffmanStatistics8x8_DCFirst_JPEG_16s_C1(const int16_t* pSrc, u
 QelStatus qeliGetHuffmanStatistics8x8_ACFirst_JPEG_16s_C1(const int16_t* pSrc, uint32_t* pAcStatistics, int ss, int se,
                                                           int al, QelEncodeHuffmanState* pState, int flush)
 {
-    if (QelStatus bad = pointers(pAcStatistics, pState)) return bad;
-    if (flush) {
-        if (QelStatus bad = ownqj_count_eobrun(pAcStatistics, pState)) return bad;
-        ownqj_EncodeHuffmanStateInit(pState);
-        return qelStsNoErr;
-    }
-    Band band = {ss, se, al};
-    if (QelStatus bad = first(pointers(pSrc), values(isValid(band)))) return bad;
-    return kernels<ProgressiveEncodeKernels>().countFirst(pSrc, pAcStatistics, band, pState);
+    return countAc(&ProgressiveEncodeKernels::countFirst, pSrc, pAcStatistics, {ss, se, al}, pState, flush);
 }
 
 QelStatus qeliGetHuffmanStatistics8x8_ACRefine_JPEG_16s_C1(const int16_t* pSrc, uint32_t* pAcStatistics, int ss, int se,
                                                            int al, QelEncodeHuffmanState* pState, int flush)
 {
-    if (QelStatus bad = pointers(pAcStatistics, pState)) return bad;
-    if (flush) return ownqj_GetHuffmanStatistics8x8_ACFlush_JPEG_16s_C1(pAcStatistics, pState);
-    if (QelStatus bad = first(pointers(pSrc), values(isValid({ss, se, al})))) return bad;
-    return kernels<ProgressiveEncodeKernels>().countRefinement(pSrc, pAcStatistics, {ss, se, al}, pState);
+    return countAc(&ProgressiveEncodeKernels::countRefinement, pSrc, pAcStatistics, {ss, se, al}, pState, flush);
 }
 
 QelStatus ownqj_EncodeHuffman8x8_ACFirst_JPEG_16s1u_C1(const int16_t* src, uint8_t* dst, int dstLen, int* pos, int ss,

@@ -9,7 +9,7 @@ using namespace qel::test;
 namespace {
 
 constexpr int kPredictors = 7;
-using Kernels = PredictionKernels::Row[kPredictors];
+using Kernels = PredictionRow* [kPredictors];
 
 // All rows between a faulting page and watched bytes, at either end and at odd addresses.
 void rows(const Kernels PredictionKernels::*kernels)
