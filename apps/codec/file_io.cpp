@@ -5,6 +5,8 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <cctype>
 #include <cerrno>
 #include <cstring>
 #include <filesystem>
@@ -35,6 +37,15 @@ size_t sizeOf(std::FILE* file)
     return fstat(fileno(file), &status) == 0 && S_ISREG(status.st_mode) ? size_t(status.st_size) : 0;
 }
 
+}
+
+std::string extensionOf(const std::string& path)
+{
+    size_t dot = path.find_last_of("./");
+    if (dot == std::string::npos || path[dot] == '/') return "";
+    std::string name = path.substr(dot + 1);
+    std::ranges::transform(name, name.begin(), [](unsigned char c) { return char(std::tolower(c)); });
+    return name;
 }
 
 std::vector<uint8_t> readFile(const std::string& path)

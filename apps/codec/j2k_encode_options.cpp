@@ -72,7 +72,7 @@ J2kCoding codingFor(const Picture& picture, const J2kEncodeOptions& options)
     coding.blockHeightBits = std::countr_zero(unsigned(height));
     coding.isReversible = options.isLossless;
     coding.style = options.style;
-    if (options.termination == J2kTermination::predictable) coding.style |= j2k_style::kPredictableTermination;
+    if (terminationFor(options) == J2kTermination::predictable) coding.style |= j2k_style::kPredictableTermination;
     setPrecincts(options, coding);
     return coding;
 }
@@ -105,6 +105,12 @@ J2kQuantization quantizationFor(const J2kCoding& coding, int precision, bool tra
     return quantization;
 }
 
+}
+
+J2kTermination terminationFor(const J2kEncodeOptions& options)
+{
+    bool isPredictable = options.style & j2k_style::kPredictableTermination;
+    return isPredictable ? J2kTermination::predictable : options.termination;
 }
 
 J2kSize sizeFor(const Picture& picture, const J2kEncodeOptions& options)

@@ -13,6 +13,7 @@ namespace qel::codec {
 
 // How the encoder ends codeword segments. `flush` is the standard's own way, `shortest` saves bytes where it can, and
 // with `predictable` decoders can find errors.
+// Predictable ones and j2k_style::kPredictableTermination go together: either one asks for both.
 enum class J2kTermination { flush = 0, shortest = 1, predictable = 2 };
 
 struct J2kEncodeOptions {
@@ -27,12 +28,14 @@ struct J2kEncodeOptions {
     J2kOrder order = J2kOrder::lrcp;
     // Width and height, powers of 2 up to 32768, from the highest resolution down; the last one holds for all below.
     std::vector<std::pair<uint32_t, uint32_t>> precincts = {};
-    int style = 0; // bits of j2k_style, but for the predictable termination
+    int style = 0; // bits of j2k_style
     J2kTermination termination = J2kTermination::flush;
     bool isJp2 = true; // else a bare codestream
     // Called now and then with the part of the work that is done, 0 to 1; may be empty.
     std::function<void(double)> progress = {};
 };
+
+J2kTermination terminationFor(const J2kEncodeOptions& options);
 
 // These throw CodecError for options outside their range, or that do not fit the picture.
 J2kSize sizeFor(const Picture& picture, const J2kEncodeOptions& options);

@@ -3,7 +3,6 @@
 
 #include <algorithm>
 #include <array>
-#include <cctype>
 #include <utility>
 
 #include "codec/convert.h"
@@ -20,15 +19,11 @@ namespace {
 
 enum class Extension { none, pgm, ppm, pnm, pam, png, pgx };
 
-Extension extensionOf(const std::string& path)
+Extension kindOfName(const std::string& path)
 {
     if (path == "-") return Extension::pnm;
-    size_t dot = path.find_last_of("./");
-    if (dot == std::string::npos || path[dot] == '/') return Extension::none;
-    std::string name = path.substr(dot + 1);
-    std::transform(name.begin(), name.end(), name.begin(), [](unsigned char c) { return char(std::tolower(c)); });
     const std::array<const char*, 7> names = {"", "pgm", "ppm", "pnm", "pam", "png", "pgx"};
-    auto found = std::find(names.begin(), names.end(), name);
+    auto found = std::ranges::find(names, extensionOf(path));
     return found == names.end() ? Extension::none : Extension(found - names.begin());
 }
 
@@ -106,7 +101,7 @@ LoadedPicture loadPicture(Bytes file)
 
 bool isStorable(const std::string& path)
 {
-    Extension extension = extensionOf(path);
+    Extension extension = kindOfName(path);
     return extension != Extension::none && extension != Extension::pgx;
 }
 
@@ -119,7 +114,7 @@ void storePicture(const Picture& picture, const std::string& path)
 {
     checkExtension(path);
     OutputFile file(path);
-    write(picture, extensionOf(path), [&](Bytes bytes) { file.write(bytes); });
+    write(picture, kindOfName(path), [&](Bytes bytes) { file.write(bytes); });
     file.commit();
 }
 

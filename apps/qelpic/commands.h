@@ -5,6 +5,7 @@
 #include <string>
 
 #include "codec/j2k_components.h"
+#include "codec/j2k_encode_options.h"
 #include "codec/jpeg_reader.h"
 #include "codec/jpeg_writer.h"
 
@@ -20,6 +21,7 @@ enum ExitCode {
 struct Options {
     std::string input, output; // for `compare` the two pictures
     codec::JpegEncodeOptions encoding;
+    codec::J2kEncodeOptions j2k;
     std::string scanScript; // file that `encoding.scans` is read from; empty if there is none
     codec::JpegDecodeOptions decoding;
     codec::J2kDecodeOptions j2kDecoding;
@@ -27,6 +29,9 @@ struct Options {
     bool isQuiet = false;
     int runs = 0; // how often to code for the time to be taken; 0 is once, without a report
 };
+
+// Whether `encode` writes a JPEG 2000 file under this name.
+bool isJpeg2000Name(const std::string& path);
 
 // All throw FileError (console.h).
 ExitCode encode(const Options& options);

@@ -1,6 +1,7 @@
-// qelpic encode: any picture to JPEG.
+// qelpic encode: any picture to JPEG or JPEG 2000.
 #include "codec/convert.h"
 #include "codec/file_io.h"
+#include "codec/j2k_writer.h"
 #include "codec/picture_file.h"
 #include "qelpic/commands.h"
 #include "qelpic/console.h"
@@ -11,7 +12,7 @@ namespace {
 constexpr int kPrecision = 8;
 
 // The input in the 8 bits that JPEG's DCT processes have, or as it is for a lossless file.
-codec::LoadedPicture load(const Options& options)
+codec::LoadedPicture loadForJpeg(const Options& options)
 {
     auto loaded = codec::loadPicture(codec::readFile(options.input));
     int precision = loaded.picture.precision();
@@ -32,24 +33,49 @@ codec::JpegScanScript loadScript(const std::string& path)
     });
 }
 
+std::vector<uint8_t> encodeAsJpeg(const codec::Picture& picture, const Options& options,
+                                  const codec::JpegScanScript& scans, ProgressBar& bar)
+{
+    codec::JpegEncodeOptions encoding = options.encoding;
+    encoding.scans = scans;
+    encoding.progress = bar.callback();
+    return codec::encodeJpeg(picture, encoding);
+}
+
+std::vector<uint8_t> encodeAsJ2k(const codec::Picture& picture, const Options& options, ProgressBar& bar)
+{
+    codec::J2kEncodeOptions encoding = options.j2k;
+    encoding.isJp2 = codec::extensionOf(options.output) == "jp2";
+    encoding.progress = bar.callback();
+    return codec::encodeJ2k(picture, encoding);
+}
+
+}
+
+bool isJpeg2000Name(const std::string& path)
+{
+    std::string extension = codec::extensionOf(path);
+    return extension == "jp2" || extension == "j2k" || extension == "j2c" || extension == "jpc";
 }
 
 ExitCode encode(const Options& options)
 {
     about(options.output, [&] {
         if (options.output != "-" && codec::isStorable(options.output))
-            throw codec::CodecError("the output is a JPEG file: its name should end in .jpg");
+            throw codec::CodecError("what is encoded is JPEG or JPEG 2000: the name should end in .jpg, .jp2 or .j2k");
     });
-    codec::JpegEncodeOptions encoding = options.encoding;
-    encoding.scans = loadScript(options.scanScript);
-    auto loaded = about(options.input, [&] { return load(options); });
+    bool isJ2k = isJpeg2000Name(options.output);
+    codec::JpegScanScript scans = loadScript(options.scanScript);
+    auto loaded = about(options.input, [&] {
+        return isJ2k ? codec::loadPicture(codec::readFile(options.input)) : loadForJpeg(options);
+    });
     warn(options.input, loaded.warnings, options.isQuiet);
     const codec::Picture& picture = loaded.picture;
     std::vector<uint8_t> file = about(options.input, [&] {
         ProgressBar bar("encoding", options.isQuiet);
-        encoding.progress = bar.callback();
         return timed(
-            options.runs, "encoded", [&] { return codec::encodeJpeg(picture, encoding); },
+            options.runs, "encoded",
+            [&] { return isJ2k ? encodeAsJ2k(picture, options, bar) : encodeAsJpeg(picture, options, scans, bar); },
             [&](auto&) { return double(picture.width()) * picture.height(); });
     });
     about(options.output, [&] {

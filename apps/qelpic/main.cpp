@@ -12,6 +12,7 @@
 
 #include "qelpic/commands.h"
 #include "qelpic/console.h"
+#include "qelpic/j2k_options.h"
 
 namespace qel::qelpic {
 namespace {
@@ -20,7 +21,7 @@ using codec::JpegTarget;
 using codec::JpegUpsampling;
 
 constexpr const char* kAbout =
-    "Encodes and decodes JPEG files, and decodes JPEG 2000 files.\n"
+    "Encodes and decodes JPEG and JPEG 2000 files.\n"
     "Reads PGM, PPM, PAM, PGX, PNG, JPEG and JPEG 2000, known by their content; writes what the name of the output "
     "says.\n"
     "\"-\" is standard input, or standard output.";
@@ -38,8 +39,12 @@ std::string version()
 // Checks that do not clutter the help texts, which name the values themselves.
 CLI::Validator within(int low, int high) { return CLI::Range(low, high).description(""); }
 
+// Groups of options of `encode`.
+constexpr const char *kJpegOptions = "JPEG files", *kJ2kOptions = "JPEG 2000 files";
+
 struct CommandLine {
     Options options;
+    CLI::App* encodeCommand = nullptr;
     int threads = 0;
     std::string sampling, predictor = "1";
     bool isRgb = false, isCmyk = false, isSeparate = false, keepsTransform = false;
@@ -63,54 +68,69 @@ struct CommandLine {
     CLI::App* addEncode(CLI::App& app)
     {
         auto& encoding = options.encoding;
-        CLI::App* command = app.add_subcommand("encode", "Encode a picture as a JPEG file");
+        CLI::App* command = app.add_subcommand("encode", "Encode a picture as a JPEG or JPEG 2000 file");
         command->add_option("input", options.input, "Picture to encode")->required();
-        command->add_option("output", options.output, "JPEG file to write")->required();
+        command
+            ->add_option("output", options.output,
+                         "File to write: JPEG 2000 if its name ends in .jp2, .j2k, .j2c or .jpc, else JPEG")
+            ->required();
         command->add_option("--quality", encoding.quality, "1 (smallest file) to 100 (best picture)")
             ->check(within(1, 100))
             ->type_name("N")
             ->capture_default_str();
         command
-            ->add_option("--sampling", sampling,
-                         "Chroma sampling: 444, 422, 440, 420 or grey (no chroma); 420 by "
-                         "default, 444 with --rgb and --cmyk")
-            ->check(CLI::IsMember({"444", "422", "440", "420", "grey"}).description(""))
-            ->type_name("NAME");
-        command->add_flag("--optimize", encoding.optimiseTables,
-                          "Huffman tables made for this picture: smaller, slower");
-        auto* progressive = command->add_flag("--progressive", encoding.progressive,
-                                              "A picture that sharpens while it loads, and a smaller file; slower");
-        command
-            ->add_option("--scans", options.scanScript, "Scans as this script says: lines like \"0,1,2: 0-0, 0, 1;\"")
-            ->type_name("FILE")
-            ->excludes(progressive);
-        auto* restart = command->add_option("--restart", encoding.restartInterval, "Restart marker every N MCUs")
-                            ->check(within(1, 65535))
-                            ->type_name("N");
-        command->add_option("--restart-rows", encoding.restartRows, "Restart marker every N rows of MCUs")
-            ->check(within(1, 65535))
-            ->type_name("N")
-            ->excludes(restart);
-        auto* rgb = command->add_flag("--rgb", isRgb, "Store RGB as it is, not as YCbCr");
-        command->add_flag("--cmyk", isCmyk, "Store CMYK as it is, not as YCCK")->excludes(rgb);
-        command->add_flag("--separate-scans", isSeparate, "One scan for each component instead of one for all")
-            ->excludes("--progressive")
-            ->excludes("--scans");
-        command->add_flag("--extended", encoding.wideQuantizers,
-                          "Allow the coarsest quantization of low qualities (extended sequential files)");
-        addLossless(*command);
-        command->add_flag("--planes", encoding.planes, "Convert whole planes, not MCU by MCU");
+            ->add_flag("--lossless", encoding.lossless,
+                       "Keep every sample, of up to 16 bits; not all JPEG decoders read such files")
+            ->excludes("--quality");
         addCoding(*command);
+        command->option_defaults()->group(kJpegOptions);
+        addJpegOptions(*command);
+        addLosslessJpegOptions(*command);
+        command->option_defaults()->group(kJ2kOptions);
+        addJ2kOptions(*command, options.j2k);
+        encodeCommand = command;
         return command;
     }
 
-    void addLossless(CLI::App& command)
+    void addJpegOptions(CLI::App& command)
     {
         auto& encoding = options.encoding;
-        auto* lossless = command.add_flag("--lossless", encoding.lossless,
-                                          "Keep every sample, of 2 to 16 bits; not all JPEG decoders read such files");
-        for (const char* other : {"--quality", "--sampling", "--progressive", "--scans", "--extended"})
-            lossless->excludes(other);
+        command
+            .add_option("--sampling", sampling,
+                        "Chroma sampling: 444, 422, 440, 420 or grey (no chroma); 420 by "
+                        "default, 444 with --rgb and --cmyk")
+            ->check(CLI::IsMember({"444", "422", "440", "420", "grey"}).description(""))
+            ->type_name("NAME");
+        command.add_flag("--optimize", encoding.optimiseTables,
+                         "Huffman tables made for this picture: smaller, slower");
+        auto* progressive = command.add_flag("--progressive", encoding.progressive,
+                                             "A picture that sharpens while it loads, and a smaller file; slower");
+        command
+            .add_option("--scans", options.scanScript, "Scans as this script says: lines like \"0,1,2: 0-0, 0, 1;\"")
+            ->type_name("FILE")
+            ->excludes(progressive);
+        auto* restart = command.add_option("--restart", encoding.restartInterval, "Restart marker every N MCUs")
+                            ->check(within(1, 65535))
+                            ->type_name("N");
+        command.add_option("--restart-rows", encoding.restartRows, "Restart marker every N rows of MCUs")
+            ->check(within(1, 65535))
+            ->type_name("N")
+            ->excludes(restart);
+        auto* rgb = command.add_flag("--rgb", isRgb, "Store RGB as it is, not as YCbCr");
+        command.add_flag("--cmyk", isCmyk, "Store CMYK as it is, not as YCCK")->excludes(rgb);
+        command.add_flag("--separate-scans", isSeparate, "One scan for each component instead of one for all")
+            ->excludes("--progressive")
+            ->excludes("--scans");
+        command.add_flag("--extended", encoding.wideQuantizers,
+                         "Allow the coarsest quantization of low qualities (extended sequential files)");
+        command.add_flag("--planes", encoding.planes, "Convert whole planes, not MCU by MCU");
+    }
+
+    void addLosslessJpegOptions(CLI::App& command)
+    {
+        auto& encoding = options.encoding;
+        CLI::Option* lossless = command.get_option("--lossless");
+        for (const char* other : {"--sampling", "--progressive", "--scans", "--extended"}) lossless->excludes(other);
         command
             .add_option("--predictor", predictor, "Of a lossless file: 1 to 7, or best to try them all; 1 by default")
             ->check(CLI::IsMember({"1", "2", "3", "4", "5", "6", "7", "best"}).description(""))
@@ -182,9 +202,21 @@ struct CommandLine {
         return command;
     }
 
+    // Throws CLI::ValidationError for options of the other kind of file than the output is.
+    void checkKind() const
+    {
+        bool isJ2k = isJpeg2000Name(options.output);
+        for (const CLI::Option* option : encodeCommand->get_options())
+            if (option->count() && option->get_group() == (isJ2k ? kJpegOptions : kJ2kOptions))
+                throw CLI::ValidationError(option->get_name(),
+                                           isJ2k ? "not for JPEG 2000 files" : "for JPEG 2000 files only");
+    }
+
     // What the options mean together.
     void settle()
     {
+        options.j2k.quality = options.encoding.quality;
+        options.j2k.isLossless = options.encoding.lossless;
         auto& encoding = options.encoding;
         encoding.interleaved = !isSeparate;
         encoding.predictor = predictor == "best" ? codec::kBestPredictor : std::stoi(predictor);
@@ -218,6 +250,7 @@ int run(int argc, char** argv)
                                                                            {line.addCompare(app), compare}};
     try {
         app.parse(argc, argv);
+        if (line.encodeCommand->parsed()) line.checkKind();
     } catch (const CLI::Success& help) {
         return app.exit(help);
     } catch (const CLI::ParseError& error) {

@@ -137,6 +137,30 @@ TEST_F(Qelpic, Lossless)
     EXPECT_EQ(qelpic("decode a.jpg - | tail -c 4").output, std::string("\0\4\0\10", 4));
 }
 
+TEST_F(Qelpic, Jpeg2000)
+{
+    const struct {
+        const char *options, *expected; // what `info` says
+    } table[] = {
+        {"a.jp2 --lossless", "JP2"},
+        {"a.j2k --rate 2 --layers 3 --threads 1", "layers           3"},
+        {"a.jpc --quality-db 40 --levels 2", "9/7 irreversible, 2 levels"},
+        {"a.j2c --quality 50 --progression rpcl", "progression      RPCL"},
+        {"a.jp2 --tiles 64x100 --precincts 64x64,32x32 --blocks 16x8", "code-blocks      16 x 8"},
+        {"a.jp2 --style bypass,termall,predterm", "bypass"},
+        {"a.jp2 --termination predictable", "predictable termination"},
+    };
+    for (auto& row : table) {
+        SCOPED_TRACE(row.options);
+        Outcome encoded = qelpic("encode photo.png " + std::string(row.options));
+        EXPECT_EQ(encoded.exitCode, 0);
+        EXPECT_EQ(encoded.errors, "");
+        Outcome info = qelpic("info " + std::string(row.options).substr(0, 5));
+        EXPECT_NE(info.output.find(row.expected), std::string::npos) << info.output;
+    }
+    EXPECT_LE(fs::file_size(folder_ / "a.j2k"), 160 * 120 * 2 / 8);
+}
+
 // One grey sample without anything coded of it.
 TEST_F(Qelpic, Jpeg2000IsDescribedAndDecoded)
 {
@@ -210,10 +234,17 @@ TEST_F(Qelpic, ErrorsAreOneLine)
         {"encode huge.ppm kept.jpg", "huge.ppm: the file is too short for its picture (at byte 32)"},
         {"decode photo.jpg x.gif", "x.gif: the name does not end in .pgm, .ppm, .pnm, .pam or .png"},
         {"decode photo.jpg x.pgm", "x.pgm: a colour picture does not fit a .pgm file"},
-        {"encode photo.png x.png", "x.png: the output is a JPEG file: its name should end in .jpg"},
+        {"encode photo.png x.png",
+         "x.png: what is encoded is JPEG or JPEG 2000: the name should end in .jpg, .jp2 or .j2k"},
         {"encode photo.png x.jpg --scans none", "none: cannot be opened: No such file or directory"},
         {"encode photo.png x.jpg --scans bad.script", "bad.script: line 2 of the scan script: a number is expected"},
         {"encode photo.png x.jpg --scans short.script", "photo.png: the scan script leaves out component 1"},
+        {"encode photo.png x.jp2 --blocks 128x64",
+         "photo.png: code-blocks of 128x64: sides have to be powers of 2, 4 to 1024, and the product 4096 at most"},
+        {"encode photo.png x.jp2 --tiles 0x5", "photo.png: tiles without samples"},
+        {"encode photo.png x.jp2 --precincts 3x4",
+         "photo.png: precincts of 3x4: sides have to be powers of 2, 2 to 32768"},
+        {"encode photo.png x.jp2 --rate 0.01", "photo.png: the rate allows for fewer bytes than the headers take"},
         {"encode photo.png no/x.jpg", "no/x.jpg: cannot be written: No such file or directory"},
     };
     for (auto& row : table) {
@@ -248,14 +279,33 @@ TEST_F(Qelpic, TruncatedPicturesAreDeliveredAsFarAsTheyGo)
 
 TEST_F(Qelpic, UsageErrors)
 {
-    for (const char* arguments :
-         {"", "paint", "encode photo.png", "encode photo.png x.jpg --quality 0", "encode photo.png x.jpg --quality 101",
-          "encode photo.png x.jpg --sampling 411", "encode photo.png x.jpg --rgb --cmyk",
-          "encode photo.png x.jpg --restart 3 --restart-rows 2", "encode photo.png x.jpg --progressive --scans script",
-          "encode photo.png x.jpg --progressive --separate-scans", "decode photo.jpg x.png --upsampling best",
-          "decode photo.jpg x.png extra", "encode photo.png x.jpg --predictor 4",
-          "encode photo.png x.jpg --point-transform 1", "encode photo.png x.jpg --lossless --predictor 8",
-          "encode photo.png x.jpg --lossless --quality 80", "encode photo.png x.jpg --lossless --progressive"}) {
+    for (const char* arguments : {"",
+                                  "paint",
+                                  "encode photo.png",
+                                  "encode photo.png x.jpg --quality 0",
+                                  "encode photo.png x.jpg --quality 101",
+                                  "encode photo.png x.jpg --sampling 411",
+                                  "encode photo.png x.jpg --rgb --cmyk",
+                                  "encode photo.png x.jpg --restart 3 --restart-rows 2",
+                                  "encode photo.png x.jpg --progressive --scans script",
+                                  "encode photo.png x.jpg --progressive --separate-scans",
+                                  "decode photo.jpg x.png --upsampling best",
+                                  "decode photo.jpg x.png extra",
+                                  "encode photo.png x.jpg --predictor 4",
+                                  "encode photo.png x.jpg --point-transform 1",
+                                  "encode photo.png x.jpg --lossless --predictor 8",
+                                  "encode photo.png x.jpg --lossless --quality 80",
+                                  "encode photo.png x.jpg --lossless --progressive",
+                                  "encode photo.png x.jpg --rate 1",
+                                  "encode photo.png x.jp2 --progressive",
+                                  "encode photo.png x.jp2 --levels 33",
+                                  "encode photo.png x.jp2 --rate 0",
+                                  "encode photo.png x.jp2 --rate 1 --lossless",
+                                  "encode photo.png x.jp2 --blocks 64",
+                                  "encode photo.png x.jp2 --blocks 64x",
+                                  "encode photo.png x.jp2 --layers 0",
+                                  "encode photo.png x.jp2 --style raw",
+                                  "encode photo.png x.jp2 --progression LLCP"}) {
         Outcome outcome = qelpic(arguments);
         EXPECT_EQ(outcome.exitCode, 2) << arguments;
         EXPECT_EQ(outcome.errors.find("qelpic: "), 0u) << arguments;

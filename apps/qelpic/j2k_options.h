@@ -1,0 +1,13 @@
+// Options of `qelpic encode` for JPEG 2000 files.
+#pragma once
+
+#include <CLI/CLI.hpp>
+
+#include "codec/j2k_encode_options.h"
+
+namespace qel::qelpic {
+
+// Adds those that only JPEG 2000 files have. The options have to live until the command line is parsed.
+void addJ2kOptions(CLI::App& command, codec::J2kEncodeOptions& options);
+
+}

@@ -1,0 +1,77 @@
+// Where code-blocks are cut, and what errors weigh.
+#include "codec/j2k_rate_allocation.h"
+
+#include <gtest/gtest.h>
+
+#include "codec/error.h"
+#include "codec/j2k_band_energy.h"
+#include "codec/j2k_wavelet.h"
+#include "pictures.h"
+
+namespace {
+
+using namespace qel::codec;
+using namespace qel::test;
+using enum J2kBandKind;
+
+// Energy of what one coefficient, far from all edges, becomes.
+template <class Sample> double energyOfOne(int level, J2kBandKind kind, Sample value)
+{
+    J2kSubbands<Sample> bands({0, 0, 256, 256}, level, J2kPlane<Sample>::Fill::zero);
+    J2kPlane<Sample>& band = bands.band(level, kind);
+    band.row(band.height() / 2)[band.width() / 2] = value;
+    J2kPlane<Sample> plane = inverseWavelet(std::move(bands), 1);
+    double energy = 0;
+    for (uint32_t y = 0; y < 256; ++y)
+        for (uint32_t x = 0; x < 256; ++x) energy += double(plane.row(y)[x]) * double(plane.row(y)[x]);
+    return energy / (double(value) * double(value));
+}
+
+TEST(BandEnergy, IsThatOfTheInverseTransform)
+{
+    for (int level : {1, 2, 3, 4})
+        for (J2kBandKind kind : {ll, lh, hl, hh}) {
+            EXPECT_NEAR(bandEnergy(false, level, kind) / energyOfOne(level, kind, 1000.f), 1, 1e-5);
+            EXPECT_NEAR(bandEnergy(true, level, kind) / energyOfOne(level, kind, 1 << 20), 1, 1e-3);
+        }
+    EXPECT_EQ(bandEnergy(true, 0, ll), 1);
+    // Each further level doubles the samples that a coefficient stands for, in both directions.
+    EXPECT_NEAR(bandEnergy(false, 32, ll) / bandEnergy(false, 31, ll), 4, 1e-6);
+}
+
+J2kEncodedBlock blockOf(double error, std::vector<J2kEncodedPass> passes)
+{
+    J2kEncodedBlock block;
+    block.error = error;
+    block.passes = std::move(passes);
+    return block;
+}
+
+std::vector<int> cutsOf(J2kEncodedBlock block, int style)
+{
+    findTruncations(block, style);
+    std::vector<int> cuts;
+    for (const J2kTruncation& truncation : block.truncations) cuts.push_back(truncation.passes);
+    EXPECT_TRUE(std::ranges::is_sorted(block.truncations, std::greater(), &J2kTruncation::slope));
+    return cuts;
+}
+
+TEST(Truncations, AreTheConvexHull)
+{
+    using Cuts = std::vector<int>;
+    EXPECT_EQ(cutsOf(blockOf(100, {}), 0), Cuts());
+    EXPECT_EQ(cutsOf(blockOf(100, {{10, 50}, {20, 20}, {30, 15}}), 0), Cuts({1, 2, 3}));
+    // A pass that gains little before one that gains much; passes that gain nothing, or lose.
+    EXPECT_EQ(cutsOf(blockOf(100, {{10, 90}, {20, 20}, {30, 20}, {40, 25}, {50, 10}}), 0), Cuts({2, 5}));
+    EXPECT_EQ(cutsOf(blockOf(100, {{10, 120}, {20, 110}}), 0), Cuts());
+    // Passes without bytes.
+    EXPECT_EQ(cutsOf(blockOf(100, {{0, 90}, {0, 80}, {5, 10}, {5, 5}}), 0), Cuts({2, 4}));
+    // Segments end behind the first ten passes, and then behind two raw ones and one other.
+    std::vector<J2kEncodedPass> passes;
+    for (uint32_t i = 1; i <= 14; ++i) passes.push_back({10 * i, 100.0 / i});
+    EXPECT_EQ(cutsOf(blockOf(200, passes), j2k_style::kBypass).size(), 14u);
+    EXPECT_EQ(cutsOf(blockOf(200, passes), j2k_style::kBypass | j2k_style::kPredictableTermination),
+              Cuts({10, 12, 13, 14}));
+}
+
+}

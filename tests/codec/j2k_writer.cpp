@@ -1,0 +1,146 @@
+// JPEG 2000 files: an independent decoder reads them, and the reading side finds nothing wrong in them.
+#include "codec/j2k_writer.h"
+
+#include "codec/compare.h"
+#include "j2k_reading.h"
+#include "openjpeg_peer.h"
+#include "pictures.h"
+
+namespace {
+
+using namespace qel::codec;
+using namespace qel::test;
+using enum ColourSpace;
+using File = std::vector<uint8_t>;
+
+struct WriterCase {
+    std::string name;
+    int width = 97, height = 71;
+    ColourSpace space = grey;
+    int precision = 8;
+    J2kEncodeOptions options = {};
+
+    friend void PrintTo(const WriterCase& tested, std::ostream* out) { *out << tested.name; }
+};
+
+void addStyles(std::vector<WriterCase>& cases)
+{
+    using namespace j2k_style;
+    for (int style : {1, 2, 4, 8, 32, 5, 6, 13, 20, 21, 38, 47, 63}) {
+        WriterCase tested = {"style_" + std::to_string(style), 97, 71, grey, 12};
+        tested.options.style = style;
+        tested.options.layers = 3;
+        cases.push_back(tested);
+    }
+    for (auto termination : {J2kTermination::flush, J2kTermination::shortest, J2kTermination::predictable})
+        for (int style : {0, kBypass, kTerminateEvery, kBypass | kTerminateEvery}) {
+            WriterCase tested = {"termination_" + std::to_string(int(termination)) + "_" + std::to_string(style)};
+            tested.options.style = style;
+            tested.options.termination = termination;
+            cases.push_back(tested);
+        }
+}
+
+void addOrders(std::vector<WriterCase>& cases)
+{
+    const char* orders[] = {"lrcp", "rlcp", "rpcl", "pcrl", "cprl"};
+    for (int order = 0; order < 5; ++order) {
+        WriterCase tested = {orders[order], 130, 101, rgb};
+        tested.options.order = J2kOrder(order);
+        tested.options.layers = 4;
+        tested.options.precincts = {{32, 64}, {64, 16}};
+        cases.push_back(tested);
+        tested.name += "_tiles";
+        tested.options.tile = {50, 39};
+        cases.push_back(tested);
+    }
+}
+
+void addSizes(std::vector<WriterCase>& cases)
+{
+    const std::pair<int, int> sizes[] = {{1, 1}, {1, 70}, {70, 1}, {2, 3}, {16, 16}, {64, 65}, {300, 5}};
+    for (auto [width, height] : sizes) {
+        WriterCase tested = {"size_" + std::to_string(width) + "_" + std::to_string(height), width, height, rgb};
+        cases.push_back(tested);
+        tested.name += "_levels";
+        tested.options.levels = 7;
+        tested.options.tile = {33, 31};
+        cases.push_back(tested);
+    }
+    for (int precision : {1, 2, 5, 9, 12, 15, 16})
+        for (ColourSpace space : {grey, rgb, cmyk})
+            cases.push_back({"bits_" + std::to_string(precision) + "_" + std::to_string(channelsOf(space)), 60, 50,
+                             space, precision});
+    const std::pair<int, int> blocks[] = {{4, 4}, {1024, 4}, {4, 1024}, {32, 64}};
+    for (auto [width, height] : blocks) {
+        WriterCase tested = {"blocks_" + std::to_string(width) + "_" + std::to_string(height), 200, 150, grey};
+        tested.options.blockWidth = width;
+        tested.options.blockHeight = height;
+        cases.push_back(tested);
+    }
+}
+
+std::vector<WriterCase> writerCases()
+{
+    std::vector<WriterCase> cases = {{"plain"}, {"colour", 97, 71, rgb}, {"inks", 97, 71, cmyk}};
+    addStyles(cases);
+    addOrders(cases);
+    addSizes(cases);
+    auto add = [&](const char* name, auto change) {
+        WriterCase tested = {name, 97, 71, rgb};
+        change(tested.options);
+        cases.push_back(tested);
+    };
+    add("codestream", [](auto& options) { options.isJp2 = false; });
+    add("no_levels", [](auto& options) { options.levels = 0; });
+    add("all_levels", [](auto& options) { options.levels = 32; });
+    add("many_layers", [](auto& options) { options.layers = 40; });
+    add("smallest_precincts", [](auto& options) { options.precincts = {{2, 2}, {1024, 4}}; });
+    return cases;
+}
+
+// No warnings, and no packet missing.
+void expectComplete(const File& file, const WriterCase& tested)
+{
+    ReadJ2k read(file);
+    EXPECT_EQ(read.warnings, Warnings());
+    EXPECT_EQ(read.file.jp2.has_value(), tested.options.isJp2);
+    for (auto& tile : read.tiles) {
+        EXPECT_EQ(tile.packetsRead, tile.packets);
+        EXPECT_EQ(tile.style.layers, tested.options.layers);
+    }
+    read.forCodedBlocks([&](size_t, const J2kBand& band, const J2kCodeBlock& block) { expectSound(band, block); });
+}
+
+double psnr(const Picture& a, const Picture& b) { return compare(a, b).whole.psnr(a.precision()); }
+
+class J2kWriter : public testing::TestWithParam<WriterCase> {};
+
+TEST_P(J2kWriter, LosslessFilesAreThePicture)
+{
+    WriterCase tested = GetParam();
+    tested.options.isLossless = true;
+    for (bool isNoise : {false, true}) {
+        Picture picture =
+            (isNoise ? randomPicture : drawnPicture)(tested.width, tested.height, tested.space, tested.precision);
+        File file = encodeJ2k(picture, tested.options);
+        expectComplete(file, tested);
+        expectSame(openJpegDecode(file), picture);
+    }
+}
+
+TEST_P(J2kWriter, LossyFilesAreCloseToThePicture)
+{
+    WriterCase tested = GetParam();
+    Picture picture = drawnPicture(tested.width, tested.height, tested.space, tested.precision);
+    tested.options.psnr = 40;
+    File file = encodeJ2k(picture, tested.options);
+    expectComplete(file, tested);
+    // Errors of neighbouring coefficients and of the components are not quite independent.
+    EXPECT_GT(psnr(openJpegDecode(file), picture), 38);
+}
+
+INSTANTIATE_TEST_SUITE_P(Cases, J2kWriter, testing::ValuesIn(writerCases()),
+                         [](const auto& tested) { return tested.param.name; });
+
+}
