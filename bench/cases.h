@@ -12,6 +12,7 @@ void addHuffmanCases();
 void addProgressiveCases();
 void addLosslessCases();
 void addCodecCases();
+void addJ2kEncodeCases();
 void addComponentTransformCases();
 void addWaveletCases();
 void addSupportCases();

@@ -116,6 +116,7 @@ void report(benchmark::State& state, const Contest& contest, const std::vector<E
         state.counters["low:" + name] = ratio.low;
         state.counters["high:" + name] = ratio.high;
     }
+    for (auto& [name, value] : contest.facts) state.counters[name] = value;
     state.SetLabel(contest.unit);
 }
 

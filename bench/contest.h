@@ -7,6 +7,7 @@
 #include <functional>
 #include <stdexcept>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "qeljx/types.h"
@@ -29,6 +30,8 @@ struct Contest {
     std::vector<Contestant> contestants; // the library first; ratios are the others' time by its time
     Clock clock = Clock::thread;
     std::function<void()> check = nullptr; // throws unless library and peers did the same work
+    // What else there is to report, such as "psnr:qeljx".
+    std::vector<std::pair<std::string, double>> facts = {};
 };
 
 // The library with two threads against itself with one.

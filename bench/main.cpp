@@ -76,6 +76,7 @@ void addCases()
     addProgressiveCases();
     addLosslessCases();
     addCodecCases();
+    addJ2kEncodeCases();
     addComponentTransformCases();
     addWaveletCases();
     addSupportCases();

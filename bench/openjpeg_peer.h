@@ -26,12 +26,6 @@ struct OpenJpegCoding {
 // A constant picture of 8 bits, as one tile, and its file.
 class OpenJpegPicture {
 public:
-    OpenJpegPicture(int width, int height, OpenJpegCoding coding);
-
-    void encode();
-    void decode();
-
-private:
     struct File {
         std::vector<uint8_t> bytes;
         size_t position = 0;
@@ -42,10 +36,16 @@ private:
     using Image = std::unique_ptr<opj_image_t, Free<opj_image_destroy>>;
     using Codec = std::unique_ptr<opj_codec_t, Free<opj_destroy_codec>>;
     using Stream = std::unique_ptr<opj_stream_t, Free<opj_stream_destroy>>;
-
-    Image makeImage() const;
+    // A file in memory, from its beginning.
     static Stream stream(File& file, bool input);
 
+    OpenJpegPicture(int width, int height, OpenJpegCoding coding);
+
+    void encode();
+    void decode();
+
+private:
+    Image makeImage() const;
     int width_, height_;
     OpenJpegCoding coding_;
     File file_;

@@ -1,0 +1,122 @@
+// JPEG 2000 encoding of whole pictures, beside OpenJPEG with the same settings: lossless, and lossy to the same size.
+#include <algorithm>
+#include <memory>
+
+#include "cases.h"
+#include "codec/compare.h"
+#include "codec/j2k_writer.h"
+#include "contest.h"
+#include "openjpeg_peer.h"
+#include "samples.h"
+
+namespace qel::bench {
+namespace {
+
+using Peer = OpenJpegPicture;
+using File = std::vector<uint8_t>;
+
+Peer::Image imageOf(const codec::Picture& picture)
+{
+    opj_image_cmptparm_t components[3] = {};
+    for (opj_image_cmptparm_t& component : components) {
+        component.dx = component.dy = 1;
+        component.w = OPJ_UINT32(picture.width()), component.h = OPJ_UINT32(picture.height());
+        component.prec = OPJ_UINT32(picture.precision());
+    }
+    Peer::Image image(opj_image_create(3, components, OPJ_CLRSPC_SRGB));
+    require(image != nullptr, "OpenJPEG makes no image");
+    image->x1 = components[0].w, image->y1 = components[0].h;
+    const uint8_t* from = picture.row(0);
+    for (size_t i = 0; i < size_t(picture.width()) * size_t(picture.height()); ++i)
+        for (int c = 0; c < 3; ++c) image->comps[c].data[i] = *from++;
+    return image;
+}
+
+struct Source {
+    Source(const codec::Picture& original, double bitsPerPixel) : picture(original), rate(bitsPerPixel)
+    {
+        options.isJp2 = false;
+        options.isLossless = rate == 0;
+        if (rate) options.bitsPerPixel = rate;
+    }
+    File encode() const { return codec::encodeJ2k(picture, options); }
+    // With so many threads besides the calling one.
+    void encodeWithPeer(int threads = 0)
+    {
+        opj_cparameters_t parameters;
+        opj_set_default_encoder_parameters(&parameters);
+        parameters.irreversible = rate != 0;
+        parameters.tcp_mct = 1;
+        parameters.tcp_numlayers = 1;
+        parameters.cp_disto_alloc = 1;
+        parameters.tcp_rates[0] = rate ? float(24 / rate) : 0;
+        Peer::Image image = imageOf(picture);
+        Peer::Codec codec(opj_create_compress(OPJ_CODEC_J2K));
+        peers.bytes.clear();
+        Peer::Stream out = Peer::stream(peers, false);
+        require(opj_setup_encoder(codec.get(), &parameters, image.get()) &&
+                    (threads == 0 || opj_codec_set_threads(codec.get(), threads)) &&
+                    opj_start_compress(codec.get(), image.get(), out.get()) && opj_encode(codec.get(), out.get()) &&
+                    opj_end_compress(codec.get(), out.get()),
+                "OpenJPEG does not encode");
+    }
+    // Of a file of either, decoded by the peer.
+    double psnr(const File& bytes) const
+    {
+        Peer::File file = {bytes};
+        opj_dparameters_t parameters;
+        opj_set_default_decoder_parameters(&parameters);
+        Peer::Codec codec(opj_create_decompress(OPJ_CODEC_J2K));
+        Peer::Stream in = Peer::stream(file, true);
+        opj_image_t* read = nullptr;
+        bool isGood = opj_setup_decoder(codec.get(), &parameters) && opj_read_header(in.get(), codec.get(), &read);
+        Peer::Image image(read);
+        require(isGood && opj_decode(codec.get(), in.get(), read), "OpenJPEG does not decode");
+        codec::Picture decoded(picture.width(), picture.height(), picture.space(), picture.precision());
+        uint8_t* to = decoded.row(0);
+        for (size_t i = 0; i < size_t(picture.width()) * size_t(picture.height()); ++i)
+            for (int c = 0; c < 3; ++c) *to++ = uint8_t(image->comps[c].data[i]);
+        return codec::compare(decoded, picture).whole.psnr(picture.precision());
+    }
+
+    const codec::Picture& picture;
+    double rate; // bits per pixel; 0 is lossless
+    codec::J2kEncodeOptions options;
+    Peer::File peers;
+};
+
+using Shared = std::shared_ptr<Source>;
+
+double pixelsOf(const Source& s) { return double(s.picture.width()) * s.picture.height(); }
+
+Contest encoding(const Shared& s)
+{
+    Contest contest = {"pixel", pixelsOf(*s), {}};
+    contest.contestants = {{kLibrary, [=] { s->encode(); }}, {"openjpeg", [=] { s->encodeWithPeer(); }}};
+    s->encodeWithPeer();
+    File ours = s->encode();
+    contest.facts = {{"bytes:qeljx", double(ours.size())}, {"bytes:openjpeg", double(s->peers.bytes.size())}};
+    if (s->rate) {
+        contest.facts.push_back({"psnr:qeljx", s->psnr(ours)});
+        contest.facts.push_back({"psnr:openjpeg", s->psnr(s->peers.bytes)});
+    }
+    return contest;
+}
+
+}
+
+void addJ2kEncodeCases()
+{
+    for (auto& named : pictures())
+        for (double rate : {0.0, 0.5, 1.0, 2.0, 4.0}) {
+            std::string name = rate ? std::to_string(rate).substr(0, 3) + " bpp" : "lossless";
+            auto source = [=, &named] { return std::make_shared<Source>(named.picture, rate); };
+            addCase("codec/j2k_encode/" + named.name + " " + name, [=] { return encoding(source()); });
+            addCase("threads/codec/j2k_encode/" + named.name + " " + name, [=] {
+                auto s = source();
+                return oneAgainstTwo("pixel", pixelsOf(*s), [s] { s->encode(); });
+            });
+        }
+}
+
+}
