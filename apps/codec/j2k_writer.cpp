@@ -18,6 +18,9 @@ namespace {
 // More tiles than this for each thread are spread over the threads; fewer are done one after the other, on all threads.
 constexpr uint32_t kTilesPerThread = 4;
 
+// Beside the work for a pixel of a JPEG file.
+constexpr uint64_t kWorkPerSample = 16;
+
 using Tiles = std::vector<J2kEncodedTile>;
 
 class Encoder {
@@ -84,7 +87,7 @@ Tiles Encoder::encodeTiles() const
         blocks += countBlocks(tiles[i]);
     }
     Progress progress(options_.progress, int(blocks));
-    int threads = threadsFor(uint64_t(picture_.width()) * uint64_t(picture_.height()));
+    int threads = threadsFor(uint64_t(samplesOf(picture_)) * kWorkPerSample);
     bool isTileByTile = tiles.size() < kTilesPerThread * size_t(threads);
     forEachInParallel(int(tiles.size()), isTileByTile ? 1 : threads, [&](int i) {
         encodeTile(picture_, coding_, isTileByTile ? threads : 1, progress, tiles[size_t(i)]);
