@@ -120,7 +120,7 @@ void storePicture(const Picture& picture, const std::string& path)
 
 void checkPgxExtension(const std::string& path)
 {
-    if (extensionOf(path) != Extension::pgx) throw CodecError("the name of a component does not end in .pgx");
+    if (extensionOf(path) != "pgx") throw CodecError("the name of a component does not end in .pgx");
 }
 
 void storePgx(const PgxPicture& picture, const std::string& path)

@@ -2,6 +2,7 @@
 #include "codec/j2k_writer.h"
 
 #include "codec/compare.h"
+#include "codec/j2k_reader.h"
 #include "j2k_reading.h"
 #include "openjpeg_peer.h"
 #include "pictures.h"
@@ -126,6 +127,7 @@ TEST_P(J2kWriter, LosslessFilesAreThePicture)
         File file = encodeJ2k(picture, tested.options);
         expectComplete(file, tested);
         expectSame(openJpegDecode(file), picture);
+        expectSame(decodeJ2k(file).picture, picture);
     }
 }
 
@@ -138,6 +140,7 @@ TEST_P(J2kWriter, LossyFilesAreCloseToThePicture)
     expectComplete(file, tested);
     // Errors of neighbouring coefficients and of the components are not quite independent.
     EXPECT_GT(psnr(openJpegDecode(file), picture), 38);
+    EXPECT_GT(psnr(decodeJ2k(file).picture, picture), 38);
 }
 
 INSTANTIATE_TEST_SUITE_P(Cases, J2kWriter, testing::ValuesIn(writerCases()),
