@@ -16,6 +16,8 @@ constexpr int kMaxPrecision = 31;
 // Samples that any file may claim to have, and how many more for each of its bytes: what takes much memory has to be
 // there.
 constexpr uint64_t kMaxSamples = 128 << 20, kMaxSamplesPerByte = 64;
+// A sample costs many times what one in a JPEG file does.
+constexpr uint64_t kWorkPerSample = 16;
 // Tiles of fewer samples are decoded several at once.
 constexpr uint64_t kLargeTile = 1 << 20;
 
@@ -107,7 +109,7 @@ J2kImage decodeJ2kComponents(const J2kCodestream& codestream, const J2kDecodeOpt
     const J2kSize& size = codestream.size();
     J2kImage image = makeImage(codestream, options, component);
     Progress progress(image, options.progress);
-    int tiles = int(size.tiles()), threads = threadsFor(size.picture.area());
+    int tiles = int(size.tiles()), threads = threadsFor(kWorkPerSample * size.picture.area());
     bool areSmall = tiles > 1 && size.firstTile.area() * size.components.size() < kLargeTile;
     std::vector<Warnings> warnings(size_t(tiles) + 1);
     std::vector<char> isDone(size_t(tiles), false);

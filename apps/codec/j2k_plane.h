@@ -15,7 +15,7 @@ public:
 
     J2kPlane() = default;
     J2kPlane(uint32_t width, uint32_t height, Fill fill)
-        : width_(width), height_(height), perRow_(((width + kSpareColumns - 1) / kUnit | 1) * kUnit)
+        : width_(width), height_(height), perRow_(((width + kSpareColumns + kUnit - 1) / kUnit | 1) * kUnit)
     {
         size_t bytes = sizeof(T) * perRow_ * (height + kSpareRows) + kAlignment;
         memory_.reset(fill == Fill::zero ? std::calloc(bytes, 1) : std::malloc(bytes));
@@ -35,7 +35,7 @@ public:
 
 private:
     // A wavelet works on pairs of samples and rows, which may lead one beyond the last.
-    static constexpr uint32_t kSpareColumns = 16, kSpareRows = 1;
+    static constexpr uint32_t kSpareColumns = 1, kSpareRows = 1;
     static constexpr size_t kAlignment = 64;
     // Rows are an odd number of cache lines apart: at a power of two they would meet in one set of a cache.
     static constexpr uint32_t kUnit = 16;
