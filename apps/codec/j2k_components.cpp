@@ -16,6 +16,8 @@ constexpr int kMaxPrecision = 31;
 // Samples that any file may claim to have, and how many more for each of its bytes: what takes much memory has to be
 // there.
 constexpr uint64_t kMaxSamples = 128 << 20, kMaxSamplesPerByte = 64;
+constexpr uint64_t kMaxTileComponents = 1 << 16; // and one for each byte
+constexpr uint32_t kMaxSide = 1 << 28;
 // A sample costs many times what one in a JPEG file does.
 constexpr uint64_t kWorkPerSample = 16;
 // Tiles of fewer samples are decoded several at once.
@@ -37,12 +39,17 @@ bool isNeeded(const J2kCodestream& codestream, size_t c, const J2kDecodeOptions&
 void checkSize(const J2kImage& image, const J2kCodestream& codestream, const J2kDecodeOptions& options)
 {
     const J2kRect& picture = codestream.size().picture;
-    uint64_t pixels = resolutionRect(picture, options.reduce).area(), samples = 0;
-    for (const J2kSamples& component : image.components) samples += component.rect.area();
-    if (pixels > options.maxPixels || samples > kMaxSamples + kMaxSamplesPerByte * codestream.bytes() ||
-        picture.width() > INT32_MAX / sizeof(int32_t) / 2)
-        throw CodecError("a picture of " + sizeText(picture) + " pixels is too large");
+    uint64_t limit = kMaxSamples + kMaxSamplesPerByte * codestream.bytes(), samples = 0;
+    bool fits = resolutionRect(picture, options.reduce).area() <= options.maxPixels &&
+                std::max(picture.width(), picture.height()) <= kMaxSide;
+    for (const J2kSamples& component : image.components) {
+        fits = fits && component.rect.area() <= limit - samples;
+        if (fits) samples += component.rect.area();
+    }
+    if (!fits) throw CodecError("a picture of " + sizeText(picture) + " pixels is too large");
     if (samples == 0) throw CodecError("the picture has no samples");
+    if (codestream.tileParts().size() * image.components.size() > kMaxTileComponents + codestream.bytes())
+        throw CodecError("more tiles and components than the file has data for");
 }
 
 J2kImage makeImage(const J2kCodestream& codestream, const J2kDecodeOptions& options, std::optional<size_t> component)

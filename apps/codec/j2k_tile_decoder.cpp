@@ -3,6 +3,7 @@
 #include "codec/j2k_tile_decoder.h"
 
 #include <algorithm>
+#include <span>
 #include <string>
 #include <variant>
 
@@ -71,8 +72,8 @@ private:
     template <class T> J2kPlane<T> decodeComponentAs(size_t c);
     bool areTransformed() const;
     bool areAlike(const std::vector<AnyPlane>& planes);
-    void store(size_t first, std::vector<AnyPlane>& planes, bool areTransformed);
-    template <class T> void store(size_t first, std::vector<AnyPlane>& planes, bool areTransformed);
+    void store(size_t first, std::span<AnyPlane> planes, bool areTransformed);
+    template <class T> void store(size_t first, std::span<AnyPlane> planes, bool areTransformed);
 
     const J2kTile& tile_;
     const J2kDecodeOptions& options_;
@@ -109,7 +110,8 @@ AnyPlane TileDecoder::decodeComponent(size_t c)
 bool TileDecoder::areTransformed() const
 {
     return tile_.style.transformsComponents && options_.transformComponents && components_.size() >= 3 &&
-           !components_[0].rect.isEmpty();
+           std::none_of(components_.begin(), components_.begin() + 3,
+                        [](const J2kSamples& samples) { return samples.rect.isEmpty(); });
 }
 
 // The transform needs three planes of one size, from the same wavelet.
@@ -125,7 +127,7 @@ bool TileDecoder::areAlike(const std::vector<AnyPlane>& planes)
 }
 
 // `planes` are those of the components from `first` on.
-template <class T> void TileDecoder::store(size_t first, std::vector<AnyPlane>& planes, bool areTransformed)
+template <class T> void TileDecoder::store(size_t first, std::span<AnyPlane> planes, bool areTransformed)
 {
     uint32_t width = widthOf(planes[0]), height = heightOf(planes[0]);
     int strips = int((height + kRowsInStrip - 1) / kRowsInStrip);
@@ -145,7 +147,7 @@ template <class T> void TileDecoder::store(size_t first, std::vector<AnyPlane>& 
     });
 }
 
-void TileDecoder::store(size_t first, std::vector<AnyPlane>& planes, bool areTransformed)
+void TileDecoder::store(size_t first, std::span<AnyPlane> planes, bool areTransformed)
 {
     if (widthOf(planes[0]) == 0) return;
     std::holds_alternative<IntPlane>(planes[0]) ? store<int32_t>(first, planes, areTransformed)
@@ -159,15 +161,10 @@ void TileDecoder::decode()
         std::vector<AnyPlane> planes;
         for (; c < first + count; ++c)
             if (!components_[c].rect.isEmpty()) planes.push_back(decodeComponent(c));
-        if (planes.size() == 3 && areAlike(planes)) {
+        if (planes.size() == 3 && areAlike(planes))
             store(first, planes, true);
-            continue;
-        }
-        for (size_t i = 0; i < planes.size(); ++i) {
-            std::vector<AnyPlane> one;
-            one.push_back(std::move(planes[i]));
-            store(first + i, one, false);
-        }
+        else
+            for (size_t i = 0; i < planes.size(); ++i) store(first + i, std::span(planes).subspan(i, 1), false);
     }
     auto complain = [&](int count, const char* what) {
         if (count) warnings.push_back(std::to_string(count) + what);
