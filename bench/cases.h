@@ -15,6 +15,7 @@ void addCodecCases();
 void addJ2kEncodeCases();
 void addComponentTransformCases();
 void addWaveletCases();
+void addJ2kDecodeCases();
 void addSupportCases();
 
 }

@@ -79,6 +79,7 @@ void addCases()
     addJ2kEncodeCases();
     addComponentTransformCases();
     addWaveletCases();
+    addJ2kDecodeCases();
     addSupportCases();
 }
 

@@ -1,0 +1,119 @@
+// JPEG 2000 decoding of whole pictures beside OpenJPEG, of files that it made.
+#include <stdlib.h>
+
+#include <memory>
+
+#include <omp.h>
+
+#include "cases.h"
+#include "codec/j2k_reader.h"
+#include "contest.h"
+#include "openjpeg_peer.h"
+#include "samples.h"
+
+namespace qel::bench {
+namespace {
+
+using Peer = OpenJpegPicture;
+
+struct Coding {
+    const char* name;
+    bool irreversible;
+    float ratio; // of the samples' size to the file's; 0 for a lossless file
+};
+
+Peer::Image imageOf(const codec::Picture& picture)
+{
+    opj_image_cmptparm_t component = {};
+    component.dx = component.dy = 1;
+    component.w = OPJ_UINT32(picture.width()), component.h = OPJ_UINT32(picture.height());
+    component.prec = 8;
+    opj_image_cmptparm_t components[] = {component, component, component};
+    Peer::Image image(opj_image_create(3, components, OPJ_CLRSPC_SRGB));
+    require(image != nullptr, "OpenJPEG makes no image");
+    image->x1 = component.w, image->y1 = component.h;
+    for (size_t i = 0; i < picture.sizeInBytes(); ++i) image->comps[i % 3].data[i / 3] = picture.row(0)[i];
+    return image;
+}
+
+// A picture and its file.
+struct Source {
+    Source(const codec::Picture& original, const Coding& coding) : picture(original)
+    {
+        opj_cparameters_t parameters;
+        opj_set_default_encoder_parameters(&parameters);
+        parameters.irreversible = coding.irreversible;
+        parameters.tcp_mct = 1;
+        parameters.tcp_numlayers = 1;
+        parameters.cp_disto_alloc = 1;
+        parameters.tcp_rates[0] = coding.ratio;
+        Peer::Image image = imageOf(picture);
+        Peer::Codec codec(opj_create_compress(OPJ_CODEC_J2K));
+        Peer::Stream out = Peer::stream(file, false);
+        require(opj_setup_encoder(codec.get(), &parameters, image.get()) &&
+                    opj_start_compress(codec.get(), image.get(), out.get()) && opj_encode(codec.get(), out.get()) &&
+                    opj_end_compress(codec.get(), out.get()),
+                "OpenJPEG does not encode");
+    }
+    codec::Picture decode() const { return codec::decodeJ2k(file.bytes).picture; }
+    Peer::Image decodeWithPeer(int threads)
+    {
+        opj_dparameters_t parameters;
+        opj_set_default_decoder_parameters(&parameters);
+        Peer::Codec codec(opj_create_decompress(OPJ_CODEC_J2K));
+        Peer::Stream in = Peer::stream(file, true);
+        opj_image_t* read = nullptr;
+        bool isGood = opj_setup_decoder(codec.get(), &parameters) &&
+                      (threads == 1 || opj_codec_set_threads(codec.get(), threads)) &&
+                      opj_read_header(in.get(), codec.get(), &read);
+        Peer::Image image(read);
+        require(isGood && opj_decode(codec.get(), in.get(), read), "OpenJPEG does not decode");
+        return image;
+    }
+    void expectAlike()
+    {
+        codec::Picture ours = decode();
+        Peer::Image theirs = decodeWithPeer(1);
+        for (size_t i = 0; i < ours.sizeInBytes(); ++i)
+            require(abs(ours.row(0)[i] - theirs->comps[i % 3].data[i / 3]) <= 1, "the picture differs from the peer's");
+    }
+
+    const codec::Picture& picture;
+    Peer::File file;
+};
+
+Contest decoding(const codec::Picture& picture, const Coding& coding, int threads)
+{
+    auto s = std::make_shared<Source>(picture, coding);
+    Contest contest = {"pixel", double(picture.width()) * picture.height(), {}};
+    auto ours = [=] {
+        omp_set_num_threads(threads);
+        s->decode();
+        omp_set_num_threads(1);
+    };
+    contest.contestants = {{kLibrary, ours}, {"OpenJPEG", [=] { s->decodeWithPeer(threads); }}};
+    if (threads > 1) contest.clock = Clock::wall;
+    contest.check = [=] { s->expectAlike(); };
+    return contest;
+}
+
+}
+
+void addJ2kDecodeCases()
+{
+    static constexpr Coding kCodings[] = {{"lossless", false, 0}, {"9/7 2 bpp", true, 12}, {"9/7 0.5 bpp", true, 48}};
+    for (auto& named : pictures())
+        for (const Coding& coding : kCodings) {
+            std::string name = named.name + " " + coding.name;
+            addCase("codec/j2k_decode/" + name, [=, &named, &coding] { return decoding(named.picture, coding, 1); });
+            addCase("threads/codec/j2k_decode/" + name + "/peer",
+                    [=, &named, &coding] { return decoding(named.picture, coding, 2); });
+            addCase("threads/codec/j2k_decode/" + name, [=, &named, &coding] {
+                auto s = std::make_shared<Source>(named.picture, coding);
+                double pixels = double(named.picture.width()) * named.picture.height();
+                return oneAgainstTwo("pixel", pixels, [s] { s->decode(); });
+            });
+        }
+}
+
+}
