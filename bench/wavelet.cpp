@@ -1,4 +1,4 @@
-// Wavelets of tiles, five levels in place and one level to subbands, beside OpenJPEG's five levels. The unit is a
+// Wavelets of tiles, one level and five in place beside as many of OpenJPEG's, and one level to subbands. The unit is a
 // sample of the tile.
 #include "jpeg2k/wavelet53.h"
 #include "jpeg2k/wavelet97.h"
@@ -13,8 +13,6 @@
 
 namespace qel::bench {
 namespace {
-
-constexpr int kLevels = 5;
 
 // A tile with its work buffer.
 template <class T> struct Tile {
@@ -35,10 +33,10 @@ template <class T> struct Tile {
 };
 
 // transform(data, step, rectangle, buffer) for each level; `inverse` begins with the smallest.
-template <class T, class Transform> void levels(const Tile<T>& tile, bool inverse, Transform transform)
+template <class T, class Transform> void eachLevel(const Tile<T>& tile, int levels, bool inverse, Transform transform)
 {
-    for (int i = 0; i < kLevels; ++i) {
-        int level = inverse ? kLevels - 1 - i : i;
+    for (int i = 0; i < levels; ++i) {
+        int level = inverse ? levels - 1 - i : i;
         auto shrunk = [=](int length) { return (length + (1 << level) - 1) >> level; };
         QelRect rect = {0, 0, shrunk(tile.width), shrunk(tile.height)};
         transform((T*)tile.samples->data(), tile.step(), &rect, tile.buffer->data());
@@ -58,13 +56,14 @@ template <class Table, class T> struct Stage {
     FromBands<T> fromBands;
 };
 
-template <class Table, class T> Contest inPlace(const Stage<Table, T>& stage, bool inverse, int width, int height)
+template <class Table, class T>
+Contest inPlace(const Stage<Table, T>& stage, int levels, bool inverse, int width, int height)
 {
     Tile<T> tile(width, height);
     Contest contest = {"sample", double(width) * height, {}};
     auto function = inverse ? stage.inverse : stage.forward;
     auto add = [&](std::string name, auto transform) {
-        contest.contestants.push_back({name, [=] { levels(tile, inverse, transform); }});
+        contest.contestants.push_back({name, [=] { eachLevel(tile, levels, inverse, transform); }});
     };
     add(kLibrary, [=](auto... args) { succeed(function(args...)); });
     forBuilds<Table>([&](auto name, auto& build) {
@@ -74,7 +73,7 @@ template <class Table, class T> Contest inPlace(const Stage<Table, T>& stage, bo
         });
     });
     OpenJpegCoding coding = {.irreversible = stage.irreversible}, without = coding;
-    coding.resolutions = kLevels + 1;
+    coding.resolutions = levels + 1;
     contest.contestants.push_back(openJpegDifference(width, height, coding, without, inverse));
     return contest;
 }
@@ -110,7 +109,8 @@ template <class Table, class T> void addStage(const Stage<Table, T>& stage)
                 return std::string("wavelet/") + stage.name + (inverse ? " inverse" : " forward") + form + "/" +
                        size.name;
             };
-            addCase(name(""), [=] { return inPlace(stage, inverse, size.width, size.height); });
+            addCase(name(""), [=] { return inPlace(stage, 5, inverse, size.width, size.height); });
+            addCase(name(" one level"), [=] { return inPlace(stage, 1, inverse, size.width, size.height); });
             addCase(name(" bands"), [=] { return bands(stage, inverse, size.width, size.height); });
         }
 }

@@ -190,13 +190,13 @@ template <int N> struct PortableSimd {
         __builtin_memcpy(v, to, 64);
     }
 
-    // The lanes of `v` moved up by one, behind the last lane of `before`.
+    // Per block: the lanes of `v` moved up by one, behind the last lane of `before`.
     template <class V> static QEL_INLINE V shiftIn(V before, V v)
     {
-        constexpr int kLast = N / sizeof(v[0]) - 1;
+        constexpr int kPerBlock = kBlock / sizeof(v[0]);
         V shifted = v;
-        shifted[0] = before[kLast];
-        for (int i = 0; i < kLast; ++i) shifted[i + 1] = v[i];
+        for (int i = 0; i < int(N / sizeof(v[0])); ++i)
+            shifted[i] = i % kPerBlock == 0 ? before[i + kPerBlock - 1] : v[i - 1];
         return shifted;
     }
 
@@ -259,15 +259,21 @@ template <int N> struct PortableSimd {
         return gathered;
     }
 
-    // k * N bytes of interleaved elements to and from k registers, in order.
-    template <class V> static QEL_INLINE void load2(const uint8_t* p, V& a, V& b)
+    // Per block of lanes wider than a byte: the even lanes of `a`, then those of `b`; and the odd ones.
+    template <class V> static QEL_INLINE void unzip2(V& a, V& b)
     {
-        constexpr int kLanes = N / sizeof(a[0]);
-        auto first = load<V>(p), second = load<V>(p + N);
-        for (int i = 0; i < kLanes; ++i) {
-            V& from = 2 * i < kLanes ? first : second;
-            a[i] = from[2 * i % kLanes], b[i] = from[2 * i % kLanes + 1];
+        constexpr int kPerBlock = kBlock / sizeof(a[0]), kHalf = kPerBlock / 2;
+        V from[2] = {a, b};
+        for (int i = 0; i < int(N / sizeof(a[0])); ++i) {
+            int lane = i / kPerBlock * kPerBlock + i % kHalf * 2;
+            a[i] = from[i % kPerBlock / kHalf][lane], b[i] = from[i % kPerBlock / kHalf][lane + 1];
         }
+    }
+
+    // k * N bytes of interleaved elements to and from k registers, in order.
+    static QEL_INLINE void load2(const uint8_t* p, U8<N>& a, U8<N>& b)
+    {
+        for (int i = 0; i < N; ++i) a[i] = p[2 * i], b[i] = p[2 * i + 1];
     }
     template <class V> static QEL_INLINE void store2(uint8_t* p, V a, V b)
     {

@@ -107,8 +107,7 @@ template <> struct Simd<32> : GatheredBits, Interleaved<32, Simd<32>> {
 
     template <class V> static QEL_INLINE V shiftIn(V before, V v)
     {
-        __m256i blockBefore = _mm256_permute2x128_si256((__m256i)before, (__m256i)v, 0x21);
-        return (V)_mm256_alignr_epi8((__m256i)v, blockBefore, 16 - int(sizeof(v[0])));
+        return (V)_mm256_alignr_epi8((__m256i)v, (__m256i)before, 16 - int(sizeof(v[0])));
     }
     static QEL_INLINE S32<32> truncate(F32<32> v) { return (S32<32>)_mm256_cvttps_epi32((__m256)v); }
 

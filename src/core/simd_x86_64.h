@@ -35,20 +35,6 @@ template <class Index> constexpr WideTriples<Index> makeWideTriples()
 constexpr auto kTriplesOfBytes = makeWideTriples<uint8_t>();
 constexpr auto kTriplesOfWords = makeWideTriples<uint32_t>();
 
-// Indices into two registers: the last lane of the first, and on through the second.
-struct LastThenAll {
-    alignas(64) uint16_t words[32];
-    alignas(64) uint32_t doubleWords[16];
-};
-constexpr LastThenAll makeLastThenAll()
-{
-    LastThenAll t = {};
-    for (int i = 0; i < 32; ++i) t.words[i] = uint16_t(31 + i);
-    for (int i = 0; i < 16; ++i) t.doubleWords[i] = uint32_t(15 + i);
-    return t;
-}
-constexpr LastThenAll kLastThenAll = makeLastThenAll();
-
 template <> struct Simd<64> : GatheredBits, Interleaved<64, Simd<64>> {
     static QEL_INLINE S16<64> addSat(S16<64> a, S16<64> b)
     {
@@ -131,13 +117,10 @@ template <> struct Simd<64> : GatheredBits, Interleaved<64, Simd<64>> {
 
     template <class V> static QEL_INLINE V shiftIn(V before, V v)
     {
-        if constexpr (sizeof(v[0]) == 2) {
-            __m512i from = _mm512_load_si512(kLastThenAll.words);
-            return (V)_mm512_permutex2var_epi16((__m512i)before, from, (__m512i)v);
-        } else {
-            __m512i from = _mm512_load_si512(kLastThenAll.doubleWords);
-            return (V)_mm512_permutex2var_epi32((__m512i)before, from, (__m512i)v);
-        }
+        if constexpr (sizeof(v[0]) == 2)
+            return inBlocks<7, 8, 9, 10, 11, 12, 13, 14>(before, v);
+        else
+            return inBlocks<3, 4, 5, 6>(before, v);
     }
     static QEL_INLINE S32<64> truncate(F32<64> v) { return (S32<64>)_mm512_cvttps_epi32((__m512)v); }
 

@@ -83,19 +83,22 @@ template <int N, class Simd> struct Interleaved {
     {
         return Simd::inOrder(Simd::packUnsigned((S16<N>)((U16<N>)a >> 8), (S16<N>)((U16<N>)b >> 8)));
     }
-    template <class V> static QEL_INLINE void load2(const uint8_t* p, V& a, V& b)
+    static QEL_INLINE void load2(const uint8_t* p, U8<N>& a, U8<N>& b)
     {
-        auto first = load<V>(p), second = load<V>(p + N);
-        if constexpr (sizeof(a[0]) == 1) {
-            a = evenBytes(first, second);
-            b = oddBytes(first, second);
-        } else if constexpr (sizeof(a[0]) == 2) {
-            auto low = (S32<N>)first, high = (S32<N>)second;
-            a = (V)Simd::inOrder(Simd::pack(low << 16 >> 16, high << 16 >> 16));
-            b = (V)Simd::inOrder(Simd::pack(low >> 16, high >> 16));
+        auto first = load<U8<N>>(p), second = load<U8<N>>(p + N);
+        a = evenBytes(first, second), b = oddBytes(first, second);
+    }
+    template <class V> static QEL_INLINE void unzip2(V& a, V& b)
+    {
+        if constexpr (sizeof(a[0]) == 2) {
+            auto first = (S32<N>)a, second = (S32<N>)b;
+            a = (V)Simd::pack(first << 16 >> 16, second << 16 >> 16);
+            b = (V)Simd::pack(first >> 16, second >> 16);
         } else {
-            a = Simd::inOrder(inBlocks<0, 2, 4, 6>(first, second));
-            b = Simd::inOrder(inBlocks<1, 3, 5, 7>(first, second));
+            // Floats have a shuffle that takes two registers.
+            auto first = (F32<N>)a, second = (F32<N>)b;
+            a = (V)inBlocks<0, 2, 4, 6>(first, second);
+            b = (V)inBlocks<1, 3, 5, 7>(first, second);
         }
     }
     static QEL_INLINE void loadPairs3(const uint8_t* p, U8<N>* ab, U8<N>* c1)

@@ -19,17 +19,20 @@ template <class V, int kSlots> struct AboveLanes {
         return before;
     }
 };
-// Along a row the pairs are lanes: the one before is the neighbour.
+// Along a row the pairs are lanes: the one before is the neighbour in the block.
 template <class V, int kSlots> struct BesideLanes {
     V slots[kSlots];
 
     QEL_INLINE V operator()(int slot, V now)
     {
-        V before = Simd<sizeof(V)>::shiftIn(slots[slot], now);
+        V before = slots[slot];
+        if constexpr (sizeof(V) >= 16) before = Simd<sizeof(V)>::shiftIn(before, now);
         slots[slot] = now;
         return before;
     }
 };
+
+// Lifting has two halves, so that those of successive pairs can go side by side. All of 5/3 is in the first one.
 
 // 5/3 (T.800 F.3.8.2.1.1, F.4.8.1). Sums wrap.
 template <class T> struct Filter53 {
@@ -37,17 +40,25 @@ template <class T> struct Filter53 {
     template <int N> using Value = typename LanesOf<T, N>::Type;
     static constexpr int kLag = 0, kDelays = 2;
 
-    template <class V, class Before> static QEL_INLINE void forward(Before& before, V odd, V even, V& low, V& high)
+    template <class V, class Before> static QEL_INLINE void forwardFirst(Before& before, V odd, V even, V& low, V& high)
     {
         V evenBefore = before(0, even);
         high = V(odd - V(V(evenBefore + even) >> 1));
         low = V(evenBefore + V(V(before(1, high) + high + 2) >> 2));
     }
-    template <class V, class Before> static QEL_INLINE void inverse(Before& before, V low, V high, V& odd, V& even)
+    template <class V, class Before> static QEL_INLINE void inverseFirst(Before& before, V low, V high, V& odd, V& even)
     {
         V highBefore = before(0, high);
         even = V(low - V(V(highBefore + high + 2) >> 2));
         odd = V(highBefore + V(V(before(1, even) + even) >> 1));
+    }
+    template <class V, class Before> static QEL_INLINE void forwardSecond(Before&, V low1, V high1, V& low, V& high)
+    {
+        low = low1, high = high1;
+    }
+    template <class V, class Before> static QEL_INLINE void inverseSecond(Before&, V odd1, V even1, V& odd, V& even)
+    {
+        odd = odd1, even = even1;
     }
 
     template <int N> static QEL_INLINE Value<N> fromMemory(Value<N> samples) { return samples; }
@@ -58,25 +69,35 @@ template <class T> struct Filter53 {
 template <class A> struct Filter97 : A {
     static constexpr int kLag = 1, kDelays = 4;
 
-    template <class V, class Before> static QEL_INLINE void forward(Before& before, V odd, V even, V& low, V& high)
+    template <class V, class Before>
+    static QEL_INLINE void forwardFirst(Before& before, V odd, V even, V& low1, V& high1Before)
     {
         V evenBefore = before(0, even);
         V high1 = V(odd + A::times(A::kAlpha, evenBefore, even));
-        V high1Before = before(1, high1);
-        V low1 = V(evenBefore + A::times(A::kBeta, high1Before, high1));
+        high1Before = before(1, high1);
+        low1 = V(evenBefore + A::times(A::kBeta, high1Before, high1));
+    }
+    template <class V, class Before>
+    static QEL_INLINE void forwardSecond(Before& before, V low1, V high1Before, V& low, V& high)
+    {
         V low1Before = before(2, low1);
         V high2 = V(high1Before + A::times(A::kGamma, low1Before, low1));
         V low2 = V(low1Before + A::times(A::kDelta, before(3, high2), high2));
         low = A::times(A::kLow, low2);
         high = A::times(A::kHigh, high2);
     }
-    template <class V, class Before> static QEL_INLINE void inverse(Before& before, V low, V high, V& odd, V& even)
+    template <class V, class Before>
+    static QEL_INLINE void inverseFirst(Before& before, V low, V high, V& low1Before, V& high1)
     {
         V low2 = A::times(A::kHigh, low), high2 = A::times(A::kLow, high);
         V high2Before = before(0, high2);
         V low1 = V(low2 - A::times(A::kDelta, high2Before, high2));
-        V low1Before = before(1, low1);
-        V high1 = V(high2Before - A::times(A::kGamma, low1Before, low1));
+        low1Before = before(1, low1);
+        high1 = V(high2Before - A::times(A::kGamma, low1Before, low1));
+    }
+    template <class V, class Before>
+    static QEL_INLINE void inverseSecond(Before& before, V low1Before, V high1, V& odd, V& even)
+    {
         V high1Before = before(2, high1);
         even = V(low1Before - A::times(A::kBeta, high1Before, high1));
         odd = V(high1Before - A::times(A::kAlpha, before(3, even), even));
@@ -143,6 +164,28 @@ struct Rounded97 : Float97 {
         else
             return Simd<N>::truncate(values) ^ (values > kBound);
     }
+};
+
+template <class F, int N> using SamplesOf = typename LanesOf<typename F::Sample, N>::Type;
+template <class F, int N> using ValueOf = typename F::template Value<N>;
+
+template <class F, int N> QEL_INLINE ValueOf<F, N> read(const typename F::Sample* p)
+{
+    return F::template fromMemory<N>(load<SamplesOf<F, N>>(p));
+}
+template <class F, int N> QEL_INLINE void write(typename F::Sample* p, ValueOf<F, N> v)
+{
+    store(p, SamplesOf<F, N>(F::template toMemory<N>(v)));
+}
+
+// One of the two directions of a filter.
+template <class F> struct Forward : F {
+    template <class... Args> static QEL_INLINE void first(Args&... args) { F::forwardFirst(args...); }
+    template <class... Args> static QEL_INLINE void second(Args&... args) { F::forwardSecond(args...); }
+};
+template <class F> struct Inverse : F {
+    template <class... Args> static QEL_INLINE void first(Args&... args) { F::inverseFirst(args...); }
+    template <class... Args> static QEL_INLINE void second(Args&... args) { F::inverseSecond(args...); }
 };
 
 }

@@ -26,7 +26,11 @@ struct Line {
     QEL_INLINE ptrdiff_t inside(ptrdiff_t i) const
     {
         if (!mirrored) return i;
-        while (i < 0 || i >= length) i = i < 0 ? -i : 2 * (length - 1) - i;
+        do {
+            i = i < 0 ? -i : i;
+            ptrdiff_t reflected = 2 * (length - 1) - i;
+            i = i < reflected ? i : reflected;
+        } while (i < 0);
         return i;
     }
     // The same for places in the two halves.

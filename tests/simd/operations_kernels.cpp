@@ -125,15 +125,20 @@ template <class S, int N> struct Run {
             if (in[i] % 2) v[i] = some[in[i] / 2 % 8];
         store(out, S::truncate(v));
     }
-    template <class V> static void load2As(const uint8_t* in, uint8_t* out)
+    static void load2(const uint8_t* in, uint8_t* out)
     {
-        V a = {}, b = {};
+        U8<N> a = {}, b = {};
         S::load2(in, a, b);
         store(out, a), store(out + N, b);
     }
-    static void load2(const uint8_t* in, uint8_t* out) { load2As<U8<N>>(in, out); }
-    static void load2Words(const uint8_t* in, uint8_t* out) { load2As<S16<N>>(in, out); }
-    static void load2Floats(const uint8_t* in, uint8_t* out) { load2As<F32<N>>(in, out); }
+    template <class V> static void unzip2As(const uint8_t* in, uint8_t* out)
+    {
+        V a = at<V>(in, 0), b = at<V>(in, 1);
+        S::unzip2(a, b);
+        store(out, a), store(out + N, b);
+    }
+    static void unzip2Words(const uint8_t* in, uint8_t* out) { unzip2As<S16<N>>(in, out); }
+    static void unzip2Floats(const uint8_t* in, uint8_t* out) { unzip2As<F32<N>>(in, out); }
     template <class V> static void load3As(const uint8_t* in, uint8_t* out)
     {
         V a = {}, b = {}, c = {};
@@ -196,7 +201,7 @@ template <class S, int N> struct Run {
         QEL_OPERATION(N, storeHalves, 1, N), QEL_OPERATION(N, packSigned, 2, N), QEL_OPERATION(N, zip3, 3, 3 * N),     \
         QEL_OPERATION(N, unzip3, 3, 3 * N), QEL_OPERATION(N, permute, 64 / N, 64), QEL_OPERATION(N, gatherBits, 1, 8), \
         QEL_OPERATION(N, shiftIn16, 2, N), QEL_OPERATION(N, shiftIn32, 2, N), QEL_OPERATION(N, truncate, 1, N),        \
-        QEL_OPERATION(N, load2Words, 2, 2 * N), QEL_OPERATION(N, load2Floats, 2, 2 * N),                               \
+        QEL_OPERATION(N, unzip2Words, 2, 2 * N), QEL_OPERATION(N, unzip2Floats, 2, 2 * N),                             \
         QEL_OPERATION(N, load3Floats, 3, 3 * N), QEL_OPERATION(N, store3Floats, 3, 3 * N)
 
 constexpr SimdOperation kOperations[] = {
