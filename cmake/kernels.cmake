@@ -20,9 +20,9 @@ endfunction()
 
 if(CMAKE_SYSTEM_PROCESSOR MATCHES "^(x86_64|AMD64|i[3-6]86)$")
     qeljx_kernel_build(baseline 16 1 -msse2 -mfpmath=sse)
-    qeljx_kernel_build(avx2 32 1 -mavx2 -mbmi -mbmi2 -mpopcnt)
+    qeljx_kernel_build(avx2 32 1 -mavx2 -mbmi -mbmi2 -mlzcnt -mpopcnt)
     qeljx_kernel_build(avx512 64 1
-        -mavx2 -mbmi -mbmi2 -mpopcnt -mavx512f -mavx512bw -mavx512dq -mavx512vl -mavx512vbmi)
+        -mavx2 -mbmi -mbmi2 -mlzcnt -mpopcnt -mavx512f -mavx512bw -mavx512dq -mavx512vl -mavx512vbmi)
     # GCC 12 warns about the undefined registers inside its own AVX-512 header.
     target_compile_options(qeljx_kernels_avx512 PRIVATE
         $<$<CXX_COMPILER_ID:GNU>:-Wno-uninitialized> $<$<CXX_COMPILER_ID:GNU>:-Wno-maybe-uninitialized>)
@@ -45,7 +45,7 @@ if(QELJX_TESTS)
     # Only the tests link the emulated kernels; the libraries keep the real ones.
     if(QELJX_EMULATE_AVX512)
         qeljx_kernel_build(avx512_emulated 64 1
-            -mavx2 -mbmi -mbmi2 -mpopcnt -isystem ${PROJECT_SOURCE_DIR}/tests/emulation)
+            -mavx2 -mbmi -mbmi2 -mlzcnt -mpopcnt -isystem ${PROJECT_SOURCE_DIR}/tests/emulation)
         list(REMOVE_ITEM QELJX_TEST_KERNEL_BUILDS avx512)
         list(APPEND QELJX_TEST_KERNEL_BUILDS avx512_emulated)
     endif()

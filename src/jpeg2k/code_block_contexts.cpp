@@ -42,22 +42,25 @@ constexpr ContextTable<256> makeZeroCoding(Counts order)
     return table;
 }
 
-// What two opposite neighbours say about a sign, -1 to 1 (T.800 Table D.2).
-constexpr int contribution(unsigned flags, unsigned one, unsigned oneNegative, unsigned other, unsigned otherNegative)
+// What a neighbour says about a sign.
+constexpr int contribution(unsigned neighbours, unsigned one, unsigned signs, unsigned isNegative)
 {
-    int sum =
-        has(flags, one) * (1 - 2 * has(flags, oneNegative)) + has(flags, other) * (1 - 2 * has(flags, otherNegative));
-    return sum > 1 ? 1 : sum < -1 ? -1 : sum;
+    return has(neighbours, one) * (1 - 2 * has(signs, isNegative));
 }
+
+// T.800 Table D.2.
+constexpr int sign(int sum) { return (sum > 0) - (sum < 0); }
 
 // T.800 Table D.3.
 constexpr ContextTable<512> makeSignCoding()
 {
     ContextTable<512> table = {};
     for (unsigned i = 0; i < 512; ++i) {
-        unsigned flags = i << kSignShift;
-        int horizontal = contribution(flags, kLeft, kLeftNegative, kRight, kRightNegative);
-        int vertical = contribution(flags, kTop, kTopNegative, kBottom, kBottomNegative);
+        unsigned neighbours = i << kSignNeighbourShift, signs = i >> kSignNegativeShift;
+        int horizontal = sign(contribution(neighbours, kLeft, signs, kLeftNegative) +
+                              contribution(neighbours, kRight, signs, kRightNegative));
+        int vertical = sign(contribution(neighbours, kTop, signs, kTopNegative) +
+                            contribution(neighbours, kBottom, signs, kBottomNegative));
         bool isInverted = horizontal < 0 || (horizontal == 0 && vertical < 0);
         int context = horizontal == 0 ? vertical * vertical : 3 + horizontal * vertical;
         table.of[i] = uint32_t(kContextSign + context) | (isInverted ? kSignInverted : 0);
@@ -70,7 +73,7 @@ constexpr ContextTable<512> makeRefinement()
 {
     ContextTable<512> table = {};
     for (unsigned flags = 0; flags < 512; ++flags)
-        table.of[flags] = kContextRefinement + (has(flags, kRefined) ? 2u : has(flags, kNeighbours) ? 1u : 0u);
+        table.of[flags] = kContextRefinement + (has(flags, kRefinedBefore) ? 2u : flags != 0 ? 1u : 0u);
     return table;
 }
 

@@ -1,5 +1,6 @@
 #include "jpeg2k/mq_tables.h"
 
+#include "jpeg2k/mq_rows.h"
 #include "jpeg2k/mq_states.h"
 
 // clang-format off
@@ -36,8 +37,20 @@ constexpr MqStates makeMqStates()
     return states;
 }
 
+constexpr MqRows makeMqRows()
+{
+    MqRows rows = {};
+    for (uint32_t i = 0; i < 2 * 47; ++i) {
+        const auto& [qe, afterMps, afterLps, isSwitched] = owniEstimator_JPEG2K[i / 2];
+        uint32_t mps = i & 1;
+        rows.of[i] = {uint64_t(qe) << 48, mqRow(afterMps, mps), mqRow(afterLps, mps ^ isSwitched)};
+    }
+    return rows;
+}
+
 }
 
 constexpr MqStates kMqStates = makeMqStates();
+constexpr MqRows kMqRows = makeMqRows();
 
 }

@@ -1,8 +1,8 @@
-// What the coding passes know of each sample of a code-block and of its neighbours (T.800 D.3).
+// What the decoder knows of each sample of a code-block and of its neighbours (T.800 D.3).
 //
-// The flags of the four samples of a stripe column stand together, from the top; the columns of a stripe follow each
-// other with a column between the stripes, so that the flags of a stripe lie in the order of the scan. Samples beside
-// the block get flags too, which nobody reads.
+// A sample has a byte that tells which neighbours are significant, and a byte that tells of itself and of the signs of
+// neighbours. They are apart because contexts of the former need not wait for a sign to be decoded. A stripe has a row
+// of bytes of each kind, both in the order of the scan. Samples beside the block get flags too, which nobody reads.
 #pragma once
 
 #include <stddef.h>
@@ -12,100 +12,116 @@
 
 namespace qel {
 
-enum SampleFlag : unsigned {
-    kSignificant = 0x8000,
-    kVisited = 0x4000,    // by the significance propagation pass of this plane
-    kHasContext = 0x2000, // a neighbour is significant
-    kLeftNegative = 0x1000,
-    kRightNegative = 0x0800,
-    kTopNegative = 0x0400,
-    kBottomNegative = 0x0200,
-    kRefined = 0x0100, // at least once
-    // Significant neighbours.
-    kLeft = 0x0080,
-    kRight = 0x0040,
-    kTop = 0x0020,
-    kBottom = 0x0010,
-    kLeftTop = 0x0008,
-    kRightTop = 0x0004,
-    kLeftBottom = 0x0002,
-    kRightBottom = 0x0001,
-    kNeighbours = 0x00FF
+// Significant neighbours.
+enum NeighbourFlag : unsigned {
+    kLeft = 0x80,
+    kRight = 0x40,
+    kTop = 0x20,
+    kBottom = 0x10,
+    kLeftTop = 0x08,
+    kRightTop = 0x04,
+    kLeftBottom = 0x02,
+    kRightBottom = 0x01
 };
-constexpr int kSignShift = 4; // flags from kBottom up to kLeftNegative make an index
-constexpr unsigned kSignFlags = 0x1FF;
-constexpr unsigned kRefinementFlags = kRefined | kNeighbours;
+
+enum SampleFlag : unsigned {
+    kSignificant = 0x80,
+    kVisited = 0x40, // by the significance propagation pass of this plane
+    kRefined = 0x20, // at least once
+    kLeftNegative = 0x08,
+    kRightNegative = 0x04,
+    kTopNegative = 0x02,
+    kBottomNegative = 0x01,
+    kNegative = 0x0F
+};
 
 constexpr int kStripeHeight = 4;
-using FlagColumn = uint16_t[kStripeHeight];
+// Bytes of a stripe column, one for each row.
+using FlagColumn = uint8_t[kStripeHeight];
 
-// Columns from one stripe to the next. Rows of 32 bytes keep aligned what begins so.
-constexpr size_t flagPitch(int width) { return ((size_t)width + 1 + 3) / 4 * 4; }
-// Columns in front of the first one.
-constexpr size_t kFlagMargin = 4;
+// Columns of a row of flags, with one at least between the rows; multiples of 32 bytes stay aligned.
+constexpr size_t flagPitch(int width) { return ((size_t)width + 1 + 7) / 8 * 8; }
+// Columns in front of the first row.
+constexpr size_t kFlagMargin = 8;
 constexpr size_t flagBytes(int width, int height)
 {
     size_t stripes = ((size_t)height + kStripeHeight - 1) / kStripeHeight;
-    return (kFlagMargin + stripes * flagPitch(width)) * sizeof(FlagColumn);
+    return (kFlagMargin + 2 * stripes * flagPitch(width)) * sizeof(FlagColumn);
 }
 
-// What a sample that becomes significant sets in the stripe columns at its left, of its own, and at its right.
-struct StripeFlags {
+// What a sample sets in the stripe columns at its left, of its own, and at its right.
+struct FlagPattern {
     FlagColumn columns[3];
 };
-struct SignificanceFlags {
-    StripeFlags inStripe[2][kStripeHeight]; // by sign, row in the stripe
-    uint16_t above[2][3], below[2][3];      // by sign, column: what the top and the bottom row set beyond the stripe
+struct FlagPatterns {
+    FlagPattern neighbours[kStripeHeight]; // of a significant sample, by row
+    FlagPattern signs[kStripeHeight];      // of a negative one
 };
-constexpr SignificanceFlags makeSignificanceFlags()
+constexpr FlagPatterns makeFlagPatterns()
 {
-    SignificanceFlags flags = {};
-    for (unsigned negative = 0; negative < 2; ++negative) {
-        // By row and column of the neighbour, where it sees the sample.
-        const unsigned seen[3][3] = {
-            {kRightBottom, kBottom | negative * kBottomNegative, kLeftBottom},
-            {kRight | negative * kRightNegative, kSignificant, kLeft | negative * kLeftNegative},
-            {kRightTop, kTop | negative * kTopNegative, kLeftTop}};
-        for (int dy = -1; dy <= 1; ++dy)
-            for (int column = 0; column < 3; ++column) {
-                bool isSelf = dy == 0 && column == 1;
-                auto set = uint16_t(seen[dy + 1][column] | (isSelf ? 0u : unsigned(kHasContext)));
-                if (dy < 0) flags.above[negative][column] = set;
-                if (dy > 0) flags.below[negative][column] = set;
-                for (int row = 0; row < kStripeHeight; ++row)
-                    if (row + dy >= 0 && row + dy < kStripeHeight)
-                        flags.inStripe[negative][row].columns[column][row + dy] = set;
-            }
-    }
-    return flags;
+    // By row and column of the neighbour, where it sees the sample.
+    const uint8_t seen[3][3] = {{kRightBottom, kBottom, kLeftBottom}, {kRight, 0, kLeft}, {kRightTop, kTop, kLeftTop}};
+    const uint8_t signs[3][3] = {{0, kBottomNegative, 0}, {kRightNegative, 0, kLeftNegative}, {0, kTopNegative, 0}};
+    FlagPatterns patterns = {};
+    for (int row = 0; row < kStripeHeight; ++row)
+        for (int near = row - 1; near <= row + 1; ++near)
+            for (int column = 0; column < 3; ++column)
+                if (near >= 0 && near < kStripeHeight) {
+                    patterns.neighbours[row].columns[column][near] = seen[near - row + 1][column];
+                    patterns.signs[row].columns[column][near] = signs[near - row + 1][column];
+                }
+    return patterns;
 }
-constexpr SignificanceFlags kSignificanceFlags = makeSignificanceFlags();
+constexpr FlagPatterns kFlagPatterns = makeFlagPatterns();
 
-QEL_INLINE void setFlags(FlagColumn* column, const FlagColumn& flags)
-{
-    uint64_t old, set;
-    __builtin_memcpy(&old, column, sizeof old);
-    __builtin_memcpy(&set, flags, sizeof set);
-    old |= set;
-    __builtin_memcpy(column, &old, sizeof old);
-}
-
-// A stripe of the flags, and the stripes that its edges reach into.
+// The rows of a stripe from one of its columns on.
 struct FlagStripe {
-    FlagColumn* columns;
-    FlagColumn* above; // null for the first stripe, and where contexts are vertically causal
-    FlagColumn* below; // null for the last stripe
+    FlagColumn *neighbours, *samples;
+    // What a sample of each row sets in the next stripe, above or below: in the columns at its left, of its own, at its
+    // right, and there for a negative one. Rows that reach nothing set nothing, somewhere.
+    ptrdiff_t reach[kStripeHeight]; // bytes from its column to there
+    uint8_t beyond[kStripeHeight][4];
+
+    // The distances of the stripes above and below in columns; 0 where there is none, or it is not to know.
+    QEL_INLINE void setReach(ptrdiff_t above, ptrdiff_t below)
+    {
+        ptrdiff_t up = 4 * above + 3, down = 4 * below;
+        reach[0] = reach[1] = above ? up : down;
+        reach[2] = reach[3] = below ? down : up;
+        __builtin_memset(beyond, 0, sizeof beyond);
+        if (above)
+            beyond[0][0] = kRightBottom, beyond[0][1] = kBottom, beyond[0][2] = kLeftBottom,
+            beyond[0][3] = kBottomNegative;
+        if (below) beyond[3][0] = kRightTop, beyond[3][1] = kTop, beyond[3][2] = kLeftTop, beyond[3][3] = kTopNegative;
+    }
 
     // The sample becomes significant.
-    QEL_INLINE void setSignificant(ptrdiff_t column, int row, bool isNegative) const
+    QEL_INLINE void setSignificant(unsigned column, unsigned row) const
     {
-        const StripeFlags& set = kSignificanceFlags.inStripe[isNegative][row];
-        for (int i = 0; i < 3; ++i) setFlags(columns + column - 1 + i, set.columns[i]);
-        if (row == 0 && above != nullptr)
-            for (int i = 0; i < 3; ++i)
-                above[column - 1 + i][kStripeHeight - 1] |= kSignificanceFlags.above[isNegative][i];
-        if (row == kStripeHeight - 1 && below != nullptr)
-            for (int i = 0; i < 3; ++i) below[column - 1 + i][0] |= kSignificanceFlags.below[isNegative][i];
+        setColumns(neighbours + column, kFlagPatterns.neighbours[row], ~0u);
+        auto* there = (uint8_t*)(neighbours + column) + reach[row];
+        there[-4] |= beyond[row][0], there[0] |= beyond[row][1], there[4] |= beyond[row][2];
+    }
+
+    // The sign of a sample that has become significant.
+    QEL_INLINE void setSign(unsigned column, unsigned row, unsigned isNegative) const
+    {
+        setColumns(samples + column, kFlagPatterns.signs[row], -isNegative);
+        auto* there = (uint8_t*)(samples + column) + reach[row];
+        *there |= uint8_t(beyond[row][3] & -isNegative);
+    }
+
+private:
+    static QEL_INLINE void setColumns(FlagColumn* columns, const FlagPattern& pattern, uint32_t mask)
+    {
+#pragma GCC unroll 3
+        for (int i = 0; i < 3; ++i) {
+            uint32_t old, set;
+            __builtin_memcpy(&old, columns + i - 1, sizeof old);
+            __builtin_memcpy(&set, pattern.columns[i], sizeof set);
+            old |= set & mask;
+            __builtin_memcpy(columns + i - 1, &old, sizeof old);
+        }
     }
 };
 
