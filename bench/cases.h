@@ -16,6 +16,7 @@ void addJ2kEncodeCases();
 void addComponentTransformCases();
 void addWaveletCases();
 void addJ2kDecodeCases();
+void addCodeBlockCases();
 void addSupportCases();
 
 }

@@ -80,6 +80,7 @@ void addCases()
     addComponentTransformCases();
     addWaveletCases();
     addJ2kDecodeCases();
+    addCodeBlockCases();
     addSupportCases();
 }
 

@@ -36,7 +36,7 @@ class Case:
         ns = self.ns[name]
         if self.unit == "block":
             return f"{ns * self.clock:.1f} cycles"
-        if self.unit == "symbol":
+        if self.unit in ("symbol", "decision"):
             return f"{ns:.2f} ns"
         return f"{1 / ns:.2f} G/s" if ns < 1 else f"{1e3 / ns:.0f} M/s"
 

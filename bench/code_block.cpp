@@ -1,0 +1,181 @@
+// Decoding of code-blocks beside OpenJPEG, on the blocks of its own file: the wavelet coefficients of pictures. The
+// unit is a decision of the entropy decoder (or a raw bit), as counted by a decoder that takes one at a time.
+#include <algorithm>
+#include <memory>
+
+#include "cases.h"
+#include "code_block_reference.h"
+#include "codec/j2k_file.h"
+#include "codec/j2k_packets.h"
+#include "contest.h"
+#include "openjpeg_coefficients.h"
+#include "qeljx/jpeg2k_coding.h"
+#include "qeljx/jpeg2k_transform.h"
+#include "samples.h"
+
+namespace qel::bench {
+namespace {
+
+// Five levels of 5/3 of the green channel, and what a quantizer of the given step leaves of it.
+Coefficients coefficientsOf(const codec::Picture& picture, int step)
+{
+    Coefficients made = {picture.width(), picture.height(), {}};
+    for (int y = 0; y < made.height; ++y)
+        for (int x = 0; x < made.width; ++x) made.values.push_back(picture.row(y)[3 * x + 1] - 128);
+    std::vector<uint8_t> buffer(8 * size_t(std::max(made.width, made.height)) + 16);
+    QelRect rect = {0, 0, made.width, made.height};
+    for (int level = 0; level < 5; ++level) {
+        succeed(qeliWTFwd_B53_JPEG2K_32s_C1IR(made.values.data(), made.width * 4, &rect, buffer.data()));
+        rect.width = (rect.width + 1) / 2, rect.height = (rect.height + 1) / 2;
+    }
+    for (int32_t& value : made.values) value = std::clamp(value / step, -2047, 2047);
+    return made;
+}
+
+struct Block {
+    test::CodedBlock coded;
+    int x, y;
+    std::vector<uint32_t> lengths;
+    std::vector<uint8_t> bytes;
+};
+
+int libraryStyle(int codStyle)
+{
+    using namespace codec::j2k_style;
+    const struct {
+        int cod, library;
+    } styles[] = {{kBypass, JPEG2K_BYPASS},
+                  {kReset, JPEG2K_RESET_EVERY_PASS},
+                  {kTerminateEvery, JPEG2K_TERMINATE_EVERY_PASS},
+                  {kVerticallyCausal, JPEG2K_VERTICALLY_CAUSAL},
+                  {kPredictableTermination, JPEG2K_PREDICTABLE_TERMINATION},
+                  {kSegmentationSymbols, JPEG2K_SEGMENTATION_SYMBOLS}};
+    int style = 0;
+    for (auto& one : styles)
+        if (codStyle & one.cod) style |= one.library;
+    return style;
+}
+
+std::vector<Block> blocksOf(const std::vector<uint8_t>& file, int style)
+{
+    std::vector<Block> blocks;
+    codec::J2kFile opened = codec::openJ2k(file);
+    auto tile = codec::readJ2kTile(*opened.codestream, 0);
+    tile.components[0].resolutions[0].forCodedBlocks([&](const codec::J2kBand& band, const codec::J2kCodeBlock& from) {
+        Block block = {{from.width, from.height, int(band.kind), band.bitPlanes - from.zeroBitPlanes,
+                        int(from.passes()), libraryStyle(style)},
+                       int(from.x),
+                       int(from.y),
+                       {},
+                       {}};
+        for (codec::Bytes piece : from.data) block.bytes.insert(block.bytes.end(), piece.begin(), piece.end());
+        auto next = block.bytes.begin();
+        for (auto& segment : from.segments) {
+            block.lengths.push_back(segment.length);
+            block.coded.segments.emplace_back(next, next + segment.length);
+            next += segment.length;
+        }
+        blocks.push_back(block);
+    });
+    return blocks;
+}
+
+struct CountingMq : test::StandardMq {
+    static inline double count = 0;
+    int next(int context) { return ++count, StandardMq::next(context); }
+};
+
+class Work {
+public:
+    Work(const Coefficients& coefficients, int blockSize, int style)
+        : peer(coefficients, blockSize, style), original_(coefficients), blocks_(blocksOf(peer.file(), style)),
+          decoded_(coefficients.values.size())
+    {
+        int bytes = 0;
+        succeed(qeliDecodeGetBufSize_JPEG2K({blockSize, blockSize}, &bytes));
+        bufferBytes_ = size_t(bytes);
+    }
+
+    OpenJpegCoefficients peer;
+
+    // Blocks do not depend on each other.
+    void decode()
+    {
+        std::vector<uint8_t> buffer(bufferBytes_);
+#pragma omp parallel for schedule(dynamic) firstprivate(buffer)
+        for (const Block& block : blocks_) decode(block, buffer.data());
+    }
+    double samples() const { return double(decoded_.size()); }
+    double decisions() const
+    {
+        CountingMq::count = 0;
+        for (const Block& block : blocks_) test::decodeReference<CountingMq>(block.coded);
+        return CountingMq::count;
+    }
+    void check()
+    {
+        decode();
+        auto valueOf = [](int32_t coded) { return coded < 0 ? -(coded & INT32_MAX) : coded; };
+        std::vector<int32_t> values(decoded_.size());
+        std::transform(decoded_.begin(), decoded_.end(), values.begin(), valueOf);
+        require(values == original_.values && peer.decode() == values, "the coefficients differ from the peer's");
+    }
+
+private:
+    void decode(const Block& block, uint8_t* buffer)
+    {
+        auto& coded = block.coded;
+        int32_t* dst = decoded_.data() + ptrdiff_t(block.y) * original_.width + block.x;
+        succeed(qeliDecodeCodeBlock_JPEG2K_1u32s_C1R(block.bytes.data(), dst, original_.width * 4,
+                                                     {coded.width, coded.height}, coded.bandType, coded.planes,
+                                                     coded.passes, block.lengths.data(), int(block.lengths.size()),
+                                                     coded.style, nullptr, (QelDecodeCBProgrState*)buffer));
+    }
+
+    Coefficients original_;
+    std::vector<Block> blocks_;
+    std::vector<int32_t> decoded_;
+    size_t bufferBytes_;
+};
+
+void add(const std::string& name, const NamedPicture& named, int step, int blockSize, int style)
+{
+    auto make = [&named, step, blockSize, style] {
+        return std::make_shared<Work>(coefficientsOf(named.picture, step), blockSize, style);
+    };
+    addCase("code_block/decode/" + name, [=] {
+        auto work = make();
+        Contest contest = {"decision", work->decisions(), {}};
+        contest.contestants = {{kLibrary, [=] { work->decode(); }}, {"OpenJPEG", [=] { work->peer.decode(); }}};
+        contest.check = [=] { work->check(); };
+        return contest;
+    });
+}
+
+}
+
+void addCodeBlockCases()
+{
+    using namespace codec::j2k_style;
+    for (auto& named : pictures()) {
+        add(named.name + " lossless/64x64", named, 1, 64, 0);
+        add(named.name + " step 16/64x64", named, 16, 64, 0);
+    }
+    add("noise/64x64", noise(), 1, 64, 0);
+    const auto& named = pictures().front();
+    add("lossless/32x32", named, 1, 32, 0);
+    const struct {
+        const char* name;
+        int style;
+    } styles[] = {{"bypass", kBypass},
+                  {"bypass, every pass terminated", kBypass | kTerminateEvery},
+                  {"every pass terminated, reset", kTerminateEvery | kReset},
+                  {"causal, segmentation symbols", kVerticallyCausal | kSegmentationSymbols}};
+    for (auto& style : styles) add(std::string("lossless ") + style.name + "/64x64", named, 1, 64, style.style);
+    addCase("threads/code_block/decode/64x64", [&named] {
+        auto work = std::make_shared<Work>(coefficientsOf(named.picture, 1), 64, 0);
+        return oneAgainstTwo("sample", work->samples(), [=] { work->decode(); });
+    });
+}
+
+}
