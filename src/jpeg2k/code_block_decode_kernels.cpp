@@ -59,7 +59,7 @@ struct RawSource {
 // The value of a sample that becomes significant in a plane.
 constexpr uint32_t bitAndHalf(int plane) { return plane > 31 ? 0 : uint32_t(uint64_t(3) << plane >> 1) & INT32_MAX; }
 
-// In the later ones of the scan, the samples beside one of the given row.
+// By row, the neighbours of a sample that come later in the scan.
 constexpr uint64_t kLaterNeighbours[kStripeHeight] = {0b110010, 0b111010, 0b111010, 0b011000};
 
 // 16 columns of a stripe, or what is left of it. Samples are bits of masks.
@@ -98,7 +98,7 @@ struct Group {
     }
 };
 
-// What the flags of a group say at first.
+// What the flags of a group say before it is visited.
 struct GroupMasks {
     uint64_t significant, visited, near;
 
@@ -125,8 +125,8 @@ QEL_INLINE uint64_t reachedBehind(uint64_t significant)
     return (last | last << 1 | last >> 1) & 15;
 }
 
-// visit(group, masks), which returns the samples that have become significant, in the order of the scan. The masks are
-// taken before the group in front is visited: a vector would wait long for the single stores into it.
+// visit(group, masks) in the order of the scan; it returns the samples that have become significant. The masks are
+// taken before the group in front is visited: a load of many bytes waits long for stores of a few into them.
 template <class Visit> QEL_INLINE void forGroups(DecodeCBProgrState* state, Visit visit)
 {
     const bool isCausal = state->style & JPEG2K_VERTICALLY_CAUSAL;

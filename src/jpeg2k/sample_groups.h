@@ -12,7 +12,7 @@ namespace {
 constexpr int kGroupColumns = 16;
 constexpr uint64_t kTopRow = 0x1111111111111111;
 
-// The samples whose byte is chosen: byteMask(register) gives the bytes with the highest bit where it is.
+// The samples whose byte has its highest bit in choose(bytes).
 template <class Choose> QEL_INLINE uint64_t samplesWhere(const FlagColumn* columns, Choose choose)
 {
     constexpr int kBytes = QEL_WIDTH < 16 ? 16 : QEL_WIDTH;
