@@ -1,5 +1,5 @@
 // Decoding of code-blocks beside OpenJPEG, on the blocks of its own file: the wavelet coefficients of pictures. The
-// unit is a decision of the entropy decoder (or a raw bit), as counted by a decoder that takes one at a time.
+// unit is a decision of the MQ decoder, as counted by one that takes them singly; raw bits do not count.
 #include <algorithm>
 #include <memory>
 
