@@ -250,7 +250,8 @@ template <int N> struct PortableSimd {
         __builtin_memcpy(upper, (const uint8_t*)&v + N / 2, N / 2);
     }
 
-    // The bits of `bits` where `from` has ones, moved together to the low end.
+    // The bits of `bits` where `from` has ones, moved together to the low end. Not fast everywhere.
+    static constexpr bool kGathersFast = false;
     static QEL_INLINE uint64_t gatherBits(uint64_t bits, uint64_t from)
     {
         uint64_t gathered = 0;

@@ -121,14 +121,16 @@ template <int N, class Simd> struct Interleaved {
 };
 
 struct GatheredBits {
+#if defined(__BMI2__) && defined(__x86_64__)
+    static constexpr bool kGathersFast = true;
+    static QEL_INLINE uint64_t gatherBits(uint64_t bits, uint64_t from) { return _pext_u64(bits, from); }
+#else
+    static constexpr bool kGathersFast = false;
     static QEL_INLINE uint64_t gatherBits(uint64_t bits, uint64_t from)
     {
-#if defined(__BMI2__) && defined(__x86_64__)
-        return _pext_u64(bits, from);
-#else
         return PortableSimd<16>::gatherBits(bits, from);
-#endif
     }
+#endif
 };
 
 // From products rounded with ties up, and their low halves: a tie has 0x4000 in its last 15 bits.

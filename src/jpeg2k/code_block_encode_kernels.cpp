@@ -1,22 +1,20 @@
 // Kernels of code-block encoding.
 #include "jpeg2k/code_block_encode.h"
 
+#include "core/big_endian.h"
+#include "core/select.h"
 #include "jpeg2k/distortion_tables.h"
 #include "jpeg2k/mq_states.h"
-#include "jpeg2k/sample_sets.h"
+#include "jpeg2k/recorded_bytes.h"
 
 namespace qel {
 namespace QEL_BUILD {
 namespace {
 
-constexpr int N = QEL_WIDTH < 16 ? 16 : QEL_WIDTH;
 constexpr int kColumns = 16, kRows = 4;
 
 // Other bands have the contexts of LL.
 constexpr int kBandHL = 2, kBandHH = 3;
-
-// Decisions as they are recorded, less their lowest bits.
-constexpr uint8_t kUniform = kContextUniform << 1, kRunLength = kContextRunLength << 1;
 
 QEL_INLINE uint64_t firstBits(int count) { return count >= 64 ? ~uint64_t(0) : (uint64_t(1) << count) - 1; }
 
@@ -30,32 +28,6 @@ template <class Body> QEL_INLINE void eachWord(const BlockMaps& maps, Body body)
             body(s * maps.stride() + w, rows & firstBits(w + 1 < maps.words ? 64 : kRows * lastColumns));
     }
 }
-
-// body(sample) for each of a set, in order.
-template <class Body> QEL_INLINE void eachSample(uint64_t set, Body body)
-{
-    for (; set != 0; set &= set - 1) body(__builtin_ctzll(set));
-}
-
-// The bytes that are recorded for the samples of a word.
-struct Bytes64 {
-    uint8_t of[64];
-
-    template <int kBits> QEL_INLINE void fill(const Decisions& decisions, uint8_t offset = 0)
-    {
-        for (int i = 0; i < 64; i += 8) {
-            uint64_t bytes = 0;
-            for (int k = 0; k < kBits; ++k) bytes |= spread(decisions.bit[k] >> i & 0xFF) << k;
-            store(of + i, bytes | offset * 0x0101010101010101);
-        }
-    }
-    // A byte for each of eight bits.
-    static QEL_INLINE uint64_t spread(uint64_t bits)
-    {
-        uint64_t each = bits * 0x0101010101010101 & 0x8040201008040201;
-        return (each + 0x7F7F7F7F7F7F7F7F) >> 7 & 0x0101010101010101;
-    }
-};
 
 // Sums table entries by the six bits of the magnitude below a plane.
 class Reduction {
@@ -95,28 +67,6 @@ QEL_INLINE const int32_t* refinementTable(const PassMode& mode)
     return mode.isExact ? FmLossless_LUT.entries : FmLossy_LUT.entries;
 }
 
-// Zero and sign coding of a word's samples.
-template <Coding kCoding> struct SampleBytes {
-    Bytes64 zero, sign;
-
-    QEL_INLINE void fill(const Neighbours& n, const Surroundings& signs, uint64_t plane, uint64_t added)
-    {
-        if constexpr (kCoding == Coding::raw) {
-            zero.fill<1>({{plane}});
-            if (added != 0) sign.fill<1>({{signs.here}});
-        } else {
-            zero.fill<5>(zeroCoding<kCoding>(n, plane));
-            if (added != 0) sign.fill<5>(signCoding(n, signs.neighbours(signs.here), signs.here));
-        }
-    }
-    QEL_INLINE uint8_t* put(int i, uint64_t added, uint8_t* out) const
-    {
-        out[0] = zero.of[i];
-        out[1] = sign.of[i];
-        return out + 1 + (added >> i & 1);
-    }
-};
-
 QEL_INLINE uint64_t seenBelow(const PassMode& mode) { return mode.isCausal ? 0 : ~uint64_t(0); }
 
 template <Coding kCoding> PassRecord significancePass(const BlockMaps& maps, const PassMode& mode, uint8_t* out)
@@ -126,6 +76,8 @@ template <Coding kCoding> PassRecord significancePass(const BlockMaps& maps, con
     Reduction reduction(maps, mode);
     eachWord(maps, [&](ptrdiff_t w, uint64_t samples) {
         auto around = Surroundings::of(significant + w, maps.stride(), seenBelow(mode));
+        visited[w] = 0;
+        if (around.isEmpty()) return;
         uint64_t insignificant = samples & ~around.here, plane = planes[w], added = 0;
         uint64_t members = around.neighbours(around.here).any() & insignificant;
         // Those that become significant bring in later neighbours: below, and in the column to the right.
@@ -138,10 +90,15 @@ template <Coding kCoding> PassRecord significancePass(const BlockMaps& maps, con
         visited[w] = members;
         if (members == 0) return;
         significant[w] |= added;
-        SampleBytes<kCoding> bytes;
-        bytes.fill(around.neighbours(significant[w]), Surroundings::of(signs + w, maps.stride(), seenBelow(mode)),
-                   plane, added);
-        eachSample(members, [&](int i) { out = bytes.put(i, added, out); });
+        auto neighbours = around.neighbours(significant[w]);
+        SampleBytes bytes;
+        if constexpr (kCoding == Coding::raw)
+            bytes.zero.fill<1>({{plane}});
+        else
+            bytes.zero.fill<5>(zeroCoding<kCoding>(neighbours, plane));
+        if (added != 0)
+            bytes.fillSigns<kCoding>(neighbours, Surroundings::of(signs + w, maps.stride(), seenBelow(mode)));
+        out = bytes.put(members, added, out);
         reduction.add(added, w, significanceTable(mode));
     });
     return {out, reduction.sum};
@@ -164,7 +121,7 @@ template <bool kRaw> PassRecord refinementPass(const BlockMaps& maps, const Pass
             bytes.fill<3>(refinementCoding(around.neighbours(around.here).any(), refined[w], plane),
                           kContextRefinement << 1);
         }
-        eachSample(members, [&](int i) { *out++ = bytes.of[i]; });
+        out = bytes.put(members, out);
         refined[w] |= members;
         reduction.add(members & ~plane, w, refinementTable(mode));
         reduction.add(members & plane, w, refinementTable(mode) + 64);
@@ -180,21 +137,6 @@ QEL_INLINE uint64_t behindFirst(uint64_t set)
     return set << 1 & ~kTopRow;
 }
 
-// A column of four samples without significant neighbours: whether one becomes significant, and which.
-QEL_INLINE uint8_t* putRun(uint64_t column, const uint8_t* signs, uint8_t* out)
-{
-    if (column == 0) {
-        *out = kRunLength;
-        return out + 1;
-    }
-    int first = __builtin_ctzll(column);
-    out[0] = kRunLength | 1;
-    out[1] = uint8_t(kUniform | first >> 1);
-    out[2] = uint8_t(kUniform | (first & 1));
-    out[3] = signs[first];
-    return out + 4;
-}
-
 template <Coding kCoding> PassRecord cleanupPass(const BlockMaps& maps, const PassMode& mode, uint8_t* out)
 {
     uint64_t* significant = maps.map(BlockMaps::kSignificant);
@@ -205,22 +147,28 @@ template <Coding kCoding> PassRecord cleanupPass(const BlockMaps& maps, const Pa
         auto around = Surroundings::of(significant + w, maps.stride(), seenBelow(mode));
         uint64_t members = samples & ~around.here & ~visited[w], added = members & planes[w];
         if (members == 0) return;
+        if (added == 0 && around.isEmpty() && samples == ~uint64_t(0)) {
+            // Nothing but runs, in all columns.
+            store(out, U8<16>{} + uint8_t(kContextRunLength << 1));
+            out += kColumns;
+            return;
+        }
         significant[w] |= added;
         auto neighbours = around.neighbours(significant[w]);
         auto before = around.neighbours(around.here);
         // Runs: whole columns of four without a neighbour when the scan comes to them.
         uint64_t busy =
             neighbours.left | neighbours.upLeft | neighbours.downLeft | before.any() | around.here | ~samples;
-        uint64_t runs = ~wholeColumns(busy);
-        members = (members & ~runs) | (runs & (kTopRow | behindFirst(added & runs)));
-        SampleBytes<kCoding> bytes;
-        bytes.fill(neighbours, Surroundings::of(signs + w, maps.stride(), seenBelow(mode)), planes[w], added);
-        eachSample(members, [&](int i) {
-            if (runs & kTopRow & uint64_t(1) << i)
-                out = putRun(added >> i & 15, bytes.sign.of + i, out);
-            else
-                out = bytes.put(i, added, out);
-        });
+        uint64_t runs = ~wholeColumns(busy), ends = added & runs;
+        ends &= ~behindFirst(ends);
+        members &= ~runs | kTopRow | behindFirst(ends);
+        auto decisions = zeroCoding<kCoding>(neighbours, planes[w]);
+        decisions.replace(runs & kTopRow, wholeColumns(ends), kContextRunLength);
+        SampleBytes bytes;
+        bytes.zero.fill<5>(decisions);
+        if (added != 0)
+            bytes.fillSigns<kCoding>(neighbours, Surroundings::of(signs + w, maps.stride(), seenBelow(mode)));
+        out = bytes.putRuns(members, added, ends, out);
         reduction.add(added, w, significanceTable(mode));
     });
     return {out, reduction.sum};
@@ -246,74 +194,86 @@ PassRecord cleanup(const BlockMaps& maps, const PassMode& mode, uint8_t* out)
     return cleanupPass<Coding::ll>(maps, mode, out);
 }
 
-// The magnitudes' bytes of a word, most significant first, in the order of the scan.
+// The bytes of a word's coefficients as they lie in memory, each in the order of the scan; and their union.
 struct WordBytes {
-    uint8_t of[4][64];
+    alignas(64) uint8_t of[4][64];
+    U8<16> all;
+
+    // Four columns of four rows, row by row: those of `first` on.
+    QEL_INLINE void gather(const U8<16> (&rows)[4], int first)
+    {
+        auto byBytes = [&](int r) { return inBlocks<0, 4, 8, 12, 1, 5, 9, 13, 2, 6, 10, 14, 3, 7, 11, 15>(rows[r]); };
+        U8<16> r0 = byBytes(0), r1 = byBytes(1), r2 = byBytes(2), r3 = byBytes(3);
+        using Op = Simd<16>;
+        U8<16> even = Op::zipLow(r0, r2), odd = Op::zipLow(r1, r3);
+        store(of[0] + 4 * first, Op::zipLow(even, odd)), store(of[1] + 4 * first, Op::zipHigh(even, odd));
+        even = Op::zipHigh(r0, r2), odd = Op::zipHigh(r1, r3);
+        store(of[2] + 4 * first, Op::zipLow(even, odd)), store(of[3] + 4 * first, Op::zipHigh(even, odd));
+        all |= rows[0] | rows[1] | rows[2] | rows[3];
+    }
 };
-QEL_INLINE uint32_t gather(const int32_t* src, int srcStep, int columns, int rows, WordBytes& bytes)
+
+QEL_INLINE void fill(WordBytes& bytes, const uint8_t* src, int srcStep, int columns, int rows)
 {
-    uint32_t all = 0;
-    for (int r = 0; r < rows; ++r)
-        for (int c = 0; c < columns; ++c) {
-            auto value = load<uint32_t>((const uint8_t*)src + (ptrdiff_t)r * srcStep + 4 * c);
-            all |= value;
-            for (int k = 0; k < 4; ++k) bytes.of[k][kRows * c + r] = uint8_t(value >> (24 - 8 * k));
+    bytes.all = U8<16>{};
+    for (int c = 0; c < kColumns; c += 4) {
+        U8<16> four[4] = {};
+        for (int r = 0; r < rows; ++r) {
+            const uint8_t* from = src + (ptrdiff_t)r * srcStep + 4 * c;
+            if (columns - c >= 4)
+                four[r] = load<U8<16>>(from);
+            else if (columns > c)
+                __builtin_memcpy(&four[r], from, size_t(4 * (columns - c)));
         }
-    return all;
+        bytes.gather(four, c);
+    }
 }
 
 uint32_t loadMaps(const int32_t* src, int srcStep, int lowest, const BlockMaps& maps)
 {
     __builtin_memset(maps.first, 0, size_t(BlockMaps::kMaps * maps.size()) * sizeof(uint64_t));
-    uint32_t all = 0;
-    for (int s = 0; s < maps.stripes; ++s)
-        for (int w = 0; w < maps.words; ++w) {
-            WordBytes bytes = {};
-            auto* corner = (const int32_t*)((const uint8_t*)src + (ptrdiff_t)kRows * s * srcStep) + kColumns * w;
-            int columns = maps.width - kColumns * w, rows = maps.height - kRows * s;
-            all |= gather(corner, srcStep, columns < kColumns ? columns : kColumns, rows < kRows ? rows : kRows, bytes);
-            for (int plane = 31; plane >= lowest; --plane) {
-                uint64_t set = 0;
-                uint8_t* p = bytes.of[(31 - plane) / 8];
-                for (int i = 0; i < 64; i += N) {
-                    auto v = load<U8<N>>(p + i);
-                    set |= Simd<N>::signMask(v) << i;
-                    store(p + i, v + v);
-                }
-                maps.map(plane)[s * maps.stride() + w] = set;
+    U8<16> all = {};
+    eachWord(maps, [&](ptrdiff_t word, uint64_t) {
+        ptrdiff_t s = word / maps.stride(), w = word % maps.stride();
+        WordBytes bytes;
+        auto* corner = (const uint8_t*)src + kRows * s * srcStep + 4 * kColumns * w;
+        int columns = maps.width - kColumns * int(w), rows = maps.height - kRows * int(s);
+        fill(bytes, corner, srcStep, columns < kColumns ? columns : kColumns, rows < kRows ? rows : kRows);
+        all |= bytes.all;
+        for (int plane = 31; plane >= lowest; --plane) {
+            uint64_t set = 0;
+            uint8_t* p = bytes.of[kLittleEndian ? plane / 8 : 3 - plane / 8];
+            for (int i = 0; i < 64; i += N) {
+                auto v = load<U8<N>>(p + i);
+                set |= Simd<N>::signMask(v) << i;
+                store(p + i, v + v);
             }
+            maps.map(plane)[word] = set;
         }
-    return all & 0x7FFFFFFF;
+    });
+    auto magnitudes = (U32<16>)all;
+    return (magnitudes[0] | magnitudes[1] | magnitudes[2] | magnitudes[3]) & 0x7FFFFFFF;
 }
 
-// All ones for 1, 0 for 0. The compiler cannot know that there is nothing between, and makes no branch of it: which
-// way a decision goes is what no processor predicts.
-QEL_INLINE uint32_t masked(uint32_t bit)
-{
-    uint32_t mask = 0 - bit;
-    asm("" : "+r"(mask));
-    return mask;
-}
-QEL_INLINE uint32_t chosen(uint32_t mask, uint32_t a, uint32_t b) { return b ^ ((a ^ b) & mask); }
-
+// T.800 C.2.4 to C.2.7. Which way a decision goes is a choice of values; only the output of bytes is a branch.
 uint8_t* encode(MqEncoder& mq, const uint8_t* decisions, int count, uint8_t* out)
 {
     uint64_t c = mq.c;
     uint32_t a = mq.a;
     int ct = mq.ct;
     for (int i = 0; i < count; ++i) {
-        uint32_t decision = decisions[i];
-        MqState& context = mq.states[decision >> 1];
-        MqState state = context;
-        uint32_t isLps = uint32_t(state ^ decision) & 1, qe = uint32_t(state) >> 16, rest = a - qe;
-        MqState next = kMqStates.of[state >> (32 + 16 * isLps) & 0xFFFF];
+        uint32_t decision = decisions[i] & 1;
+        MqState& context = mq.states[decisions[i] >> 1];
+        MqState state = context, next = kMqStates.of[state >> (16 * decision) & 0xFFFF];
+        uint32_t qe = uint32_t(state >> 48), shiftOfQe = uint32_t(state >> 40) & 0xFF, rest = a - qe;
+        uint32_t isLps = (uint32_t(state >> 32) ^ decision) & 1;
         // The more probable symbol has the upper part of the interval, unless that is the smaller one.
-        uint32_t takesLower = masked(isLps ^ (rest < qe));
-        uint32_t shift = (rest < 0x8000) + (rest < 0x4000), shiftOfQe = uint32_t(state) >> 8 & 0xFF;
-        a = chosen(takesLower, qe << shiftOfQe, rest << shift);
-        shift = chosen(takesLower, shiftOfQe, shift);
-        context = shift != 0 ? next : state;
-        c = (c + (qe & ~takesLower)) << shift;
+        uint32_t takesLower = isLps ^ (rest < qe);
+        uint32_t shift = (rest < 0x8000) + (rest < 0x4000);
+        a = uint32_t(select(takesLower, qe << shiftOfQe, rest << shift));
+        shift = uint32_t(select(takesLower, shiftOfQe, shift));
+        context = select(shift, next, state);
+        c = (c + select(takesLower, 0, qe)) << shift;
         ct -= int(shift);
         if (ct <= 0) {
             mq.c = c, mq.ct = ct;

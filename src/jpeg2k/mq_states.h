@@ -6,8 +6,8 @@
 namespace qel {
 
 // A state, as all that coding a decision asks of it.
-//   bit 0: the more probable symbol; bits 8 to 15: the shift that brings Qe to 0x8000 or more; bits 16 to 31: Qe
-//   bits 32 to 47, 48 to 63: the state behind the more and the less probable symbol
+//   bits 0 to 15, 16 to 31: the state behind the decision 0 and 1, if it renormalizes
+//   bit 32: the more probable decision; bits 40 to 47: the shift that brings Qe to 0x8000 or more; bits 48 to 63: Qe
 using MqState = uint64_t;
 
 struct MqStates {

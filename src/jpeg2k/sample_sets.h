@@ -47,6 +47,11 @@ struct Surroundings {
                 word[1],   below[-1] & seen, below[0] & seen, below[1] & seen};
     }
 
+    QEL_INLINE bool isEmpty() const
+    {
+        return (aboveBefore | above | aboveBehind | before | here | behind | belowBefore | below | belowBehind) == 0;
+    }
+
     // The scan has passed the words above and before, and not yet those behind and below. Of this word, samples have
     // `now` when they are neighbours of later ones, and had `here` for earlier ones.
     QEL_INLINE Neighbours neighbours(uint64_t now) const
@@ -67,6 +72,12 @@ struct Surroundings {
 // Decisions of the samples of a word, as sets: bit k of what is recorded.
 struct Decisions {
     uint64_t bit[5];
+
+    QEL_INLINE void replace(uint64_t set, uint64_t decision, int context)
+    {
+        bit[0] = (bit[0] & ~set) | (decision & set);
+        for (int k = 0; k < 4; ++k) bit[k + 1] = context >> k & 1 ? bit[k + 1] | set : bit[k + 1] & ~set;
+    }
 };
 
 QEL_INLINE Decisions decisionsOf(uint64_t decision, uint64_t context0, uint64_t context1, uint64_t context2,
