@@ -7,15 +7,28 @@
 
 namespace qel {
 
-// `a` if the condition is not 0, else `b`. Compilers make branches of their own choices again, hence the instruction.
+// Compilers make branches of their own choices again, hence the instructions.
 #if QEL_X86 && defined(__x86_64__)
+// `a` if the condition is not 0, else `b`.
 QEL_INLINE uint64_t select(uint32_t condition, uint64_t a, uint64_t b)
 {
     asm("test %1, %1\n\tcmovne %2, %0" : "+r"(b) : "r"(condition), "r"(a) : "cc");
     return b;
 }
+// x, y, z become a, b, c if the condition is not 0.
+QEL_INLINE void replaceIf(uint32_t condition, uint32_t& x, uint32_t a, uint32_t& y, uint32_t b, uint32_t& z, uint32_t c)
+{
+    asm("test %3, %3\n\tcmovne %4, %0\n\tcmovne %5, %1\n\tcmovne %6, %2"
+        : "+&r"(x), "+&r"(y), "+&r"(z)
+        : "r"(condition), "r"(a), "r"(b), "r"(c)
+        : "cc");
+}
 #else
 QEL_INLINE uint64_t select(uint32_t condition, uint64_t a, uint64_t b) { return condition ? a : b; }
+QEL_INLINE void replaceIf(uint32_t condition, uint32_t& x, uint32_t a, uint32_t& y, uint32_t b, uint32_t& z, uint32_t c)
+{
+    x = condition ? a : x, y = condition ? b : y, z = condition ? c : z;
+}
 #endif
 
 }

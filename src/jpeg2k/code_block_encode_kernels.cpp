@@ -258,30 +258,31 @@ uint32_t loadMaps(const int32_t* src, int srcStep, int lowest, const BlockMaps& 
 // T.800 C.2.4 to C.2.7. Which way a decision goes is a choice of values; only the output of bytes is a branch.
 uint8_t* encode(MqEncoder& mq, const uint8_t* decisions, int count, uint8_t* out)
 {
-    uint64_t c = mq.c;
-    uint32_t a = mq.a;
+    // A stands at the top of its word, so that the number of leading zeros is the shift; C follows it.
+    constexpr int kUp = 16;
+    uint64_t c = mq.c << kUp;
+    uint32_t a = mq.a << kUp;
     int ct = mq.ct;
-    for (int i = 0; i < count; ++i) {
-        uint32_t decision = decisions[i] & 1;
-        MqState& context = mq.states[decisions[i] >> 1];
-        MqState state = context, next = kMqStates.of[state >> (16 * decision) & 0xFFFF];
-        uint32_t qe = uint32_t(state >> 48), shiftOfQe = uint32_t(state >> 40) & 0xFF, rest = a - qe;
-        uint32_t isLps = (uint32_t(state >> 32) ^ decision) & 1;
+    for (const uint8_t* end = decisions + count; decisions != end; ++decisions) {
+        uint32_t decision = *decisions & 1;
+        MqState& context = mq.states[*decisions >> 1];
+        auto state = load<uint64_t>(&context), next = load<uint64_t>(&kMqStates.of[context.next[decision]]);
+        uint32_t qe = uint32_t(context.qe) << kUp, rest = a - qe;
         // The more probable symbol has the upper part of the interval, unless that is the smaller one.
-        uint32_t takesLower = isLps ^ (rest < qe);
-        uint32_t shift = (rest < 0x8000) + (rest < 0x4000);
-        a = uint32_t(select(takesLower, qe << shiftOfQe, rest << shift));
-        shift = uint32_t(select(takesLower, shiftOfQe, shift));
-        context = select(shift, next, state);
-        c = (c + select(takesLower, 0, qe)) << shift;
+        uint32_t takesLower = (context.mps ^ decision) ^ (rest < qe);
+        uint32_t shift = uint32_t(__builtin_clz(rest)), below = qe;
+        a = rest << shift;
+        replaceIf(takesLower, a, qe << context.shift, shift, context.shift, below, 0);
+        store(&context, select(shift, next, state));
+        c = (c + below) << shift;
         ct -= int(shift);
         if (ct <= 0) {
-            mq.c = c, mq.ct = ct;
+            mq.c = c >> kUp, mq.ct = ct;
             out = lateBytesOut(mq, out);
-            c = mq.c, ct = mq.ct;
+            c = mq.c << kUp, ct = mq.ct;
         }
     }
-    mq.a = a, mq.c = c, mq.ct = ct;
+    mq.a = a >> kUp, mq.c = c >> kUp, mq.ct = ct;
     return out;
 }
 

@@ -5,10 +5,14 @@
 
 namespace qel {
 
-// A state, as all that coding a decision asks of it.
-//   bits 0 to 15, 16 to 31: the state behind the decision 0 and 1, if it renormalizes
-//   bit 32: the more probable decision; bits 40 to 47: the shift that brings Qe to 0x8000 or more; bits 48 to 63: Qe
-using MqState = uint64_t;
+// All that coding a decision asks of a state.
+struct alignas(uint64_t) MqState {
+    uint16_t next[2]; // the state behind the decision 0 and 1, if it renormalizes
+    uint8_t mps;      // the more probable decision
+    uint8_t shift;    // brings Qe to 0x8000 or more
+    uint16_t qe;
+};
+static_assert(sizeof(MqState) == sizeof(uint64_t), "states are chosen as words");
 
 struct MqStates {
     MqState of[2 * 47];

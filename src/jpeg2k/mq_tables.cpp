@@ -30,11 +30,13 @@ constexpr MqStates makeMqStates()
     MqStates states = {};
     for (int i = 0; i < 2 * 47; ++i) {
         const uint32_t(&row)[4] = owniEstimator_JPEG2K[i / 2];
-        uint64_t mps = i & 1, qe = row[0], shift = uint64_t(__builtin_clz(row[0]) - 16);
-        uint64_t next[2];
-        next[mps] = 2 * row[1] + mps;
-        next[1 - mps] = 2 * row[2] + (mps ^ row[3]);
-        states.of[i] = qe << 48 | shift << 40 | mps << 32 | next[1] << 16 | next[0];
+        uint32_t mps = i & 1, qe = row[0];
+        MqState& state = states.of[i];
+        state.next[mps] = uint16_t(2 * row[1] + mps);
+        state.next[1 - mps] = uint16_t(2 * row[2] + (mps ^ row[3]));
+        state.mps = uint8_t(mps);
+        state.shift = uint8_t(__builtin_clz(qe) - 16);
+        state.qe = uint16_t(qe);
     }
     return states;
 }
