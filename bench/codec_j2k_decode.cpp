@@ -22,20 +22,6 @@ struct Coding {
     float ratio; // of the samples' size to the file's; 0 for a lossless file
 };
 
-Peer::Image imageOf(const codec::Picture& picture)
-{
-    opj_image_cmptparm_t component = {};
-    component.dx = component.dy = 1;
-    component.w = OPJ_UINT32(picture.width()), component.h = OPJ_UINT32(picture.height());
-    component.prec = 8;
-    opj_image_cmptparm_t components[] = {component, component, component};
-    Peer::Image image(opj_image_create(3, components, OPJ_CLRSPC_SRGB));
-    require(image != nullptr, "OpenJPEG makes no image");
-    image->x1 = component.w, image->y1 = component.h;
-    for (size_t i = 0; i < picture.sizeInBytes(); ++i) image->comps[i % 3].data[i / 3] = picture.row(0)[i];
-    return image;
-}
-
 // A picture and its file.
 struct Source {
     Source(const codec::Picture& original, const Coding& coding) : picture(original)
@@ -47,33 +33,13 @@ struct Source {
         parameters.tcp_numlayers = 1;
         parameters.cp_disto_alloc = 1;
         parameters.tcp_rates[0] = coding.ratio;
-        Peer::Image image = imageOf(picture);
-        Peer::Codec codec(opj_create_compress(OPJ_CODEC_J2K));
-        Peer::Stream out = Peer::stream(file, false);
-        require(opj_setup_encoder(codec.get(), &parameters, image.get()) &&
-                    opj_start_compress(codec.get(), image.get(), out.get()) && opj_encode(codec.get(), out.get()) &&
-                    opj_end_compress(codec.get(), out.get()),
-                "OpenJPEG does not encode");
+        Peer::encode(Peer::imageOf(picture), parameters, file);
     }
     codec::Picture decode() const { return codec::decodeJ2k(file.bytes).picture; }
-    Peer::Image decodeWithPeer(int threads)
-    {
-        opj_dparameters_t parameters;
-        opj_set_default_decoder_parameters(&parameters);
-        Peer::Codec codec(opj_create_decompress(OPJ_CODEC_J2K));
-        Peer::Stream in = Peer::stream(file, true);
-        opj_image_t* read = nullptr;
-        bool isGood = opj_setup_decoder(codec.get(), &parameters) &&
-                      (threads == 1 || opj_codec_set_threads(codec.get(), threads)) &&
-                      opj_read_header(in.get(), codec.get(), &read);
-        Peer::Image image(read);
-        require(isGood && opj_decode(codec.get(), in.get(), read), "OpenJPEG does not decode");
-        return image;
-    }
     void expectAlike()
     {
         codec::Picture ours = decode();
-        Peer::Image theirs = decodeWithPeer(1);
+        Peer::Image theirs = Peer::decode(file);
         for (size_t i = 0; i < ours.sizeInBytes(); ++i)
             require(abs(ours.row(0)[i] - theirs->comps[i % 3].data[i / 3]) <= 1, "the picture differs from the peer's");
     }
@@ -91,7 +57,7 @@ Contest decoding(const codec::Picture& picture, const Coding& coding, int thread
         s->decode();
         omp_set_num_threads(1);
     };
-    contest.contestants = {{kLibrary, ours}, {"OpenJPEG", [=] { s->decodeWithPeer(threads); }}};
+    contest.contestants = {{kLibrary, ours}, {"OpenJPEG", [=] { Peer::decode(s->file, threads > 1 ? threads : 0); }}};
     if (threads > 1) contest.clock = Clock::wall;
     contest.check = [=] { s->expectAlike(); };
     return contest;

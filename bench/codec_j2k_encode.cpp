@@ -15,23 +15,6 @@ namespace {
 using Peer = OpenJpegPicture;
 using File = std::vector<uint8_t>;
 
-Peer::Image imageOf(const codec::Picture& picture)
-{
-    opj_image_cmptparm_t components[3] = {};
-    for (opj_image_cmptparm_t& component : components) {
-        component.dx = component.dy = 1;
-        component.w = OPJ_UINT32(picture.width()), component.h = OPJ_UINT32(picture.height());
-        component.prec = OPJ_UINT32(picture.precision());
-    }
-    Peer::Image image(opj_image_create(3, components, OPJ_CLRSPC_SRGB));
-    require(image != nullptr, "OpenJPEG makes no image");
-    image->x1 = components[0].w, image->y1 = components[0].h;
-    const uint8_t* from = picture.row(0);
-    for (size_t i = 0; i < size_t(picture.width()) * size_t(picture.height()); ++i)
-        for (int c = 0; c < 3; ++c) image->comps[c].data[i] = *from++;
-    return image;
-}
-
 struct Source {
     Source(const codec::Picture& original, double bitsPerPixel) : picture(original), rate(bitsPerPixel)
     {
@@ -50,28 +33,13 @@ struct Source {
         parameters.tcp_numlayers = 1;
         parameters.cp_disto_alloc = 1;
         parameters.tcp_rates[0] = rate ? float(24 / rate) : 0;
-        Peer::Image image = imageOf(picture);
-        Peer::Codec codec(opj_create_compress(OPJ_CODEC_J2K));
-        peers.bytes.clear();
-        Peer::Stream out = Peer::stream(peers, false);
-        require(opj_setup_encoder(codec.get(), &parameters, image.get()) &&
-                    (threads == 0 || opj_codec_set_threads(codec.get(), threads)) &&
-                    opj_start_compress(codec.get(), image.get(), out.get()) && opj_encode(codec.get(), out.get()) &&
-                    opj_end_compress(codec.get(), out.get()),
-                "OpenJPEG does not encode");
+        Peer::encode(Peer::imageOf(picture), parameters, peers, threads);
     }
     // Of a file of either, decoded by the peer.
     double psnr(const File& bytes) const
     {
         Peer::File file = {bytes};
-        opj_dparameters_t parameters;
-        opj_set_default_decoder_parameters(&parameters);
-        Peer::Codec codec(opj_create_decompress(OPJ_CODEC_J2K));
-        Peer::Stream in = Peer::stream(file, true);
-        opj_image_t* read = nullptr;
-        bool isGood = opj_setup_decoder(codec.get(), &parameters) && opj_read_header(in.get(), codec.get(), &read);
-        Peer::Image image(read);
-        require(isGood && opj_decode(codec.get(), in.get(), read), "OpenJPEG does not decode");
+        Peer::Image image = Peer::decode(file);
         codec::Picture decoded(picture.width(), picture.height(), picture.space(), picture.precision());
         uint8_t* to = decoded.row(0);
         for (size_t i = 0; i < size_t(picture.width()) * size_t(picture.height()); ++i)

@@ -3,6 +3,7 @@
 #include <string.h>
 
 #include <algorithm>
+#include <utility>
 
 namespace qel::bench {
 
@@ -12,19 +13,24 @@ OpenJpegPicture::OpenJpegPicture(int width, int height, OpenJpegCoding coding)
     encode();
 }
 
-OpenJpegPicture::Image OpenJpegPicture::makeImage() const
+OpenJpegPicture::Image OpenJpegPicture::makeImage(int width, int height, int components)
 {
     opj_image_cmptparm_t component = {};
     component.dx = component.dy = 1;
-    component.w = OPJ_UINT32(width_), component.h = OPJ_UINT32(height_);
+    component.w = OPJ_UINT32(width), component.h = OPJ_UINT32(height);
     component.prec = 8;
-    std::vector<opj_image_cmptparm_t> components(size_t(coding_.components), component);
-    Image image(opj_image_create(OPJ_UINT32(components.size()), components.data(),
-                                 coding_.components == 1 ? OPJ_CLRSPC_GRAY : OPJ_CLRSPC_SRGB));
+    std::vector<opj_image_cmptparm_t> all(size_t(components), component);
+    Image image(
+        opj_image_create(OPJ_UINT32(components), all.data(), components == 1 ? OPJ_CLRSPC_GRAY : OPJ_CLRSPC_SRGB));
     require(image != nullptr, "OpenJPEG makes no image");
     image->x1 = component.w, image->y1 = component.h;
-    for (int i = 0; i < coding_.components; ++i)
-        std::fill_n(image->comps[i].data, size_t(width_) * size_t(height_), 128);
+    return image;
+}
+
+OpenJpegPicture::Image OpenJpegPicture::imageOf(const codec::Picture& picture)
+{
+    Image image = makeImage(picture.width(), picture.height(), 3);
+    for (size_t i = 0; i < picture.sizeInBytes(); ++i) image->comps[i % 3].data[i / 3] = picture.row(0)[i];
     return image;
 }
 
@@ -59,6 +65,33 @@ OpenJpegPicture::Stream OpenJpegPicture::stream(File& file, bool input)
     return stream;
 }
 
+void OpenJpegPicture::encode(Image image, opj_cparameters_t parameters, File& file, int threads)
+{
+    Codec codec(opj_create_compress(OPJ_CODEC_J2K));
+    file.bytes.clear();
+    Stream out = stream(file, false);
+    require(opj_setup_encoder(codec.get(), &parameters, image.get()) &&
+                (threads == 0 || opj_codec_set_threads(codec.get(), threads)) &&
+                opj_start_compress(codec.get(), image.get(), out.get()) && opj_encode(codec.get(), out.get()) &&
+                opj_end_compress(codec.get(), out.get()),
+            "OpenJPEG does not encode");
+}
+
+OpenJpegPicture::Image OpenJpegPicture::decode(File& file, int threads)
+{
+    opj_dparameters_t parameters;
+    opj_set_default_decoder_parameters(&parameters);
+    Codec codec(opj_create_decompress(OPJ_CODEC_J2K));
+    Stream in = stream(file, true);
+    opj_image_t* read = nullptr;
+    bool isGood = opj_setup_decoder(codec.get(), &parameters) &&
+                  (threads == 0 || opj_codec_set_threads(codec.get(), threads)) &&
+                  opj_read_header(in.get(), codec.get(), &read);
+    Image image(read);
+    require(isGood && opj_decode(codec.get(), in.get(), read), "OpenJPEG does not decode");
+    return image;
+}
+
 void OpenJpegPicture::encode()
 {
     opj_cparameters_t parameters;
@@ -68,27 +101,13 @@ void OpenJpegPicture::encode()
     parameters.tcp_mct = coding_.componentTransform;
     parameters.tcp_numlayers = 1;
     parameters.cp_disto_alloc = 1;
-    // Encoding consumes the image.
-    Image image = makeImage();
-    Codec codec(opj_create_compress(OPJ_CODEC_J2K));
-    auto out = stream(file_, false);
-    require(opj_setup_encoder(codec.get(), &parameters, image.get()) &&
-                opj_start_compress(codec.get(), image.get(), out.get()) && opj_encode(codec.get(), out.get()) &&
-                opj_end_compress(codec.get(), out.get()),
-            "OpenJPEG does not encode");
+    Image image = makeImage(width_, height_, coding_.components);
+    for (int i = 0; i < coding_.components; ++i)
+        std::fill_n(image->comps[i].data, size_t(width_) * size_t(height_), 128);
+    encode(std::move(image), parameters, file_);
 }
 
-void OpenJpegPicture::decode()
-{
-    opj_dparameters_t parameters;
-    opj_set_default_decoder_parameters(&parameters);
-    Codec codec(opj_create_decompress(OPJ_CODEC_J2K));
-    auto in = stream(file_, true);
-    opj_image_t* read = nullptr;
-    bool good = opj_setup_decoder(codec.get(), &parameters) && opj_read_header(in.get(), codec.get(), &read);
-    Image image(read);
-    require(good && opj_decode(codec.get(), in.get(), read), "OpenJPEG does not decode");
-}
+void OpenJpegPicture::decode() { decode(file_); }
 
 Contestant openJpegDifference(int width, int height, OpenJpegCoding coding, OpenJpegCoding without, bool decode)
 {

@@ -11,6 +11,7 @@
 
 #include <openjpeg.h>
 
+#include "codec/picture.h"
 #include "contest.h"
 
 namespace qel::bench {
@@ -36,8 +37,11 @@ public:
     using Image = std::unique_ptr<opj_image_t, Free<opj_image_destroy>>;
     using Codec = std::unique_ptr<opj_codec_t, Free<opj_destroy_codec>>;
     using Stream = std::unique_ptr<opj_stream_t, Free<opj_stream_destroy>>;
-    // A file in memory, from its beginning.
-    static Stream stream(File& file, bool input);
+    // Of 8 bits and three components.
+    static Image imageOf(const codec::Picture& picture);
+    // Encoding consumes the image; `threads` work beside the calling one.
+    static void encode(Image image, opj_cparameters_t parameters, File& file, int threads = 0);
+    static Image decode(File& file, int threads = 0);
 
     OpenJpegPicture(int width, int height, OpenJpegCoding coding);
 
@@ -45,7 +49,10 @@ public:
     void decode();
 
 private:
-    Image makeImage() const;
+    // A file in memory, from its beginning.
+    static Stream stream(File& file, bool input);
+    static Image makeImage(int width, int height, int components);
+
     int width_, height_;
     OpenJpegCoding coding_;
     File file_;
