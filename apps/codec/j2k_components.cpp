@@ -18,6 +18,8 @@ constexpr int kMaxPrecision = 31;
 constexpr uint64_t kMaxSamples = 128 << 20, kMaxSamplesPerByte = 64;
 constexpr uint64_t kMaxTileComponents = 1 << 16; // and one for each byte
 constexpr uint32_t kMaxSide = 1 << 28;
+// What a row of a plane may take beside its samples.
+constexpr uint32_t kRowOverhead = 32;
 // A sample costs many times what one in a JPEG file does.
 constexpr uint64_t kWorkPerSample = 16;
 // Tiles of fewer samples are decoded several at once.
@@ -39,12 +41,14 @@ bool isNeeded(const J2kCodestream& codestream, size_t c, const J2kDecodeOptions&
 void checkSize(const J2kImage& image, const J2kCodestream& codestream, const J2kDecodeOptions& options)
 {
     const J2kRect& picture = codestream.size().picture;
-    uint64_t limit = kMaxSamples + kMaxSamplesPerByte * codestream.bytes(), samples = 0;
+    uint64_t limit = std::min<uint64_t>(kMaxSamples + kMaxSamplesPerByte * codestream.bytes(), SIZE_MAX / 16);
+    uint64_t samples = 0;
+    auto taken = [](const J2kRect& rect) { return (uint64_t(rect.width()) + kRowOverhead) * rect.height(); };
     bool fits = resolutionRect(picture, options.reduce).area() <= options.maxPixels &&
                 std::max(picture.width(), picture.height()) <= kMaxSide;
     for (const J2kSamples& component : image.components) {
-        fits = fits && component.rect.area() <= limit - samples;
-        if (fits) samples += component.rect.area();
+        fits = fits && taken(component.rect) <= limit - samples;
+        if (fits) samples += taken(component.rect);
     }
     if (!fits) throw CodecError("a picture of " + sizeText(picture) + " pixels is too large");
     if (samples == 0) throw CodecError("the picture has no samples");
