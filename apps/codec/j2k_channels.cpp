@@ -120,7 +120,8 @@ public:
         const int32_t* src = samples_.plane.row(row);
         uint32_t width = rect_.width();
         if (columns_.empty() && lookup_.empty() && !isScaled()) {
-            for (uint32_t x = 0; x < width; ++x) out[x] = T(src[x] + offset_);
+            const int32_t offset = offset_; // which `out` might be
+            for (uint32_t x = 0; x < width; ++x) out[x] = T(src[x] + offset);
             return;
         }
         for (uint32_t x = 0; x < width; ++x) out[x] = T(shown(src[columns_.empty() ? x : columns_[x]]));
@@ -171,8 +172,10 @@ private:
 
 template <size_t kChannels, class T> void interleave(T* const rows[], size_t width, T* out)
 {
+    const T* from[kChannels]; // copies, which `out` cannot be
+    std::copy_n(rows, kChannels, from);
     for (size_t x = 0; x < width; ++x)
-        for (size_t c = 0; c < kChannels; ++c) out[kChannels * x + c] = rows[c][x];
+        for (size_t c = 0; c < kChannels; ++c) out[kChannels * x + c] = from[c][x];
 }
 
 void convertYcc(uint8_t* const rows[], int width, uint8_t* out)

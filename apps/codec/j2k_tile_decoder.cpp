@@ -3,6 +3,7 @@
 #include "codec/j2k_tile_decoder.h"
 
 #include <algorithm>
+#include <cmath>
 #include <span>
 #include <string>
 #include <variant>
@@ -31,22 +32,28 @@ uint32_t heightOf(const AnyPlane& plane)
     return std::visit([](auto& p) { return p.height(); }, plane);
 }
 
-// To nearest, without a library call that keeps the loop from being vectorised. What is beyond the bounds, which is far
-// beyond all samples, becomes the bound; so does what is no number.
-int32_t rounded(float v)
-{
-    constexpr float kBound = 1 << 30;
-    v = v > -kBound ? v : -kBound;
-    v = v < kBound ? v : kBound;
-    return int32_t(v + (v < 0 ? -0.5f : 0.5f));
-}
-int32_t rounded(int32_t v) { return v; }
+// Samples of either sign, before unsigned ones are shifted up.
+int32_t halfRange(const J2kSamples& samples) { return int32_t(uint32_t(1) << (samples.precision - 1)); }
+int32_t levelShift(const J2kSamples& samples) { return samples.isSigned ? 0 : halfRange(samples); }
 
-// Level shift of unsigned samples, and clamping to the range of either.
-template <class T> void storeRow(const T* src, uint32_t width, const J2kSamples& samples, int32_t* out)
+// Clamping to the range of the samples, and the level shift.
+void storeRow(const int32_t* src, uint32_t width, const J2kSamples& samples, int32_t* out)
 {
-    const int32_t half = int32_t(uint32_t(1) << (samples.precision - 1)), offset = samples.isSigned ? 0 : half;
-    for (uint32_t x = 0; x < width; ++x) out[x] = std::clamp(rounded(src[x]), -half, half - 1) + offset;
+    const int32_t half = halfRange(samples), shift = levelShift(samples);
+    for (uint32_t x = 0; x < width; ++x) out[x] = std::clamp(src[x], -half, half - 1) + shift;
+}
+
+// The same to nearest, in a form that compilers vectorise: clamped before it is an integer, also where it is no number.
+void storeRow(const float* src, uint32_t width, const J2kSamples& samples, int32_t* out)
+{
+    const int32_t half = halfRange(samples), shift = levelShift(samples);
+    const float low = -float(half), high = std::min(float(half - 1), std::nextafter(float(half), 0.f));
+    for (uint32_t x = 0; x < width; ++x) {
+        float v = src[x];
+        v = v > low ? v : low;
+        v = v < high ? v : high;
+        out[x] = int32_t(v + (v < 0 ? -0.5f : 0.5f)) + shift;
+    }
 }
 
 template <class T> void undoTransform(T* const planes[3], int step, QelSize size)
