@@ -177,7 +177,10 @@ template <> struct Simd<32> : GatheredBits, Interleaved<32, Simd<32>> {
                    (shuffle(sources[2], from[2]) | shuffle(sources[3], from[3]));
         }
     }
-    static QEL_INLINE U8<32> exchanged(U8<32> v) { return (U8<32>)_mm256_permute4x64_epi64((__m256i)v, 0x4E); }
+    static QEL_INLINE U8<32> exchanged(U8<32> v)
+    {
+        return (U8<32>)_mm256_permute2x128_si256((__m256i)v, (__m256i)v, 1);
+    }
 
     // As in Simd<16>, with the first 48 bytes in the lower blocks and the second 48 in the upper ones.
     template <class V> static QEL_INLINE void load3(const uint8_t* p, V& a, V& b, V& c)

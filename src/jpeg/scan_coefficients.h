@@ -87,12 +87,12 @@ public:
             v[i] = (U8<N>)Simd<N>::packSigned(transform(load<S16<N>>(block + i * N)),
                                               transform(load<S16<N>>(block + i * N + N / 2)));
         Simd<N>::template permute<kPackedScanOrder<N>>(v);
-        v[0] &= ~first;
-        uint64_t zeros = 0;
+        uint64_t zeros = 1;
         for (int i = 0; i < kRegisters; ++i) {
             zeros |= Simd<N>::signMask((U8<N>)(v[i] == 0)) << (i * N % 64);
             auto negative = (U8<N>)((S8<N>)v[i] < 0);
-            beyond_ |= (U8<N>)((v[i] ^ negative) == 127);
+            auto beyond = (U8<N>)((v[i] ^ negative) == 127);
+            beyond_ |= i == 0 ? beyond & ~first : beyond;
             store(bytes + i * N, v[i] + negative);
         }
         set = ~zeros;
