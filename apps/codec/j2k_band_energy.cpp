@@ -1,6 +1,7 @@
 // Norms by the autocorrelations of the synthesis filters.
 #include "codec/j2k_band_energy.h"
 
+#include <algorithm>
 #include <array>
 #include <cstdlib>
 #include <span>
@@ -42,22 +43,23 @@ Correlation oneLevelUp(const Correlation& below, const Correlation& low)
     return result;
 }
 
-double lineEnergy(bool isReversible, int level, bool isHigh)
+double lineEnergy(bool isReversible, uint32_t length, int level, bool isHigh)
 {
     if (level == 0) return 1;
     Correlation low = autocorrelation(isReversible ? Taps(kLow53) : Taps(kLow97));
     Correlation current = isHigh ? autocorrelation(isReversible ? Taps(kHigh53) : Taps(kHigh97)) : low;
     while (--level > 0) current = oneLevelUp(current, low);
-    return current[kReach];
+    // A low coefficient of a line that is shorter than its waveform stands for the mean of all.
+    return std::min(current[kReach], double(length));
 }
 
 }
 
-double bandEnergy(bool isReversible, int level, J2kBandKind kind)
+double bandEnergy(bool isReversible, uint32_t width, uint32_t height, int level, J2kBandKind kind)
 {
     bool highX = kind == J2kBandKind::hl || kind == J2kBandKind::hh;
     bool highY = kind == J2kBandKind::lh || kind == J2kBandKind::hh;
-    return lineEnergy(isReversible, level, highX) * lineEnergy(isReversible, level, highY);
+    return lineEnergy(isReversible, width, level, highX) * lineEnergy(isReversible, height, level, highY);
 }
 
 double componentEnergy(bool isReversible, int component)

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdlib>
+#include <type_traits>
 
 #include "codec/j2k_code_segments.h"
 #include "codec/j2k_rate_allocation.h"
@@ -16,19 +17,40 @@ constexpr size_t kStoredAtOnce = 1 << 16;
 // Bits of magnitudes; the highest one of a band is the highest one here.
 constexpr int kMagnitudeBits = 31;
 
-// Magnitudes in units of the lowest coded plane, times 2^shift: reversible coefficients are in such units.
-int32_t signMagnitude(int32_t coefficient, float, int shift)
-{
-    return int32_t(uint32_t(std::abs(coefficient)) << shift | (uint32_t(coefficient) & 0x80000000u));
-}
+// Sign and magnitude of reversible coefficients, which are whole steps.
+struct Exact {
+    explicit Exact(const J2kBandCoding& band) : shift(kMagnitudeBits - band.bitPlanes) {}
 
-// Bits below the lowest plane are not coded, but sharpen the estimates of errors.
-int32_t signMagnitude(float coefficient, float scale, int)
-{
-    constexpr float kLargest = 0x7FFFFF80;
-    int32_t magnitude = int32_t(std::min(std::fabs(coefficient) * scale, kLargest));
-    return coefficient < 0 ? magnitude | INT32_MIN : magnitude;
-}
+    int32_t operator()(int32_t coefficient, float&) const
+    {
+        return int32_t(uint32_t(std::abs(coefficient)) << shift | (uint32_t(coefficient) & 0x80000000u));
+    }
+
+    int shift;
+};
+
+// Of others. Bits below whole steps are not coded, but sharpen the estimates of errors.
+struct Quantized {
+    explicit Quantized(const J2kBandCoding& band)
+        : steps(float(1 / band.step)), unit(std::ldexp(1.f, kMagnitudeBits - band.bitPlanes))
+    {}
+
+    // Adds the squared error of the decoded value, in the middle of its step.
+    int32_t operator()(float coefficient, float& error) const
+    {
+        constexpr float kLargest = 0x7FFFFF80;
+        float magnitude = std::fabs(coefficient) * steps;
+        auto whole = float(int32_t(magnitude));
+        float off = magnitude - (whole > 0 ? whole + 0.5f : 0);
+        error += off * off;
+        auto bits = int32_t(std::min(magnitude * unit, kLargest));
+        return coefficient < 0 ? bits | INT32_MIN : bits;
+    }
+
+    float steps, unit;
+};
+
+template <class Coefficient> using Quantizer = std::conditional_t<std::is_same_v<Coefficient, float>, Quantized, Exact>;
 
 int libraryStyle(const J2kBandCoding& band)
 {
@@ -56,18 +78,16 @@ J2kBlockEncoder::J2kBlockEncoder(int width, int height)
 template <class Coefficient> void J2kBlockEncoder::encode(const J2kPlane<Coefficient>& coefficients,
                                                           const J2kBandCoding& band, J2kEncodedBlock& block)
 {
-    int shift = kMagnitudeBits - band.bitPlanes;
-    auto scale = float(std::ldexp(1 / band.step, shift));
-    double energy = 0;
+    Quantizer<Coefficient> quantizer(band);
+    double error = 0;
     int32_t* samples = samples_.data();
     for (int y = 0; y < block.height; ++y, samples += block.width) {
         const Coefficient* src = coefficients.row(block.y + size_t(y)) + block.x;
-        for (int x = 0; x < block.width; ++x) {
-            samples[x] = signMagnitude(src[x], scale, shift);
-            energy += double(src[x]) * double(src[x]);
-        }
+        float rowError = 0;
+        for (int x = 0; x < block.width; ++x) samples[x] = quantizer(src[x], rowError);
+        error += double(rowError);
     }
-    block.error = energy * band.sampleEnergy;
+    block.error = error;
     code(band, block);
 }
 
@@ -83,6 +103,7 @@ void J2kBlockEncoder::code(const J2kBandCoding& band, J2kEncodedBlock& block)
     block.zeroBitPlanes = std::min(band.bitPlanes, kMagnitudeBits - planes);
     store(block);
     describePasses(band, passes, block);
+    describeErrors(band, block);
     findTruncations(block, band.style);
 }
 
@@ -100,16 +121,11 @@ void J2kBlockEncoder::store(J2kEncodedBlock& block)
 void J2kBlockEncoder::describePasses(const J2kBandCoding& band, int count, J2kEncodedBlock& block)
 {
     block.passes.resize(size_t(count));
-    const double unit = band.sampleEnergy * band.step * band.step;
-    double error = block.error;
     uint32_t segmentBegin = 0, leftOut = 0, end = 0;
     for (int pass = 0, segment = 0; pass < count; ++pass) {
         uint32_t rate = 0, length = 0;
-        int mantissa = 0, exponent = 0;
         check(qeliEncodeGetTermPassLen_JPEG2K(state_.get(), segment, &length));
         check(qeliEncodeGetRate_JPEG2K(state_.get(), pass, &rate));
-        check(qeliEncodeGetDistReduction_JPEG2K(state_.get(), pass, &mantissa, &exponent));
-        error -= std::ldexp(mantissa, exponent) * unit;
         uint32_t segmentEnd = segmentBegin + length;
         end = std::clamp(rate - leftOut, end, segmentEnd);
         if (pass + 1 == count || beginsSegment(band.style, pass + 1)) {
@@ -120,8 +136,23 @@ void J2kBlockEncoder::describePasses(const J2kBandCoding& band, int count, J2kEn
             end = segmentBegin = segmentEnd;
             ++segment;
         }
-        block.passes[size_t(pass)] = {end, error};
+        block.passes[size_t(pass)].end = end;
     }
+}
+
+// From the last pass, which leaves the error of the quantizer, back: what a pass gains is known to a small part of that
+// only, and the first ones gain much more than is left in the end.
+void J2kBlockEncoder::describeErrors(const J2kBandCoding& band, J2kEncodedBlock& block)
+{
+    const double unit = band.sampleEnergy * band.step * band.step;
+    double error = block.error * unit;
+    for (int pass = int(block.passes.size()); pass-- > 0;) {
+        int mantissa = 0, exponent = 0;
+        block.passes[size_t(pass)].error = error;
+        check(qeliEncodeGetDistReduction_JPEG2K(state_.get(), pass, &mantissa, &exponent));
+        error += std::ldexp(mantissa, exponent) * unit;
+    }
+    block.error = error;
 }
 
 }

@@ -36,6 +36,7 @@ private:
     void code(const J2kBandCoding& band, J2kEncodedBlock& block);
     void store(J2kEncodedBlock& block);
     void describePasses(const J2kBandCoding& band, int count, J2kEncodedBlock& block);
+    void describeErrors(const J2kBandCoding& band, J2kEncodedBlock& block);
 
     State state_;
     std::vector<int32_t> samples_; // sign and magnitude

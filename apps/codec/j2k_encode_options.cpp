@@ -88,7 +88,8 @@ J2kStep stepOf(double size, int range)
     return {exponent, std::min(2047, int(std::lround(mantissa)))};
 }
 
-J2kQuantization quantizationFor(const J2kCoding& coding, int precision, bool transformsComponents, double step)
+J2kQuantization quantizationFor(const J2kCoding& coding, const J2kRect& tile, int precision, bool transformsComponents,
+                                double step)
 {
     using enum J2kBandKind;
     J2kQuantization quantization;
@@ -96,7 +97,7 @@ J2kQuantization quantizationFor(const J2kCoding& coding, int precision, bool tra
     quantization.guardBits = kGuardBits + (coding.isReversible && transformsComponents);
     auto add = [&](int level, J2kBandKind kind) {
         int range = precision + gainBits(kind);
-        double size = step / std::sqrt(bandEnergy(coding.isReversible, level, kind));
+        double size = step / std::sqrt(bandEnergy(coding.isReversible, tile.width(), tile.height(), level, kind));
         quantization.steps.push_back(coding.isReversible ? J2kStep{range, 0} : stepOf(size, range));
     };
     add(coding.levels, ll);
@@ -135,8 +136,8 @@ J2kParameters parametersFor(const Picture& picture, const J2kEncodeOptions& opti
     parameters.style = J2kTileStyle{
         .order = options.order, .layers = options.layers, .transformsComponents = picture.space() == ColourSpace::rgb};
     parameters.coding = codingFor(picture, options);
-    parameters.quantization =
-        quantizationFor(*parameters.coding, picture.precision(), parameters.style->transformsComponents, step);
+    parameters.quantization = quantizationFor(*parameters.coding, sizeFor(picture, options).tile(0),
+                                              picture.precision(), parameters.style->transformsComponents, step);
     return parameters;
 }
 

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cmath>
 #include <string>
+#include <utility>
 
 #include "codec/error.h"
 #include "codec/j2k_code_segments.h"
@@ -16,6 +17,8 @@ namespace {
 constexpr double kStepsPerOctave = 1024;
 // Beyond those of any code-block.
 constexpr J2kSlope kSteepest = 1 << 18;
+// What the header of a packet may have of a code-block, the first time and later.
+constexpr uint64_t kFirstHeaderBytes = 8, kHeaderBytes = 3;
 // The bytes of all layers are at most so many times those of the first.
 constexpr double kLayerSpan = 64;
 
@@ -26,12 +29,12 @@ J2kSlope slopeOf(double error, double bytes)
     return J2kSlope(std::clamp(slope, -double(kSteepest), double(kSteepest)));
 }
 
-template <class Visit> void forBlocks(std::span<const J2kEncodedTile> tiles, Visit visit)
+template <class Tile, class Visit> void forBlocks(std::span<Tile> tiles, Visit visit)
 {
-    for (const J2kEncodedTile& tile : tiles)
-        for (const J2kEncodedPrecinct& precinct : tile.precincts)
-            for (const J2kEncodedBand& band : precinct.bands)
-                for (const J2kEncodedBlock& block : band.blocks) visit(block);
+    for (Tile& tile : tiles)
+        for (auto& precinct : tile.precincts)
+            for (auto& band : precinct.bands)
+                for (auto& block : band.blocks) visit(block);
 }
 
 // The smallest slope for which `fits` is true, which it is from some slope on.
@@ -80,6 +83,33 @@ private:
     uint64_t bytes_ = 0;
 };
 
+// What is left of the budget goes to the best of the next truncations for which it suffices: they get the slope.
+void fillUp(std::span<J2kEncodedTile> tiles, Layers& layers, J2kSlope slope, uint64_t bytes)
+{
+    struct Candidate {
+        J2kTruncation* truncation;
+        uint64_t bytes;
+    };
+    std::vector<Candidate> candidates;
+    forBlocks(tiles, [&](J2kEncodedBlock& block) {
+        int passes = block.passesAt(slope);
+        auto next = std::ranges::find_if(block.truncations, [&](auto& t) { return t.passes > passes; });
+        if (next == block.truncations.end()) return;
+        uint64_t more = block.bytesOf(next->passes) - block.bytesOf(passes);
+        candidates.push_back({&*next, more + (passes ? kHeaderBytes : kFirstHeaderBytes)});
+    });
+    std::ranges::stable_sort(candidates, std::greater(), [](const Candidate& c) { return c.truncation->slope; });
+    uint64_t left = bytes - layers.bytesWith(slope);
+    std::vector<std::pair<J2kTruncation*, J2kSlope>> changed;
+    for (const Candidate& candidate : candidates) {
+        if (candidate.bytes > left) continue;
+        left -= candidate.bytes;
+        changed.emplace_back(candidate.truncation, std::exchange(candidate.truncation->slope, slope));
+    }
+    if (layers.bytesWith(slope) <= bytes) return;
+    for (auto [truncation, before] : changed) truncation->slope = before;
+}
+
 }
 
 void findTruncations(J2kEncodedBlock& block, int style)
@@ -119,27 +149,25 @@ J2kSlope slopeForError(std::span<const J2kEncodedTile> tiles, double error)
     return smallestSlope(-kSteepest, kSteepest + 1, isTooMuch) - 1;
 }
 
-std::vector<J2kSlope> allocateLayers(std::span<const J2kEncodedTile> tiles, int count, const J2kBudget& budget)
+std::vector<J2kSlope> allocateLayers(std::span<J2kEncodedTile> tiles, int count, const J2kBudget& budget)
 {
     Layers layers(tiles);
     uint64_t total = budget.bytes ? *budget.bytes : count > 1 ? layers.bytesWith(budget.slope) : 0;
     double ratio = std::min(2.0, std::pow(kLayerSpan, 1.0 / std::max(1, count - 1)));
     std::vector<J2kSlope> slopes;
-    J2kSlope steepest = kSteepest;
-    auto addWithin = [&](uint64_t bytes) {
-        J2kSlope lowest = std::max(budget.slope, -kSteepest);
-        steepest = smallestSlope(lowest, steepest, [&](J2kSlope slope) { return layers.bytesWith(slope) <= bytes; });
-        slopes.push_back(steepest);
-        layers.accept(steepest);
+    auto slopeWithin = [&](uint64_t bytes) {
+        J2kSlope lowest = std::max(budget.slope, -kSteepest), steepest = slopes.empty() ? kSteepest : slopes.back();
+        return smallestSlope(lowest, steepest, [&](J2kSlope slope) { return layers.bytesWith(slope) <= bytes; });
     };
-    for (int later = count - 1; later > 0; --later) addWithin(uint64_t(double(total) * std::pow(ratio, -later)));
-    if (!budget.bytes) {
-        slopes.push_back(budget.slope);
-        return slopes;
+    for (int later = count - 1; later > 0; --later) {
+        slopes.push_back(slopeWithin(uint64_t(double(total) * std::pow(ratio, -later))));
+        layers.accept(slopes.back());
     }
-    uint64_t empty = layers.bytesWith(steepest);
-    if (empty > *budget.bytes) throw CodecError("the rate allows for fewer bytes than empty packets take");
-    addWithin(*budget.bytes);
+    slopes.push_back(budget.bytes ? slopeWithin(*budget.bytes) : budget.slope);
+    if (!budget.bytes) return slopes;
+    if (layers.bytesWith(slopes.back()) > *budget.bytes)
+        throw CodecError("the rate allows for fewer bytes than empty packets take");
+    fillUp(tiles, layers, slopes.back(), *budget.bytes);
     return slopes;
 }
 

@@ -26,7 +26,8 @@ struct J2kBudget {
 };
 
 // The slope of each layer; all layers together hold what the budget allows, and each earlier one about half of the
-// bytes of the next, or more where there are many. Throws CodecError where the empty packets are more than the budget.
-std::vector<J2kSlope> allocateLayers(std::span<const J2kEncodedTile> tiles, int layers, const J2kBudget& budget);
+// bytes of the next, or more where there are many. To use the bytes up, some truncations get the last slope. Throws
+// CodecError where the empty packets are more than the budget.
+std::vector<J2kSlope> allocateLayers(std::span<J2kEncodedTile> tiles, int layers, const J2kBudget& budget);
 
 }

@@ -47,7 +47,7 @@ private:
     std::vector<std::unique_ptr<J2kBlockEncoder>> free_;
 };
 
-J2kBandCoding bandCoding(const J2kPictureCoding& coding, size_t component, const J2kBand& band)
+J2kBandCoding bandCoding(const J2kPictureCoding& coding, const J2kTile& tile, size_t component, const J2kBand& band)
 {
     const J2kCoding& style = *coding.parameters.coding;
     J2kBandCoding made;
@@ -55,7 +55,7 @@ J2kBandCoding bandCoding(const J2kPictureCoding& coding, size_t component, const
     made.bitPlanes = band.bitPlanes;
     made.step =
         stepSize(*coding.parameters.quantization, band.step, band.kind, coding.size.components[component].precision);
-    made.sampleEnergy = bandEnergy(style.isReversible, band.level, band.kind);
+    made.sampleEnergy = bandEnergy(style.isReversible, tile.rect.width(), tile.rect.height(), band.level, band.kind);
     if (coding.parameters.style->transformsComponents)
         made.sampleEnergy *= componentEnergy(style.isReversible, int(component));
     made.style = style.style;
@@ -73,7 +73,7 @@ jobsOf(const J2kPictureCoding& coding, std::vector<J2kSubbands<Sample>>& coeffic
         for (size_t r = 0; r < resolutions.size(); ++r)
             for (size_t b = 0; b < resolutions[r].bands.size(); ++b) {
                 const J2kBand& band = resolutions[r].bands[b];
-                J2kBandCoding blockCoding = bandCoding(coding, c, band);
+                J2kBandCoding blockCoding = bandCoding(coding, tile.tile, c, band);
                 for (size_t p = 0; p < resolutions[r].precincts.size(); ++p)
                     for (J2kEncodedBlock& block : tile.precincts[tile.firstPrecincts[c][r] + p].bands[b].blocks)
                         jobs.push_back({blockCoding, &coefficients[c].band(band.level, band.kind), &block});

@@ -6,6 +6,7 @@
 #include "codec/error.h"
 #include "codec/j2k_header_writer.h"
 #include "codec/j2k_rate_allocation.h"
+#include "codec/j2k_step_estimate.h"
 #include "codec/j2k_tile_encoder.h"
 #include "codec/j2k_tile_writer.h"
 #include "codec/jp2_writer.h"
@@ -17,6 +18,11 @@ namespace {
 
 // More tiles than this for each thread are spread over the threads; fewer are done one after the other, on all threads.
 constexpr uint32_t kTilesPerThread = 4;
+
+// Quantization steps are powers of 2: the file is then nearly always the same to the byte as with much finer steps, of
+// which truncation leaves nothing. That takes slopes as of a quantizer that is somewhat coarser, which the first
+// estimate, a part of the usual step, nearly always gives.
+constexpr double kFirstStep = 0.4, kLeastCoarsening = 2.3, kFinestStep = 0.125;
 
 // Beside the work for a pixel of a JPEG file.
 constexpr uint64_t kWorkPerSample = 16;
@@ -30,8 +36,11 @@ public:
     std::vector<uint8_t> encode();
 
 private:
+    void setStep(double step);
+    double usualStep() const;
     Tiles encodeTiles() const;
     J2kBudget budget(const Tiles& tiles, size_t overhead) const;
+    std::vector<uint8_t> encode(J2kSlope& lastSlope) const;
 
     const Picture& picture_;
     const J2kEncodeOptions& options_;
@@ -54,14 +63,6 @@ double stepForQuality(const Picture& picture, int quality)
     return std::max(16 * percent / 100, 0.5) * peakOf(picture) / 255;
 }
 
-// Finer than needed, so that it is the truncations that decide.
-double stepFor(const Picture& picture, const J2kEncodeOptions& options)
-{
-    if (options.bitsPerPixel) return 0.5;
-    if (options.psnr) return std::sqrt(12 * meanSquaredError(picture, *options.psnr)) / 2;
-    return stepForQuality(picture, options.quality) / 2;
-}
-
 void checkTarget(const J2kEncodeOptions& options)
 {
     if (options.bitsPerPixel && !(*options.bitsPerPixel > 0)) throw CodecError("the rate is not above 0");
@@ -74,8 +75,19 @@ Encoder::Encoder(const Picture& picture, const J2kEncodeOptions& options) : pict
 {
     checkTarget(options);
     coding_.size = sizeFor(picture, options);
-    coding_.parameters = parametersFor(picture, options, stepFor(picture, options));
     coding_.termination = terminationFor(options);
+    setStep(1);
+}
+
+void Encoder::setStep(double step) { coding_.parameters = parametersFor(picture_, options_, step); }
+
+// Of a quantizer that would do without truncations.
+double Encoder::usualStep() const
+{
+    int levels = coding_.parameters.coding->levels;
+    if (options_.bitsPerPixel) return stepForRate(picture_, levels, *options_.bitsPerPixel);
+    if (options_.psnr) return stepForError(picture_, levels, meanSquaredError(picture_, *options_.psnr));
+    return stepForQuality(picture_, options_.quality);
 }
 
 Tiles Encoder::encodeTiles() const
@@ -111,7 +123,7 @@ J2kBudget Encoder::budget(const Tiles& tiles, size_t overhead) const
     return {.bytes = {}, .slope = slopeForError(tiles, error * samplesOf(picture_))};
 }
 
-std::vector<uint8_t> Encoder::encode()
+std::vector<uint8_t> Encoder::encode(J2kSlope& lastSlope) const
 {
     Tiles tiles = encodeTiles();
     std::vector<uint8_t> file;
@@ -123,7 +135,21 @@ std::vector<uint8_t> Encoder::encode()
     for (J2kEncodedTile& tile : tiles) writeJ2kTile(coding_.size, coding_.parameters, layers, tile, out);
     writeJ2kEnd(out);
     if (options_.isJp2) out.setLength(box, box);
+    lastSlope = layers.back();
     return file;
+}
+
+// A lossy file is coded again, with finer steps, where the truncations do not leave enough of it out.
+std::vector<uint8_t> Encoder::encode()
+{
+    J2kSlope lastSlope = 0;
+    if (options_.isLossless) return encode(lastSlope);
+    double step = std::exp2(std::floor(std::log2(kFirstStep * usualStep())));
+    for (step = std::max(step, kFinestStep);; step /= 2) {
+        setStep(step);
+        std::vector<uint8_t> file = encode(lastSlope);
+        if (step <= kFinestStep || lastSlope >= slopeOfStep(kLeastCoarsening * step)) return file;
+    }
 }
 
 }

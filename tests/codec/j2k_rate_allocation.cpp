@@ -31,12 +31,12 @@ TEST(BandEnergy, IsThatOfTheInverseTransform)
 {
     for (int level : {1, 2, 3, 4})
         for (J2kBandKind kind : {ll, lh, hl, hh}) {
-            EXPECT_NEAR(bandEnergy(false, level, kind) / energyOfOne(level, kind, 1000.f), 1, 1e-5);
-            EXPECT_NEAR(bandEnergy(true, level, kind) / energyOfOne(level, kind, 1 << 20), 1, 1e-3);
+            EXPECT_NEAR(bandEnergy(false, 256, 256, level, kind) / energyOfOne(level, kind, 1000.f), 1, 1e-5);
+            EXPECT_NEAR(bandEnergy(true, 256, 256, level, kind) / energyOfOne(level, kind, 1 << 20), 1, 1e-3);
         }
-    EXPECT_EQ(bandEnergy(true, 0, ll), 1);
-    // Each further level doubles the samples that a coefficient stands for, in both directions.
-    EXPECT_NEAR(bandEnergy(false, 32, ll) / bandEnergy(false, 31, ll), 4, 1e-6);
+    EXPECT_EQ(bandEnergy(true, 9, 9, 0, ll), 1);
+    // What stands for a whole tile.
+    EXPECT_EQ(bandEnergy(false, 5, 7, 32, ll), 35);
 }
 
 J2kEncodedBlock blockOf(double error, std::vector<J2kEncodedPass> passes)

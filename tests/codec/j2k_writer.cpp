@@ -2,8 +2,11 @@
 #include "codec/j2k_writer.h"
 
 #include "codec/compare.h"
+#include "codec/file_io.h"
 #include "codec/j2k_reader.h"
+#include "codec/picture_file.h"
 #include "j2k_reading.h"
+#include "manifest.h"
 #include "openjpeg_peer.h"
 #include "pictures.h"
 
@@ -145,5 +148,71 @@ TEST_P(J2kWriter, LossyFilesAreCloseToThePicture)
 
 INSTANTIATE_TEST_SUITE_P(Cases, J2kWriter, testing::ValuesIn(writerCases()),
                          [](const auto& tested) { return tested.param.name; });
+
+// Three photographs where the collection is, else drawn pictures.
+std::vector<Picture> pictures()
+{
+    std::vector<Picture> all;
+    for (const char* name : {"astronaut.ppm", "coffee.ppm", "camera.pgm"})
+        if (auto path = dataFolder() / "photos" / name; std::filesystem::exists(path))
+            all.push_back(loadPicture(readFile(path)).picture);
+    if (all.empty()) {
+        all.push_back(drawnPicture(320, 200, rgb, 8));
+        all.push_back(drawnPicture(256, 256, grey, 12));
+    }
+    return all;
+}
+
+OpenJpegCase peerCase(const Picture& picture)
+{
+    return {.components = picture.channels(),
+            .levels = 5,
+            .blockWidth = 64,
+            .blockHeight = 64,
+            .transformsComponents = picture.space() == rgb};
+}
+
+TEST(J2kWriterAndPeer, LosslessFilesAreAsSmall)
+{
+    for (const Picture& picture : pictures())
+        for (int style : {0, j2k_style::kBypass, j2k_style::kTerminateEvery}) {
+            OpenJpegCase peer = peerCase(picture);
+            J2kEncodeOptions options = {.isLossless = true, .isJp2 = false};
+            peer.style = options.style = style;
+            EXPECT_LT(double(encodeJ2k(picture, options).size()), 1.005 * double(openJpegEncode(peer, picture).size()));
+        }
+}
+
+TEST(J2kWriterAndPeer, LossyFilesOfTheSameSizeAreAsGood)
+{
+    for (const Picture& picture : pictures())
+        for (double rate : {0.25, 0.5, 1.0, 2.0}) {
+            OpenJpegCase peer = peerCase(picture);
+            peer.isReversible = false;
+            peer.ratio = float(picture.channels() * picture.precision() / rate);
+            File theirs = openJpegEncode(peer, picture);
+            double pixels = double(picture.width()) * picture.height();
+            File ours = encodeJ2k(picture, {.bitsPerPixel = 8 * double(theirs.size()) / pixels, .isJp2 = false});
+            EXPECT_LE(ours.size(), theirs.size());
+            EXPECT_GE(psnr(openJpegDecode(ours), picture), psnr(openJpegDecode(theirs), picture)) << rate;
+        }
+}
+
+// A file can be cut to fewer layers, each better than the one before.
+TEST(J2kWriterLayers, SharpenThePicture)
+{
+    Picture picture = drawnPicture(300, 200, rgb, 8);
+    for (bool isLossless : {false, true}) {
+        J2kEncodeOptions options = {.isLossless = isLossless, .layers = 5};
+        if (!isLossless) options.bitsPerPixel = 2;
+        File file = encodeJ2k(picture, options);
+        double last = 0;
+        for (int layers = 1; layers <= 5; ++layers) {
+            double now = psnr(openJpegDecode(file, layers), picture);
+            EXPECT_GT(now, last) << layers;
+            last = now;
+        }
+    }
+}
 
 }
