@@ -1,5 +1,8 @@
-// Decoding of code-blocks beside OpenJPEG, on the blocks of its own file: the wavelet coefficients of pictures. The
-// unit is a decision of the MQ decoder, as counted by one that takes them singly; raw bits do not count.
+// Code-blocks beside OpenJPEG: decoding those of its own file, and encoding their coefficients again, with rates and
+// distortions of all passes. The coefficients are those of the wavelet of pictures. The unit is a decision of the
+// MQ coder, as counted by a decoder that takes them singly; raw bits do not count.
+#include <stdlib.h>
+
 #include <algorithm>
 #include <memory>
 
@@ -88,9 +91,11 @@ struct CountingMq : test::StandardMq {
 class Work {
 public:
     Work(const Coefficients& coefficients, int blockSize, int style)
-        : peer(coefficients, blockSize, style), original_(coefficients), blocks_(blocksOf(peer.file(), style)),
-          decoded_(coefficients.values.size())
+        : peer(coefficients, blockSize, style), original_(coefficients), blockSize_(blockSize),
+          blocks_(blocksOf(peer.file(), style)), decoded_(coefficients.values.size())
     {
+        for (int32_t value : original_.values)
+            signMagnitudes_.push_back(int32_t((value < 0 ? 1u << 31 : 0) | uint32_t(abs(value)) << kLowest));
         int bytes = 0;
         succeed(qeliDecodeGetBufSize_JPEG2K({blockSize, blockSize}, &bytes));
         bufferBytes_ = size_t(bytes);
@@ -104,6 +109,21 @@ public:
         std::vector<uint8_t> buffer(bufferBytes_);
 #pragma omp parallel for schedule(dynamic) firstprivate(buffer)
         for (const Block& block : blocks_) decode(block, buffer.data());
+    }
+    // The number of coded bytes.
+    size_t encode() const
+    {
+        size_t length = 0;
+#pragma omp parallel reduction(+ : length)
+        {
+            QelEncodeState* state = nullptr;
+            succeed(qeliEncodeInitAlloc_JPEG2K(&state, blockSize_, blockSize_));
+            std::vector<uint8_t> out(size_t(4 * blockSize_ * blockSize_));
+#pragma omp for schedule(dynamic)
+            for (const Block& block : blocks_) length += encode(block, state, out);
+            succeed(qeliEncodeFree_JPEG2K(state));
+        }
+        return length;
     }
     double samples() const { return double(decoded_.size()); }
     double decisions() const
@@ -121,6 +141,14 @@ public:
         require(values == original_.values && peer.decode() == values, "the coefficients differ from the peer's");
     }
 
+    // Both write the same decisions; ends of segments may differ by bytes.
+    void checkEncoding() const
+    {
+        double bytes = double(encode()), peers = 0;
+        for (const Block& block : blocks_) peers += double(block.bytes.size());
+        require(std::abs(bytes - peers) < 0.01 * peers, "the bytes differ from the peer's");
+    }
+
 private:
     void decode(const Block& block, uint8_t* buffer)
     {
@@ -132,7 +160,32 @@ private:
                                                      coded.style, nullptr, (QelDecodeCBProgrState*)buffer));
     }
 
+    // With all that rate allocation asks for.
+    size_t encode(const Block& block, QelEncodeState* state, std::vector<uint8_t>& out) const
+    {
+        auto& coded = block.coded;
+        const int32_t* src = signMagnitudes_.data() + ptrdiff_t(block.y) * original_.width + block.x;
+        int planes = 0, passes = 0, segments = 0, length = int(out.size()), isNotLast = 0;
+        succeed(qeliEncodeLoadCodeBlock_JPEG2K_32s_C1R(src, original_.width * 4, coded.width, coded.height, state,
+                                                       coded.bandType, 31 - kLowest, 0, 0, coded.style, &planes,
+                                                       &passes, &segments));
+        for (int i = 0; i < passes; ++i) {
+            uint32_t rate = 0;
+            double distortion = 0;
+            succeed(qeliEncodeGetRate_JPEG2K(state, i, &rate));
+            succeed(qeliEncodeGetDist_JPEG2K(state, i, &distortion));
+        }
+        succeed(qeliEncodeStoreBits_JPEG2K_1u(out.data(), &length, state, &isNotLast));
+        require(passes == coded.passes && !isNotLast, "the passes differ from the peer's");
+        return size_t(length);
+    }
+
+    // The plane of the coefficients' lowest bit, so that 12 bits end at plane 30.
+    static constexpr int kLowest = 31 - 12;
+
     Coefficients original_;
+    int blockSize_;
+    std::vector<int32_t> signMagnitudes_;
     std::vector<Block> blocks_;
     std::vector<int32_t> decoded_;
     size_t bufferBytes_;
@@ -148,6 +201,13 @@ void add(const std::string& name, const NamedPicture& named, int step, int block
         Contest contest = {"decision", work->decisions(), {}};
         contest.contestants = {{kLibrary, [=] { work->decode(); }}, {"OpenJPEG", [=] { work->peer.decode(); }}};
         contest.check = [=] { work->check(); };
+        return contest;
+    });
+    addCase("code_block/encode/" + name, [=] {
+        auto work = make();
+        Contest contest = {"decision", work->decisions(), {}};
+        contest.contestants = {{kLibrary, [=] { work->encode(); }}, {"OpenJPEG", [=] { work->peer.encode(); }}};
+        contest.check = [=] { work->checkEncoding(); };
         return contest;
     });
 }
@@ -175,6 +235,10 @@ void addCodeBlockCases()
     addCase("threads/code_block/decode/64x64", [&named] {
         auto work = std::make_shared<Work>(coefficientsOf(named.picture, 1), 64, 0);
         return oneAgainstTwo("sample", work->samples(), [=] { work->decode(); });
+    });
+    addCase("threads/code_block/encode/64x64", [&named] {
+        auto work = std::make_shared<Work>(coefficientsOf(named.picture, 1), 64, 0);
+        return oneAgainstTwo("sample", work->samples(), [=] { work->encode(); });
     });
 }
 
