@@ -3,8 +3,9 @@
 
 #include <algorithm>
 #include <array>
-#include <cstdlib>
 #include <span>
+
+#include "codec/j2k_headers.h"
 
 namespace qel::codec {
 
@@ -23,34 +24,52 @@ using Taps = std::span<const double>;
 constexpr int kReach = 8;
 using Correlation = std::array<double, 2 * kReach + 1>;
 
-double at(Taps taps, int n) { return size_t(std::abs(n)) < taps.size() ? taps[size_t(std::abs(n))] : 0; }
+constexpr size_t place(int lag) { return size_t(lag + kReach); }
 
-Correlation autocorrelation(Taps taps)
+constexpr double at(Taps taps, int n)
+{
+    auto index = size_t(n < 0 ? -n : n);
+    return index < taps.size() ? taps[index] : 0;
+}
+
+constexpr Correlation autocorrelation(Taps taps)
 {
     Correlation result = {};
     for (int lag = -kReach; lag <= kReach; ++lag)
-        for (int n = -kReach; n <= kReach; ++n) result[size_t(lag + kReach)] += at(taps, n) * at(taps, n + lag);
+        for (int n = -kReach; n <= kReach; ++n) result[place(lag)] += at(taps, n) * at(taps, n + lag);
     return result;
 }
 
-Correlation oneLevelUp(const Correlation& below, const Correlation& low)
+constexpr Correlation oneLevelUp(const Correlation& below, const Correlation& low)
 {
     Correlation result = {};
     for (int lag = -kReach; lag <= kReach; ++lag)
         for (int n = -kReach; n <= kReach; ++n)
-            if (int rest = lag - 2 * n; std::abs(rest) <= kReach)
-                result[size_t(lag + kReach)] += below[size_t(n + kReach)] * low[size_t(rest + kReach)];
+            if (int rest = lag - 2 * n; rest >= -kReach && rest <= kReach)
+                result[place(lag)] += below[place(n)] * low[place(rest)];
     return result;
 }
 
+// By level. That of level 0 is 1.
+using Energies = std::array<double, kJ2kMaxLevels + 1>;
+
+constexpr Energies energiesOf(Taps first, Taps low)
+{
+    Energies energies = {1};
+    Correlation current = autocorrelation(first);
+    for (size_t level = 1; level < energies.size(); ++level, current = oneLevelUp(current, autocorrelation(low)))
+        energies[level] = current[place(0)];
+    return energies;
+}
+
+// By whether the wavelet is reversible, and whether the band is a high one.
+constexpr Energies kEnergies[2][2] = {{energiesOf(kLow97, kLow97), energiesOf(kHigh97, kLow97)},
+                                      {energiesOf(kLow53, kLow53), energiesOf(kHigh53, kLow53)}};
+
 double lineEnergy(bool isReversible, uint32_t length, int level, bool isHigh)
 {
-    if (level == 0) return 1;
-    Correlation low = autocorrelation(isReversible ? Taps(kLow53) : Taps(kLow97));
-    Correlation current = isHigh ? autocorrelation(isReversible ? Taps(kHigh53) : Taps(kHigh97)) : low;
-    while (--level > 0) current = oneLevelUp(current, low);
     // A low coefficient of a line that is shorter than its waveform stands for the mean of all.
-    return std::min(current[kReach], double(length));
+    return std::min(kEnergies[isReversible][isHigh][size_t(level)], double(length));
 }
 
 }

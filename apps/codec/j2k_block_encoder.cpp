@@ -2,9 +2,10 @@
 #include "codec/j2k_block_encoder.h"
 
 #include <algorithm>
+#include <bit>
 #include <cmath>
 #include <cstdlib>
-#include <type_traits>
+#include <numeric>
 
 #include "codec/j2k_code_segments.h"
 #include "codec/j2k_rate_allocation.h"
@@ -17,40 +18,29 @@ constexpr size_t kStoredAtOnce = 1 << 16;
 // Bits of magnitudes; the highest one of a band is the highest one here.
 constexpr int kMagnitudeBits = 31;
 
-// Sign and magnitude of reversible coefficients, which are whole steps.
-struct Exact {
-    explicit Exact(const J2kBandCoding& band) : shift(kMagnitudeBits - band.bitPlanes) {}
+// Sign and magnitude of a row of reversible coefficients, which are whole steps. They have no error.
+void quantize(const int32_t* src, int width, const J2kBandCoding& band, int32_t* dst, float*)
+{
+    int shift = kMagnitudeBits - band.bitPlanes;
+    for (int x = 0; x < width; ++x)
+        dst[x] = int32_t(uint32_t(std::abs(src[x])) << shift | (uint32_t(src[x]) & 0x80000000u));
+}
 
-    int32_t operator()(int32_t coefficient, float&) const
-    {
-        return int32_t(uint32_t(std::abs(coefficient)) << shift | (uint32_t(coefficient) & 0x80000000u));
+// Of others. Bits below whole steps are not coded, but sharpen the estimates of errors. Adds the squared errors of
+// decoded values, which lie in the middle of their steps, to those of each column.
+void quantize(const float* src, int width, const J2kBandCoding& band, int32_t* dst, float* errors)
+{
+    const auto steps = float(1 / band.step), unit = std::ldexp(1.f, kMagnitudeBits - band.bitPlanes);
+    for (int x = 0; x < width; ++x) {
+        float magnitude = std::fabs(src[x]) * steps;
+        auto whole = int32_t(magnitude);
+        float off = magnitude - float(whole) - 0.5f * float(std::min(whole, 1));
+        errors[x] += off * off;
+        uint32_t sign = std::bit_cast<uint32_t>(src[x]) & 0x80000000u;
+        // No coefficient exceeds the bit planes of its band: the guard bits see to that.
+        dst[x] = int32_t(uint32_t(int32_t(magnitude * unit)) | sign);
     }
-
-    int shift;
-};
-
-// Of others. Bits below whole steps are not coded, but sharpen the estimates of errors.
-struct Quantized {
-    explicit Quantized(const J2kBandCoding& band)
-        : steps(float(1 / band.step)), unit(std::ldexp(1.f, kMagnitudeBits - band.bitPlanes))
-    {}
-
-    // Adds the squared error of the decoded value, in the middle of its step.
-    int32_t operator()(float coefficient, float& error) const
-    {
-        constexpr float kLargest = 0x7FFFFF80;
-        float magnitude = std::fabs(coefficient) * steps;
-        auto whole = float(int32_t(magnitude));
-        float off = magnitude - (whole > 0 ? whole + 0.5f : 0);
-        error += off * off;
-        auto bits = int32_t(std::min(magnitude * unit, kLargest));
-        return coefficient < 0 ? bits | INT32_MIN : bits;
-    }
-
-    float steps, unit;
-};
-
-template <class Coefficient> using Quantizer = std::conditional_t<std::is_same_v<Coefficient, float>, Quantized, Exact>;
+}
 
 int libraryStyle(const J2kBandCoding& band)
 {
@@ -68,7 +58,7 @@ int libraryStyle(const J2kBandCoding& band)
 }
 
 J2kBlockEncoder::J2kBlockEncoder(int width, int height)
-    : samples_(size_t(width) * size_t(height)), bytes_(kStoredAtOnce)
+    : samples_(size_t(width) * size_t(height)), errors_(size_t(width)), bytes_(kStoredAtOnce)
 {
     QelEncodeState* state = nullptr;
     if (qeliEncodeInitAlloc_JPEG2K(&state, width, height) == qelStsMemAllocErr) throw std::bad_alloc();
@@ -78,16 +68,11 @@ J2kBlockEncoder::J2kBlockEncoder(int width, int height)
 template <class Coefficient> void J2kBlockEncoder::encode(const J2kPlane<Coefficient>& coefficients,
                                                           const J2kBandCoding& band, J2kEncodedBlock& block)
 {
-    Quantizer<Coefficient> quantizer(band);
-    double error = 0;
-    int32_t* samples = samples_.data();
-    for (int y = 0; y < block.height; ++y, samples += block.width) {
-        const Coefficient* src = coefficients.row(block.y + size_t(y)) + block.x;
-        float rowError = 0;
-        for (int x = 0; x < block.width; ++x) samples[x] = quantizer(src[x], rowError);
-        error += double(rowError);
-    }
-    block.error = error;
+    std::ranges::fill(errors_, 0.f);
+    for (int y = 0; y < block.height; ++y)
+        quantize(coefficients.row(block.y + size_t(y)) + block.x, block.width, band, samples_.data() + y * block.width,
+                 errors_.data());
+    block.error = std::accumulate(errors_.begin(), errors_.end(), 0.0);
     code(band, block);
 }
 

@@ -40,6 +40,7 @@ private:
 
     State state_;
     std::vector<int32_t> samples_; // sign and magnitude
+    std::vector<float> errors_;    // of columns
     std::vector<uint8_t> bytes_;
 };
 

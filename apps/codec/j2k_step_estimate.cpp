@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <array>
+#include <bit>
 #include <cmath>
 #include <vector>
 
@@ -34,7 +35,7 @@ struct BandStatistics {
         for (uint32_t y = 0; y < band.height(); ++y)
             for (uint32_t x = 0; x < band.width(); ++x) {
                 float magnitude = std::fabs(band.row(y)[x]) * scale;
-                int exponent = magnitude > 0 ? std::ilogb(magnitude) : kLowestOctave;
+                int exponent = int(std::bit_cast<uint32_t>(magnitude) >> 23) - 127;
                 auto octave = size_t(std::clamp(exponent - kLowestOctave, 0, kOctaves - 1));
                 ++count[octave];
                 energy[octave] += double(magnitude) * double(magnitude);
