@@ -60,13 +60,13 @@ double pixelsOf(const Source& s) { return double(s.picture.width()) * s.picture.
 Contest encoding(const Shared& s)
 {
     Contest contest = {"pixel", pixelsOf(*s), {}};
-    contest.contestants = {{kLibrary, [=] { s->encode(); }}, {"openjpeg", [=] { s->encodeWithPeer(); }}};
+    contest.contestants = {{kLibrary, [=] { s->encode(); }}, {"OpenJPEG", [=] { s->encodeWithPeer(); }}};
     s->encodeWithPeer();
     File ours = s->encode();
-    contest.facts = {{"bytes:qeljx", double(ours.size())}, {"bytes:openjpeg", double(s->peers.bytes.size())}};
+    contest.facts = {{"bytes:qeljx", double(ours.size())}, {"bytes:OpenJPEG", double(s->peers.bytes.size())}};
     if (s->rate) {
         contest.facts.push_back({"psnr:qeljx", s->psnr(ours)});
-        contest.facts.push_back({"psnr:openjpeg", s->psnr(s->peers.bytes)});
+        contest.facts.push_back({"psnr:OpenJPEG", s->psnr(s->peers.bytes)});
     }
     return contest;
 }

@@ -15,9 +15,9 @@ namespace {
 constexpr int kUsualLevels = 5;
 // Steps are not made so fine that coefficients would exceed the 31 bits of code-blocks; floats have fewer.
 constexpr int kMaxExponent = 28;
-// Coefficients may exceed the nominal range of their band. For samples of magnitude 1, levels of the 5/3 filters make up
-// to 1.72 of it in a low half and 2.87 in a high one, which nominally has 2; those of 9/7 1.38 and 2.63. With one more
-// bit for the differences of the reversible component transform that fits all bands.
+// Coefficients may exceed the nominal range of their band. For samples of magnitude 1, levels of the 5/3 filters make
+// up to 1.72 of it in a low half and 2.87 in a high one, which nominally has 2; those of 9/7 1.38 and 2.63. With one
+// more bit for the differences of the reversible component transform that fits all bands.
 constexpr int kGuardBits = 2;
 constexpr uint32_t kMaxTiles = 65535;
 
@@ -131,8 +131,8 @@ J2kSize sizeFor(const Picture& picture, const J2kEncodeOptions& options)
 
 J2kParameters parametersFor(const Picture& picture, const J2kEncodeOptions& options, double step)
 {
-    require(options.layers >= 1 && options.layers <= 65535,
-            std::to_string(options.layers) + " layers: there can be 1 to 65535");
+    require(options.layers >= 1 && options.layers <= kJ2kMostLayers,
+            std::to_string(options.layers) + " layers: there can be 1 to " + std::to_string(kJ2kMostLayers));
     J2kParameters parameters;
     parameters.style = J2kTileStyle{
         .order = options.order, .layers = options.layers, .transformsComponents = picture.space() == ColourSpace::rgb};

@@ -16,6 +16,9 @@ namespace qel::codec {
 // Predictable ones and j2k_style::kPredictableTermination go together: either one asks for both.
 enum class J2kTermination { flush = 0, shortest = 1, predictable = 2 };
 
+// Files may have 65535, but each takes its time to be found, and a byte of each precinct.
+inline constexpr int kJ2kMostLayers = 255;
+
 struct J2kEncodeOptions {
     bool isLossless = false; // 5/3 wavelet and all of its coefficients; else 9/7 and one of these three:
     std::optional<double> bitsPerPixel = {}; // of the whole file
@@ -24,7 +27,7 @@ struct J2kEncodeOptions {
     std::optional<int> levels = {};          // of decomposition, 0 to 32; else 5, or fewer for small tiles
     int blockWidth = 64, blockHeight = 64;   // code-blocks: powers of 2 from 4 to 1024, 4096 samples at most
     std::optional<std::pair<uint32_t, uint32_t>> tile = {}; // width and height; else one tile
-    int layers = 1;                                         // 1 to 65535
+    int layers = 1;                                         // 1 to kJ2kMostLayers
     J2kOrder order = J2kOrder::lrcp;
     // Width and height, powers of 2 up to 32768, from the highest resolution down; the last one holds for all below.
     std::vector<std::pair<uint32_t, uint32_t>> precincts = {};

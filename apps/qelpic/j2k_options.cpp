@@ -106,7 +106,7 @@ void addCoding(CLI::App& command, codec::J2kEncodeOptions& options)
                                                                 {"shortest", J2kTermination::shortest},
                                                                 {"predictable", J2kTermination::predictable}};
     command.add_option("--layers", options.layers, "Layers of quality that the file can be cut to")
-        ->check(CLI::Range(1, 65535).description(""))
+        ->check(CLI::Range(1, codec::kJ2kMostLayers).description(""))
         ->type_name("N");
     command
         .add_option("--progression", options.order,
