@@ -56,20 +56,22 @@ using Energies = std::array<double, kJ2kMaxLevels + 1>;
 constexpr Energies energiesOf(Taps first, Taps low)
 {
     Energies energies = {1};
+    const Correlation up = autocorrelation(low);
     Correlation current = autocorrelation(first);
-    for (size_t level = 1; level < energies.size(); ++level, current = oneLevelUp(current, autocorrelation(low)))
+    for (size_t level = 1; level < energies.size(); ++level, current = oneLevelUp(current, up))
         energies[level] = current[place(0)];
     return energies;
 }
 
-// By whether the wavelet is reversible, and whether the band is a high one.
-constexpr Energies kEnergies[2][2] = {{energiesOf(kLow97, kLow97), energiesOf(kHigh97, kLow97)},
-                                      {energiesOf(kLow53, kLow53), energiesOf(kHigh53, kLow53)}};
+constexpr Energies kLowEnergies53 = energiesOf(kLow53, kLow53), kHighEnergies53 = energiesOf(kHigh53, kLow53);
+constexpr Energies kLowEnergies97 = energiesOf(kLow97, kLow97), kHighEnergies97 = energiesOf(kHigh97, kLow97);
 
 double lineEnergy(bool isReversible, uint32_t length, int level, bool isHigh)
 {
+    const Energies& low = isReversible ? kLowEnergies53 : kLowEnergies97;
+    const Energies& high = isReversible ? kHighEnergies53 : kHighEnergies97;
     // A low coefficient of a line that is shorter than its waveform stands for the mean of all.
-    return std::min(kEnergies[isReversible][isHigh][size_t(level)], double(length));
+    return std::min((isHigh ? high : low)[size_t(level)], double(length));
 }
 
 }
