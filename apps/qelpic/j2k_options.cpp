@@ -53,7 +53,7 @@ void setStyles(const Words& words, codec::J2kEncodeOptions& options)
 void addTargets(CLI::App& command, codec::J2kEncodeOptions& options)
 {
     auto* rate = command.add_option("--rate", options.bitsPerPixel, "Bits per pixel of the whole file")
-                     ->check(CLI::PositiveNumber.description(""))
+                     ->check(CLI::Range(0.001, 1000.0).description(""))
                      ->type_name("BPP");
     auto* psnr = command.add_option("--quality-db", options.psnr, "Peak signal-to-noise ratio, in decibels")
                      ->check(CLI::Range(1.0, 200.0).description(""))
