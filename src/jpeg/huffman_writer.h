@@ -3,6 +3,7 @@
 
 #include <string.h>
 
+#include "core/inline.h"
 #include "jpeg/huffman_bits.h"
 
 namespace qel {
@@ -44,7 +45,7 @@ struct HuffmanWriter {
     }
     // A code and the bits behind it at once, where they end at most two bytes, neither of them 0xFF. False leaves all
     // to the steps above.
-    bool writeShort(const QelEncodeHuffmanSpec* spec, int value) const
+    QEL_INLINE bool writeShort(const QelEncodeHuffmanSpec* spec, int value) const
     {
         auto sign = (uint32_t)(value >> 31), magnitude = ((uint32_t)value ^ sign) - sign;
         bool isSmall = __builtin_expect(magnitude < 256, 1);
