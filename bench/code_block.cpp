@@ -196,19 +196,25 @@ void add(const std::string& name, const NamedPicture& named, int step, int block
     auto make = [&named, step, blockSize, style] {
         return std::make_shared<Work>(coefficientsOf(named.picture, step), blockSize, style);
     };
+    auto contest = [](Work& work, std::function<void()> ours, std::function<void()> theirs) {
+        Contest made = {"decision", work.decisions(), {{kLibrary, ours}, {"OpenJPEG", theirs}}};
+        made.facts = {{"samples", work.samples() / made.units}};
+        made.countsMispredictions = true;
+        return made;
+    };
     addCase("code_block/decode/" + name, [=] {
         auto work = make();
-        Contest contest = {"decision", work->decisions(), {}};
-        contest.contestants = {{kLibrary, [=] { work->decode(); }}, {"OpenJPEG", [=] { work->peer.decode(); }}};
-        contest.check = [=] { work->check(); };
-        return contest;
+        Contest decoding = contest(
+            *work, [=] { work->decode(); }, [=] { work->peer.decode(); });
+        decoding.check = [=] { work->check(); };
+        return decoding;
     });
     addCase("code_block/encode/" + name, [=] {
         auto work = make();
-        Contest contest = {"decision", work->decisions(), {}};
-        contest.contestants = {{kLibrary, [=] { work->encode(); }}, {"OpenJPEG", [=] { work->peer.encode(); }}};
-        contest.check = [=] { work->checkEncoding(); };
-        return contest;
+        Contest encoding = contest(
+            *work, [=] { work->encode(); }, [=] { work->peer.encode(); });
+        encoding.check = [=] { work->checkEncoding(); };
+        return encoding;
     });
 }
 

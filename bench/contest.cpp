@@ -8,6 +8,8 @@
 
 #include <benchmark/benchmark.h>
 
+#include "mispredictions.h"
+
 namespace qel::bench {
 namespace {
 
@@ -108,6 +110,8 @@ void report(benchmark::State& state, const Contest& contest, const std::vector<E
     for (auto& entry : entries) {
         auto& name = entry.who.name;
         state.counters["ns:" + name] = quartilesOf(entry.seconds).median / contest.units * 1e9;
+        if (contest.countsMispredictions)
+            if (auto count = mispredictionsOf(entry.who.run)) state.counters["misses:" + name] = *count / contest.units;
         if (&entry == &entries.front()) continue;
         std::vector<double> ratios;
         for (size_t i = 0; i < library.size(); ++i) ratios.push_back(entry.seconds[i] / library[i]);

@@ -32,6 +32,7 @@ struct Contest {
     std::function<void()> check = nullptr; // throws unless library and peers did the same work
     // What else there is to report, such as "psnr:qeljx".
     std::vector<std::pair<std::string, double>> facts = {};
+    bool countsMispredictions = false; // of branches, where the machine can
 };
 
 // The library with two threads against itself with one.

@@ -24,6 +24,7 @@ class Case:
         self.clock = record.get("GHz", 0)
         part = lambda kind: {k[len(kind):]: v for k, v in record.items() if k.startswith(kind)}
         self.ns, self.ratio, self.low, self.high = map(part, ("ns:", "ratio:", "low:", "high:"))
+        self.misses, self.samples = part("misses:"), record.get("samples")  # for each decision
 
     def peers(self):
         return [name for name in self.ratio if name not in BUILDS + TRAFFIC]
@@ -36,6 +37,9 @@ class Case:
         ns = self.ns[name]
         if self.unit == "block":
             return f"{ns * self.clock:.1f} cycles"
+        if self.unit == "decision" and self.samples:
+            misses = f", {self.misses[name]:.2f} misses" if name in self.misses else ""
+            return f"{ns:.2f} ns ({1e3 * self.samples / ns:.0f} Msample/s){misses}"
         if self.unit in ("symbol", "decision"):
             return f"{ns:.2f} ns"
         return f"{1 / ns:.2f} G/s" if ns < 1 else f"{1e3 / ns:.0f} M/s"
