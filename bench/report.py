@@ -78,7 +78,8 @@ class Row:
         traffic = peer == TRAFFIC[0]
         ratio = f"{case.ratio[peer]:.2f} ({case.low[peer]:.2f}-{case.high[peer]:.2f})" if peer and not traffic else ""
         limit = case.limit()
-        theirs = case.rate(min(TRAFFIC, key=case.ns.get)) if traffic else case.rate(peer) if peer else ""
+        fastest = min((name for name in TRAFFIC if name in case.ns), key=case.ns.get) if traffic else peer
+        theirs = case.rate(fastest) if fastest else ""
         return (case.stage, case.size, peer, theirs, case.rate(LIBRARY), ratio, level("floor"), level("goal"),
                 self.met(), "" if limit is None else f"{limit:.0%}", case.builds())
 
