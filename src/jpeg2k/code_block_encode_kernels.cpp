@@ -194,7 +194,8 @@ PassRecord cleanup(const BlockMaps& maps, const PassMode& mode, uint8_t* out)
     return cleanupPass<Coding::ll>(maps, mode, out);
 }
 
-// The bytes of a word's coefficients as they lie in memory, each in the order of the scan; and their union.
+// The bytes of a word's coefficients, the highest first, each in the order of the scan; and the union of the
+// coefficients.
 struct WordBytes {
     alignas(64) uint8_t of[4][64];
     U8<16> all;
@@ -206,11 +207,19 @@ struct WordBytes {
         U8<16> r0 = byBytes(0), r1 = byBytes(1), r2 = byBytes(2), r3 = byBytes(3);
         using Op = Simd<16>;
         U8<16> even = Op::zipLow(r0, r2), odd = Op::zipLow(r1, r3);
-        store(of[0] + 4 * first, Op::zipLow(even, odd)), store(of[1] + 4 * first, Op::zipHigh(even, odd));
+        store(byte(0) + 4 * first, Op::zipLow(even, odd)), store(byte(1) + 4 * first, Op::zipHigh(even, odd));
         even = Op::zipHigh(r0, r2), odd = Op::zipHigh(r1, r3);
-        store(of[2] + 4 * first, Op::zipLow(even, odd)), store(of[3] + 4 * first, Op::zipHigh(even, odd));
+        store(byte(2) + 4 * first, Op::zipLow(even, odd)), store(byte(3) + 4 * first, Op::zipHigh(even, odd));
         all |= rows[0] | rows[1] | rows[2] | rows[3];
     }
+    QEL_INLINE uint32_t unionOfAll() const
+    {
+        auto values = (U32<16>)all;
+        return values[0] | values[1] | values[2] | values[3];
+    }
+
+private:
+    QEL_INLINE uint8_t* byte(int inMemory) { return of[kLittleEndian ? 3 - inMemory : inMemory]; }
 };
 
 QEL_INLINE void fill(WordBytes& bytes, const uint8_t* src, int srcStep, int columns, int rows)
@@ -229,60 +238,112 @@ QEL_INLINE void fill(WordBytes& bytes, const uint8_t* src, int srcStep, int colu
     }
 }
 
+// The eight sets that bytes of the samples make, the highest bit's first, `step` words apart.
+QEL_INLINE void spread(const uint8_t* bytes, uint64_t* sets, ptrdiff_t step)
+{
+    U8<N> v[64 / N];
+    for (int i = 0; i < 64 / N; ++i) v[i] = load<U8<N>>(bytes + i * N);
+    for (int bit = 0; bit < 8; ++bit, sets += step) {
+        *sets = 0;
+        for (int i = 0; i < 64 / N; ++i) {
+            *sets |= Simd<N>::signMask(v[i]) << (i * N);
+            v[i] += v[i];
+        }
+    }
+}
+
 uint32_t loadMaps(const int32_t* src, int srcStep, int lowest, const BlockMaps& maps)
 {
-    __builtin_memset(maps.first, 0, size_t(BlockMaps::kMaps * maps.size()) * sizeof(uint64_t));
-    U8<16> all = {};
+    // These are read beyond the words of the block.
+    constexpr int kBordered = BlockMaps::kMaps - BlockMaps::kSigns;
+    __builtin_memset(maps.first + BlockMaps::kSigns * maps.size(), 0,
+                     size_t(kBordered * maps.size()) * sizeof(uint64_t));
+    uint32_t all = 0;
     eachWord(maps, [&](ptrdiff_t word, uint64_t) {
         ptrdiff_t s = word / maps.stride(), w = word % maps.stride();
         WordBytes bytes;
         auto* corner = (const uint8_t*)src + kRows * s * srcStep + 4 * kColumns * w;
         int columns = maps.width - kColumns * int(w), rows = maps.height - kRows * int(s);
         fill(bytes, corner, srcStep, columns < kColumns ? columns : kColumns, rows < kRows ? rows : kRows);
-        all |= bytes.all;
-        for (int plane = 31; plane >= lowest; --plane) {
-            uint64_t set = 0;
-            uint8_t* p = bytes.of[kLittleEndian ? plane / 8 : 3 - plane / 8];
-            for (int i = 0; i < 64; i += N) {
-                auto v = load<U8<N>>(p + i);
-                set |= Simd<N>::signMask(v) << i;
-                store(p + i, v + v);
-            }
-            maps.map(plane)[word] = set;
+        uint32_t ofWord = bytes.unionOfAll();
+        all |= ofWord;
+        for (int i = 0; 31 - 8 * i >= lowest; ++i) {
+            uint64_t* sets = maps.map(31 - 8 * i) + word;
+            if (ofWord >> (24 - 8 * i) & 0xFF)
+                spread(bytes.of[i], sets, -maps.size());
+            else
+                for (int bit = 0; bit < 8; ++bit) sets[-bit * maps.size()] = 0;
         }
     });
-    auto magnitudes = (U32<16>)all;
-    return (magnitudes[0] | magnitudes[1] | magnitudes[2] | magnitudes[3]) & 0x7FFFFFFF;
+    return all & 0x7FFFFFFF;
 }
 
-// T.800 C.2.4 to C.2.7. Which way a decision goes is a choice of values; only the output of bytes is a branch.
-uint8_t* encode(MqEncoder& mq, const uint8_t* decisions, int count, uint8_t* out)
-{
-    // A stands at the top of its word, so that the number of leading zeros is the shift; C follows it.
-    constexpr int kUp = 16;
-    uint64_t c = mq.c << kUp;
-    uint32_t a = mq.a << kUp;
-    int ct = mq.ct;
-    for (const uint8_t* end = decisions + count; decisions != end; ++decisions) {
-        uint32_t decision = *decisions & 1;
-        MqState& context = mq.states[*decisions >> 1];
+// The MQ encoder with its registers at hand. A stands at the top of its word, so that the number of leading zeros is
+// the shift; C follows it.
+class Registers {
+public:
+    QEL_INLINE explicit Registers(MqEncoder& mq) : mq_(mq), a_(mq.a << kUp), c_(mq.c << kUp), ct_(mq.ct) {}
+    QEL_INLINE void store() const { mq_.a = a_ >> kUp, mq_.c = c_ >> kUp, mq_.ct = ct_; }
+
+    // T.800 C.2.4 to C.2.7. Which way a decision goes is a choice of values; only the output of bytes is a branch.
+    QEL_INLINE uint8_t* encode(uint8_t recorded, uint8_t* out)
+    {
+        uint32_t decision = recorded & 1;
+        MqState& context = mq_.states[recorded >> 1];
         auto state = load<uint64_t>(&context), next = load<uint64_t>(&kMqStates.of[context.next[decision]]);
-        uint32_t qe = uint32_t(context.qe) << kUp, rest = a - qe;
+        uint32_t qe = uint32_t(context.qe) << kUp, rest = a_ - qe;
         // The more probable symbol has the upper part of the interval, unless that is the smaller one.
         uint32_t takesLower = (context.mps ^ decision) ^ (rest < qe);
         uint32_t shift = uint32_t(__builtin_clz(rest)), below = qe;
-        a = rest << shift;
-        replaceIf(takesLower, a, qe << context.shift, shift, context.shift, below, 0);
-        store(&context, select(shift, next, state));
-        c = (c + below) << shift;
-        ct -= int(shift);
-        if (ct <= 0) {
-            mq.c = c >> kUp, mq.ct = ct;
-            out = lateBytesOut(mq, out);
-            c = mq.c << kUp, ct = mq.ct;
-        }
+        a_ = rest << shift;
+        replaceIf(takesLower, a_, qe << context.shift, shift, context.shift, below, 0);
+        QEL_BUILD::store(&context, select(shift, next, state));
+        c_ = (c_ + below) << shift;
+        ct_ -= int(shift);
+        if (ct_ > 0) return out;
+        store();
+        out = lateBytesOut(mq_, out);
+        c_ = mq_.c << kUp, ct_ = mq_.ct;
+        return out;
     }
-    mq.a = a >> kUp, mq.c = c >> kUp, mq.ct = ct;
+
+    // Encodes several decisions 0 of a context where they are the more probable ones and leave its state as it is.
+    QEL_INLINE bool encodeZeros(Context context, int count)
+    {
+        const MqState& state = mq_.states[context];
+        uint64_t below = (uint64_t(state.qe) << kUp) * uint64_t(count);
+        if (state.mps != 0 || a_ < kLeastA + below) return false;
+        a_ -= uint32_t(below);
+        c_ += below;
+        return true;
+    }
+
+private:
+    static constexpr int kUp = 16;
+    static constexpr uint64_t kLeastA = uint64_t(0x8000) << kUp;
+
+    MqEncoder& mq_;
+    uint32_t a_;
+    uint64_t c_;
+    int ct_;
+};
+
+uint8_t* encode(MqEncoder& mq, const uint8_t* decisions, int count, uint8_t* out)
+{
+    // Most decisions of sparse blocks are runs, and most of these without an end.
+    using Several = uint32_t;
+    constexpr int kSeveral = sizeof(Several);
+    constexpr auto kEmptyRuns = Several(~Several(0) / 0xFF * (kContextRunLength << 1));
+    Registers registers(mq);
+    const uint8_t* end = decisions + count;
+    while (end - decisions >= kSeveral) {
+        const uint8_t* next = decisions + kSeveral;
+        if (load<Several>(decisions) == kEmptyRuns && registers.encodeZeros(kContextRunLength, kSeveral))
+            decisions = next;
+        for (; decisions != next; ++decisions) out = registers.encode(*decisions, out);
+    }
+    for (; decisions != end; ++decisions) out = registers.encode(*decisions, out);
+    registers.store();
     return out;
 }
 
