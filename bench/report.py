@@ -25,6 +25,7 @@ class Case:
         part = lambda kind: {k[len(kind):]: v for k, v in record.items() if k.startswith(kind)}
         self.ns, self.ratio, self.low, self.high = map(part, ("ns:", "ratio:", "low:", "high:"))
         self.misses, self.samples = part("misses:"), record.get("samples")  # for each decision
+        self.bytes, self.psnr = part("bytes:"), part("psnr:")  # of the file that was made
 
     def peers(self):
         return [name for name in self.ratio if name not in BUILDS + TRAFFIC]
@@ -42,7 +43,9 @@ class Case:
             return f"{ns:.2f} ns ({1e3 * self.samples / ns:.0f} Msample/s){misses}"
         if self.unit in ("symbol", "decision"):
             return f"{ns:.2f} ns"
-        return f"{1 / ns:.2f} G/s" if ns < 1 else f"{1e3 / ns:.0f} M/s"
+        made = f", {self.bytes[name]:.0f} bytes" if name in self.bytes else ""
+        made += f", {self.psnr[name]:.2f} dB" if name in self.psnr else ""
+        return (f"{1 / ns:.2f} G/s" if ns < 1 else f"{1e3 / ns:.1f} M/s" if made else f"{1e3 / ns:.0f} M/s") + made
 
     def builds(self):
         return ", ".join(f"{name} {self.rate(name)}" for name in BUILDS if name in self.ns)

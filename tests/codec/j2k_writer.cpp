@@ -5,6 +5,7 @@
 #include "codec/file_io.h"
 #include "codec/j2k_reader.h"
 #include "codec/picture_file.h"
+#include "ffmpeg_peer.h"
 #include "j2k_reading.h"
 #include "manifest.h"
 #include "openjpeg_peer.h"
@@ -148,6 +149,19 @@ TEST_P(J2kWriter, LossyFilesAreCloseToThePicture)
 
 INSTANTIATE_TEST_SUITE_P(Cases, J2kWriter, testing::ValuesIn(writerCases()),
                          [](const auto& tested) { return tested.param.name; });
+
+TEST_P(J2kWriter, SecondPeerReadsFiles)
+{
+    if (!kHasFfmpeg) GTEST_SKIP() << "FFmpeg's libavcodec is not installed";
+    WriterCase tested = GetParam();
+    Picture picture = drawnPicture(tested.width, tested.height, tested.space, tested.precision);
+    auto read = [&] { return ffmpegDecode(encodeJ2k(picture, tested.options), tested.precision); };
+    tested.options.isLossless = true;
+    expectSame(read(), picture);
+    tested.options.isLossless = false;
+    tested.options.psnr = 40;
+    EXPECT_GT(psnr(read(), picture), 38);
+}
 
 // Three photographs where the collection is, else drawn pictures.
 std::vector<Picture> pictures()

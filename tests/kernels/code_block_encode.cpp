@@ -72,6 +72,30 @@ TEST(CodeBlockEncodeKernels, EqualTheScalarOnes)
     });
 }
 
+// Runs of 0 and 1 in one context, of any length, as they are when they come singly: the same bytes and registers.
+TEST(CodeBlockEncodeKernels, RunsAreEncodedAsTheirDecisions)
+{
+    everyBuild<CodeBlockEncodeKernels>([](const CodeBlockEncodeKernels& table) {
+        Random random(4);
+        DecisionCoder whole, singly;
+        whole.start(kFlush), singly.start(kFlush);
+        for (int round = 0; round < 2000; ++round) {
+            Bytes decisions;
+            // Both senses of the more probable decision, from even chances to hardly any.
+            int odds = 1 << random.between(0, 9), often = round / 500 % 2;
+            for (int i = random.between(1, 200); i > 0; --i)
+                decisions.push_back(uint8_t(kContextRunLength << 1 | (often ^ (random.between(0, odds) == 0))));
+            Bytes a(decisions.size() * 3), b(a);
+            uint8_t *aEnd = table.encode(whole.mq, decisions.data(), int(decisions.size()), a.data()), *bEnd = b.data();
+            for (uint8_t& decision : decisions) bEnd = table.encode(singly.mq, &decision, 1, bEnd);
+            ASSERT_EQ(aEnd - a.data(), bEnd - b.data());
+            ASSERT_EQ(a, b);
+            ASSERT_EQ(whole.mq.a, singly.mq.a);
+            ASSERT_EQ(whole.mq.c, singly.mq.c);
+        }
+    });
+}
+
 using Encode = int (*)(DecisionCoder&, uint8_t*, int*);
 
 Bytes encode(Encode encodeAndTerminate, int method, const Bytes& decisions, int room = 1 << 16)
