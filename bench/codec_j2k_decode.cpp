@@ -3,8 +3,6 @@
 
 #include <memory>
 
-#include <omp.h>
-
 #include "cases.h"
 #include "codec/j2k_reader.h"
 #include "contest.h"
@@ -52,12 +50,8 @@ Contest decoding(const codec::Picture& picture, const Coding& coding, int thread
 {
     auto s = std::make_shared<Source>(picture, coding);
     Contest contest = {"pixel", double(picture.width()) * picture.height(), {}};
-    auto ours = [=] {
-        omp_set_num_threads(threads);
-        s->decode();
-        omp_set_num_threads(1);
-    };
-    contest.contestants = {{kLibrary, ours}, {"OpenJPEG", [=] { Peer::decode(s->file, threads > 1 ? threads : 0); }}};
+    contest.contestants = {{kLibrary, onThreads(threads, [=] { s->decode(); })},
+                           {"OpenJPEG", [=] { Peer::decode(s->file, threads > 1 ? threads : 0); }}};
     if (threads > 1) contest.clock = Clock::wall;
     contest.check = [=] { s->expectAlike(); };
     return contest;

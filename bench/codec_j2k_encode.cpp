@@ -57,10 +57,12 @@ using Shared = std::shared_ptr<Source>;
 
 double pixelsOf(const Source& s) { return double(s.picture.width()) * s.picture.height(); }
 
-Contest encoding(const Shared& s)
+Contest encoding(const Shared& s, int threads)
 {
     Contest contest = {"pixel", pixelsOf(*s), {}};
-    contest.contestants = {{kLibrary, [=] { s->encode(); }}, {"OpenJPEG", [=] { s->encodeWithPeer(); }}};
+    contest.contestants = {{kLibrary, onThreads(threads, [=] { s->encode(); })},
+                           {"OpenJPEG", [=] { s->encodeWithPeer(threads > 1 ? threads : 0); }}};
+    if (threads > 1) contest.clock = Clock::wall;
     s->encodeWithPeer();
     File ours = s->encode();
     contest.facts = {{"bytes:qeljx", double(ours.size())}, {"bytes:OpenJPEG", double(s->peers.bytes.size())}};
@@ -79,7 +81,9 @@ void addJ2kEncodeCases()
         for (double rate : {0.0, 0.5, 1.0, 2.0, 4.0}) {
             std::string name = rate ? std::to_string(rate).substr(0, 3) + " bpp" : "lossless";
             auto source = [=, &named] { return std::make_shared<Source>(named.picture, rate); };
-            addCase("codec/j2k_encode/" + named.name + " " + name, [=] { return encoding(source()); });
+            addCase("codec/j2k_encode/" + named.name + " " + name, [=] { return encoding(source(), 1); });
+            addCase("threads/codec/j2k_encode/" + named.name + " " + name + "/peer",
+                    [=] { return encoding(source(), 2); });
             addCase("threads/codec/j2k_encode/" + named.name + " " + name, [=] {
                 auto s = source();
                 return oneAgainstTwo("pixel", pixelsOf(*s), [s] { s->encode(); });

@@ -166,16 +166,18 @@ void registerCases(int rounds, double turn)
     }
 }
 
+std::function<void()> onThreads(int threads, std::function<void()> work)
+{
+    return [=] {
+        omp_set_num_threads(threads);
+        work();
+        omp_set_num_threads(1);
+    };
+}
+
 Contest oneAgainstTwo(const std::string& unit, double units, std::function<void()> work)
 {
-    auto with = [=](int threads) {
-        return [=] {
-            omp_set_num_threads(threads);
-            work();
-            omp_set_num_threads(1);
-        };
-    };
-    return {unit, units, {{kLibrary, with(2)}, {"one thread", with(1)}}, Clock::wall};
+    return {unit, units, {{kLibrary, onThreads(2, work)}, {"one thread", onThreads(1, work)}}, Clock::wall};
 }
 
 bool canRun([[maybe_unused]] const std::string& build)
