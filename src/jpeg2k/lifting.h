@@ -1,5 +1,5 @@
 // The lifting steps of both wavelet filters, stated once for single samples and registers, for rows and columns.
-// A filter F has samples F::Sample in memory and F::Value<N> in registers of N bytes; N = 1 is one sample.
+// A filter has samples Sample in memory and Value<N> in registers of N bytes; N = 1 is one sample.
 #pragma once
 
 #include "core/simd.h"
@@ -32,83 +32,99 @@ template <class V, int kSlots> struct BesideLanes {
     }
 };
 
-// Lifting has two halves, so that those of successive pairs can go side by side. All of 5/3 is in the first one.
+// body(0), body(1), ... without a loop: arrays that it indexes stay in registers.
+template <int kTimes, class Body> QEL_INLINE void repeat(Body body)
+{
+    if constexpr (kTimes > 0) {
+        repeat<kTimes - 1>(body);
+        body(kTimes - 1);
+    }
+}
+
+// Every step of every filter has the same form: of a pair (first, second) it lifts the first sample, which lies between
+// the second ones of this pair and of the one before, and the next step's pair is (second before, lifted first). The
+// last step leaves (lifted first, second).
+//
+// Lifts kPairs pairs, one after the other. Each step is taken by all before the next one is by any: as few operations
+// as possible wait for the one before them.
+template <class Lift, int kPairs, class V, class Before> QEL_INLINE void lift(Before& before, V* first, V* second)
+{
+    repeat<kPairs>([&](int k) QEL_INLINE_BODY { Lift::enter(first[k], second[k]); });
+    repeat<Lift::kSteps>([&](int step) QEL_INLINE_BODY {
+        repeat<kPairs>([&](int k) QEL_INLINE_BODY {
+            V secondBefore = before(step, second[k]), lifted = Lift::lifted(step, first[k], secondBefore, second[k]);
+            if (step == Lift::kSteps - 1)
+                first[k] = lifted;
+            else
+                first[k] = secondBefore, second[k] = lifted;
+        });
+    });
+    repeat<kPairs>([&](int k) QEL_INLINE_BODY { Lift::leave(first[k], second[k]); });
+}
 
 // 5/3 (T.800 F.3.8.2.1.1, F.4.8.1). Sums wrap.
 template <class T> struct Filter53 {
     using Sample = T;
     template <int N> using Value = typename LanesOf<T, N>::Type;
-    static constexpr int kLag = 0, kDelays = 2;
+    static constexpr int kLag = 0, kSteps = 2;
 
-    template <class V, class Before> static QEL_INLINE void forwardFirst(Before& before, V odd, V even, V& low, V& high)
-    {
-        V evenBefore = before(0, even);
-        high = V(odd - V(V(evenBefore + even) >> 1));
-        low = V(evenBefore + V(V(before(1, high) + high + 2) >> 2));
-    }
-    template <class V, class Before> static QEL_INLINE void inverseFirst(Before& before, V low, V high, V& odd, V& even)
-    {
-        V highBefore = before(0, high);
-        even = V(low - V(V(highBefore + high + 2) >> 2));
-        odd = V(highBefore + V(V(before(1, even) + even) >> 1));
-    }
-    template <class V, class Before> static QEL_INLINE void forwardSecond(Before&, V low1, V high1, V& low, V& high)
-    {
-        low = low1, high = high1;
-    }
-    template <class V, class Before> static QEL_INLINE void inverseSecond(Before&, V odd1, V even1, V& odd, V& even)
-    {
-        odd = odd1, even = even1;
-    }
+    template <class V> static QEL_INLINE V half(V before, V now) { return V(V(before + now) >> 1); }
+    template <class V> static QEL_INLINE V quarter(V before, V now) { return V(V(before + now + 2) >> 2); }
 
     template <int N> static QEL_INLINE Value<N> fromMemory(Value<N> samples) { return samples; }
     template <int N> static QEL_INLINE Value<N> toMemory(Value<N> values) { return values; }
 };
+template <class T> struct Forward53 : Filter53<T> {
+    template <class V> static QEL_INLINE V lifted(int step, V v, V before, V now)
+    {
+        return step == 0 ? V(v - Forward53::half(before, now)) : V(v + Forward53::quarter(before, now));
+    }
+    template <class V> static QEL_INLINE void enter(V&, V&) {}
+    template <class V> static QEL_INLINE void leave(V&, V&) {}
+};
+template <class T> struct Inverse53 : Filter53<T> {
+    template <class V> static QEL_INLINE V lifted(int step, V v, V before, V now)
+    {
+        return step == 0 ? V(v - Inverse53::quarter(before, now)) : V(v + Inverse53::half(before, now));
+    }
+    template <class V> static QEL_INLINE void enter(V&, V&) {}
+    template <class V> static QEL_INLINE void leave(V&, V&) {}
+};
 
 // 9/7 (T.800 F.3.8.2.1.2, F.4.8.2) over the arithmetic A: A::times(c, v), A::times(c, v, w) = c (v + w), and constants.
-template <class A> struct Filter97 : A {
-    static constexpr int kLag = 1, kDelays = 4;
+template <class A> struct Forward97 : A {
+    static constexpr int kLag = 1, kSteps = 4;
 
-    template <class V, class Before>
-    static QEL_INLINE void forwardFirst(Before& before, V odd, V even, V& low1, V& high1Before)
+    template <class V> static QEL_INLINE V lifted(int step, V v, V before, V now)
     {
-        V evenBefore = before(0, even);
-        V high1 = V(odd + A::times(A::kAlpha, evenBefore, even));
-        high1Before = before(1, high1);
-        low1 = V(evenBefore + A::times(A::kBeta, high1Before, high1));
+        return V(v + A::times(A::kFactors[step], before, now));
     }
-    template <class V, class Before>
-    static QEL_INLINE void forwardSecond(Before& before, V low1, V high1Before, V& low, V& high)
+    template <class V> static QEL_INLINE void enter(V&, V&) {}
+    template <class V> static QEL_INLINE void leave(V& low, V& high)
     {
-        V low1Before = before(2, low1);
-        V high2 = V(high1Before + A::times(A::kGamma, low1Before, low1));
-        V low2 = V(low1Before + A::times(A::kDelta, before(3, high2), high2));
-        low = A::times(A::kLow, low2);
-        high = A::times(A::kHigh, high2);
+        low = A::times(A::kLow, low), high = A::times(A::kHigh, high);
     }
-    template <class V, class Before>
-    static QEL_INLINE void inverseFirst(Before& before, V low, V high, V& low1Before, V& high1)
+};
+template <class A> struct Inverse97 : A {
+    static constexpr int kLag = 1, kSteps = 4;
+
+    template <class V> static QEL_INLINE V lifted(int step, V v, V before, V now)
     {
-        V low2 = A::times(A::kHigh, low), high2 = A::times(A::kLow, high);
-        V high2Before = before(0, high2);
-        V low1 = V(low2 - A::times(A::kDelta, high2Before, high2));
-        low1Before = before(1, low1);
-        high1 = V(high2Before - A::times(A::kGamma, low1Before, low1));
+        return V(v - A::times(A::kFactors[3 - step], before, now));
     }
-    template <class V, class Before>
-    static QEL_INLINE void inverseSecond(Before& before, V low1Before, V high1, V& odd, V& even)
+    template <class V> static QEL_INLINE void enter(V& low, V& high)
     {
-        V high1Before = before(2, high1);
-        even = V(low1Before - A::times(A::kBeta, high1Before, high1));
-        odd = V(high1Before - A::times(A::kAlpha, before(3, even), even));
+        low = A::times(A::kHigh, low), high = A::times(A::kLow, high);
     }
+    template <class V> static QEL_INLINE void leave(V&, V&) {}
 };
 
 // Constants with 14 fraction bits; products are rounded, ties up, and kept to 16 bits.
 struct Fixed97 {
     using Sample = int16_t;
     template <int N> using Value = typename LanesOf<int16_t, N>::Type;
-    static constexpr int16_t kAlpha = -25987, kBeta = -868, kGamma = 14466, kDelta = 7266, kLow = 13318, kHigh = 20155;
+    // Of the four steps forward, and of the two halves.
+    static constexpr int16_t kFactors[] = {-25987, -868, 14466, 7266}, kLow = 13318, kHigh = 20155;
 
     static QEL_INLINE int16_t times(int16_t c, int16_t v) { return int16_t((c * v + 8192) >> 14); }
     static QEL_INLINE int16_t times(int16_t c, int16_t v, int16_t w) { return int16_t((c * (v + w) + 8192) >> 14); }
@@ -134,8 +150,9 @@ struct Fixed97 {
 struct Float97 {
     using Sample = float;
     template <int N> using Value = typename LanesOf<float, N>::Type;
-    static constexpr float kAlpha = -1.5861343145370483f, kBeta = -0.05298011749982834f, kGamma = 0.8829110860824585f,
-                           kDelta = 0.4435068666934967f, kLow = 0.8128930926322937f, kHigh = 1.2301740646362305f;
+    static constexpr float kFactors[] = {-1.5861343145370483f, -0.05298011749982834f, 0.8829110860824585f,
+                                         0.4435068666934967f},
+                           kLow = 0.8128930926322937f, kHigh = 1.2301740646362305f;
 
     template <class V> static QEL_INLINE V times(float c, V v) { return c * v; }
     template <class V> static QEL_INLINE V times(float c, V v, V w) { return c * (v + w); }
@@ -177,16 +194,6 @@ template <class F, int N> QEL_INLINE void write(typename F::Sample* p, ValueOf<F
 {
     store(p, SamplesOf<F, N>(F::template toMemory<N>(v)));
 }
-
-// One of the two directions of a filter.
-template <class F> struct Forward : F {
-    template <class... Args> static QEL_INLINE void first(Args&... args) { F::forwardFirst(args...); }
-    template <class... Args> static QEL_INLINE void second(Args&... args) { F::forwardSecond(args...); }
-};
-template <class F> struct Inverse : F {
-    template <class... Args> static QEL_INLINE void first(Args&... args) { F::inverseFirst(args...); }
-    template <class... Args> static QEL_INLINE void second(Args&... args) { F::inverseSecond(args...); }
-};
 
 }
 }

@@ -11,15 +11,6 @@ namespace {
 inline ptrdiff_t least(ptrdiff_t a, ptrdiff_t b) { return a < b ? a : b; }
 inline bool isAmong(ptrdiff_t i, ptrdiff_t count) { return i >= 0 && i < count; }
 
-// body(0), body(1), ... without a loop: arrays that it indexes stay in registers.
-template <int kTimes, class Body> QEL_INLINE void repeat(Body body)
-{
-    if constexpr (kTimes > 0) {
-        repeat<kTimes - 1>(body);
-        body(kTimes - 1);
-    }
-}
-
 // Pairs [from, end) of a row in kParts parts of the same number of steps. A block of 16 bytes holds kPairs neighbouring
 // pairs, and each block of a register walks a part of its own: what the pair before had is always in the same block.
 // Parts overlap by what is left over, and have room before them for a step that tells what their first pair needs.
@@ -68,43 +59,44 @@ template <int N, class T> QEL_INLINE void storeParts(T* p, ptrdiff_t apart, Vec<
     }
 }
 
+// Lifts kSteps registers of pairs, of which the first part begins with k.
+template <class Lift, int N, int kSteps, class Row, class Beside>
+QEL_INLINE void walkSteps(const Row& row, Beside& beside, ptrdiff_t k, ptrdiff_t apart)
+{
+    constexpr int kPairs = RowParts<Lift, N>::kPairs;
+    ValueOf<Lift, N> first[kSteps], second[kSteps];
+    repeat<kSteps>([&](int i) QEL_INLINE_BODY { row.template take<N, 0>(k + i * kPairs, apart, first[i], second[i]); });
+    lift<Lift, kSteps>(beside, first, second);
+    repeat<kSteps>([&](int i) QEL_INLINE_BODY { row.template give<N>(k + i * kPairs, apart, first[i], second[i]); });
+}
+
 // Takes registers of pairs from `k` on and returns where they end; `before` says what the pair before k had, then what
-// the last one had. Row::take and give move pairs of which the first part begins with k. The second half of a step's
-// lifting goes beside the first half of the next one: neither waits for the other.
+// the last one had. Row::take and give move pairs of which the first part begins with k.
 template <class Lift, int N, class Row, class Before>
 QEL_INLINE ptrdiff_t walkParts(const Row& row, Before& before, ptrdiff_t k, ptrdiff_t to)
 {
-    using V = ValueOf<Lift, N>;
-    constexpr int kPairs = RowParts<Lift, N>::kPairs, kLast = N / int(sizeof(typename Lift::Sample)) - 1;
+    constexpr int kPairs = RowParts<Lift, N>::kPairs, kLast = N / int(sizeof(typename Lift::Sample)) - 1, kAtOnce = 4;
     const RowParts<Lift, N> parts(k, to);
     if (parts.steps == 0) return k;
-    const ptrdiff_t apart = parts.apart;
-    BesideLanes<V, Lift::kDelays> beside = {};
-    V in[2], halfway[2], out[2];
+    BesideLanes<ValueOf<Lift, N>, Lift::kSteps> beside = {};
     if constexpr (parts.kParts > 1) {
-        row.template take<N, kPairs>(k, apart, in);
-        Lift::first(beside, in[0], in[1], halfway[0], halfway[1]);
-        Lift::second(beside, halfway[0], halfway[1], out[0], out[1]);
+        ValueOf<Lift, N> first, second;
+        row.template take<N, kPairs>(k, parts.apart, first, second);
+        lift<Lift, 1>(beside, &first, &second);
     }
-    repeat<Lift::kDelays>([&](int slot) QEL_INLINE_BODY { beside.slots[slot][kPairs - 1] = before.slots[slot]; });
-    row.template take<N, 0>(k, apart, in);
-    Lift::first(beside, in[0], in[1], halfway[0], halfway[1]);
-    for (ptrdiff_t left = parts.steps - 1; left > 0; --left, k += kPairs) {
-        row.template take<N, 0>(k + kPairs, apart, in);
-        Lift::second(beside, halfway[0], halfway[1], out[0], out[1]);
-        row.template give<N>(k, apart, out);
-        Lift::first(beside, in[0], in[1], halfway[0], halfway[1]);
-    }
-    Lift::second(beside, halfway[0], halfway[1], out[0], out[1]);
-    row.template give<N>(k, apart, out);
-    repeat<Lift::kDelays>([&](int slot) QEL_INLINE_BODY { before.slots[slot] = beside.slots[slot][kLast]; });
+    repeat<Lift::kSteps>([&](int step) QEL_INLINE_BODY { beside.slots[step][kPairs - 1] = before.slots[step]; });
+    ptrdiff_t left = parts.steps;
+    for (; left >= kAtOnce; left -= kAtOnce, k += kAtOnce * kPairs)
+        walkSteps<Lift, N, kAtOnce>(row, beside, k, parts.apart);
+    for (; left > 0; --left, k += kPairs) walkSteps<Lift, N, 1>(row, beside, k, parts.apart);
+    repeat<Lift::kSteps>([&](int step) QEL_INLINE_BODY { before.slots[step] = beside.slots[step][kLast]; });
     return parts.end;
 }
 
 // Pairs from wholeFrom to before wholeTo are read and written as they are; Row::one does any pair.
 template <class Lift, class Row> QEL_INLINE void walkRow(const Row& row, ptrdiff_t wholeFrom, ptrdiff_t wholeTo)
 {
-    AboveLanes<ValueOf<Lift, 1>, Lift::kDelays> before;
+    AboveLanes<ValueOf<Lift, 1>, Lift::kSteps> before;
     const Pairs pairs = row.pairs;
     ptrdiff_t k = pairs.first;
     for (; k < wholeFrom && k <= pairs.last; ++k) row.one(before, k);
@@ -125,25 +117,25 @@ template <class F, class T> struct ForwardRow {
     template <class Before> QEL_INLINE void one(Before& before, ptrdiff_t k) const
     {
         auto at = [&](ptrdiff_t position) { return read<F, 1>(src + line.inside(position - line.phase)); };
-        One halfway[2], l, h, even = at(2 * k + 2), odd = k == pairs.first ? even : at(2 * k + 1);
-        F::forwardFirst(before, odd, even, halfway[0], halfway[1]);
-        F::forwardSecond(before, halfway[0], halfway[1], l, h);
+        One second = at(2 * k + 2), first = k == pairs.first ? second : at(2 * k + 1);
+        lift<F, 1>(before, &first, &second);
         ptrdiff_t n = k - F::kLag;
-        if (isAmong(n - line.phase, lows)) write<F, 1>(low + n - line.phase, l);
-        if (isAmong(n, highs)) write<F, 1>(high + n, h);
+        if (isAmong(n - line.phase, lows)) write<F, 1>(low + n - line.phase, first);
+        if (isAmong(n, highs)) write<F, 1>(high + n, second);
     }
-    template <int N, int kBack> QEL_INLINE void take(ptrdiff_t k, ptrdiff_t apart, ValueOf<F, N>* in) const
+    template <int N, int kBack>
+    QEL_INLINE void take(ptrdiff_t k, ptrdiff_t apart, ValueOf<F, N>& first, ValueOf<F, N>& second) const
     {
         const T* p = src + 2 * k + 1 - line.phase;
         auto odd = loadParts<N, 2 * kBack>(p, 2 * apart), even = loadParts<N, 2 * kBack>(p + 16 / sizeof(T), 2 * apart);
         Simd<N>::unzip2(odd, even);
-        in[0] = F::template fromMemory<N>(odd), in[1] = F::template fromMemory<N>(even);
+        first = F::template fromMemory<N>(odd), second = F::template fromMemory<N>(even);
     }
-    template <int N> QEL_INLINE void give(ptrdiff_t k, ptrdiff_t apart, const ValueOf<F, N>* out) const
+    template <int N> QEL_INLINE void give(ptrdiff_t k, ptrdiff_t apart, ValueOf<F, N> first, ValueOf<F, N> second) const
     {
         ptrdiff_t n = k - F::kLag;
-        storeParts<N, T>(low + n - line.phase, apart, F::template toMemory<N>(out[0]));
-        storeParts<N, T>(high + n, apart, F::template toMemory<N>(out[1]));
+        storeParts<N, T>(low + n - line.phase, apart, F::template toMemory<N>(first));
+        storeParts<N, T>(high + n, apart, F::template toMemory<N>(second));
     }
 };
 template <class F, class T> struct InverseRow {
@@ -156,22 +148,22 @@ template <class F, class T> struct InverseRow {
     QEL_INLINE ptrdiff_t placeOf(ptrdiff_t k) const { return 2 * (k - F::kLag) - 1 - line.phase; }
     template <class Before> QEL_INLINE void one(Before& before, ptrdiff_t k) const
     {
-        One halfway[2], odd, even, h = read<F, 1>(high + line.highPlace(k));
-        One l = k == pairs.first ? h : read<F, 1>(low + line.lowPlace(k));
-        F::inverseFirst(before, l, h, halfway[0], halfway[1]);
-        F::inverseSecond(before, halfway[0], halfway[1], odd, even);
+        One second = read<F, 1>(high + line.highPlace(k));
+        One first = k == pairs.first ? second : read<F, 1>(low + line.lowPlace(k));
+        lift<F, 1>(before, &first, &second);
         ptrdiff_t to = placeOf(k);
-        if (isAmong(to, line.length)) write<F, 1>(dst + to, odd);
-        if (isAmong(to + 1, line.length)) write<F, 1>(dst + to + 1, even);
+        if (isAmong(to, line.length)) write<F, 1>(dst + to, first);
+        if (isAmong(to + 1, line.length)) write<F, 1>(dst + to + 1, second);
     }
-    template <int N, int kBack> QEL_INLINE void take(ptrdiff_t k, ptrdiff_t apart, ValueOf<F, N>* in) const
+    template <int N, int kBack>
+    QEL_INLINE void take(ptrdiff_t k, ptrdiff_t apart, ValueOf<F, N>& first, ValueOf<F, N>& second) const
     {
-        in[0] = F::template fromMemory<N>(loadParts<N, kBack>(low + k - line.phase, apart));
-        in[1] = F::template fromMemory<N>(loadParts<N, kBack>(high + k, apart));
+        first = F::template fromMemory<N>(loadParts<N, kBack>(low + k - line.phase, apart));
+        second = F::template fromMemory<N>(loadParts<N, kBack>(high + k, apart));
     }
-    template <int N> QEL_INLINE void give(ptrdiff_t k, ptrdiff_t apart, const ValueOf<F, N>* out) const
+    template <int N> QEL_INLINE void give(ptrdiff_t k, ptrdiff_t apart, ValueOf<F, N> first, ValueOf<F, N> second) const
     {
-        SamplesOf<F, N> odd = F::template toMemory<N>(out[0]), even = F::template toMemory<N>(out[1]);
+        SamplesOf<F, N> odd = F::template toMemory<N>(first), even = F::template toMemory<N>(second);
         T* to = dst + placeOf(k);
         storeParts<N, T>(to, 2 * apart, Simd<N>::zipLow(odd, even), Simd<N>::zipHigh(odd, even));
     }
@@ -182,7 +174,7 @@ template <class F, class T> void forwardRow(const T* src, Line line, T* low, T* 
     const ForwardRow<F, T> row = {src, low, high, line, forwardPairs(line, F::kLag), line.lows(), line.highs()};
     ptrdiff_t wholeTo = least(row.highs, row.lows + line.phase) + F::kLag;
     if (line.mirrored) wholeTo = least(wholeTo, (line.length + line.phase - 1) / 2);
-    walkRow<Forward<F>>(row, F::kLag + line.phase, wholeTo);
+    walkRow<F>(row, F::kLag + line.phase, wholeTo);
 }
 
 template <class F, class T> void inverseRow(const T* low, const T* high, Line line, T* dst)
@@ -190,7 +182,7 @@ template <class F, class T> void inverseRow(const T* low, const T* high, Line li
     const InverseRow<F, T> row = {low, high, dst, line, inversePairs(line, F::kLag)};
     ptrdiff_t wholeTo = (line.length + line.phase + 1) / 2 + F::kLag;
     if (line.mirrored) wholeTo = least(wholeTo, least(line.lows() + line.phase, line.highs()));
-    walkRow<Inverse<F>>(row, F::kLag + 1, wholeTo);
+    walkRow<F>(row, F::kLag + 1, wholeTo);
 }
 
 }

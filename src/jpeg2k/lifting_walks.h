@@ -13,16 +13,17 @@ QEL_INLINE void liftRows(const T* const* src, T* const* dst, T* kept, ptrdiff_t 
     inRegisters<T>(width, [&](auto bytes, ptrdiff_t i) QEL_INLINE_BODY {
         constexpr int N = bytes.value;
         using V = ValueOf<F, N>;
-        AboveLanes<V, F::kDelays> before;
-        repeat<F::kDelays>([&](int slot) QEL_INLINE_BODY { before.slots[slot] = load<V>(kept + slot * width + i); });
+        AboveLanes<V, F::kSteps> before;
+        V first[kPairs], second[kPairs];
+        repeat<F::kSteps>([&](int slot) QEL_INLINE_BODY { before.slots[slot] = load<V>(kept + slot * width + i); });
         repeat<kPairs>([&](int k) QEL_INLINE_BODY {
-            V in[2] = {read<F, N>(src[2 * k] + i), read<F, N>(src[2 * k + 1] + i)}, between[2], out[2];
-            F::first(before, in[0], in[1], between[0], between[1]);
-            F::second(before, between[0], between[1], out[0], out[1]);
-            write<F, N>(dst[2 * k] + i, out[0]);
-            write<F, N>(dst[2 * k + 1] + i, out[1]);
+            first[k] = read<F, N>(src[2 * k] + i), second[k] = read<F, N>(src[2 * k + 1] + i);
         });
-        repeat<F::kDelays>([&](int slot) QEL_INLINE_BODY { store(kept + slot * width + i, before.slots[slot]); });
+        lift<F, kPairs>(before, first, second);
+        repeat<kPairs>([&](int k) QEL_INLINE_BODY {
+            write<F, N>(dst[2 * k] + i, first[k]), write<F, N>(dst[2 * k + 1] + i, second[k]);
+        });
+        repeat<F::kSteps>([&](int slot) QEL_INLINE_BODY { store(kept + slot * width + i, before.slots[slot]); });
     });
 }
 
@@ -32,8 +33,8 @@ template <class Step, class T> void liftPairs(const T* const* src, T* const* dst
     for (int k = 0; k < pairs; ++k) liftRows<Step, 1>(src + 2 * k, dst + 2 * k, kept, width);
 }
 
-template <class F, class T = typename F::Sample> constexpr LiftingKernels<T> kLifting = {
-    F::kLag, forwardRow<F>, inverseRow<F>, liftPairs<Forward<F>, T>, liftPairs<Inverse<F>, T>};
+template <class F, class I, class T = typename F::Sample>
+constexpr LiftingKernels<T> kLifting = {F::kLag, forwardRow<F>, inverseRow<I>, liftPairs<F, T>, liftPairs<I, T>};
 
 }
 }

@@ -4,7 +4,8 @@
 
 namespace qel {
 
-const Wavelet53Kernels Wavelet53Kernels::QEL_BUILD = {qel::QEL_BUILD::kLifting<qel::QEL_BUILD::Filter53<int16_t>>,
-                                                      qel::QEL_BUILD::kLifting<qel::QEL_BUILD::Filter53<int32_t>>};
+const Wavelet53Kernels Wavelet53Kernels::QEL_BUILD = {
+    QEL_BUILD::kLifting<QEL_BUILD::Forward53<int16_t>, QEL_BUILD::Inverse53<int16_t>>,
+    QEL_BUILD::kLifting<QEL_BUILD::Forward53<int32_t>, QEL_BUILD::Inverse53<int32_t>>};
 
 }

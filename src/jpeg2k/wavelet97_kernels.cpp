@@ -5,8 +5,8 @@
 namespace qel {
 
 const Wavelet97Kernels Wavelet97Kernels::QEL_BUILD = {
-    qel::QEL_BUILD::kLifting<qel::QEL_BUILD::Filter97<qel::QEL_BUILD::Fixed97>>,
-    qel::QEL_BUILD::kLifting<qel::QEL_BUILD::Filter97<qel::QEL_BUILD::Rounded97>>,
-    qel::QEL_BUILD::kLifting<qel::QEL_BUILD::Filter97<qel::QEL_BUILD::Float97>>};
+    QEL_BUILD::kLifting<QEL_BUILD::Forward97<QEL_BUILD::Fixed97>, QEL_BUILD::Inverse97<QEL_BUILD::Fixed97>>,
+    QEL_BUILD::kLifting<QEL_BUILD::Forward97<QEL_BUILD::Rounded97>, QEL_BUILD::Inverse97<QEL_BUILD::Rounded97>>,
+    QEL_BUILD::kLifting<QEL_BUILD::Forward97<QEL_BUILD::Float97>, QEL_BUILD::Inverse97<QEL_BUILD::Float97>>};
 
 }
