@@ -175,11 +175,11 @@ struct Rounded97 : Float97 {
     }
     template <int N> static QEL_INLINE typename LanesOf<int32_t, N>::Type toMemory(Value<N> values)
     {
-        constexpr float kBound = 2147483648.0f;
+        // Single samples as well go without branches, which steep data would mispredict.
         if constexpr (N == 1)
-            return values > kBound ? INT32_MAX : values >= -kBound && values < kBound ? int32_t(values) : INT32_MIN;
+            return toMemory<16>(F32<16>{values})[0];
         else
-            return Simd<N>::truncate(values) ^ (values > kBound);
+            return Simd<N>::truncate(values) ^ (values > 2147483648.0f);
     }
 };
 
