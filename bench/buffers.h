@@ -5,6 +5,7 @@
 #include <stdint.h>
 #include <stdlib.h>
 
+#include <algorithm>
 #include <memory>
 #include <new>
 #include <string>
@@ -76,16 +77,17 @@ struct WorkingSet {
     bool powerOfTwo;
 };
 
-// L1: 16 KB read and written together. L2: 120,000 pixels in rows
-// as long as those of pictures are. Beyond the caches: 15 megapixels, the second time with rows
-// whose distance is a power of two, which makes them meet in the same lines of the caches.
-inline std::vector<WorkingSet> workingSets(int bytesPerPixel)
+// L1: 16 KB read and written together. L2: 120,000 pixels in rows as long as those of pictures are. Beyond the caches:
+// 15 megapixels or more, so many that a case reads and writes 128 MB; the second time with rows whose distance is a
+// power of two, which makes them meet in the same lines of the caches.
+inline std::vector<WorkingSet> workingSets(double bytesPerPixel)
 {
-    int width = 16384 / 8 / bytesPerPixel / 16 * 16;
+    int width = int(16384 / 8 / bytesPerPixel) / 16 * 16;
+    double beyond = std::max(1.0, (128 << 20) / bytesPerPixel / 15e6);
     return {{"L1", width, 8, false},
             {"L2", 1200, 100, false},
-            {"memory", 5000, 3000, false},
-            {"memory2n", 4000, 3750, true}};
+            {"memory", 5000, int(3000 * beyond), false},
+            {"memory2n", 4000, int(3750 * beyond), true}};
 }
 
 // Where two threads are compared with one: in cache and beyond it.
