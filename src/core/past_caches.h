@@ -1,5 +1,4 @@
-// Output that no cache can hold: a row is made piece by piece in a buffer that stays in the first-level cache, and
-// goes from there to memory in whole cache lines, past the caches.
+// Output that no cache can hold, and that goes to memory past the caches.
 #pragma once
 
 #include <stddef.h>
@@ -7,6 +6,7 @@
 #include <string.h>
 
 #include "core/dispatch.h"
+#include "core/rows.h"
 #include "core/support.h"
 
 namespace qel {
@@ -14,12 +14,33 @@ namespace qel {
 // From this many bytes on, output is far over the size of most caches; below, storing past them loses.
 constexpr size_t kPastCaches = size_t(24) << 20;
 
+inline bool isBeyondCaches(QelSize size, size_t bytesPerElement)
+{
+    return (size_t)size.width * (size_t)size.height * bytesPerElement >= kPastCaches;
+}
+
+// row(r) for all rows, by all threads or one, which order their stores in the end if these go past the caches.
+enum Loop { kSerial, kParallel };
+template <Loop kLoop, class Row> inline void forRowsOfOutput(QelSize roi, bool goesPast, Row row)
+{
+    auto block = [=](int first, int end) {
+        for (int r = first; r < end; ++r) row(r);
+        if (goesPast) kernels<SupportKernels>().finishStores();
+    };
+    if (kLoop == kParallel)
+        forBlocksInParallel(roi, block);
+    else
+        block(0, roi.height);
+}
+
 // Elements of a piece: a multiple of every kernel's step, so that a row in pieces gives what a whole row gives.
 constexpr int kPieceElements = 1024;
 constexpr size_t kLargestPiece = 4 * kPieceElements;
 
-// One row of output. Write up to kLargestPiece bytes at room(), say how many with add(), and at the end finish(). After
-// all rows of a thread finishStores() of the support kernels: once for each row it would cost as much as the row.
+// One row of output that is made piece by piece in a buffer which stays in the first-level cache, and goes from there
+// to memory in whole cache lines: for those who cannot store past the caches themselves, which is faster. Write up to
+// kLargestPiece bytes at room(), say how many with add(), and at the end finish(). After all rows of a thread
+// finishStores() of the support kernels: once for each row it would cost as much as the row.
 class RowPastCaches {
 public:
     explicit RowPastCaches(void* dst)

@@ -358,6 +358,21 @@ template <int N, class Block> QEL_INLINE void splitBlocks(S16<N> joined, Block* 
     }
 }
 
+// Two ways to store a register: into the caches; or past them, where its address is aligned.
+struct IntoCaches {
+    template <class V> static QEL_INLINE void store(void* p, V v) { qel::QEL_BUILD::store(p, v); }
+};
+struct PastCaches {
+    template <class V> static QEL_INLINE void store(void* p, V v)
+    {
+        constexpr int kBytes = int(sizeof(V));
+        if ((uintptr_t)p % kBytes == 0)
+            Simd<kBytes>::storePast(p, v);
+        else
+            qel::QEL_BUILD::store(p, v);
+    }
+};
+
 // Per block: the bytes of a, b, c and d in turns, as four registers.
 template <int N> QEL_INLINE void zip4(U8<N>& a, U8<N>& b, U8<N>& c, U8<N>& d)
 {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <stddef.h>
+#include <stdint.h>
 
 #include "core/inline.h"
 
@@ -53,6 +54,25 @@ template <class Body> QEL_INLINE void inOverlappingSteps(ptrdiff_t begin, ptrdif
     if constexpr (QEL_WIDTH >= 16)
         if (end - begin >= 16) return walk(Bytes<16>());
     for (ptrdiff_t i = begin; i < end; ++i) body(Bytes<1>(), i);
+}
+
+// Bytes of a cache line.
+constexpr ptrdiff_t kLine = 64;
+
+// Like inOverlappingSteps, for output past the caches, kBytes for each element from `dst` on: past(Bytes<N>(), i) fills
+// whole lines, plain(Bytes<N>(), i) does what lies in others. A line that is stored both ways costs more than a row
+// gains.
+template <int kBytes, class Plain, class Past>
+QEL_INLINE void inLines(ptrdiff_t n, const void* dst, Plain plain, Past past)
+{
+    constexpr ptrdiff_t kWidth = QEL_WIDTH < 16 ? 16 : QEL_WIDTH,
+                        kUnit = kWidth < kLine / kBytes ? kLine / kBytes : kWidth;
+    auto before = ptrdiff_t(-(uintptr_t)dst % kLine);
+    ptrdiff_t first = before % kBytes != 0 || before / kBytes > n ? n : before / kBytes;
+    ptrdiff_t last = first + (n - first) / kUnit * kUnit;
+    inOverlappingSteps(0, first, 0, plain);
+    for (ptrdiff_t i = first; i < last; i += kWidth) past(Bytes<kWidth>(), i);
+    inOverlappingSteps(last, n, 0, plain);
 }
 
 }

@@ -1,62 +1,24 @@
 // Colour conversion: exported functions.
 #include "jpeg/colour.h"
 
-#include <array>
-#include <tuple>
-
-#include "core/checks.h"
-#include "core/dispatch.h"
-#include "core/rows.h"
+#include "core/conversion.h"
 #include "qeljx/jpeg_colour.h"
 
 using namespace qel;
 
 namespace {
 
-// A source or a destination as a caller gives it: planes that share a step, or interleaved pixels.
-template <class T, int kPlanes> struct Planes {
-    using Argument = T* const*;
-    Argument planes;
-    int step;
-
-    QelStatus check() const { return qel::planes<kPlanes>(planes); }
-    auto row(int r) const
-    {
-        std::array<T*, kPlanes> rows;
-        for (int i = 0; i < kPlanes; ++i) rows[i] = rowAt(planes[i], step, r);
-        return rows;
-    }
-};
-template <class T> struct Pixels {
-    using Argument = T*;
-    T* pixels;
-    int step;
-
-    QelStatus check() const { return pointers(pixels); }
-    auto row(int r) const { return std::tuple(rowAt(pixels, step, r)); }
-};
 using FromPlanes3 = Planes<const uint8_t, 3>;
 using FromPlanes4 = Planes<const uint8_t, 4>;
-using FromBytes = Pixels<const uint8_t>;
-using FromWords = Pixels<const uint16_t>;
+using FromRgb = Pixels<const uint8_t, 3>;
+using FromCmyk = Pixels<const uint8_t, 4>;
+using FromWords = Pixels<const uint16_t, 1>;
 using ToPlanes3 = Planes<uint8_t, 3>;
 using ToPlanes4 = Planes<uint8_t, 4>;
-using ToBytes = Pixels<uint8_t>;
-using ToWords = Pixels<uint16_t>;
-
-enum Loop { kSerial, kParallel };
-
-template <Loop kLoop, class Source, class Destination, class Kernel>
-QelStatus convert(Source src, Destination dst, QelSize roi, Kernel* kernel)
-{
-    if (QelStatus bad = first(src.check(), dst.check(), steps(src.step, dst.step), size(roi))) return bad;
-    auto row = [=](int r) { std::apply(kernel, std::tuple_cat(src.row(r), dst.row(r), std::tuple(roi.width))); };
-    if constexpr (kLoop == kParallel)
-        forRowsInParallel(roi, row);
-    else
-        forRows(roi, row);
-    return qelStsNoErr;
-}
+using ToRgb = Pixels<uint8_t, 3>;
+using ToCmyk = Pixels<uint8_t, 4>;
+using ToGrey = Pixels<uint8_t, 1>;
+using ToWords = Pixels<uint16_t, 1>;
 
 }
 
@@ -67,14 +29,15 @@ QelStatus convert(Source src, Destination dst, QelSize roi, Kernel* kernel)
     {                                                                                                                  \
         SOURCE src = {pSrc, srcStep};                                                                                  \
         DESTINATION dst = {pDst, dstStep};                                                                             \
-        return convert<LOOP>(src, dst, roi, kernels<ColourKernels>().KERNEL);                                          \
+        auto& table = kernels<ColourKernels>();                                                                        \
+        return convert<LOOP>(src, dst, roi, table.KERNEL, table.past->KERNEL);                                         \
     }                                                                                                                  \
     void ROW PARAMETERS { kernels<ColourKernels>().KERNEL ARGUMENTS; }                                                 \
     void OPT PARAMETERS { kernels<ColourKernels>().KERNEL ARGUMENTS; }
 
 // Members by layout.
 #define QEL_P3C3(NAME, LOOP, KERNEL, ROW, OPT)                                                                         \
-    QEL_MEMBER(NAME, FromPlanes3, ToBytes, LOOP, KERNEL, ROW, OPT,                                                     \
+    QEL_MEMBER(NAME, FromPlanes3, ToRgb, LOOP, KERNEL, ROW, OPT,                                                       \
                (const uint8_t* a, const uint8_t* b, const uint8_t* c, uint8_t* dst, int width), (a, b, c, dst, width))
 #define QEL_P3C3_PACKED(NAME, LOOP, KERNEL, ROW, OPT)                                                                  \
     QEL_MEMBER(NAME, FromPlanes3, ToWords, LOOP, KERNEL, ROW, OPT,                                                     \
@@ -90,21 +53,24 @@ QelStatus convert(Source src, Destination dst, QelSize roi, Kernel* kernel)
                 uint8_t* f, uint8_t* dstK, int width),                                                                 \
                (a, b, c, k, d, e, f, dstK, width))
 #define QEL_P4C4(NAME, LOOP, KERNEL, ROW, OPT)                                                                         \
-    QEL_MEMBER(NAME, FromPlanes4, ToBytes, LOOP, KERNEL, ROW, OPT,                                                     \
+    QEL_MEMBER(NAME, FromPlanes4, ToCmyk, LOOP, KERNEL, ROW, OPT,                                                      \
                (const uint8_t* a, const uint8_t* b, const uint8_t* c, const uint8_t* k, uint8_t* dst, int width),      \
                (a, b, c, k, dst, width))
 #define QEL_C3P3(NAME, LOOP, KERNEL, ROW, OPT)                                                                         \
-    QEL_MEMBER(NAME, FromBytes, ToPlanes3, LOOP, KERNEL, ROW, OPT,                                                     \
+    QEL_MEMBER(NAME, FromRgb, ToPlanes3, LOOP, KERNEL, ROW, OPT,                                                       \
                (const uint8_t* src, uint8_t* y, uint8_t* cb, uint8_t* cr, int width), (src, y, cb, cr, width))
 #define QEL_C3P3_PACKED(NAME, LOOP, KERNEL, ROW, OPT)                                                                  \
     QEL_MEMBER(NAME, FromWords, ToPlanes3, LOOP, KERNEL, ROW, OPT,                                                     \
                (const uint16_t* src, uint8_t* y, uint8_t* cb, uint8_t* cr, int width), (src, y, cb, cr, width))
 #define QEL_C4P4(NAME, LOOP, KERNEL, ROW, OPT)                                                                         \
-    QEL_MEMBER(NAME, FromBytes, ToPlanes4, LOOP, KERNEL, ROW, OPT,                                                     \
+    QEL_MEMBER(NAME, FromCmyk, ToPlanes4, LOOP, KERNEL, ROW, OPT,                                                      \
                (const uint8_t* src, uint8_t* y, uint8_t* cb, uint8_t* cr, uint8_t* k, int width),                      \
                (src, y, cb, cr, k, width))
+#define QEL_P3C1(NAME, LOOP, KERNEL, ROW, OPT)                                                                         \
+    QEL_MEMBER(NAME, FromPlanes3, ToGrey, LOOP, KERNEL, ROW, OPT,                                                      \
+               (const uint8_t* a, const uint8_t* b, const uint8_t* c, uint8_t* dst, int width), (a, b, c, dst, width))
 #define QEL_C3C1(NAME, LOOP, KERNEL, ROW, OPT)                                                                         \
-    QEL_MEMBER(NAME, FromBytes, ToBytes, LOOP, KERNEL, ROW, OPT, (const uint8_t* src, uint8_t* dst, int width),        \
+    QEL_MEMBER(NAME, FromRgb, ToGrey, LOOP, KERNEL, ROW, OPT, (const uint8_t* src, uint8_t* dst, int width),           \
                (src, dst, width))
 
 // clang-format off
@@ -144,7 +110,7 @@ QEL_P4P4(qeliCMYKToYCCK_JPEG_8u_P4R, kParallel, cmykPlanesToYcck,
          ownqj_CMYKToYCCK_JPEG_8u_P4R, ownqj_CMYKToYCCK_JPEG_8u_P4R_opt)
 QEL_C4P4(qeliCMYKToYCCK_JPEG_8u_C4P4R, kParallel, cmykToYcck,
          ownqj_CMYKToYCCK_JPEG_8u_C4P4R, ownqj_CMYKToYCCK_JPEG_8u_C4P4R_opt)
-QEL_P3C3(qeliRGBToY_JPEG_8u_P3C1R, kParallel, rgbPlanesToY,
+QEL_P3C1(qeliRGBToY_JPEG_8u_P3C1R, kParallel, rgbPlanesToY,
          ownqj_RGBToY_JPEG_8u_P3C1R, ownqj_RGBToY_JPEG_8u_P3C1R_opt)
 QEL_C3C1(qeliRGBToY_JPEG_8u_C3C1R, kParallel, rgbToY,
          ownqj_RGBToY_JPEG_8u_C3C1R, ownqj_RGBToY_JPEG_8u_C3C1R_opt)

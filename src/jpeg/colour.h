@@ -35,6 +35,7 @@ struct ColourKernels {
     RowC4P4* cmykToYcck;
     RowP3C1* rgbPlanesToY;
     RowC3C1 *rgbToY, *bgrToY;
+    const ColourKernels* past; // the same with output past the caches
 
     static const ColourKernels baseline, avx2, avx512;
     static const ColourKernels scalar, wide16, wide32, wide64;

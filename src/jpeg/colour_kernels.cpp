@@ -90,11 +90,21 @@ QEL_INLINE void toRgbByTables(uint8_t y, uint8_t cb, uint8_t cr, uint8_t& r, uin
     b = clampToByte(y + cb_b_tbl[cb]);
 }
 
-template <Rounding kRounding, class Pixels>
+// Groups of a row whose output goes into the caches, or past them.
+template <int kGroup, bool kPast, class Body, class To>
+QEL_INLINE ptrdiff_t groups(ptrdiff_t i, int width, To to, Body body)
+{
+    if constexpr (kPast)
+        return inGroupsPastCaches<kGroup>(i, width, body, [=](ptrdiff_t at) { return to.addressOf(at); });
+    else
+        return inGroups<kGroup>(i, width, body);
+}
+
+template <Rounding kRounding, bool kPast, class Pixels>
 QEL_INLINE void rowToRgb(const uint8_t* y, const uint8_t* cb, const uint8_t* cr, Pixels pixels, int width)
 {
     Planes3<const uint8_t> planes = {y, cb, cr};
-    ptrdiff_t i = inGroups<4>(0, width, [=](auto samples, ptrdiff_t at) QEL_INLINE_BODY {
+    ptrdiff_t i = groups<4, kPast>(0, width, pixels, [=](auto samples, ptrdiff_t at) QEL_INLINE_BODY {
         using V = decltype(samples);
         typename V::Type a, b, c, red, green, blue;
         planes.get<V>(at, a, b, c);
@@ -114,6 +124,7 @@ QEL_INLINE void rowToRgb(const uint8_t* y, const uint8_t* cb, const uint8_t* cr,
 struct ToYcc {
     Planes3<uint8_t> planes;
 
+    QEL_INLINE uintptr_t addressOf(ptrdiff_t i) const { return planes.addressOf(i); }
     template <class V, class Fixed, class Colours> QEL_INLINE void put(ptrdiff_t i, Colours rgb) const
     {
         planes.put<V>(i, weigh<Fixed::kY>(rgb), weigh<Fixed::kCb>(rgb), weigh<Fixed::kCr>(rgb));
@@ -126,6 +137,7 @@ struct ToYcc {
 struct ToY {
     uint8_t* row;
 
+    QEL_INLINE uintptr_t addressOf(ptrdiff_t i) const { return (uintptr_t)(row + i); }
     template <class V, class Fixed, class Colours> QEL_INLINE void put(ptrdiff_t i, Colours rgb) const
     {
         V::store(row + i, weigh<Fixed::kY>(rgb));
@@ -133,21 +145,21 @@ struct ToY {
     QEL_INLINE void putByTables(ptrdiff_t i, uint8_t r, uint8_t g, uint8_t b) const { row[i] = lumaByTables(r, g, b); }
 };
 
-template <class Fixed, int kGroup, class Pixels, class To>
+template <class Fixed, int kGroup, bool kPast, class Pixels, class To>
 QEL_INLINE ptrdiff_t groupsFromRgb(ptrdiff_t i, int width, Pixels pixels, To to)
 {
-    return inGroups<kGroup>(i, width, [=](auto samples, ptrdiff_t at) QEL_INLINE_BODY {
+    return groups<kGroup, kPast>(i, width, to, [=](auto samples, ptrdiff_t at) QEL_INLINE_BODY {
         using V = decltype(samples);
         to.template put<V, Fixed>(at, coloursAt<V>(pixels, at));
     });
 }
 
 // kEights: runs of 8 pixels with 15 fraction bits come first.
-template <bool kEights, class Pixels, class To> QEL_INLINE void rowFromRgb(Pixels pixels, To to, int width)
+template <bool kEights, bool kPast, class Pixels, class To> QEL_INLINE void rowFromRgb(Pixels pixels, To to, int width)
 {
     ptrdiff_t i = 0;
-    if constexpr (kEights) i = groupsFromRgb<Fixed15, 8>(i, width, pixels, to);
-    i = groupsFromRgb<Fixed14, 4>(i, width, pixels, to);
+    if constexpr (kEights) i = groupsFromRgb<Fixed15, 8, kPast>(i, width, pixels, to);
+    i = groupsFromRgb<Fixed14, 4, kPast>(i, width, pixels, to);
     for (; i < width; ++i) {
         uint8_t r, g, b;
         pixels.template get<Lane>(i, r, g, b);
@@ -161,6 +173,7 @@ template <class Inks> struct ToInks {
     Inks inks;
     const uint8_t* k;
 
+    QEL_INLINE uintptr_t addressOf(ptrdiff_t i) const { return inks.addressOf(i); }
     template <class V, class S> QEL_INLINE void put(ptrdiff_t i, S r, S g, S b) const
     {
         inks.template put<V>(i, S(~r), S(~g), S(~b), V::load(k + i));
@@ -184,89 +197,96 @@ template <class Inks> struct FromInks {
 using From = const uint8_t*;
 using To = uint8_t*;
 
-template <class Pixels>
+template <class Pixels, bool kPast>
 void yccToPixels(const uint8_t* y, const uint8_t* cb, const uint8_t* cr, uint8_t* dst, int width)
 {
-    rowToRgb<kTuned>(y, cb, cr, Pixels{dst}, width);
+    rowToRgb<kTuned, kPast>(y, cb, cr, Pixels{dst}, width);
 }
-template <class Pixels>
+template <class Pixels, bool kPast>
 void yccToPacked(const uint8_t* y, const uint8_t* cb, const uint8_t* cr, uint16_t* dst, int width)
 {
-    rowToRgb<kTuned>(y, cb, cr, Pixels{(uint8_t*)dst}, width);
+    rowToRgb<kTuned, kPast>(y, cb, cr, Pixels{(uint8_t*)dst}, width);
 }
+template <bool kPast>
 void yccToPlanes(const uint8_t* y, const uint8_t* cb, const uint8_t* cr, uint8_t* r, uint8_t* g, uint8_t* b, int width)
 {
-    rowToRgb<kPlain>(y, cb, cr, Planes3<uint8_t>{r, g, b}, width);
+    rowToRgb<kPlain, kPast>(y, cb, cr, Planes3<uint8_t>{r, g, b}, width);
 }
-void ycckToPlanes(const uint8_t* y, const uint8_t* cb, const uint8_t* cr, const uint8_t* k, uint8_t* cyan,
-                  uint8_t* magenta, uint8_t* yellow, uint8_t* black, int width)
+template <bool kPast> void ycckToPlanes(const uint8_t* y, const uint8_t* cb, const uint8_t* cr, const uint8_t* k,
+                                        uint8_t* cyan, uint8_t* magenta, uint8_t* yellow, uint8_t* black, int width)
 {
     Planes4<uint8_t> inks = {cyan, magenta, yellow, black};
-    rowToRgb<kPlain>(y, cb, cr, ToInks<Planes4<uint8_t>>{inks, k}, width);
+    rowToRgb<kPlain, kPast>(y, cb, cr, ToInks<Planes4<uint8_t>>{inks, k}, width);
 }
+template <bool kPast>
 void ycckToPixels(const uint8_t* y, const uint8_t* cb, const uint8_t* cr, const uint8_t* k, uint8_t* dst, int width)
 {
-    rowToRgb<kPlain>(y, cb, cr, ToInks<Cmyk32<To>>{{dst}, k}, width);
+    rowToRgb<kPlain, kPast>(y, cb, cr, ToInks<Cmyk32<To>>{{dst}, k}, width);
 }
 
+template <bool kPast>
 void planesToYcc(const uint8_t* r, const uint8_t* g, const uint8_t* b, uint8_t* y, uint8_t* cb, uint8_t* cr, int width)
 {
-    rowFromRgb<true>(Planes3<const uint8_t>{r, g, b}, ToYcc{{y, cb, cr}}, width);
+    rowFromRgb<true, kPast>(Planes3<const uint8_t>{r, g, b}, ToYcc{{y, cb, cr}}, width);
 }
-template <class Pixels> void pixelsToYcc(const uint8_t* src, uint8_t* y, uint8_t* cb, uint8_t* cr, int width)
+template <class Pixels, bool kPast>
+void pixelsToYcc(const uint8_t* src, uint8_t* y, uint8_t* cb, uint8_t* cr, int width)
 {
-    rowFromRgb<true>(Pixels{src}, ToYcc{{y, cb, cr}}, width);
+    rowFromRgb<true, kPast>(Pixels{src}, ToYcc{{y, cb, cr}}, width);
 }
-template <class Pixels> void packedToYcc(const uint16_t* src, uint8_t* y, uint8_t* cb, uint8_t* cr, int width)
+template <class Pixels, bool kPast>
+void packedToYcc(const uint16_t* src, uint8_t* y, uint8_t* cb, uint8_t* cr, int width)
 {
-    rowFromRgb<false>(Pixels{(const uint8_t*)src}, ToYcc{{y, cb, cr}}, width);
+    rowFromRgb<false, kPast>(Pixels{(const uint8_t*)src}, ToYcc{{y, cb, cr}}, width);
 }
-void planesToYcck(const uint8_t* cyan, const uint8_t* magenta, const uint8_t* yellow, const uint8_t* black, uint8_t* y,
-                  uint8_t* cb, uint8_t* cr, uint8_t* k, int width)
+template <bool kPast> void planesToYcck(const uint8_t* cyan, const uint8_t* magenta, const uint8_t* yellow,
+                                        const uint8_t* black, uint8_t* y, uint8_t* cb, uint8_t* cr, uint8_t* k,
+                                        int width)
 {
     Planes4<const uint8_t> inks = {cyan, magenta, yellow, black};
-    rowFromRgb<false>(FromInks<Planes4<const uint8_t>>{inks, k}, ToYcc{{y, cb, cr}}, width);
+    rowFromRgb<false, kPast>(FromInks<Planes4<const uint8_t>>{inks, k}, ToYcc{{y, cb, cr}}, width);
 }
-void pixelsToYcck(const uint8_t* src, uint8_t* y, uint8_t* cb, uint8_t* cr, uint8_t* k, int width)
+template <bool kPast> void pixelsToYcck(const uint8_t* src, uint8_t* y, uint8_t* cb, uint8_t* cr, uint8_t* k, int width)
 {
-    rowFromRgb<false>(FromInks<Cmyk32<From>>{{src}, k}, ToYcc{{y, cb, cr}}, width);
+    rowFromRgb<false, kPast>(FromInks<Cmyk32<From>>{{src}, k}, ToYcc{{y, cb, cr}}, width);
 }
-void planesToY(const uint8_t* r, const uint8_t* g, const uint8_t* b, uint8_t* y, int width)
+template <bool kPast> void planesToY(const uint8_t* r, const uint8_t* g, const uint8_t* b, uint8_t* y, int width)
 {
-    rowFromRgb<false>(Planes3<const uint8_t>{r, g, b}, ToY{y}, width);
+    rowFromRgb<false, kPast>(Planes3<const uint8_t>{r, g, b}, ToY{y}, width);
 }
-template <class Pixels> void pixelsToY(const uint8_t* src, uint8_t* y, int width)
+template <class Pixels, bool kPast> void pixelsToY(const uint8_t* src, uint8_t* y, int width)
 {
-    rowFromRgb<false>(Pixels{src}, ToY{y}, width);
+    rowFromRgb<false, kPast>(Pixels{src}, ToY{y}, width);
 }
 
-constexpr ColourKernels kKernels = {
-    .yccToRgb = yccToPixels<Rgb24<To>>,
-    .yccToBgr = yccToPixels<Bgr24<To>>,
-    .yccToRgbPlanes = yccToPlanes,
-    .yccToRgb555 = yccToPacked<Rgb555<To>>,
-    .yccToBgr555 = yccToPacked<Bgr555<To>>,
-    .yccToRgb565 = yccToPacked<Rgb565<To>>,
-    .yccToBgr565 = yccToPacked<Bgr565<To>>,
-    .ycckToCmykPlanes = ycckToPlanes,
-    .ycckToCmyk = ycckToPixels,
-    .rgbPlanesToYcc = planesToYcc,
-    .rgbToYcc = pixelsToYcc<Rgb24<From>>,
-    .bgrToYcc = pixelsToYcc<Bgr24<From>>,
-    .rgb555ToYcc = packedToYcc<Rgb555<From>>,
-    .bgr555ToYcc = packedToYcc<Bgr555<From>>,
-    .rgb565ToYcc = packedToYcc<Rgb565<From>>,
-    .bgr565ToYcc = packedToYcc<Bgr565<From>>,
-    .cmykPlanesToYcck = planesToYcck,
-    .cmykToYcck = pixelsToYcck,
-    .rgbPlanesToY = planesToY,
-    .rgbToY = pixelsToY<Rgb24<From>>,
-    .bgrToY = pixelsToY<Bgr24<From>>,
+template <bool kPast> constexpr ColourKernels kTable = {
+    .yccToRgb = yccToPixels<Rgb24<To>, kPast>,
+    .yccToBgr = yccToPixels<Bgr24<To>, kPast>,
+    .yccToRgbPlanes = yccToPlanes<kPast>,
+    .yccToRgb555 = yccToPacked<Rgb555<To>, kPast>,
+    .yccToBgr555 = yccToPacked<Bgr555<To>, kPast>,
+    .yccToRgb565 = yccToPacked<Rgb565<To>, kPast>,
+    .yccToBgr565 = yccToPacked<Bgr565<To>, kPast>,
+    .ycckToCmykPlanes = ycckToPlanes<kPast>,
+    .ycckToCmyk = ycckToPixels<kPast>,
+    .rgbPlanesToYcc = planesToYcc<kPast>,
+    .rgbToYcc = pixelsToYcc<Rgb24<From>, kPast>,
+    .bgrToYcc = pixelsToYcc<Bgr24<From>, kPast>,
+    .rgb555ToYcc = packedToYcc<Rgb555<From>, kPast>,
+    .bgr555ToYcc = packedToYcc<Bgr555<From>, kPast>,
+    .rgb565ToYcc = packedToYcc<Rgb565<From>, kPast>,
+    .bgr565ToYcc = packedToYcc<Bgr565<From>, kPast>,
+    .cmykPlanesToYcck = planesToYcck<kPast>,
+    .cmykToYcck = pixelsToYcck<kPast>,
+    .rgbPlanesToY = planesToY<kPast>,
+    .rgbToY = pixelsToY<Rgb24<From>, kPast>,
+    .bgrToY = pixelsToY<Bgr24<From>, kPast>,
+    .past = kPast ? nullptr : &kTable<true>,
 };
 
 }
 }
 
-const ColourKernels ColourKernels::QEL_BUILD = qel::QEL_BUILD::kKernels;
+const ColourKernels ColourKernels::QEL_BUILD = qel::QEL_BUILD::kTable<false>;
 
 }

@@ -1,34 +1,10 @@
 // Level shift: exported functions.
 #include "jpeg/level_shift.h"
 
-#include "core/checks.h"
-#include "core/dispatch.h"
-#include "core/past_caches.h"
-#include "core/rows.h"
+#include "core/conversion.h"
 #include "qeljx/jpeg_block.h"
 
 using namespace qel;
-
-namespace {
-
-template <class Src, class Dst>
-void shiftRegion(void (*shift)(const Src*, Dst*, int), const Src* src, int srcStep, Dst* dst, int dstStep, QelSize roi)
-{
-    if ((size_t)roi.width * (size_t)roi.height * sizeof(Dst) < kPastCaches)
-        return forRows(roi, [=](int r) { shift(rowAt(src, srcStep, r), rowAt(dst, dstStep, r), roi.width); });
-    forRows(roi, [=](int r) {
-        const Src* row = rowAt(src, srcStep, r);
-        RowPastCaches out(rowAt(dst, dstStep, r));
-        eachPiece(roi.width, [&](int first, int count) {
-            shift(row + first, (Dst*)out.room(), count);
-            out.add((size_t)count * sizeof(Dst));
-        });
-        out.finish();
-    });
-    kernels<SupportKernels>().finishStores();
-}
-
-}
 
 QelStatus qeliSub128_JPEG_8u16s_C1R(const uint8_t* pSrc, int srcStep, int16_t* pDst, int dstStep, QelSize roi)
 {
@@ -47,12 +23,18 @@ QelStatus qeliAdd128_JPEG_16s8u_C1R(const int16_t* pSrc, int srcStep, uint8_t* p
 
 void ownqj_Sub128_JPEG_8u16s_C1R(const uint8_t* src, int srcStep, int16_t* dst, int dstStep, QelSize roi)
 {
-    shiftRegion(kernels<LevelShiftKernels>().sub128, src, srcStep, dst, dstStep, roi);
+    Pixels<const uint8_t, 1> from = {src, srcStep};
+    Pixels<int16_t, 1> to = {dst, dstStep};
+    auto& table = kernels<LevelShiftKernels>();
+    convertRows<kSerial>(from, to, roi, table.sub128, table.sub128Past);
 }
 
 void ownqj_Add128_JPEG_16s8u_C1R(const int16_t* src, int srcStep, uint8_t* dst, int dstStep, QelSize roi)
 {
-    shiftRegion(kernels<LevelShiftKernels>().add128, src, srcStep, dst, dstStep, roi);
+    Pixels<const int16_t, 1> from = {src, srcStep};
+    Pixels<uint8_t, 1> to = {dst, dstStep};
+    auto& table = kernels<LevelShiftKernels>();
+    convertRows<kSerial>(from, to, roi, table.add128, table.add128Past);
 }
 
 void ownqj_Sub128_JPEG_8u16s_C1(const uint8_t* src, int16_t* dst, int len)

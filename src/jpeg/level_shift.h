@@ -11,6 +11,9 @@ namespace qel {
 struct LevelShiftKernels {
     void (*sub128)(const uint8_t* src, int16_t* dst, int len);
     void (*add128)(const int16_t* src, uint8_t* dst, int len);
+    // Past the caches.
+    void (*sub128Past)(const uint8_t* src, int16_t* dst, int len);
+    void (*add128Past)(const int16_t* src, uint8_t* dst, int len);
     void (*sub128Block)(const uint8_t* src, int srcStep, int16_t* dst);
     void (*add128Block)(const int16_t* src, uint8_t* dst, int dstStep);
 

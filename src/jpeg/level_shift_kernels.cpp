@@ -7,31 +7,48 @@ namespace qel {
 namespace QEL_BUILD {
 namespace {
 
-QEL_INLINE void sub(Bytes<1>, const uint8_t* src, int16_t* dst) { store(dst, int16_t(*src - 128)); }
-QEL_INLINE void add(Bytes<1>, const int16_t* src, uint8_t* dst)
+// `Stores` tells how whole registers are stored.
+template <class Stores> QEL_INLINE void sub(Bytes<1>, const uint8_t* src, int16_t* dst)
+{
+    store(dst, int16_t(*src - 128));
+}
+template <class Stores> QEL_INLINE void add(Bytes<1>, const int16_t* src, uint8_t* dst)
 {
     *dst = clampTo<uint8_t>(load<int16_t>(src) + 128, 0, 255);
 }
 
-template <int N> QEL_INLINE void sub(Bytes<N>, const uint8_t* src, int16_t* dst)
+template <class Stores, int N> QEL_INLINE void sub(Bytes<N>, const uint8_t* src, int16_t* dst)
 {
-    store(dst, Simd<N>::widen(src) - 128);
-    store(dst + N / 2, Simd<N>::widen(src + N / 2) - 128);
+    Stores::store(dst, Simd<N>::widen(src) - 128);
+    Stores::store(dst + N / 2, Simd<N>::widen(src + N / 2) - 128);
 }
-template <int N> QEL_INLINE void add(Bytes<N>, const int16_t* src, uint8_t* dst)
+template <class Stores, int N> QEL_INLINE void add(Bytes<N>, const int16_t* src, uint8_t* dst)
 {
     S16<N> shift = S16<N>{} + 128;
     auto low = Simd<N>::addSat(load<S16<N>>(src), shift), high = Simd<N>::addSat(load<S16<N>>(src + N / 2), shift);
-    store(dst, Simd<N>::inOrder(Simd<N>::packUnsigned(low, high)));
+    Stores::store(dst, Simd<N>::inOrder(Simd<N>::packUnsigned(low, high)));
 }
 
 void sub128(const uint8_t* src, int16_t* dst, int len)
 {
-    inSteps(len, [=](auto width, int i) { sub(width, src + i, dst + i); });
+    inSteps(len, [=](auto width, int i) { sub<IntoCaches>(width, src + i, dst + i); });
 }
 void add128(const int16_t* src, uint8_t* dst, int len)
 {
-    inSteps(len, [=](auto width, int i) { add(width, src + i, dst + i); });
+    inSteps(len, [=](auto width, int i) { add<IntoCaches>(width, src + i, dst + i); });
+}
+
+void sub128Past(const uint8_t* src, int16_t* dst, int len)
+{
+    inLines<2>(
+        len, dst, [=](auto width, ptrdiff_t i) { sub<IntoCaches>(width, src + i, dst + i); },
+        [=](auto width, ptrdiff_t i) { sub<PastCaches>(width, src + i, dst + i); });
+}
+void add128Past(const int16_t* src, uint8_t* dst, int len)
+{
+    inLines<1>(
+        len, dst, [=](auto width, ptrdiff_t i) { add<IntoCaches>(width, src + i, dst + i); },
+        [=](auto width, ptrdiff_t i) { add<PastCaches>(width, src + i, dst + i); });
 }
 
 void sub128Block(const uint8_t* src, int srcStep, int16_t* dst)
@@ -49,7 +66,8 @@ void add128Block(const int16_t* src, uint8_t* dst, int dstStep)
 }
 }
 
-const LevelShiftKernels LevelShiftKernels::QEL_BUILD = {qel::QEL_BUILD::sub128, qel::QEL_BUILD::add128,
+const LevelShiftKernels LevelShiftKernels::QEL_BUILD = {qel::QEL_BUILD::sub128,      qel::QEL_BUILD::add128,
+                                                        qel::QEL_BUILD::sub128Past,  qel::QEL_BUILD::add128Past,
                                                         qel::QEL_BUILD::sub128Block, qel::QEL_BUILD::add128Block};
 
 }

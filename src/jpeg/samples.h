@@ -69,6 +69,34 @@ template <int N> struct Samples {
     static QEL_INLINE void store4(uint8_t* p, Type a, Type b, Type c, Type d) { Simd<N>::store4(p, a, b, c, d); }
 };
 
+// A register full that is stored past the caches, where its address is aligned.
+template <int N> struct SamplesPastCaches : Samples<N> {
+    using Type = U8<N>;
+
+    static QEL_INLINE void store(uint8_t* p, Type a) { PastCaches::store(p, a); }
+    static QEL_INLINE void store2(uint8_t* p, Type a, Type b)
+    {
+        sendOn<2>(p, [=](uint8_t* room) { Simd<N>::store2(room, a, b); });
+    }
+    static QEL_INLINE void store3(uint8_t* p, Type a, Type b, Type c)
+    {
+        sendOn<3>(p, [=](uint8_t* room) { Simd<N>::store3(room, a, b, c); });
+    }
+    static QEL_INLINE void store4(uint8_t* p, Type a, Type b, Type c, Type d)
+    {
+        sendOn<4>(p, [=](uint8_t* room) { Simd<N>::store4(room, a, b, c, d); });
+    }
+
+private:
+    // Compilers keep the room in registers.
+    template <int kRegisters, class Store> static QEL_INLINE void sendOn(uint8_t* p, Store storeTo)
+    {
+        uint8_t room[kRegisters * N];
+        storeTo(room);
+        for (int i = 0; i < kRegisters * N; i += N) store(p + i, Samples<N>::load(room + i));
+    }
+};
+
 // 4 or 8 samples, so that short rows and the ends of rows need no loop over single pixels.
 template <int kFew> struct Few : Samples<16> {
     static constexpr int kCount = kFew;
@@ -142,6 +170,23 @@ template <int kGroup, class Body> QEL_INLINE ptrdiff_t inGroups(ptrdiff_t i, ptr
         for (ptrdiff_t end = n - (n - i) % kGroup; i < end; ++i) body(Lane(), i);
     }
     return i;
+}
+
+// The same with output past the caches, in whole lines, if it can be brought to begin with one: addressOf(i) has the
+// bits of all addresses at which the output of sample i begins.
+template <int kGroup, class Body, class AddressOf>
+QEL_INLINE ptrdiff_t inGroupsPastCaches(ptrdiff_t i, ptrdiff_t n, Body body, AddressOf addressOf)
+{
+    if constexpr (QEL_WIDTH >= 16) {
+        ptrdiff_t start = i;
+        while (start < i + kLine && addressOf(start) % kLine != 0) start += 8;
+        if (addressOf(start) % kLine == 0) {
+            for (; i < start && n - i >= 8; i += 8) body(Few<8>(), i);
+            for (ptrdiff_t end = i + (n - i) / kLine * kLine; i < end; i += QEL_WIDTH)
+                body(SamplesPastCaches<QEL_WIDTH>(), i);
+        }
+    }
+    return inGroups<kGroup>(i, n, body);
 }
 
 }

@@ -3,7 +3,7 @@
 
 #include "core/checks.h"
 #include "core/dispatch.h"
-#include "core/rows.h"
+#include "core/past_caches.h"
 #include "qeljx/jpeg_sampling.h"
 
 using namespace qel;
@@ -52,8 +52,11 @@ QelStatus qeliSampleUpH2V1_JPEG_8u_C1R(const uint8_t* pSrc, int srcStep, QelSize
                                        QelSize dstSize)
 {
     if (QelStatus bad = checkPlanes(pSrc, srcStep, srcSize, pDst, dstStep, dstSize)) return bad;
-    auto up = kernels<SamplingKernels>().upH2V1;
-    forRows(dstSize, [=](int r) { up(rowAt(pSrc, srcStep, r), rowAt(pDst, dstStep, r), dstSize.width); });
+    auto& table = kernels<SamplingKernels>();
+    bool goesPast = isBeyondCaches(dstSize, 1);
+    auto up = goesPast ? table.upH2V1Past : table.upH2V1;
+    forRowsOfOutput<kSerial>(dstSize, goesPast,
+                             [=](int r) { up(rowAt(pSrc, srcStep, r), rowAt(pDst, dstStep, r), dstSize.width); });
     return qelStsNoErr;
 }
 
@@ -61,8 +64,10 @@ QelStatus qeliSampleUpH2V2_JPEG_8u_C1R(const uint8_t* pSrc, int srcStep, QelSize
                                        QelSize dstSize)
 {
     if (QelStatus bad = checkPlanes(pSrc, srcStep, srcSize, pDst, dstStep, dstSize)) return bad;
-    auto up = kernels<SamplingKernels>().upH2V2;
-    forRowsInParallel(dstSize, [=](int r) {
+    auto& table = kernels<SamplingKernels>();
+    bool goesPast = isBeyondCaches(dstSize, 1);
+    auto up = goesPast ? table.upH2V2Past : table.upH2V2;
+    forRowsOfOutput<kParallel>(dstSize, goesPast, [=](int r) {
         up(rowAt(pSrc, srcStep, nearRow(r, srcSize.height)), rowAt(pSrc, srcStep, farRow(r, srcSize.height)),
            rowAt(pDst, dstStep, r), dstSize.width);
     });

@@ -14,6 +14,9 @@ struct SamplingKernels {
     // These read one sample before the row and one behind it.
     void (*upH2V1)(const uint8_t* src, uint8_t* dst, int dstWidth);
     void (*upH2V2)(const uint8_t* near, const uint8_t* far, uint8_t* dst, int dstWidth);
+    // Past the caches.
+    void (*upH2V1Past)(const uint8_t* src, uint8_t* dst, int dstWidth);
+    void (*upH2V2Past)(const uint8_t* near, const uint8_t* far, uint8_t* dst, int dstWidth);
 
     void (*downRowH2V1)(const uint8_t* src, int srcWidth, uint8_t* dst);
     void (*downRowH2V2)(const uint8_t* src1, const uint8_t* src2, int srcWidth, uint8_t* dst);

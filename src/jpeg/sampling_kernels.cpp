@@ -41,6 +41,14 @@ void downRowH2V2(const uint8_t* src1, const uint8_t* src2, int srcWidth, uint8_t
     boxes<1, 2>(dst, srcWidth / 2, src1, src2);
 }
 
+// The lanes of two registers in turns.
+template <class Stores, int N, class V> QEL_INLINE void storePairs(uint8_t* dst, V a, V b)
+{
+    uint8_t room[2 * N];
+    Simd<N>::store2(room, a, b);
+    Stores::store(dst, load<V>(room)), Stores::store(dst + N, load<V>(room + N));
+}
+
 // Triangle filters. Each source sample i gives two destination samples: left() mixes it with the sample before it,
 // right() with the one behind it.
 struct Linear {
@@ -54,11 +62,12 @@ struct Linear {
     template <int N> static QEL_INLINE U8<N> averageDown(U8<N> a, U8<N> b) { return ~Simd<N>::average(~a, ~b); }
 
     // With the means taken one after the other, rounded down and up in turn, nothing is lost: the results are exact.
-    template <int N> QEL_INLINE void up(Bytes<N>, ptrdiff_t i, uint8_t* dst) const
+    template <class Stores, int N> QEL_INLINE void up(Bytes<N>, ptrdiff_t i, uint8_t* dst) const
     {
         auto before = load<U8<N>>(row + i - 1), here = load<U8<N>>(row + i), behind = load<U8<N>>(row + i + 1);
-        Simd<N>::store2(dst, averageDown<N>(here, Simd<N>::average(here, before)),
-                        Simd<N>::average(here, averageDown<N>(here, behind)));
+        auto left = averageDown<N>(here, Simd<N>::average(here, before)),
+             right = Simd<N>::average(here, averageDown<N>(here, behind));
+        storePairs<Stores, N>(dst, left, right);
     }
 };
 
@@ -86,30 +95,35 @@ struct Bilinear {
     {
         return lefts<N>(i) >> 4 | (rights<N>(i) << 4 & 0xFF00);
     }
-    template <int N> QEL_INLINE void up(Bytes<N>, ptrdiff_t i, uint8_t* dst) const
+    template <class Stores, int N> QEL_INLINE void up(Bytes<N>, ptrdiff_t i, uint8_t* dst) const
     {
-        Simd<N>::store2(dst, upEveryOther<N>(i), upEveryOther<N>(i + 1));
+        storePairs<Stores, N>(dst, upEveryOther<N>(i), upEveryOther<N>(i + 1));
     }
 };
 
-template <class Rows> QEL_INLINE void upSample(Bytes<1>, Rows rows, ptrdiff_t i, uint8_t* dst)
+template <class Stores, class Rows> QEL_INLINE void upSample(Bytes<1>, Rows rows, ptrdiff_t i, uint8_t* dst)
 {
     dst[0] = rows.left(rows.at(i), rows.at(i - 1));
     dst[1] = rows.right(rows.at(i), rows.at(i + 1));
 }
-template <int N, class Rows> QEL_INLINE void upSample(Bytes<N> step, Rows rows, ptrdiff_t i, uint8_t* dst)
+template <class Stores, int N, class Rows> QEL_INLINE void upSample(Bytes<N> step, Rows rows, ptrdiff_t i, uint8_t* dst)
 {
-    rows.up(step, i, dst);
+    rows.template up<Stores>(step, i, dst);
 }
 
 // Where a destination register, of two samples for each step, is aligned; stores are most of the traffic.
 QEL_INLINE ptrdiff_t phaseOf(const uint8_t* dst) { return ptrdiff_t((uintptr_t)dst / 2); }
 
 // Reads one sample before the rows and one behind them.
-template <class Rows> QEL_INLINE void upPlaneRow(Rows rows, uint8_t* dst, int dstWidth)
+template <bool kPast, class Rows> QEL_INLINE void upPlaneRow(Rows rows, uint8_t* dst, int dstWidth)
 {
     int pairs = dstWidth / 2;
-    inOverlappingSteps(0, pairs, phaseOf(dst), [=](auto step, ptrdiff_t i) { upSample(step, rows, i, dst + 2 * i); });
+    auto plain = [=](auto step, ptrdiff_t i) { upSample<IntoCaches>(step, rows, i, dst + 2 * i); };
+    if constexpr (kPast)
+        inLines<2>(pairs, dst, plain,
+                   [=](auto step, ptrdiff_t i) { upSample<PastCaches>(step, rows, i, dst + 2 * i); });
+    else
+        inOverlappingSteps(0, pairs, phaseOf(dst), plain);
     if (dstWidth % 2 != 0) dst[dstWidth - 1] = rows.left(rows.at(pairs), rows.at(pairs - 1));
 }
 
@@ -121,16 +135,19 @@ template <class Rows> QEL_INLINE void upRow(Rows rows, int srcWidth, uint8_t* ds
     if (srcWidth > 1) {
         dst[1] = rows.right(rows.at(0), rows.at(1));
         inOverlappingSteps(1, last, phaseOf(dst),
-                           [=](auto step, ptrdiff_t i) { upSample(step, rows, i, dst + 2 * i); });
+                           [=](auto step, ptrdiff_t i) { upSample<IntoCaches>(step, rows, i, dst + 2 * i); });
         dst[2 * last] = rows.left(rows.at(last), rows.at(last - 1));
     }
     dst[2 * last + 1] = rows.right(rows.at(last), rows.at(last));
 }
 
-void upH2V1(const uint8_t* src, uint8_t* dst, int dstWidth) { upPlaneRow(Linear{src}, dst, dstWidth); }
-void upH2V2(const uint8_t* near, const uint8_t* far, uint8_t* dst, int dstWidth)
+template <bool kPast> void upH2V1(const uint8_t* src, uint8_t* dst, int dstWidth)
 {
-    upPlaneRow(Bilinear{near, far}, dst, dstWidth);
+    upPlaneRow<kPast>(Linear{src}, dst, dstWidth);
+}
+template <bool kPast> void upH2V2(const uint8_t* near, const uint8_t* far, uint8_t* dst, int dstWidth)
+{
+    upPlaneRow<kPast>(Bilinear{near, far}, dst, dstWidth);
 }
 void upRowH2V1(const uint8_t* src, int srcWidth, uint8_t* dst) { upRow(Linear{src}, srcWidth, dst); }
 void upRowH2V2(const uint8_t* near, const uint8_t* far, int srcWidth, uint8_t* dst)
@@ -142,7 +159,16 @@ void upRowH2V2(const uint8_t* near, const uint8_t* far, int srcWidth, uint8_t* d
 }
 
 const SamplingKernels SamplingKernels::QEL_BUILD = {
-    qel::QEL_BUILD::downH2V1,    qel::QEL_BUILD::downH2V2,    qel::QEL_BUILD::upH2V1,    qel::QEL_BUILD::upH2V2,
-    qel::QEL_BUILD::downRowH2V1, qel::QEL_BUILD::downRowH2V2, qel::QEL_BUILD::upRowH2V1, qel::QEL_BUILD::upRowH2V2};
+    .downH2V1 = qel::QEL_BUILD::downH2V1,
+    .downH2V2 = qel::QEL_BUILD::downH2V2,
+    .upH2V1 = qel::QEL_BUILD::upH2V1<false>,
+    .upH2V2 = qel::QEL_BUILD::upH2V2<false>,
+    .upH2V1Past = qel::QEL_BUILD::upH2V1<true>,
+    .upH2V2Past = qel::QEL_BUILD::upH2V2<true>,
+    .downRowH2V1 = qel::QEL_BUILD::downRowH2V1,
+    .downRowH2V2 = qel::QEL_BUILD::downRowH2V2,
+    .upRowH2V1 = qel::QEL_BUILD::upRowH2V1,
+    .upRowH2V2 = qel::QEL_BUILD::upRowH2V2,
+};
 
 }

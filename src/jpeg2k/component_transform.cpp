@@ -1,9 +1,7 @@
 // Component transforms: exported functions.
 #include "jpeg2k/component_transform.h"
 
-#include "core/checks.h"
-#include "core/dispatch.h"
-#include "core/rows.h"
+#include "core/conversion.h"
 #include "qeljx/jpeg2k_transform.h"
 
 using namespace qel;
@@ -26,23 +24,13 @@ QelStatus inPlace(T* const* planes, int step, QelSize roi, typename ComponentTra
 template <class T> QelStatus toPlanes(const T* src, int srcStep, T* const* dst, int dstStep, QelSize roi,
                                       typename ComponentTransform<T>::ToPlanes* row)
 {
-    if (QelStatus bad = first(pointers(src), planes<3>(dst), steps(srcStep, dstStep), size(roi))) return bad;
-    forRows(roi, [=](int r) {
-        row(rowAt(src, srcStep, r), rowAt(dst[0], dstStep, r), rowAt(dst[1], dstStep, r), rowAt(dst[2], dstStep, r),
-            roi.width);
-    });
-    return qelStsNoErr;
+    return convert<kSerial>(Pixels<const T, 3>{src, srcStep}, Planes<T, 3>{dst, dstStep}, roi, row);
 }
 
 template <class T> QelStatus toPixels(const T* const* src, int srcStep, T* dst, int dstStep, QelSize roi,
                                       typename ComponentTransform<T>::ToPixels* row)
 {
-    if (QelStatus bad = first(pointers(dst), planes<3>(src), steps(srcStep, dstStep), size(roi))) return bad;
-    forRows(roi, [=](int r) {
-        row(rowAt(src[0], srcStep, r), rowAt(src[1], srcStep, r), rowAt(src[2], srcStep, r), rowAt(dst, dstStep, r),
-            roi.width);
-    });
-    return qelStsNoErr;
+    return convert<kSerial>(Planes<const T, 3>{src, srcStep}, Pixels<T, 3>{dst, dstStep}, roi, row);
 }
 
 }

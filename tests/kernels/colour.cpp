@@ -75,7 +75,10 @@ template <class... Arguments> void check(Entry<Arguments...> entry, Door<Argumen
     };
     everyBuild<ColourKernels>([&](const ColourKernels& table) {
         Random random(1);
-        everyLength([&](int width) { ASSERT_TRUE(compare(table.*entry, width, width % 4, random)) << width; });
+        everyLength([&](int width) {
+            ASSERT_TRUE(compare(table.*entry, width, width % 4, random)) << width;
+            ASSERT_TRUE(compare(table.past->*entry, width, width % 4, random)) << width << " past the caches";
+        });
     });
     Random random(2);
     EXPECT_TRUE(compare(whole, 103, 0, random));

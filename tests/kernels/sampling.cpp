@@ -78,6 +78,12 @@ TEST(SamplingKernels, TrianglePlaneRows)
     equalsScalar(1, geometry, [](auto& table, auto& src, int width, uint8_t* dst) {
         table.upH2V2(src.first(), src.second(), dst, width);
     });
+    equalsScalar(1, geometry, [](auto& table, auto& src, int width, uint8_t* dst) {
+        (&table == &SamplingKernels::scalar ? table.upH2V1 : table.upH2V1Past)(src.first(), dst, width);
+    });
+    equalsScalar(1, geometry, [](auto& table, auto& src, int width, uint8_t* dst) {
+        (&table == &SamplingKernels::scalar ? table.upH2V2 : table.upH2V2Past)(src.first(), src.second(), dst, width);
+    });
 }
 
 TEST(SamplingKernels, TriangleRows)
