@@ -4,24 +4,15 @@
 #include <immintrin.h>
 
 #include "core/simd_x86_interleave.h"
+#include "core/simd_x86_operations.h"
 
 namespace qel {
 namespace QEL_BUILD {
 namespace {
 
 template <> struct Simd<16> : GatheredBits, Interleaved<16, Simd<16>> {
-    static QEL_INLINE S16<16> addSat(S16<16> a, S16<16> b) { return (S16<16>)_mm_adds_epi16((__m128i)a, (__m128i)b); }
-    static QEL_INLINE S16<16> subSat(S16<16> a, S16<16> b) { return (S16<16>)_mm_subs_epi16((__m128i)a, (__m128i)b); }
-    static QEL_INLINE U8<16> addSat(U8<16> a, U8<16> b) { return (U8<16>)_mm_adds_epu8((__m128i)a, (__m128i)b); }
-    static QEL_INLINE U8<16> subSat(U8<16> a, U8<16> b) { return (U8<16>)_mm_subs_epu8((__m128i)a, (__m128i)b); }
-    static QEL_INLINE U8<16> average(U8<16> a, U8<16> b) { return (U8<16>)_mm_avg_epu8((__m128i)a, (__m128i)b); }
-    static QEL_INLINE U16<16> average(U16<16> a, U16<16> b) { return (U16<16>)_mm_avg_epu16((__m128i)a, (__m128i)b); }
-    static QEL_INLINE U8<16> least(U8<16> a, U8<16> b) { return (U8<16>)_mm_min_epu8((__m128i)a, (__m128i)b); }
-    static QEL_INLINE S16<16> least(S16<16> a, S16<16> b) { return (S16<16>)_mm_min_epi16((__m128i)a, (__m128i)b); }
-    static QEL_INLINE U8<16> greatest(U8<16> a, U8<16> b) { return (U8<16>)_mm_max_epu8((__m128i)a, (__m128i)b); }
-    static QEL_INLINE S16<16> greatest(S16<16> a, S16<16> b) { return (S16<16>)_mm_max_epi16((__m128i)a, (__m128i)b); }
-    static QEL_INLINE S16<16> mulHigh(S16<16> a, S16<16> b) { return (S16<16>)_mm_mulhi_epi16((__m128i)a, (__m128i)b); }
-    static QEL_INLINE U16<16> mulHigh(U16<16> a, U16<16> b) { return (U16<16>)_mm_mulhi_epu16((__m128i)a, (__m128i)b); }
+    QEL_X86_OPERATIONS(16, _mm, __m128i, __m128)
+
     static QEL_INLINE S16<16> runningSum(S16<16> a, S16<16>& total)
     {
         a += (S16<16>)_mm_slli_si128((__m128i)a, 2);
@@ -41,10 +32,6 @@ template <> struct Simd<16> : GatheredBits, Interleaved<16, Simd<16>> {
         return mulHigh(a, b) * 2 + parity - ((low & 0x7FFF) > 0x4000 - parity);
 #endif
     }
-    static QEL_INLINE S32<16> mulAddPairs(S16<16> a, S16<16> b)
-    {
-        return (S32<16>)_mm_madd_epi16((__m128i)a, (__m128i)b);
-    }
     static QEL_INLINE S16<16> mulAddPairs(U8<16> a, S8<16> weights)
     {
 #if defined(__SSSE3__)
@@ -55,36 +42,12 @@ template <> struct Simd<16> : GatheredBits, Interleaved<16, Simd<16>> {
         return addSat(even, odd);
 #endif
     }
-    static QEL_INLINE S16<16> pack(S32<16> a, S32<16> b) { return (S16<16>)_mm_packs_epi32((__m128i)a, (__m128i)b); }
-    static QEL_INLINE U8<16> packUnsigned(S16<16> a, S16<16> b)
-    {
-        return (U8<16>)_mm_packus_epi16((__m128i)a, (__m128i)b);
-    }
-    static QEL_INLINE U8<16> packSigned(S16<16> a, S16<16> b)
-    {
-        return (U8<16>)_mm_packs_epi16((__m128i)a, (__m128i)b);
-    }
-    template <class V> static QEL_INLINE V zipLow(V a, V b)
-    {
-        if constexpr (sizeof(a[0]) == 1) return (V)_mm_unpacklo_epi8((__m128i)a, (__m128i)b);
-        if constexpr (sizeof(a[0]) == 2) return (V)_mm_unpacklo_epi16((__m128i)a, (__m128i)b);
-        if constexpr (sizeof(a[0]) == 4) return (V)_mm_unpacklo_epi32((__m128i)a, (__m128i)b);
-        if constexpr (sizeof(a[0]) == 8) return (V)_mm_unpacklo_epi64((__m128i)a, (__m128i)b);
-    }
-    template <class V> static QEL_INLINE V zipHigh(V a, V b)
-    {
-        if constexpr (sizeof(a[0]) == 1) return (V)_mm_unpackhi_epi8((__m128i)a, (__m128i)b);
-        if constexpr (sizeof(a[0]) == 2) return (V)_mm_unpackhi_epi16((__m128i)a, (__m128i)b);
-        if constexpr (sizeof(a[0]) == 4) return (V)_mm_unpackhi_epi32((__m128i)a, (__m128i)b);
-        if constexpr (sizeof(a[0]) == 8) return (V)_mm_unpackhi_epi64((__m128i)a, (__m128i)b);
-    }
 
     template <class V> static QEL_INLINE V shiftIn(V before, V v)
     {
         constexpr int kLane = sizeof(v[0]);
         return (V)_mm_or_si128(_mm_slli_si128((__m128i)v, kLane), _mm_srli_si128((__m128i)before, 16 - kLane));
     }
-    static QEL_INLINE S32<16> truncate(F32<16> v) { return (S32<16>)_mm_cvttps_epi32((__m128)v); }
 
     template <class V> static QEL_INLINE V inOrder(V v) { return v; }
     static constexpr bool kPermutesFast = false;

@@ -4,6 +4,7 @@
 #include <immintrin.h>
 
 #include "core/simd_x86_interleave.h"
+#include "core/simd_x86_operations.h"
 
 namespace qel {
 namespace QEL_BUILD {
@@ -27,36 +28,8 @@ constexpr BlockShuffles makeBlockShuffles(const uint8_t (&from)[64])
 template <const auto& kFrom> constexpr BlockShuffles kBlockShuffles = makeBlockShuffles(kFrom.index);
 
 template <> struct Simd<32> : GatheredBits, Interleaved<32, Simd<32>> {
-    static QEL_INLINE S16<32> addSat(S16<32> a, S16<32> b)
-    {
-        return (S16<32>)_mm256_adds_epi16((__m256i)a, (__m256i)b);
-    }
-    static QEL_INLINE S16<32> subSat(S16<32> a, S16<32> b)
-    {
-        return (S16<32>)_mm256_subs_epi16((__m256i)a, (__m256i)b);
-    }
-    static QEL_INLINE U8<32> addSat(U8<32> a, U8<32> b) { return (U8<32>)_mm256_adds_epu8((__m256i)a, (__m256i)b); }
-    static QEL_INLINE U8<32> subSat(U8<32> a, U8<32> b) { return (U8<32>)_mm256_subs_epu8((__m256i)a, (__m256i)b); }
-    static QEL_INLINE U8<32> average(U8<32> a, U8<32> b) { return (U8<32>)_mm256_avg_epu8((__m256i)a, (__m256i)b); }
-    static QEL_INLINE U16<32> average(U16<32> a, U16<32> b)
-    {
-        return (U16<32>)_mm256_avg_epu16((__m256i)a, (__m256i)b);
-    }
-    static QEL_INLINE U8<32> least(U8<32> a, U8<32> b) { return (U8<32>)_mm256_min_epu8((__m256i)a, (__m256i)b); }
-    static QEL_INLINE S16<32> least(S16<32> a, S16<32> b) { return (S16<32>)_mm256_min_epi16((__m256i)a, (__m256i)b); }
-    static QEL_INLINE U8<32> greatest(U8<32> a, U8<32> b) { return (U8<32>)_mm256_max_epu8((__m256i)a, (__m256i)b); }
-    static QEL_INLINE S16<32> greatest(S16<32> a, S16<32> b)
-    {
-        return (S16<32>)_mm256_max_epi16((__m256i)a, (__m256i)b);
-    }
-    static QEL_INLINE S16<32> mulHigh(S16<32> a, S16<32> b)
-    {
-        return (S16<32>)_mm256_mulhi_epi16((__m256i)a, (__m256i)b);
-    }
-    static QEL_INLINE U16<32> mulHigh(U16<32> a, U16<32> b)
-    {
-        return (U16<32>)_mm256_mulhi_epu16((__m256i)a, (__m256i)b);
-    }
+    QEL_X86_OPERATIONS(32, _mm256, __m256i, __m256)
+
     // Sums of four lanes, of eight, of each block; then the sum of the lower block joins the upper one.
     static QEL_INLINE S16<32> runningSum(S16<32> a, S16<32>& total)
     {
@@ -73,43 +46,15 @@ template <> struct Simd<32> : GatheredBits, Interleaved<32, Simd<32>> {
     {
         return evenTies((S16<32>)_mm256_mulhrs_epi16((__m256i)a, (__m256i)b), a * b);
     }
-    static QEL_INLINE S32<32> mulAddPairs(S16<32> a, S16<32> b)
-    {
-        return (S32<32>)_mm256_madd_epi16((__m256i)a, (__m256i)b);
-    }
     static QEL_INLINE S16<32> mulAddPairs(U8<32> a, S8<32> weights)
     {
         return (S16<32>)_mm256_maddubs_epi16((__m256i)a, (__m256i)weights);
-    }
-    static QEL_INLINE S16<32> pack(S32<32> a, S32<32> b) { return (S16<32>)_mm256_packs_epi32((__m256i)a, (__m256i)b); }
-    static QEL_INLINE U8<32> packUnsigned(S16<32> a, S16<32> b)
-    {
-        return (U8<32>)_mm256_packus_epi16((__m256i)a, (__m256i)b);
-    }
-    static QEL_INLINE U8<32> packSigned(S16<32> a, S16<32> b)
-    {
-        return (U8<32>)_mm256_packs_epi16((__m256i)a, (__m256i)b);
-    }
-    template <class V> static QEL_INLINE V zipLow(V a, V b)
-    {
-        if constexpr (sizeof(a[0]) == 1) return (V)_mm256_unpacklo_epi8((__m256i)a, (__m256i)b);
-        if constexpr (sizeof(a[0]) == 2) return (V)_mm256_unpacklo_epi16((__m256i)a, (__m256i)b);
-        if constexpr (sizeof(a[0]) == 4) return (V)_mm256_unpacklo_epi32((__m256i)a, (__m256i)b);
-        if constexpr (sizeof(a[0]) == 8) return (V)_mm256_unpacklo_epi64((__m256i)a, (__m256i)b);
-    }
-    template <class V> static QEL_INLINE V zipHigh(V a, V b)
-    {
-        if constexpr (sizeof(a[0]) == 1) return (V)_mm256_unpackhi_epi8((__m256i)a, (__m256i)b);
-        if constexpr (sizeof(a[0]) == 2) return (V)_mm256_unpackhi_epi16((__m256i)a, (__m256i)b);
-        if constexpr (sizeof(a[0]) == 4) return (V)_mm256_unpackhi_epi32((__m256i)a, (__m256i)b);
-        if constexpr (sizeof(a[0]) == 8) return (V)_mm256_unpackhi_epi64((__m256i)a, (__m256i)b);
     }
 
     template <class V> static QEL_INLINE V shiftIn(V before, V v)
     {
         return (V)_mm256_alignr_epi8((__m256i)v, (__m256i)before, 16 - int(sizeof(v[0])));
     }
-    static QEL_INLINE S32<32> truncate(F32<32> v) { return (S32<32>)_mm256_cvttps_epi32((__m256)v); }
 
     template <class V> static QEL_INLINE V inOrder(V v) { return (V)_mm256_permute4x64_epi64((__m256i)v, 0xD8); }
     static QEL_INLINE S16<32> widen(const uint8_t* p)

@@ -4,6 +4,7 @@
 #include <immintrin.h>
 
 #include "core/simd_x86_interleave.h"
+#include "core/simd_x86_operations.h"
 
 namespace qel {
 namespace QEL_BUILD {
@@ -36,36 +37,8 @@ constexpr auto kTriplesOfBytes = makeWideTriples<uint8_t>();
 constexpr auto kTriplesOfWords = makeWideTriples<uint32_t>();
 
 template <> struct Simd<64> : GatheredBits, Interleaved<64, Simd<64>> {
-    static QEL_INLINE S16<64> addSat(S16<64> a, S16<64> b)
-    {
-        return (S16<64>)_mm512_adds_epi16((__m512i)a, (__m512i)b);
-    }
-    static QEL_INLINE S16<64> subSat(S16<64> a, S16<64> b)
-    {
-        return (S16<64>)_mm512_subs_epi16((__m512i)a, (__m512i)b);
-    }
-    static QEL_INLINE U8<64> addSat(U8<64> a, U8<64> b) { return (U8<64>)_mm512_adds_epu8((__m512i)a, (__m512i)b); }
-    static QEL_INLINE U8<64> subSat(U8<64> a, U8<64> b) { return (U8<64>)_mm512_subs_epu8((__m512i)a, (__m512i)b); }
-    static QEL_INLINE U8<64> average(U8<64> a, U8<64> b) { return (U8<64>)_mm512_avg_epu8((__m512i)a, (__m512i)b); }
-    static QEL_INLINE U16<64> average(U16<64> a, U16<64> b)
-    {
-        return (U16<64>)_mm512_avg_epu16((__m512i)a, (__m512i)b);
-    }
-    static QEL_INLINE U8<64> least(U8<64> a, U8<64> b) { return (U8<64>)_mm512_min_epu8((__m512i)a, (__m512i)b); }
-    static QEL_INLINE S16<64> least(S16<64> a, S16<64> b) { return (S16<64>)_mm512_min_epi16((__m512i)a, (__m512i)b); }
-    static QEL_INLINE U8<64> greatest(U8<64> a, U8<64> b) { return (U8<64>)_mm512_max_epu8((__m512i)a, (__m512i)b); }
-    static QEL_INLINE S16<64> greatest(S16<64> a, S16<64> b)
-    {
-        return (S16<64>)_mm512_max_epi16((__m512i)a, (__m512i)b);
-    }
-    static QEL_INLINE S16<64> mulHigh(S16<64> a, S16<64> b)
-    {
-        return (S16<64>)_mm512_mulhi_epi16((__m512i)a, (__m512i)b);
-    }
-    static QEL_INLINE U16<64> mulHigh(U16<64> a, U16<64> b)
-    {
-        return (U16<64>)_mm512_mulhi_epu16((__m512i)a, (__m512i)b);
-    }
+    QEL_X86_OPERATIONS(64, _mm512, __m512i, __m512)
+
     // Sums of four lanes, of eight, of each block; then sums of blocks join those behind them.
     static QEL_INLINE S16<64> runningSum(S16<64> a, S16<64>& total)
     {
@@ -83,36 +56,9 @@ template <> struct Simd<64> : GatheredBits, Interleaved<64, Simd<64>> {
     {
         return evenTies((S16<64>)_mm512_mulhrs_epi16((__m512i)a, (__m512i)b), a * b);
     }
-    static QEL_INLINE S32<64> mulAddPairs(S16<64> a, S16<64> b)
-    {
-        return (S32<64>)_mm512_madd_epi16((__m512i)a, (__m512i)b);
-    }
     static QEL_INLINE S16<64> mulAddPairs(U8<64> a, S8<64> weights)
     {
         return (S16<64>)_mm512_maddubs_epi16((__m512i)a, (__m512i)weights);
-    }
-    static QEL_INLINE S16<64> pack(S32<64> a, S32<64> b) { return (S16<64>)_mm512_packs_epi32((__m512i)a, (__m512i)b); }
-    static QEL_INLINE U8<64> packUnsigned(S16<64> a, S16<64> b)
-    {
-        return (U8<64>)_mm512_packus_epi16((__m512i)a, (__m512i)b);
-    }
-    static QEL_INLINE U8<64> packSigned(S16<64> a, S16<64> b)
-    {
-        return (U8<64>)_mm512_packs_epi16((__m512i)a, (__m512i)b);
-    }
-    template <class V> static QEL_INLINE V zipLow(V a, V b)
-    {
-        if constexpr (sizeof(a[0]) == 1) return (V)_mm512_unpacklo_epi8((__m512i)a, (__m512i)b);
-        if constexpr (sizeof(a[0]) == 2) return (V)_mm512_unpacklo_epi16((__m512i)a, (__m512i)b);
-        if constexpr (sizeof(a[0]) == 4) return (V)_mm512_unpacklo_epi32((__m512i)a, (__m512i)b);
-        if constexpr (sizeof(a[0]) == 8) return (V)_mm512_unpacklo_epi64((__m512i)a, (__m512i)b);
-    }
-    template <class V> static QEL_INLINE V zipHigh(V a, V b)
-    {
-        if constexpr (sizeof(a[0]) == 1) return (V)_mm512_unpackhi_epi8((__m512i)a, (__m512i)b);
-        if constexpr (sizeof(a[0]) == 2) return (V)_mm512_unpackhi_epi16((__m512i)a, (__m512i)b);
-        if constexpr (sizeof(a[0]) == 4) return (V)_mm512_unpackhi_epi32((__m512i)a, (__m512i)b);
-        if constexpr (sizeof(a[0]) == 8) return (V)_mm512_unpackhi_epi64((__m512i)a, (__m512i)b);
     }
 
     template <class V> static QEL_INLINE V shiftIn(V before, V v)
@@ -122,7 +68,6 @@ template <> struct Simd<64> : GatheredBits, Interleaved<64, Simd<64>> {
         else
             return inBlocks<3, 4, 5, 6>(before, v);
     }
-    static QEL_INLINE S32<64> truncate(F32<64> v) { return (S32<64>)_mm512_cvttps_epi32((__m512)v); }
 
     template <class V> static QEL_INLINE V inOrder(V v)
     {
