@@ -35,84 +35,38 @@ template <class T> QelStatus toPixels(const T* const* src, int srcStep, T* dst, 
 
 }
 
-QelStatus qeliRCTFwd_JPEG2K_32s_P3IR(int32_t* const pSrcDst[3], int srcDstStep, QelSize roi)
-{
-    return inPlace(pSrcDst, srcDstStep, roi, reversible().forwardInPlace);
-}
+// One transform: the exported functions in place and between interleaved pixels and planes, and the doors to its
+// kernels.
+#define QEL_COMPONENTS(T, KERNELS, FORWARD_IN_PLACE, INVERSE_IN_PLACE, TO_PLANES, TO_PIXELS)                           \
+    QelStatus FORWARD_IN_PLACE(T* const pSrcDst[3], int srcDstStep, QelSize roi)                                       \
+    {                                                                                                                  \
+        return inPlace(pSrcDst, srcDstStep, roi, KERNELS.forwardInPlace);                                              \
+    }                                                                                                                  \
+    QelStatus INVERSE_IN_PLACE(T* const pSrcDst[3], int srcDstStep, QelSize roi)                                       \
+    {                                                                                                                  \
+        return inPlace(pSrcDst, srcDstStep, roi, KERNELS.inverseInPlace);                                              \
+    }                                                                                                                  \
+    QelStatus TO_PLANES(const T* pSrc, int srcStep, T* const pDst[3], int dstStep, QelSize roi)                        \
+    {                                                                                                                  \
+        return toPlanes(pSrc, srcStep, pDst, dstStep, roi, KERNELS.forward);                                           \
+    }                                                                                                                  \
+    QelStatus TO_PIXELS(const T* const pSrc[3], int srcStep, T* pDst, int dstStep, QelSize roi)                        \
+    {                                                                                                                  \
+        return toPixels(pSrc, srcStep, pDst, dstStep, roi, KERNELS.inverse);                                           \
+    }
+#define QEL_COMPONENT_DOORS(T, KERNELS, FORWARD_IN_PLACE, INVERSE_IN_PLACE, TO_PLANES, TO_PIXELS)                      \
+    void FORWARD_IN_PLACE(T* a, T* b, T* c, int width) { KERNELS.forwardInPlace(a, b, c, width); }                     \
+    void INVERSE_IN_PLACE(T* a, T* b, T* c, int width) { KERNELS.inverseInPlace(a, b, c, width); }                     \
+    void TO_PLANES(const T* src, T* a, T* b, T* c, int width) { KERNELS.forward(src, a, b, c, width); }                \
+    void TO_PIXELS(const T* a, const T* b, const T* c, T* dst, int width) { KERNELS.inverse(a, b, c, dst, width); }
 
-QelStatus qeliRCTInv_JPEG2K_32s_P3IR(int32_t* const pSrcDst[3], int srcDstStep, QelSize roi)
-{
-    return inPlace(pSrcDst, srcDstStep, roi, reversible().inverseInPlace);
-}
-
-QelStatus qeliRCTFwd_JPEG2K_32s_C3P3R(const int32_t* pSrc, int srcStep, int32_t* const pDst[3], int dstStep,
-                                      QelSize roi)
-{
-    return toPlanes(pSrc, srcStep, pDst, dstStep, roi, reversible().forward);
-}
-
-QelStatus qeliRCTInv_JPEG2K_32s_P3C3R(const int32_t* const pSrc[3], int srcStep, int32_t* pDst, int dstStep,
-                                      QelSize roi)
-{
-    return toPixels(pSrc, srcStep, pDst, dstStep, roi, reversible().inverse);
-}
-
-QelStatus qeliICTFwd_JPEG2K_32f_P3IR(float* const pSrcDst[3], int srcDstStep, QelSize roi)
-{
-    return inPlace(pSrcDst, srcDstStep, roi, irreversible().forwardInPlace);
-}
-
-QelStatus qeliICTInv_JPEG2K_32f_P3IR(float* const pSrcDst[3], int srcDstStep, QelSize roi)
-{
-    return inPlace(pSrcDst, srcDstStep, roi, irreversible().inverseInPlace);
-}
-
-QelStatus qeliICTFwd_JPEG2K_32f_C3P3R(const float* pSrc, int srcStep, float* const pDst[3], int dstStep, QelSize roi)
-{
-    return toPlanes(pSrc, srcStep, pDst, dstStep, roi, irreversible().forward);
-}
-
-QelStatus qeliICTInv_JPEG2K_32f_P3C3R(const float* const pSrc[3], int srcStep, float* pDst, int dstStep, QelSize roi)
-{
-    return toPixels(pSrc, srcStep, pDst, dstStep, roi, irreversible().inverse);
-}
-
-void ownqj_RCTFwd_JPEG2K_32s_P3IR(int32_t* a, int32_t* b, int32_t* c, int width)
-{
-    reversible().forwardInPlace(a, b, c, width);
-}
-
-void ownqj_RCTInv_JPEG2K_32s_P3IR(int32_t* a, int32_t* b, int32_t* c, int width)
-{
-    reversible().inverseInPlace(a, b, c, width);
-}
-
-void ownqj_RCTFwd_JPEG2K_32s_C3P3R(const int32_t* src, int32_t* a, int32_t* b, int32_t* c, int width)
-{
-    reversible().forward(src, a, b, c, width);
-}
-
-void ownqj_RCTInv_JPEG2K_32s_P3C3R(const int32_t* a, const int32_t* b, const int32_t* c, int32_t* dst, int width)
-{
-    reversible().inverse(a, b, c, dst, width);
-}
-
-void ownqj_ICTFwd_JPEG2K_32f_P3IR(float* a, float* b, float* c, int width)
-{
-    irreversible().forwardInPlace(a, b, c, width);
-}
-
-void ownqj_ICTInv_JPEG2K_32f_P3IR(float* a, float* b, float* c, int width)
-{
-    irreversible().inverseInPlace(a, b, c, width);
-}
-
-void ownqj_ICTFwd_JPEG2K_32f_C3P3R(const float* src, float* a, float* b, float* c, int width)
-{
-    irreversible().forward(src, a, b, c, width);
-}
-
-void ownqj_ICTInv_JPEG2K_32f_P3C3R(const float* a, const float* b, const float* c, float* dst, int width)
-{
-    irreversible().inverse(a, b, c, dst, width);
-}
+// clang-format off
+QEL_COMPONENTS(int32_t, reversible(), qeliRCTFwd_JPEG2K_32s_P3IR, qeliRCTInv_JPEG2K_32s_P3IR,
+               qeliRCTFwd_JPEG2K_32s_C3P3R, qeliRCTInv_JPEG2K_32s_P3C3R)
+QEL_COMPONENT_DOORS(int32_t, reversible(), ownqj_RCTFwd_JPEG2K_32s_P3IR, ownqj_RCTInv_JPEG2K_32s_P3IR,
+                    ownqj_RCTFwd_JPEG2K_32s_C3P3R, ownqj_RCTInv_JPEG2K_32s_P3C3R)
+QEL_COMPONENTS(float, irreversible(), qeliICTFwd_JPEG2K_32f_P3IR, qeliICTInv_JPEG2K_32f_P3IR,
+               qeliICTFwd_JPEG2K_32f_C3P3R, qeliICTInv_JPEG2K_32f_P3C3R)
+QEL_COMPONENT_DOORS(float, irreversible(), ownqj_ICTFwd_JPEG2K_32f_P3IR, ownqj_ICTInv_JPEG2K_32f_P3IR,
+                    ownqj_ICTFwd_JPEG2K_32f_C3P3R, ownqj_ICTInv_JPEG2K_32f_P3C3R)
+// clang-format on
