@@ -20,26 +20,28 @@ constexpr size_t kPieceBytes = 256 << 10;
 constexpr uint64_t kWorthThreads = 1 << 16;
 constexpr ptrdiff_t kRunsPerThread = 2;
 
-// kReach: how far each half of a line is looked at beyond its ends, in inverse direction.
-template <class T> struct Filter;
-template <> struct Filter<int32_t> {
-    static constexpr int kReach = 1;
-    static constexpr auto kForwardRow = qeliWTFwdRow_B53_JPEG2K_32s_C1R,
-                          kForwardColumn = qeliWTFwdCol_B53_JPEG2K_32s_C1R;
-    static constexpr auto kInverseRow = qeliWTInvRow_B53_JPEG2K_32s_C1R,
-                          kInverseColumn = qeliWTInvCol_B53_JPEG2K_32s_C1R;
-    static int32_t doubled(int32_t sample) { return int32_t(uint32_t(sample) * 2); }
-    static int32_t halved(int32_t sample) { return sample >> 1; }
+// The functions that filter samples of one type. `reach`: how far each half of a line is looked at beyond its ends, in
+// inverse direction.
+template <class T> struct Filter {
+    using Forward = QelStatus(const T*, int, T*, int, T*, int, QelSize, int);
+    using Inverse = QelStatus(const T*, int, const T*, int, QelSize, T*, int, int);
+    ptrdiff_t reach;
+    Forward *forwardRow, *forwardColumn;
+    Inverse *inverseRow, *inverseColumn;
 };
-template <> struct Filter<float> {
-    static constexpr int kReach = 2;
-    static constexpr auto kForwardRow = qeliWTFwdRow_D97_JPEG2K_32f_C1R,
-                          kForwardColumn = qeliWTFwdCol_D97_JPEG2K_32f_C1R;
-    static constexpr auto kInverseRow = qeliWTInvRow_D97_JPEG2K_32f_C1R,
-                          kInverseColumn = qeliWTInvCol_D97_JPEG2K_32f_C1R;
-    static float doubled(float sample) { return 2 * sample; }
-    static float halved(float sample) { return sample / 2; }
-};
+template <class T> constexpr Filter<T> kFilter = {};
+template <>
+constexpr Filter<int32_t> kFilter<int32_t> = {1, qeliWTFwdRow_B53_JPEG2K_32s_C1R, qeliWTFwdCol_B53_JPEG2K_32s_C1R,
+                                              qeliWTInvRow_B53_JPEG2K_32s_C1R, qeliWTInvCol_B53_JPEG2K_32s_C1R};
+template <> constexpr Filter<float> kFilter<float> = {2, qeliWTFwdRow_D97_JPEG2K_32f_C1R,
+                                                      qeliWTFwdCol_D97_JPEG2K_32f_C1R, qeliWTInvRow_D97_JPEG2K_32f_C1R,
+                                                      qeliWTInvCol_D97_JPEG2K_32f_C1R};
+
+// Single samples at odd positions.
+int32_t doubled(int32_t sample) { return int32_t(uint32_t(sample) * 2); }
+int32_t halved(int32_t sample) { return sample >> 1; }
+float doubled(float sample) { return 2 * sample; }
+float halved(float sample) { return sample / 2; }
 
 // Samples beside a line that any filter looks at in forward direction, beyond whole pairs.
 constexpr ptrdiff_t kForwardReach = 4;
@@ -93,33 +95,33 @@ template <class T> void extendHalf(const T* src, const Line& line, bool isHigh, 
 {
     ptrdiff_t count = line.count(isHigh);
     copy(src, count, dst);
-    for (ptrdiff_t i = 1; i <= Filter<T>::kReach; ++i) dst[-i] = src[line.reflected(-i, isHigh)];
-    for (ptrdiff_t i = count; i < line.pairs() + Filter<T>::kReach; ++i) dst[i] = src[line.reflected(i, isHigh)];
+    for (ptrdiff_t i = 1; i <= kFilter<T>.reach; ++i) dst[-i] = src[line.reflected(-i, isHigh)];
+    for (ptrdiff_t i = count; i < line.pairs() + kFilter<T>.reach; ++i) dst[i] = src[line.reflected(i, isHigh)];
 }
 
 // `halves` has room for both halves of a line.
 template <class T> void inverseRow(const T* low, const T* high, const Line& line, Rows<T>& halves, T* dst)
 {
     if (line.length == 1) {
-        *dst = line.phase ? Filter<T>::halved(*high) : *low;
+        *dst = line.phase ? halved(*high) : *low;
         return;
     }
     extendHalf(low, line, false, halves.at(0));
     extendHalf(high, line, true, halves.at(1));
-    check(Filter<T>::kInverseRow(halves.at(0), halves.step(), halves.at(1), halves.step(), {int(line.pairs()), 1}, dst,
-                                 halves.step(), line.phase));
+    check(kFilter<T>.inverseRow(halves.at(0), halves.step(), halves.at(1), halves.step(), {int(line.pairs()), 1}, dst,
+                                halves.step(), line.phase));
 }
 
 // `src` gets its extension.
 template <class T> void forwardRow(T* src, const Line& line, T* low, T* high, int step)
 {
     if (line.length == 1) {
-        *(line.phase ? high : low) = line.phase ? Filter<T>::doubled(*src) : *src;
+        *(line.phase ? high : low) = line.phase ? doubled(*src) : *src;
         return;
     }
     for (ptrdiff_t i = 1; i <= kForwardReach; ++i) src[-i] = src[line.reflected(-i)];
     for (ptrdiff_t i = line.length; i < 2 * line.pairs() + kForwardReach; ++i) src[i] = src[line.reflected(i)];
-    check(Filter<T>::kForwardRow(src, step, low, step, high, step, {int(line.pairs()), 1}, line.phase));
+    check(kFilter<T>.forwardRow(src, step, low, step, high, step, {int(line.pairs()), 1}, line.phase));
 }
 
 template <class T> void scaleRow(T* row, ptrdiff_t length, T (*scaled)(T))
@@ -162,7 +164,7 @@ template <class T, class Body> void inRuns(const Line& across, const Line& down,
 template <class T> void inverseRun(J2kSubbands<T>& bands, int level, const Line& across, const Line& down,
                                    const Run& run, J2kPlane<T>& dst)
 {
-    constexpr ptrdiff_t kReach = Filter<T>::kReach;
+    constexpr ptrdiff_t kReach = kFilter<T>.reach;
     Rows<T> halves(across.pairs(), 0, 2);
     Rows<T> rows[] = {{across.length, kReach, run.atOnce + kReach}, {across.length, kReach, run.atOnce + kReach}};
     run.inPieces([&](ptrdiff_t first, ptrdiff_t count) {
@@ -177,9 +179,9 @@ template <class T> void inverseRun(J2kSubbands<T>& bands, int level, const Line&
                 inverseRow(pair.low.row(row), pair.high.row(row), across, halves, half.at(i));
             }
         }
-        check(Filter<T>::kInverseColumn(rows[0].at(0), rows[0].step(), rows[1].at(0), rows[1].step(),
-                                        {int(across.length), int(count)}, dst.row(2 * size_t(first)), dst.step(),
-                                        down.phase));
+        check(kFilter<T>.inverseColumn(rows[0].at(0), rows[0].step(), rows[1].at(0), rows[1].step(),
+                                       {int(across.length), int(count)}, dst.row(2 * size_t(first)), dst.step(),
+                                       down.phase));
     });
 }
 
@@ -195,7 +197,7 @@ void inverseLevel(J2kSubbands<T>& bands, int level, const J2kRect& rect, J2kPlan
     Rows<T> halves(across.pairs(), 0, 2);
     BandPair<T> pair = bandPair(bands, level, down.phase);
     inverseRow(pair.low.row(0), pair.high.row(0), across, halves, dst.row(0));
-    if (down.phase) scaleRow(dst.row(0), across.length, Filter<T>::halved);
+    if (down.phase) scaleRow(dst.row(0), across.length, halved);
 }
 
 // Rows of pairs with all that the filter looks at: those of `src`, or copies of them where the extension is needed.
@@ -232,8 +234,8 @@ template <class T> void forwardRun(const J2kPlane<T>& src, const Line& across, c
     ExtendedRows<T> samples(src, across, down, run.atOnce);
     run.inPieces([&](ptrdiff_t first, ptrdiff_t count) {
         samples.moveTo(first, count);
-        check(Filter<T>::kForwardColumn(samples.start, samples.step, rows[0].at(0), rows[0].step(), rows[1].at(0),
-                                        rows[1].step(), {int(across.length), int(count)}, down.phase));
+        check(kFilter<T>.forwardColumn(samples.start, samples.step, rows[0].at(0), rows[0].step(), rows[1].at(0),
+                                       rows[1].step(), {int(across.length), int(count)}, down.phase));
         for (bool isHigh : {false, true}) {
             BandPair<T> pair = bandPair(bands, level, isHigh);
             for (ptrdiff_t i = 0; i < std::min(count, down.count(isHigh) - first); ++i)
@@ -253,7 +255,7 @@ void forwardLevel(const J2kPlane<T>& src, const J2kRect& rect, J2kSubbands<T>& b
                          [&](const Run& run) { forwardRun(src, across, down, run, bands, level); });
     Rows<T> row(across.length, 0, 1);
     copy(src.row(0), across.length, row.at(0));
-    if (down.phase) scaleRow(row.at(0), across.length, Filter<T>::doubled);
+    if (down.phase) scaleRow(row.at(0), across.length, doubled);
     BandPair<T> pair = bandPair(bands, level, down.phase);
     forwardRow(row.at(0), across, pair.low.row(0), pair.high.row(0), row.step());
 }
