@@ -13,6 +13,7 @@ void addProgressiveCases();
 void addLosslessCases();
 void addCodecCases();
 void addJ2kEncodeCases();
+void addJ2kWaveletCases();
 void addComponentTransformCases();
 void addWaveletCases();
 void addJ2kDecodeCases();

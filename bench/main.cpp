@@ -77,6 +77,7 @@ void addCases()
     addLosslessCases();
     addCodecCases();
     addJ2kEncodeCases();
+    addJ2kWaveletCases();
     addComponentTransformCases();
     addWaveletCases();
     addJ2kDecodeCases();
