@@ -2,6 +2,7 @@
 #include "codec/jpeg_lossless_reader.h"
 
 #include <algorithm>
+#include <limits>
 #include <string>
 
 #include "codec/error.h"
@@ -14,7 +15,12 @@ namespace {
 
 template <class T> void putRow(const int16_t* samples, int width, int pointTransform, int largest, int step, T* out)
 {
-    for (int x = 0; x < width; ++x) out[ptrdiff_t(x) * step] = T((uint16_t(samples[x]) << pointTransform) & largest);
+    if (pointTransform == 0 && largest == std::numeric_limits<T>::max()) {
+#pragma GCC unroll 8
+        for (int x = 0; x < width; ++x, out += step) *out = T(samples[x]);
+    } else {
+        for (int x = 0; x < width; ++x, out += step) *out = T((uint16_t(samples[x]) << pointTransform) & largest);
+    }
 }
 
 // The library reads what predictors 5 to 7 halve as signed, T.81 as unsigned: that differs where all 16 bits are used.

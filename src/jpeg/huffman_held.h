@@ -8,26 +8,38 @@
 
 namespace qel {
 
-// The low `n` bits, n from 0 to 31.
-inline uint32_t lowBits(uint64_t bits, unsigned n) { return uint32_t(bits) & ((1u << n) - 1); }
+// The values of n bits, 0 to 15: from `half` to `all` as they stand, and `all` less below that (T.81 F.2.2.1).
+struct ValueRanges {
+    struct {
+        uint32_t all, half;
+    } of[16];
+};
+constexpr ValueRanges makeValueRanges()
+{
+    ValueRanges ranges = {};
+    for (int n = 1; n < 16; ++n) ranges.of[n] = {(1u << n) - 1, 1u << (n - 1)};
+    return ranges;
+}
+inline constexpr ValueRanges kValueRanges = makeValueRanges();
 
-// Stores the difference (T.81 F.2.2.1) and returns true if the state has bits for every short code with its value, and
-// the next code is a short one with a value of up to 15 bits.
+// Stores the difference and returns true if the state has all its bits, and its code is a short one for a value of up
+// to 15 bits.
 inline __attribute__((always_inline)) bool takeHeldValue(const QelDecodeHuffmanSpec& spec, QelDecodeHuffmanState* state,
                                                          int16_t* dst)
 {
-    constexpr int kShortStep = kLookAheadBits + 15;
     int count = state->count;
-    if (count < kShortStep || count > 63) return false;
-    uint64_t bits = uint64_t(state->accumulator[1]) << 32 | state->accumulator[0];
+    if (count < kLookAheadBits || count > 63) return false;
+    uint64_t bits;
+    memcpy(&bits, state->accumulator, sizeof bits);
+    if (__BYTE_ORDER__ == __ORDER_BIG_ENDIAN__) bits = bits << 32 | bits >> 32;
     uint32_t entry = spec.lookAhead[(bits >> (count - kLookAheadBits)) & 0xFF];
-    unsigned n = entry & 0xFFFF;
-    if (entry < 0x10000 || n > 15) return false;
-    count -= int(entry >> 16);
-    // A value that begins with 0 is negative; without bits it is 0.
-    uint32_t negative = ~uint32_t(bits >> (count - 1)) & 1;
-    count -= int(n);
-    *dst = int16_t(lowBits(bits >> count, n) - (lowBits(~0u, n) & -negative));
+    // Without an entry the highest bit is set.
+    if ((entry - 0x10000) & 0x8000FFF0) return false;
+    auto& range = kValueRanges.of[entry & 0xF];
+    count -= int(entry >> 16) + int(entry & 0xF);
+    if (count < 0) return false;
+    uint32_t value = uint32_t(bits >> count) & range.all;
+    *dst = int16_t(value - (range.all & -uint32_t(value < range.half)));
     state->count = count;
     return true;
 }
