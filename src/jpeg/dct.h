@@ -5,17 +5,19 @@
 #include <stdint.h>
 
 #include "core/exports.h"
+#include "qeljx/types.h"
 
 namespace qel {
 
-// Source and destination may be the same block.
+// Source and destination may be the same block. What returns a status always succeeds: the exported functions end in a
+// jump there.
 struct DctKernels {
     void (*forward)(const int16_t* src, int16_t* dst);
-    void (*forwardQuant)(const int16_t* src, int16_t* dst, const uint16_t* encTable);
-    void (*forwardQuantSamples)(const uint8_t* src, int srcStep, int16_t* dst, const uint16_t* encTable);
+    QelStatus (*forwardQuant)(const int16_t* src, int16_t* dst, const uint16_t* encTable);
+    QelStatus (*forwardQuantSamples)(const uint8_t* src, int srcStep, int16_t* dst, const uint16_t* encTable);
     void (*inverse)(const int16_t* src, int16_t* dst);
-    void (*inverseQuant)(const int16_t* src, int16_t* dst, const uint16_t* decTable);
-    void (*inverseQuantSamples)(const int16_t* src, uint8_t* dst, int dstStep, const uint16_t* decTable);
+    QelStatus (*inverseQuant)(const int16_t* src, int16_t* dst, const uint16_t* decTable);
+    QelStatus (*inverseQuantSamples)(const int16_t* src, uint8_t* dst, int dstStep, const uint16_t* decTable);
     void (*inverseClip)(const int16_t* src, uint8_t* dst, int dstStep, int16_t shift, uint8_t min, uint8_t max);
     void (*clip)(const int16_t* src, uint8_t* dst, int dstStep, int16_t shift, uint8_t min, uint8_t max);
 

@@ -144,12 +144,13 @@ void forward(const int16_t* src, int16_t* dst)
     });
 }
 
-void forwardQuant(const int16_t* src, int16_t* dst, const uint16_t* encTable)
+QelStatus forwardQuant(const int16_t* src, int16_t* dst, const uint16_t* encTable)
 {
     forwardBlock(src, [=](auto range, const Row(&rows)[8]) { forwardRowsQuant<range.value>(rows, dst, encTable); });
+    return qelStsNoErr;
 }
 
-void forwardQuantSamples(const uint8_t* src, int srcStep, int16_t* dst, const uint16_t* encTable)
+QelStatus forwardQuantSamples(const uint8_t* src, int srcStep, int16_t* dst, const uint16_t* encTable)
 {
     Row rows[8];
 #pragma GCC unroll 8
@@ -158,16 +159,13 @@ void forwardQuantSamples(const uint8_t* src, int srcStep, int16_t* dst, const ui
     // The level shift: 64 samples times 8. It changes nothing but the mean, and no sum leaves 16 bits without it.
     rows[0] -= 128 * 64;
     forwardRowsQuant<true>(rows, dst, encTable);
+    return qelStsNoErr;
 }
 
-// Where the inverse transform goes: eight rows, or the three different rows that a mean alone gives.
+// Where the rows of the inverse transform go.
 struct Values {
     int16_t* dst;
 
-    QEL_INLINE void putMean(Row upper, Row middle, Row lower) const
-    {
-        put({upper, middle, middle, lower, lower, middle, middle, middle});
-    }
     QEL_INLINE void put(const Row (&rows)[8]) const
     {
 #pragma GCC unroll 8
@@ -178,22 +176,16 @@ struct Samples {
     uint8_t* dst;
     int dstStep;
 
-    QEL_INLINE uint8_t* row(int r) const { return dst + (ptrdiff_t)r * dstStep; }
-    QEL_INLINE void putMean(Row upper, Row middle, Row lower) const
-    {
-        putTwo(0, 1, upper, middle);
-        putTwo(3, 2, lower, middle);
-        putTwo(4, 5, lower, middle);
-        putTwo(6, 7, middle, middle);
-    }
-    QEL_INLINE void putTwo(int r, int s, Row a, Row b) const
-    {
-        Simd<16>::storeHalves(row(r), row(s), Simd<16>::packUnsigned(a + 128, b + 128));
-    }
     QEL_INLINE void put(const Row (&rows)[8]) const
     {
+        uint8_t* row = dst;
 #pragma GCC unroll 4
-        for (int r = 0; r < 8; r += 2) putTwo(r, r + 1, rows[r], rows[r + 1]);
+        for (int r = 0; r < 8; r += 2, row += 2 * (ptrdiff_t)dstStep) {
+            // The compiler is not to see where the row is: it would compute the addresses of all rows at once, and save
+            // registers for them.
+            asm("" : "+r"(row));
+            Simd<16>::storeHalves(row, row + dstStep, Simd<16>::packSigned(rows[r], rows[r + 1]) + 128);
+        }
     }
 };
 
@@ -214,7 +206,8 @@ template <class Out> QEL_INLINE void inverseMean(int16_t mean, Out out)
     auto& factor = columnFactors();
     auto once = Row{} + mean, twice = add(once, once), v = add(twice, twice);
     auto row = [=](const int16_t(&terms)[8]) { return add(v, load<Row>(terms)) >> 5; };
-    out.putMean(row(factor.meanUpper), row(factor.meanMiddle), row(factor.meanLower));
+    auto upper = row(factor.meanUpper), middle = row(factor.meanMiddle), lower = row(factor.meanLower);
+    out.put({upper, middle, middle, lower, lower, middle, middle, middle});
 }
 
 // `scale` is what is done to the coefficients first, dequantization or nothing.
@@ -237,14 +230,16 @@ void inverse(const int16_t* src, int16_t* dst)
         src, [](int, Wide v) { return v; }, Values{dst});
 }
 
-void inverseQuant(const int16_t* src, int16_t* dst, const uint16_t* decTable)
+QelStatus inverseQuant(const int16_t* src, int16_t* dst, const uint16_t* decTable)
 {
     inverseBlock(src, dequantize(decTable), Values{dst});
+    return qelStsNoErr;
 }
 
-void inverseQuantSamples(const int16_t* src, uint8_t* dst, int dstStep, const uint16_t* decTable)
+QelStatus inverseQuantSamples(const int16_t* src, uint8_t* dst, int dstStep, const uint16_t* decTable)
 {
     inverseBlock(src, dequantize(decTable), Samples{dst, dstStep});
+    return qelStsNoErr;
 }
 
 // In the whole range the sum wraps; else it saturates.
@@ -258,8 +253,8 @@ void clip(const int16_t* src, uint8_t* dst, int dstStep, int16_t shift, uint8_t 
     for (int r = 0; r < 8; r += 2) {
         auto samples = Simd<16>::packUnsigned(shifted(r), shifted(r + 1));
         auto atLeast = Simd<16>::greatest(samples, U8<16>{} + min);
-        Samples out = {dst, dstStep};
-        Simd<16>::storeHalves(out.row(r), out.row(r + 1), Simd<16>::least(atLeast, U8<16>{} + max));
+        uint8_t* row = dst + (ptrdiff_t)r * dstStep;
+        Simd<16>::storeHalves(row, row + dstStep, Simd<16>::least(atLeast, U8<16>{} + max));
     }
 }
 
