@@ -259,34 +259,38 @@ template <class Pixels, bool kPast> void pixelsToY(const uint8_t* src, uint8_t* 
     rowFromRgb<false, kPast>(Pixels{src}, ToY{y}, width);
 }
 
-template <bool kPast> constexpr ColourKernels kTable = {
-    .yccToRgb = yccToPixels<Rgb24<To>, kPast>,
-    .yccToBgr = yccToPixels<Bgr24<To>, kPast>,
-    .yccToRgbPlanes = yccToPlanes<kPast>,
-    .yccToRgb555 = yccToPacked<Rgb555<To>, kPast>,
-    .yccToBgr555 = yccToPacked<Bgr555<To>, kPast>,
-    .yccToRgb565 = yccToPacked<Rgb565<To>, kPast>,
-    .yccToBgr565 = yccToPacked<Bgr565<To>, kPast>,
-    .ycckToCmykPlanes = ycckToPlanes<kPast>,
-    .ycckToCmyk = ycckToPixels<kPast>,
-    .rgbPlanesToYcc = planesToYcc<kPast>,
-    .rgbToYcc = pixelsToYcc<Rgb24<From>, kPast>,
-    .bgrToYcc = pixelsToYcc<Bgr24<From>, kPast>,
-    .rgb555ToYcc = packedToYcc<Rgb555<From>, kPast>,
-    .bgr555ToYcc = packedToYcc<Bgr555<From>, kPast>,
-    .rgb565ToYcc = packedToYcc<Rgb565<From>, kPast>,
-    .bgr565ToYcc = packedToYcc<Bgr565<From>, kPast>,
-    .cmykPlanesToYcck = planesToYcck<kPast>,
-    .cmykToYcck = pixelsToYcck<kPast>,
-    .rgbPlanesToY = planesToY<kPast>,
-    .rgbToY = pixelsToY<Rgb24<From>, kPast>,
-    .bgrToY = pixelsToY<Bgr24<From>, kPast>,
-    .past = kPast ? nullptr : &kTable<true>,
-};
+template <bool kPast> constexpr ColourKernels makeTable(const ColourKernels* past)
+{
+    return {
+        .yccToRgb = yccToPixels<Rgb24<To>, kPast>,
+        .yccToBgr = yccToPixels<Bgr24<To>, kPast>,
+        .yccToRgbPlanes = yccToPlanes<kPast>,
+        .yccToRgb555 = yccToPacked<Rgb555<To>, kPast>,
+        .yccToBgr555 = yccToPacked<Bgr555<To>, kPast>,
+        .yccToRgb565 = yccToPacked<Rgb565<To>, kPast>,
+        .yccToBgr565 = yccToPacked<Bgr565<To>, kPast>,
+        .ycckToCmykPlanes = ycckToPlanes<kPast>,
+        .ycckToCmyk = ycckToPixels<kPast>,
+        .rgbPlanesToYcc = planesToYcc<kPast>,
+        .rgbToYcc = pixelsToYcc<Rgb24<From>, kPast>,
+        .bgrToYcc = pixelsToYcc<Bgr24<From>, kPast>,
+        .rgb555ToYcc = packedToYcc<Rgb555<From>, kPast>,
+        .bgr555ToYcc = packedToYcc<Bgr555<From>, kPast>,
+        .rgb565ToYcc = packedToYcc<Rgb565<From>, kPast>,
+        .bgr565ToYcc = packedToYcc<Bgr565<From>, kPast>,
+        .cmykPlanesToYcck = planesToYcck<kPast>,
+        .cmykToYcck = pixelsToYcck<kPast>,
+        .rgbPlanesToY = planesToY<kPast>,
+        .rgbToY = pixelsToY<Rgb24<From>, kPast>,
+        .bgrToY = pixelsToY<Bgr24<From>, kPast>,
+        .past = past,
+    };
+}
+constexpr ColourKernels kPastCaches = makeTable<true>(nullptr);
 
 }
 }
 
-const ColourKernels ColourKernels::QEL_BUILD = qel::QEL_BUILD::kTable<false>;
+const ColourKernels ColourKernels::QEL_BUILD = qel::QEL_BUILD::makeTable<false>(&qel::QEL_BUILD::kPastCaches);
 
 }
