@@ -218,6 +218,8 @@ struct ReferenceDecoder : ReferenceReader {
     bool endedAtDc = false;
     std::array<int16_t, 64> block{};
 
+    std::array<uint32_t, 256> counts{}; // of the symbols read
+
     static constexpr int kNoBits = -256, kNoSuchCode = -1;
 
     // The position in the values of a code, or -1.
@@ -244,13 +246,13 @@ struct ReferenceDecoder : ReferenceReader {
             for (; length <= 8; ++length)
                 if (int found = find(lists, peek(length), length); found >= 0) {
                     take(length);
-                    return lists.values[found];
+                    return counted(lists.values[found]);
                 }
         }
         if (!has(length)) return kNoBits;
         uint32_t code = take(length);
         for (;; ++length) {
-            if (int found = find(lists, code, length); found >= 0) return lists.values[found];
+            if (int found = find(lists, code, length); found >= 0) return counted(lists.values[found]);
             if (length == 16) return direct ? kNoSuchCode : 0;
             if (!has(1)) return kNoBits;
             code = code << 1 | take(1);
@@ -291,6 +293,12 @@ struct ReferenceDecoder : ReferenceReader {
     }
 
 private:
+    int counted(uint8_t symbol)
+    {
+        ++counts[symbol];
+        return symbol;
+    }
+
     QelStatus failure(int found, bool atDc)
     {
         if (!direct) return qelStsJPEGOutOfBufErr;

@@ -9,7 +9,10 @@
 #include <array>
 #include <vector>
 
+#include "argument_faults.h"
 #include "random.h"
+
+using namespace qel::test;
 
 namespace {
 
@@ -68,8 +71,8 @@ const Transform<float> kIrreversible = {qeliICTFwd_JPEG2K_32f_P3IR,  qeliICTInv_
                                         qeliICTFwd_JPEG2K_32f_C3P3R, qeliICTInv_JPEG2K_32f_P3C3R,
                                         irreversibleForward,         irreversibleInverse};
 
-void fill(qel::test::Random& random, std::vector<int32_t>& samples) { random.fill(samples.data(), samples.size()); }
-void fill(qel::test::Random& random, std::vector<float>& samples)
+void fill(Random& random, std::vector<int32_t>& samples) { random.fill(samples.data(), samples.size()); }
+void fill(Random& random, std::vector<float>& samples)
 {
     for (float& sample : samples) sample = float(random.between(-(1 << 24), 1 << 24)) / 4096;
 }
@@ -108,7 +111,7 @@ private:
 // All four functions on a region of random samples, against one pixel at a time.
 template <class T> void layouts(const Transform<T>& transform)
 {
-    qel::test::Random random(1);
+    Random random(1);
     for (int width : {1, 2, 3, 4, 5, 7, 8, 9, 37, 700}) {
         QelSize roi = {width, 3};
         size_t count = size_t(width) * 3;
@@ -144,7 +147,7 @@ TEST(IrreversibleTransform, Layouts) { layouts(kIrreversible); }
 // The samples of the test above must tell fused products from separate ones.
 TEST(IrreversibleTransform, FusedProductsWouldBeNoticed)
 {
-    qel::test::Random random(1);
+    Random random(1);
     std::vector<float> values(300);
     fill(random, values);
     for (auto& weights : {kForward[0], kForward[1], kForward[2], kInverse[0], kInverse[1], kInverse[2]}) {
@@ -181,7 +184,7 @@ TEST(ReversibleTransform, Values)
 
 TEST(ReversibleTransform, RoundTripOf30Bits)
 {
-    qel::test::Random random(2);
+    Random random(2);
     std::vector<int32_t> plane[3];
     int32_t* planes[3];
     for (int k = 0; k < 3; ++k) {
@@ -221,30 +224,13 @@ TEST(IrreversibleTransform, Values)
 template <class T> void orderOfFaults(const Transform<T>& transform)
 {
     T samples[3] = {5, 6, 7}, pixel[3] = {1, 2, 3};
-    for (int missing = -1; missing < 3; ++missing) {
-        T* planes[3] = {samples, samples + 1, samples + 2};
-        if (missing >= 0) planes[missing] = nullptr;
-        QelStatus expected = missing >= 0 ? qelStsNullPtrErr : qelStsStepErr;
-        EXPECT_EQ(transform.forwardInPlace(planes, 0, {0, 0}), expected);
-        EXPECT_EQ(transform.inverseInPlace(planes, 0, {0, 0}), expected);
-        EXPECT_EQ(transform.toPlanes(pixel, 0, planes, 1, {0, 0}), expected);
-        EXPECT_EQ(transform.toPlanes(pixel, 1, planes, -1, {0, 0}), expected);
-        EXPECT_EQ(transform.toPixels(planes, 0, pixel, 1, {0, 0}), expected);
-        EXPECT_EQ(transform.toPixels(planes, 1, pixel, -1, {0, 0}), expected);
-        EXPECT_EQ(transform.toPlanes(nullptr, 0, planes, 0, {0, 0}), qelStsNullPtrErr);
-        EXPECT_EQ(transform.toPixels(planes, 0, nullptr, 0, {0, 0}), qelStsNullPtrErr);
-    }
-    EXPECT_EQ(transform.forwardInPlace(nullptr, 0, {0, 0}), qelStsNullPtrErr);
-    EXPECT_EQ(transform.inverseInPlace(nullptr, 0, {0, 0}), qelStsNullPtrErr);
-    EXPECT_EQ(transform.toPlanes(pixel, 0, nullptr, 0, {0, 0}), qelStsNullPtrErr);
-    EXPECT_EQ(transform.toPixels(nullptr, 0, pixel, 0, {0, 0}), qelStsNullPtrErr);
-    T* planes[3] = {samples, samples + 1, samples + 2};
-    for (QelSize empty : {QelSize{0, 1}, QelSize{1, 0}, QelSize{-1, 1}}) {
-        EXPECT_EQ(transform.forwardInPlace(planes, 1, empty), qelStsSizeErr);
-        EXPECT_EQ(transform.inverseInPlace(planes, 1, empty), qelStsSizeErr);
-        EXPECT_EQ(transform.toPlanes(pixel, 1, planes, 1, empty), qelStsSizeErr);
-        EXPECT_EQ(transform.toPixels(planes, 1, pixel, 1, empty), qelStsSizeErr);
-    }
+    T* const planes[3] = {samples, samples + 1, samples + 2};
+    for (auto inPlace : {transform.forwardInPlace, transform.inverseInPlace})
+        expectFaults(inPlace, {planes, 4, {1, 1}}, null<0>, nullAmong<0>(planes), step<1>, size<2>);
+    expectFaults(transform.toPlanes, {pixel, 12, planes, 4, {1, 1}}, null<0>, null<2>, nullAmong<2>(planes), step<1>,
+                 step<3>, size<4>);
+    expectFaults(transform.toPixels, {planes, 4, pixel, 12, {1, 1}}, null<2>, null<0>, nullAmong<0>(planes), step<1>,
+                 step<3>, size<4>);
     EXPECT_TRUE(samples[0] == 5 && samples[1] == 6 && samples[2] == 7 && pixel[0] == 1 && pixel[2] == 3);
 }
 

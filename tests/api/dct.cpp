@@ -6,6 +6,7 @@
 
 #include <algorithm>
 
+#include "argument_faults.h"
 #include "dct_reference.h"
 #include "random.h"
 
@@ -134,26 +135,15 @@ TEST(Dct, OrderOfFaults)
     const Tables ones(1);
     uint8_t samples[64] = {9};
     int16_t block[64] = {7}, other[64] = {8};
-    EXPECT_EQ(qeliDCTQuantFwd8x8LS_JPEG_8u16s_C1R(nullptr, 0, block, nullptr), qelStsNullPtrErr);
-    EXPECT_EQ(qeliDCTQuantFwd8x8LS_JPEG_8u16s_C1R(samples, 0, nullptr, nullptr), qelStsNullPtrErr);
-    EXPECT_EQ(qeliDCTQuantFwd8x8LS_JPEG_8u16s_C1R(samples, 0, block, nullptr), qelStsStepErr);
-    EXPECT_EQ(qeliDCTQuantFwd8x8LS_JPEG_8u16s_C1R(samples, 1, block, nullptr), qelStsNullPtrErr);
-    EXPECT_EQ(qeliDCTQuantInv8x8LS_JPEG_16s8u_C1R(nullptr, samples, 0, nullptr), qelStsNullPtrErr);
-    EXPECT_EQ(qeliDCTQuantInv8x8LS_JPEG_16s8u_C1R(block, nullptr, 0, nullptr), qelStsNullPtrErr);
-    EXPECT_EQ(qeliDCTQuantInv8x8LS_JPEG_16s8u_C1R(block, samples, -8, nullptr), qelStsStepErr);
-    EXPECT_EQ(qeliDCTQuantInv8x8LS_JPEG_16s8u_C1R(block, samples, 8, nullptr), qelStsNullPtrErr);
-    EXPECT_EQ(qeliDCT8x8InvLSClip_16s8u_C1R(nullptr, samples, 0, 128, 0, 255), qelStsNullPtrErr);
-    EXPECT_EQ(qeliDCT8x8InvLSClip_16s8u_C1R(block, nullptr, 0, 128, 0, 255), qelStsNullPtrErr);
-    EXPECT_EQ(qeliDCT8x8InvLSClip_16s8u_C1R(block, samples, 0, 128, 0, 255), qelStsStepErr);
-    for (auto function : {qeliDCTQuantFwd8x8_JPEG_16s_C1, qeliDCTQuantInv8x8_JPEG_16s_C1}) {
-        EXPECT_EQ(function(nullptr, block, ones.enc), qelStsNullPtrErr);
-        EXPECT_EQ(function(other, nullptr, ones.enc), qelStsNullPtrErr);
-        EXPECT_EQ(function(other, block, nullptr), qelStsNullPtrErr);
-    }
-    for (auto function : {qeliDCTQuantFwd8x8_JPEG_16s_C1I, qeliDCTQuantInv8x8_JPEG_16s_C1I}) {
-        EXPECT_EQ(function(nullptr, ones.enc), qelStsNullPtrErr);
-        EXPECT_EQ(function(block, nullptr), qelStsNullPtrErr);
-    }
+    expectFaults(qeliDCTQuantFwd8x8LS_JPEG_8u16s_C1R, {samples, 8, block, ones.enc}, null<0>, null<2>, step<1>,
+                 null<3>);
+    expectFaults(qeliDCTQuantInv8x8LS_JPEG_16s8u_C1R, {block, samples, 8, ones.dec}, null<0>, null<1>, step<2>,
+                 null<3>);
+    expectFaults(qeliDCT8x8InvLSClip_16s8u_C1R, {block, samples, 8, 128, 0, 255}, null<0>, null<1>, step<2>);
+    for (auto function : {qeliDCTQuantFwd8x8_JPEG_16s_C1, qeliDCTQuantInv8x8_JPEG_16s_C1})
+        expectFaults(function, {other, block, ones.enc}, null<0>, null<1>, null<2>);
+    for (auto function : {qeliDCTQuantFwd8x8_JPEG_16s_C1I, qeliDCTQuantInv8x8_JPEG_16s_C1I})
+        expectFaults(function, {block, ones.enc}, null<0>, null<1>);
     EXPECT_EQ(samples[0], 9);
     EXPECT_EQ(block[0], 7);
 }

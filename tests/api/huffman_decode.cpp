@@ -3,6 +3,7 @@
 
 #include <algorithm>
 
+#include "argument_faults.h"
 #include "huffman_stream.h"
 #include "jpeg/huffman_bits.h"
 
@@ -129,17 +130,6 @@ TEST(DecodeHuffman8x8, AnyBytes)
 // Two codes: 0 (end of block; for DC no difference) and 10 (one bit; for AC after 15 zeros).
 const Lists kDcLists = {{1, 1}, {0x00, 0x01}}, kAcLists = {{1, 1}, {0x00, 0xF1}};
 
-TEST(DecodeHuffman8x8, StuffingAndFillBytes)
-{
-    const Lists nines = {{0, 0, 0, 0, 0, 0, 0, 0, 255}, {}};
-    for (std::vector<uint8_t> stream : {std::vector<uint8_t>{0xFF, 0x00, 0x12}, {0xFF, 0xFF, 0xFF, 0x00, 0x12}}) {
-        Pair pair(kDcLists, nines, stream);
-        pair.decode();
-        EXPECT_EQ(pair.state.accumulator[0], 0xFF12u);
-        EXPECT_EQ(pair.marker, 0u);
-    }
-}
-
 TEST(DecodeHuffman8x8, Markers)
 {
     // Four blocks in one byte, then a restart marker.
@@ -183,46 +173,22 @@ TEST(DecodeHuffman8x8, BeginsWithAZeroByte)
     }
 }
 
-TEST(DecodeHuffman8x8, DcOnly)
+TEST(DecodeHuffman, OrderOfFaults)
 {
-    Pair pair(kDcLists, kAcLists, {0x00});
-    pair.lastDc = -77;
-    pair.reference.lastDc = -77;
-    EXPECT_EQ(pair.decode(), qelStsNoErr);
-    EXPECT_EQ(pair.block.data()[0], -77);
-    EXPECT_EQ(pair.state.positionsLeft, 63u);
-}
-
-// DC 0, then four times 15 zeros and a one: positions 16, 32, 48, and 64.
-TEST(DecodeHuffman8x8, RunPastTheLastPosition)
-{
-    Pair pair(kDcLists, kAcLists, {0b01011011, 0b01101000, 0x00});
-    EXPECT_EQ(pair.decode(), qelStsJPEGCoeffPosErr);
-    EXPECT_EQ(pair.block.data()[kScan[48]], 1);
-    EXPECT_EQ(pair.block.data()[63], 0);
-    // Sixteen zeros that lead past the end do end the block.
-    const Lists zeros = {{1, 1}, {0x00, 0xF0}};
-    Pair ended(kDcLists, zeros, {0b01010101, 0x00});
-    EXPECT_EQ(ended.decode(), qelStsNoErr);
-    EXPECT_EQ(ended.state.positionsLeft, 0u);
-}
-
-TEST(DecodeHuffman8x8, OrderOfFaults)
-{
-    Pair pair(kDcLists, kAcLists, {0x00});
-    auto call = [&](const uint8_t* src, int len, int* pos, QelDecodeHuffmanState* state) {
-        return qeliDecodeHuffman8x8_JPEG_1u16s_C1(src, len, pos, pair.block.data(), &pair.lastDc, &pair.marker,
-                                                  &pair.dc, &pair.ac, state);
-    };
-    EXPECT_EQ(call(nullptr, -1, nullptr, nullptr), qelStsNullPtrErr);
-    EXPECT_EQ(call(pair.src.data(), -1, nullptr, nullptr), qelStsBadArgErr);
-    EXPECT_EQ(call(pair.src.data(), 1, nullptr, &pair.state), qelStsNullPtrErr);
-    EXPECT_EQ(call(pair.src.data(), 1, &pair.pos, nullptr), qelStsNullPtrErr);
-    pair.pos = -1;
-    EXPECT_EQ(call(pair.src.data(), 1, &pair.pos, &pair.state), qelStsBadArgErr);
-    EXPECT_EQ(pair.block.data()[0], -1);
-    pair.pos = 0;
-    EXPECT_EQ(call(pair.src.data(), 0, &pair.pos, &pair.state), qelStsJPEGOutOfBufErr);
+    Pair p(kDcLists, kAcLists, {0x00});
+    int before = -1, bitPosition = 0, count = 0, tooMany = 33;
+    uint32_t bits = 0;
+    expectFaults(qeliDecodeHuffman8x8_JPEG_1u16s_C1,
+                 {p.src.data(), 1, &p.pos, p.block.data(), &p.lastDc, &p.marker, &p.dc, &p.ac, &p.state}, null<0>,
+                 bad<1>(-1), null<2>, null<3>, null<4>, null<5>, null<6>, null<7>, null<8>, bad<2>(&before));
+    expectFaults(qeliDecodeHuffmanOne_JPEG_1u16s_C1,
+                 {p.src.data(), 1, &p.pos, p.block.data(), &p.marker, &p.dc, &p.state}, null<0>, bad<1>(-1), null<2>,
+                 null<3>, null<4>, null<5>, null<6>, bad<2>(&before));
+    expectFaults(qeliDecodeHuffman8x8_Direct_JPEG_1u16s_C1,
+                 {p.src.data(), &bitPosition, p.block.data(), &p.lastDc, &p.marker, &bits, &count, &p.dc, &p.ac},
+                 null<0>, null<1>, null<2>, null<3>, null<4>, null<5>, null<6>, null<7>, null<8>, bad<1>(&before),
+                 bad<6>(&before, &tooMany));
+    EXPECT_EQ(p.block.data()[0], -1);
 }
 
 // A block leaves more bits behind than the steps of the reader take in by themselves.
@@ -289,27 +255,14 @@ TEST(DecodeHuffmanDirect, EqualsTheBitwiseDecoder)
     }
 }
 
-TEST(DecodeHuffmanDirect, Faults)
+TEST(DecodeHuffmanDirect, ACodeOfSixteenOnesIsInNoTable)
 {
     Pair pair(kDcLists, kAcLists, {0xFF, 0xD9});
-    int bitPosition = 0, count = 0;
-    uint32_t bits = 0;
-    auto call = [&](uint32_t* pBits) {
-        return qeliDecodeHuffman8x8_Direct_JPEG_1u16s_C1(pair.src.data(), &bitPosition, pair.block.data(), &pair.lastDc,
-                                                         &pair.marker, pBits, &count, &pair.dc, &pair.ac);
-    };
-    bitPosition = -1;
-    EXPECT_EQ(call(nullptr), qelStsNullPtrErr);
-    EXPECT_EQ(call(&bits), qelStsBadArgErr);
-    bitPosition = 0;
-    for (int bad : {-1, 33}) {
-        count = bad;
-        EXPECT_EQ(call(&bits), qelStsBadArgErr);
-    }
-    EXPECT_EQ(pair.block.data()[0], -1);
-    // A code of sixteen ones is in no table.
-    bits = 0xFFFF, count = 16;
-    EXPECT_EQ(call(&bits), qelStsJPEGHuffTableErr);
+    int bitPosition = 0, count = 16;
+    uint32_t bits = 0xFFFF;
+    EXPECT_EQ(qeliDecodeHuffman8x8_Direct_JPEG_1u16s_C1(pair.src.data(), &bitPosition, pair.block.data(), &pair.lastDc,
+                                                        &pair.marker, &bits, &count, &pair.dc, &pair.ac),
+              qelStsJPEGHuffTableErr);
 }
 
 TEST(DecodeHuffmanOne, EqualsTheBitwiseDecoder)

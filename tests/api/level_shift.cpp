@@ -7,7 +7,10 @@
 #include <cstring>
 #include <vector>
 
+#include "argument_faults.h"
 #include "random.h"
+
+using namespace qel::test;
 
 namespace {
 
@@ -38,16 +41,11 @@ TEST(LevelShift, OrderOfFaults)
 {
     uint8_t samples[4] = {9, 9, 9, 9};
     int16_t values[4] = {7, 7, 7, 7};
-    EXPECT_EQ(qeliSub128_JPEG_8u16s_C1R(samples, 0, nullptr, 0, {0, 0}), qelStsNullPtrErr);
-    EXPECT_EQ(qeliSub128_JPEG_8u16s_C1R(samples, 0, values, 1, {0, 0}), qelStsStepErr);
-    EXPECT_EQ(qeliSub128_JPEG_8u16s_C1R(samples, 1, values, -1, {0, 0}), qelStsStepErr);
-    EXPECT_EQ(qeliSub128_JPEG_8u16s_C1R(samples, 1, values, 1, {1, 0}), qelStsSizeErr);
+    expectFaults(qeliSub128_JPEG_8u16s_C1R, {samples, 1, values, 1, {1, 1}}, null<0>, null<2>, step<1>, step<3>,
+                 size<4>);
     // Argument by argument: the source step is looked at before the destination.
-    EXPECT_EQ(qeliAdd128_JPEG_16s8u_C1R(nullptr, 0, nullptr, 0, {0, 0}), qelStsNullPtrErr);
-    EXPECT_EQ(qeliAdd128_JPEG_16s8u_C1R(values, 0, nullptr, 1, {1, 1}), qelStsStepErr);
-    EXPECT_EQ(qeliAdd128_JPEG_16s8u_C1R(values, 1, nullptr, 0, {1, 1}), qelStsNullPtrErr);
-    EXPECT_EQ(qeliAdd128_JPEG_16s8u_C1R(values, 1, samples, 0, {0, 1}), qelStsStepErr);
-    EXPECT_EQ(qeliAdd128_JPEG_16s8u_C1R(values, 1, samples, 1, {0, 1}), qelStsSizeErr);
+    expectFaults(qeliAdd128_JPEG_16s8u_C1R, {values, 1, samples, 1, {1, 1}}, null<0>, step<1>, null<2>, step<3>,
+                 size<4>);
     EXPECT_EQ(samples[0], 9);
     EXPECT_EQ(values[0], 7);
 }
@@ -56,7 +54,7 @@ TEST(LevelShift, OrderOfFaults)
 TEST(LevelShift, Regions)
 {
     constexpr int kWidth = 37, kHeight = 5, kStep = 50, kWideStep = 101;
-    qel::test::Random random(3);
+    Random random(3);
     std::vector<uint8_t> samples(kStep * kHeight), wide(kWideStep * kHeight + 1, 0xEE), back(samples.size(), 0xEE);
     random.fill(samples.data(), samples.size());
     auto* values = (int16_t*)(wide.data() + 1);

@@ -5,7 +5,10 @@
 
 #include <vector>
 
+#include "argument_faults.h"
 #include "random.h"
+
+using namespace qel::test;
 
 namespace {
 
@@ -70,30 +73,17 @@ TEST(Prediction, OrderOfFaults)
 {
     Row a = {1, 2}, out = {7, 7};
     int16_t *src = a.data(), *dst = out.data();
-    for (auto f : {qeliDiffPredFirstRow_JPEG_16s_C1, qeliReconstructPredFirstRow_JPEG_16s_C1}) {
-        EXPECT_EQ(f(nullptr, dst, 0, 1, 0), qelStsNullPtrErr);
-        EXPECT_EQ(f(src, nullptr, 0, 1, 0), qelStsNullPtrErr);
-        EXPECT_EQ(f(src, dst, 0, 1, 0), qelStsSizeErr);
-        EXPECT_EQ(f(src, dst, -1, 8, 0), qelStsSizeErr);
-        EXPECT_EQ(f(src, dst, 2, 1, 0), qelStsBadArgErr);
-        EXPECT_EQ(f(src, dst, 2, 17, 0), qelStsBadArgErr);
-        EXPECT_EQ(f(src, dst, 2, 8, -1), qelStsBadArgErr);
-    }
-    for (auto f : {qeliDiffPredRow_JPEG_16s_C1, qeliReconstructPredRow_JPEG_16s_C1}) {
-        EXPECT_EQ(f(nullptr, src, dst, 0, 0), qelStsNullPtrErr);
-        EXPECT_EQ(f(src, nullptr, dst, 0, 0), qelStsNullPtrErr);
-        EXPECT_EQ(f(src, src, nullptr, 0, 0), qelStsNullPtrErr);
-        EXPECT_EQ(f(src, src, dst, 0, 0), qelStsSizeErr);
-        EXPECT_EQ(f(src, src, dst, 2, 0), qelStsBadArgErr);
-        EXPECT_EQ(f(src, src, dst, 2, 8), qelStsBadArgErr);
-    }
+    for (auto f : {qeliDiffPredFirstRow_JPEG_16s_C1, qeliReconstructPredFirstRow_JPEG_16s_C1})
+        expectFaults(f, {src, dst, 2, 8, 0}, null<0>, null<1>, length<2>, bad<3>(1, 17), bad<4>(-1));
+    for (auto f : {qeliDiffPredRow_JPEG_16s_C1, qeliReconstructPredRow_JPEG_16s_C1})
+        expectFaults(f, {src, src, dst, 2, 1}, null<0>, null<1>, null<2>, length<3>, bad<4>(0, 8));
     EXPECT_EQ(out, rowOf({7, 7}));
 }
 
 // Over the full range, where sums wrap, in a second row and in place.
 TEST(Prediction, RoundTrips)
 {
-    qel::test::Random random(4);
+    Random random(4);
     for (int width : {1, 2, 3, 7, 8, 9, 15, 16, 17, 31, 33, 64, 65, 70, 4000}) {
         Row row(width), prev(width), back(width);
         random.fill(row.data(), row.size());

@@ -3,12 +3,77 @@
 
 #include <algorithm>
 
+#include "argument_faults.h"
 #include "guarded.h"
-#include "progressive_scan.h"
+#include "jpeg/huffman_tables.h"
+#include "progressive_reference.h"
 
 using namespace qel::test;
 
 namespace {
+
+using Block = std::array<int16_t, 64>;
+using Counts = std::array<uint32_t, 256>;
+
+enum class Kind { dcFirst, dcRefine, acFirst, acRefine };
+
+struct Script {
+    Kind kind;
+    int ss, se, al;
+};
+
+// A scan as a caller codes it: statistics of all blocks, then the blocks.
+struct Scan {
+    Script script;
+    QelEncodeHuffmanSpec spec = {};
+    QelEncodeHuffmanState state = {};
+    int16_t lastDc = 0;
+    int pos = 0;
+
+    bool isFirst() const { return script.kind == Kind::dcFirst || script.kind == Kind::acFirst; }
+    bool isDc() const { return script.kind == Kind::dcFirst || script.kind == Kind::dcRefine; }
+
+    QelStatus count(const Block* block, Counts& counts, int flush = 0)
+    {
+        auto& [kind, ss, se, al] = script;
+        const int16_t* src = block ? block->data() : nullptr;
+        if (kind == Kind::dcFirst)
+            return flush ? qelStsNoErr
+                         : qeliGetHuffmanStatistics8x8_DCFirst_JPEG_16s_C1(src, counts.data(), &lastDc, al);
+        if (kind == Kind::acFirst)
+            return qeliGetHuffmanStatistics8x8_ACFirst_JPEG_16s_C1(src, counts.data(), ss, se, al, &state, flush);
+        if (kind == Kind::acRefine)
+            return qeliGetHuffmanStatistics8x8_ACRefine_JPEG_16s_C1(src, counts.data(), ss, se, al, &state, flush);
+        return qelStsNoErr;
+    }
+    QelStatus encode(const Block* block, uint8_t* dst, int room, int flush = 0)
+    {
+        auto& [kind, ss, se, al] = script;
+        const int16_t* src = block ? block->data() : nullptr;
+        switch (kind) {
+        case Kind::dcFirst:
+            return qeliEncodeHuffman8x8_DCFirst_JPEG_16s1u_C1(src, dst, room, &pos, &lastDc, al, &spec, &state, flush);
+        case Kind::dcRefine:
+            return qeliEncodeHuffman8x8_DCRefine_JPEG_16s1u_C1(src, dst, room, &pos, al, &state, flush);
+        case Kind::acFirst:
+            return qeliEncodeHuffman8x8_ACFirst_JPEG_16s1u_C1(src, dst, room, &pos, ss, se, al, &spec, &state, flush);
+        default:
+            return qeliEncodeHuffman8x8_ACRefine_JPEG_16s1u_C1(src, dst, room, &pos, ss, se, al, &spec, &state, flush);
+        }
+    }
+    QelStatus flush(uint8_t* dst, int room) { return encode(nullptr, dst, room, 1); }
+
+    // What its decoder knows of a value before and after the scan.
+    int before(int value) const { return isFirst() ? 0 : shifted(value, script.al + 1); }
+    int after(int value) const { return shifted(value, script.al); }
+
+private:
+    int shifted(int value, int by) const
+    {
+        int one = 1 << by;
+        return (isDc() ? value >> by : value / one) * one;
+    }
+};
 
 struct Encoded {
     Lists lists;
@@ -33,11 +98,20 @@ Encoded encodeScan(Scan& scan, const std::vector<Block>& blocks)
     return result;
 }
 
+ReferenceProgressiveDecoder decoderOf(const Encoded& encoded)
+{
+    ReferenceProgressiveDecoder decoder;
+    decoder.src = encoded.bytes;
+    decoder.src.insert(decoder.src.end(), {0xFF, 0xD9});
+    decoder.dc = decoder.ac = encoded.lists;
+    return decoder;
+}
+
 Script randomScript(Random& random, Kind kind)
 {
     int ss = random.between(1, random.between(1, 63));
     int se = random.between(0, 2) == 0 ? 63 : random.between(ss, 63);
-    return {kind, ss, se, random.between(0, random.between(0, 3))};
+    return {kind, ss, se, random.between(0, random.between(0, 13))};
 }
 
 std::vector<Block> randomBlocks(Random& random, int bits)
@@ -58,16 +132,21 @@ TEST(EncodeProgressive, DecodesToWhatItWasMadeOf)
         Scan scan = {randomScript(random, kKinds[round % 4])};
         auto blocks = randomBlocks(random, 9);
         Encoded encoded = encodeScan(scan, blocks);
-        ScanReader reader(scan.script, encoded.lists, encoded.bytes);
-        bool isDc = scan.script.kind == Kind::dcFirst || scan.script.kind == Kind::dcRefine;
+        ReferenceProgressiveDecoder reader = decoderOf(encoded);
+        auto [kind, ss, se, al] = scan.script;
         for (auto& block : blocks) {
-            Block decoded{}, expected{};
-            for (int k = isDc ? 0 : scan.script.ss; k <= (isDc ? 0 : scan.script.se); ++k) {
-                decoded[kScan[k]] = int16_t(scan.before(block[kScan[k]], isDc));
-                expected[kScan[k]] = int16_t(scan.after(block[kScan[k]], isDc));
+            Block expected{};
+            reader.block = {};
+            for (int k = scan.isDc() ? 0 : ss; k <= (scan.isDc() ? 0 : se); ++k) {
+                reader.block[kScan[k]] = int16_t(scan.before(block[kScan[k]]));
+                expected[kScan[k]] = int16_t(scan.after(block[kScan[k]]));
             }
-            reader.decode(decoded);
-            ASSERT_EQ(decoded, expected) << round;
+            QelStatus status = kind == Kind::dcFirst    ? reader.dcFirst(al)
+                               : kind == Kind::dcRefine ? reader.dcRefine(al)
+                               : kind == Kind::acFirst  ? reader.acFirst(ss, se, al)
+                                                        : reader.acRefine(ss, se, al);
+            ASSERT_EQ(status, qelStsNoErr);
+            ASSERT_EQ(reader.block, expected) << round;
         }
         ASSERT_EQ(reader.run, 0u);
         ASSERT_EQ(reader.counts, encoded.counts) << round;
@@ -198,54 +277,6 @@ TEST_F(PlainCodes, MostCorrectionBits)
     }
 }
 
-TEST_F(PlainCodes, SignificantCoefficientsOnly)
-{
-    EXPECT_EQ(encode(refine, blockOf({2, 0, -3, 4, 5, -6})), qelStsNoErr);
-    EXPECT_EQ(refine.pos, 0);
-    EXPECT_EQ(refine.state.count, 0);
-    EXPECT_EQ(refine.state.endOfBandRun, 1u);
-    EXPECT_EQ(refine.state.correctionCount, 5u);
-    expectBytes(refine, {0x00, 0b01010111});
-}
-
-// The run before comes with its own bits; those of this block follow its symbol.
-TEST_F(PlainCodes, NewCoefficientAfterARun)
-{
-    EXPECT_EQ(encode(refine, blockOf({3})), qelStsNoErr);
-    EXPECT_EQ(encode(refine, blockOf({0, 3, 2, 0, -1, 5})), qelStsNoErr);
-    EXPECT_EQ(refine.state.endOfBandRun, 1u);
-    expectBytes(refine, {0x00, 0b1'0010000, 0b1'0'10'0000, 0b0000'1'111});
-}
-
-// Runs of sixteen zeros are told apart before the last new coefficient only; bits belong to the run they stand in.
-TEST_F(PlainCodes, SixteenZeros)
-{
-    Block block{};
-    block[kScan[1]] = 3;
-    block[kScan[18]] = 2; // behind the sixteenth zero
-    block[kScan[20]] = 1;
-    EXPECT_EQ(encode(refine, block), qelStsNoErr);
-    expectBytes(refine, {0xF0, 0b1'0001000, 0b1'1'0'00000, 0b000'11111});
-
-    // Of 62 zeros before the last coefficient fourteen are left.
-    Block last{};
-    last[63] = -1;
-    EXPECT_EQ(encode(first, last), qelStsNoErr);
-    expectBytes(first, {0xF0, 0xF0, 0xF0, 0xE1, 0b0'1111111});
-}
-
-TEST_F(PlainCodes, PointTransforms)
-{
-    // AC magnitudes are shifted, DC values are.
-    first.script.al = dc.script.al = 1;
-    EXPECT_EQ(encode(first, blockOf({-1, 1, -3})), qelStsNoErr);
-    EXPECT_EQ(first.state.endOfBandRun, 1u);
-    expectBytes(first, {0x21, 0b0'0000000, 0b0'1111111});
-    EXPECT_EQ(encode(dc, Block{-1}), qelStsNoErr);
-    EXPECT_EQ(dc.lastDc, -1);
-    expectBytes(dc, {0x01, 0b0'1111111});
-}
-
 // The counters take one category less than the encoder.
 TEST_F(PlainCodes, Categories)
 {
@@ -315,59 +346,37 @@ TEST_F(PlainCodes, SymbolsWithoutACode)
 
 TEST_F(PlainCodes, OrderOfFaults)
 {
-    for (Kind kind : kKinds) {
-        bool isAc = kind == Kind::acFirst || kind == Kind::acRefine;
-        auto& usual = isAc ? first : dc;
-        auto call = [&](const Block* block, const Script& script, int flush = 0) {
-            Scan scan = usual;
-            scan.script = script;
-            QelStatus encoded = scan.encode(block, dst.data(), 1, flush);
-            if (kind != Kind::dcRefine && (isAc || !flush)) {
-                EXPECT_EQ(scan.count(block, counts, flush), encoded);
-            }
-            return encoded;
-        };
-        Scan scan = usual;
-        scan.script.kind = kind;
-        EXPECT_EQ(scan.encode(nullptr, nullptr, 0), qelStsNullPtrErr);
-        EXPECT_EQ(scan.encode(nullptr, dst.data(), 0, 1), qelStsSizeErr);
-        EXPECT_EQ(call(nullptr, {kind, 0, 64, 14}), qelStsNullPtrErr);
-        EXPECT_EQ(call(nullptr, {kind, 0, 64, 14}, 1), qelStsNoErr);
-        EXPECT_EQ(call(&kZeros, {kind, 1, 63, 13}), qelStsNoErr);
-        for (int al : {-1, 14}) EXPECT_EQ(call(&kZeros, {kind, 1, 63, al}), qelStsBadArgErr);
-        if (!isAc) continue;
-        for (auto [ss, se] : {std::pair{0, 63}, {1, 64}, {5, 4}, {64, 64}, {-1, -1}})
-            EXPECT_EQ(call(&kZeros, {kind, ss, se, 0}), qelStsBadArgErr) << ss << ' ' << se;
-        EXPECT_EQ(call(&kZeros, {kind, 63, 63, 0}), qelStsNoErr);
-    }
-}
-
-TEST_F(PlainCodes, NullPointers)
-{
+    auto* block = kZeros.data();
+    auto* d = dst.data();
+    auto* n = counts.data();
+    auto* spec = &first.spec;
+    auto* state = &first.state;
     int pos = 0;
     int16_t last = 0;
-    auto *block = kZeros.data(), *none = (const int16_t*)nullptr;
-    auto* d = dst.data();
-    auto *spec = &first.spec, *noSpec = (QelEncodeHuffmanSpec*)nullptr;
-    auto *state = &first.state, *noState = (QelEncodeHuffmanState*)nullptr;
-    auto *n = counts.data(), *noCounts = (uint32_t*)nullptr;
-    const QelStatus statuses[] = {
-        qeliEncodeHuffman8x8_DCFirst_JPEG_16s1u_C1(block, d, 9, &pos, nullptr, 99, spec, state, 0),
-        qeliEncodeHuffman8x8_DCFirst_JPEG_16s1u_C1(block, d, 9, &pos, &last, 0, noSpec, state, 1),
-        qeliEncodeHuffman8x8_DCRefine_JPEG_16s1u_C1(block, d, 9, nullptr, 0, state, 1),
-        qeliEncodeHuffman8x8_DCRefine_JPEG_16s1u_C1(block, d, 9, &pos, 0, noState, 1),
-        qeliEncodeHuffman8x8_ACFirst_JPEG_16s1u_C1(block, d, 9, &pos, 1, 63, 0, noSpec, state, 1),
-        qeliEncodeHuffman8x8_ACRefine_JPEG_16s1u_C1(block, d, 9, &pos, 1, 63, 0, spec, noState, 1),
-        qeliGetHuffmanStatistics8x8_DCFirst_JPEG_16s_C1(none, n, &last, 0),
-        qeliGetHuffmanStatistics8x8_DCFirst_JPEG_16s_C1(block, noCounts, &last, 0),
-        qeliGetHuffmanStatistics8x8_DCFirst_JPEG_16s_C1(block, n, nullptr, 0),
-        qeliGetHuffmanStatistics8x8_ACFirst_JPEG_16s_C1(block, noCounts, 1, 63, 0, state, 1),
-        qeliGetHuffmanStatistics8x8_ACFirst_JPEG_16s_C1(block, n, 1, 63, 0, noState, 1),
-        qeliGetHuffmanStatistics8x8_ACRefine_JPEG_16s_C1(block, noCounts, 1, 63, 0, state, 1),
-        qeliGetHuffmanStatistics8x8_ACRefine_JPEG_16s_C1(block, n, 1, 63, 0, noState, 1),
-    };
-    for (auto& status : statuses) EXPECT_EQ(status, qelStsNullPtrErr) << &status - statuses;
+    expectFaults(qeliEncodeHuffman8x8_DCFirst_JPEG_16s1u_C1, {block, d, 9, &pos, &last, 13, spec, state, 0}, null<1>,
+                 length<2>, null<3>, null<7>, null<6>, null<0>, null<4>, bad<5>(-1, 14));
+    expectFaults(qeliEncodeHuffman8x8_DCRefine_JPEG_16s1u_C1, {block, d, 9, &pos, 13, state, 0}, null<1>, length<2>,
+                 null<3>, null<5>, null<0>, bad<4>(-1, 14));
+    for (auto ac : {qeliEncodeHuffman8x8_ACFirst_JPEG_16s1u_C1, qeliEncodeHuffman8x8_ACRefine_JPEG_16s1u_C1})
+        expectFaults(ac, {block, d, 9, &pos, 6, 6, 13, spec, state, 0}, null<1>, length<2>, null<3>, null<8>, null<7>,
+                     null<0>, bad<4>(0, 7), bad<5>(5, 64), bad<6>(-1, 14));
+    expectFaults(qeliGetHuffmanStatistics8x8_DCFirst_JPEG_16s_C1, {block, n, &last, 13}, null<0>, null<1>, null<2>,
+                 bad<3>(-1, 14));
+    for (auto ac : {qeliGetHuffmanStatistics8x8_ACFirst_JPEG_16s_C1, qeliGetHuffmanStatistics8x8_ACRefine_JPEG_16s_C1})
+        expectFaults(ac, {block, n, 6, 6, 13, state, 0}, null<1>, null<5>, null<0>, bad<2>(0, 7), bad<3>(5, 64),
+                     bad<4>(-1, 14));
     EXPECT_EQ(pos, 0);
+}
+
+// A call that flushes needs neither a block nor a band.
+TEST_F(PlainCodes, Flushing)
+{
+    for (Kind kind : kKinds) {
+        Scan scan = first;
+        scan.script = {kind, 0, 64, 14};
+        EXPECT_EQ(scan.flush(dst.data(), 1), qelStsNoErr);
+        EXPECT_EQ(scan.count(nullptr, counts, 1), qelStsNoErr);
+    }
 }
 
 }

@@ -5,6 +5,10 @@
 #include <limits.h>
 #include <string.h>
 
+#include "argument_faults.h"
+
+using namespace qel::test;
+
 namespace {
 
 // A table that holds 0, 1, 2, ... and some larger steps.
@@ -99,15 +103,11 @@ TEST(Quantization, NullPointers)
     uint8_t raw[64] = {5};
     uint16_t table[64] = {6};
     int16_t block[64] = {7};
-    EXPECT_EQ(qeliQuantFwdRawTableInit_JPEG_8u(nullptr, 50), qelStsNullPtrErr);
-    EXPECT_EQ(qeliQuantFwdTableInit_JPEG_8u16u(nullptr, table), qelStsNullPtrErr);
-    EXPECT_EQ(qeliQuantFwdTableInit_JPEG_8u16u(raw, nullptr), qelStsNullPtrErr);
-    EXPECT_EQ(qeliQuantInvTableInit_JPEG_8u16u(nullptr, table), qelStsNullPtrErr);
-    EXPECT_EQ(qeliQuantInvTableInit_JPEG_8u16u(raw, nullptr), qelStsNullPtrErr);
-    EXPECT_EQ(qeliQuantFwd8x8_JPEG_16s_C1I(nullptr, table), qelStsNullPtrErr);
-    EXPECT_EQ(qeliQuantFwd8x8_JPEG_16s_C1I(block, nullptr), qelStsNullPtrErr);
-    EXPECT_EQ(qeliQuantInv8x8_JPEG_16s_C1I(nullptr, table), qelStsNullPtrErr);
-    EXPECT_EQ(qeliQuantInv8x8_JPEG_16s_C1I(block, nullptr), qelStsNullPtrErr);
+    expectFaults(qeliQuantFwdRawTableInit_JPEG_8u, {raw, 50}, null<0>);
+    for (auto init : {qeliQuantFwdTableInit_JPEG_8u16u, qeliQuantInvTableInit_JPEG_8u16u})
+        expectFaults(init, {raw, table}, null<0>, null<1>);
+    for (auto quantize : {qeliQuantFwd8x8_JPEG_16s_C1I, qeliQuantInv8x8_JPEG_16s_C1I})
+        expectFaults(quantize, {block, table}, null<0>, null<1>);
     EXPECT_EQ(table[0], 6);
     EXPECT_EQ(block[0], 7);
 }

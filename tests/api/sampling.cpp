@@ -7,12 +7,11 @@
 #include <algorithm>
 #include <vector>
 
+#include "argument_faults.h"
 #include "guarded.h"
 #include "random.h"
 
-using qel::test::Fault;
-using qel::test::Guarded;
-using qel::test::Random;
+using namespace qel::test;
 
 namespace {
 
@@ -97,41 +96,16 @@ TEST(Sampling, ConstantRowsStayConstant)
         }
 }
 
-TEST(Sampling, OrderOfFaultsOfPlanes)
+TEST(Sampling, OrderOfFaults)
 {
-    decltype(&qeliSampleUpH2V1_JPEG_8u_C1R) functions[] = {qeliSampleDownH2V1_JPEG_8u_C1R,
-                                                           qeliSampleDownH2V2_JPEG_8u_C1R, qeliSampleUpH2V1_JPEG_8u_C1R,
-                                                           qeliSampleUpH2V2_JPEG_8u_C1R};
     uint8_t src[16] = {}, dst[16] = {9};
-    for (auto function : functions) {
-        EXPECT_EQ(function(nullptr, 0, {0, 1}, nullptr, 0, {0, 1}), qelStsNullPtrErr);
-        EXPECT_EQ(function(src, 0, {0, 1}, nullptr, 0, {0, 1}), qelStsStepErr);
-        EXPECT_EQ(function(src, -1, {0, 1}, nullptr, 0, {0, 1}), qelStsStepErr);
-        EXPECT_EQ(function(src, 1, {0, 1}, nullptr, 0, {0, 1}), qelStsSizeErr);
-        EXPECT_EQ(function(src, 1, {1, 0}, nullptr, 0, {0, 1}), qelStsSizeErr);
-        EXPECT_EQ(function(src, 1, {1, 1}, nullptr, 0, {0, 1}), qelStsNullPtrErr);
-        EXPECT_EQ(function(src, 1, {1, 1}, dst, 0, {0, 1}), qelStsStepErr);
-        EXPECT_EQ(function(src, 1, {1, 1}, dst, 1, {0, 1}), qelStsSizeErr);
-        EXPECT_EQ(function(src, 1, {1, 1}, dst, 1, {1, -1}), qelStsSizeErr);
-    }
-    EXPECT_EQ(dst[0], 9);
-}
-
-TEST(Sampling, FaultsOfRows)
-{
-    uint8_t src[2] = {}, dst[4] = {9};
-    for (auto function : {qeliSampleDownRowH2V1_Box_JPEG_8u_C1, qeliSampleUpRowH2V1_Triangle_JPEG_8u_C1}) {
-        EXPECT_EQ(function(nullptr, 0, dst), qelStsNullPtrErr);
-        EXPECT_EQ(function(src, 0, nullptr), qelStsNullPtrErr);
-        EXPECT_EQ(function(src, 0, dst), qelStsSizeErr);
-        EXPECT_EQ(function(src, -1, dst), qelStsSizeErr);
-    }
-    for (auto function : {qeliSampleDownRowH2V2_Box_JPEG_8u_C1, qeliSampleUpRowH2V2_Triangle_JPEG_8u_C1}) {
-        EXPECT_EQ(function(nullptr, src, 0, dst), qelStsNullPtrErr);
-        EXPECT_EQ(function(src, nullptr, 0, dst), qelStsNullPtrErr);
-        EXPECT_EQ(function(src, src, 0, nullptr), qelStsNullPtrErr);
-        EXPECT_EQ(function(src, src, 0, dst), qelStsSizeErr);
-    }
+    for (auto function : {qeliSampleDownH2V1_JPEG_8u_C1R, qeliSampleDownH2V2_JPEG_8u_C1R, qeliSampleUpH2V1_JPEG_8u_C1R,
+                          qeliSampleUpH2V2_JPEG_8u_C1R})
+        expectFaults(function, {src, 1, {1, 1}, dst, 1, {1, 1}}, null<0>, step<1>, size<2>, null<3>, step<4>, size<5>);
+    for (auto function : {qeliSampleDownRowH2V1_Box_JPEG_8u_C1, qeliSampleUpRowH2V1_Triangle_JPEG_8u_C1})
+        expectFaults(function, {src, 2, dst}, null<0>, null<2>, length<1>);
+    for (auto function : {qeliSampleDownRowH2V2_Box_JPEG_8u_C1, qeliSampleUpRowH2V2_Triangle_JPEG_8u_C1})
+        expectFaults(function, {src, src, 2, dst}, null<0>, null<1>, null<3>, length<2>);
     EXPECT_EQ(dst[0], 9);
 }
 

@@ -7,8 +7,11 @@
 #include <numeric>
 #include <vector>
 
+#include "argument_faults.h"
 #include "core/support.h"
 #include "random.h"
+
+using namespace qel::test;
 
 namespace {
 
@@ -49,15 +52,13 @@ TEST(Zigzag, NaturalOrder)
     const int16_t first[] = {0, 1, 5, 6, 14, 15, 27, 28}, last[] = {35, 36, 48, 49, 57, 58, 62, 63};
     EXPECT_TRUE(std::equal(first, first + 8, natural));
     EXPECT_TRUE(std::equal(last, last + 8, natural + 56));
-    EXPECT_EQ(qeliZigzagInv8x8_16s_C1(nullptr, natural), qelStsNullPtrErr);
-    EXPECT_EQ(qeliZigzagInv8x8_16s_C1(inZigzag, nullptr), qelStsNullPtrErr);
 }
 
 // Every function of the shape source, step, destination, step, size: dense and stepped regions give the same rows, and
 // bytes between rows stay.
 template <class Src, class Dst, class Function, class Expected> void regions(Function function, Expected expected)
 {
-    qel::test::Random random(1);
+    Random random(1);
     for (QelSize roi : {QelSize{1, 1}, QelSize{7, 3}, QelSize{64, 5}, QelSize{601, 4}})
         for (int gap : {0, 1, 6}) {
             int srcStep = roi.width * int(sizeof(Src)) + gap, dstStep = roi.width * int(sizeof(Dst)) + gap;
@@ -123,24 +124,18 @@ TEST(Support, OrderOfFaults)
     float f32[4] = {};
     int32_t s32[4] = {};
     uint8_t u8[4] = {};
-    // Copies: pointers, sizes, steps.
-    EXPECT_EQ(qeliCopy_16s_C1R(s16, 0, nullptr, 0, {0, 0}), qelStsNullPtrErr);
-    EXPECT_EQ(qeliCopy_16s_C1R(s16, 0, s16, 0, {0, 1}), qelStsSizeErr);
-    EXPECT_EQ(qeliCopy_16s_C1R(s16, 0, s16, 2, {1, 1}), qelStsStepErr);
-    EXPECT_EQ(qeliCopy_32f_C1R(f32, 4, f32, 0, {1, 0}), qelStsSizeErr);
-    EXPECT_EQ(qeliConvert_8u16u_C1R(u8, 0, u16, 0, {0, 0}), qelStsSizeErr);
-    EXPECT_EQ(qeliConvert_8u16u_C1R(nullptr, 0, u16, 0, {0, 0}), qelStsNullPtrErr);
-    // Logic: pointers, steps, sizes.
-    EXPECT_EQ(qeliAndC_32s_C1R(s32, 0, 1, s32, 4, {0, 0}), qelStsStepErr);
-    EXPECT_EQ(qeliAndC_32s_C1R(s32, 4, 1, s32, 4, {0, 1}), qelStsSizeErr);
-    EXPECT_EQ(qeliAndC_32s_C1IR(1, nullptr, 0, {0, 0}), qelStsNullPtrErr);
-    // Vectors: pointers, lengths.
-    EXPECT_EQ(qelsZero_8u(nullptr, 0), qelStsNullPtrErr);
-    EXPECT_EQ(qelsZero_16s(s16, 0), qelStsSizeErr);
-    EXPECT_EQ(qelsCopy_8u(u8, nullptr, 0), qelStsNullPtrErr);
-    EXPECT_EQ(qelsCopy_8u(u8, u8, -1), qelStsSizeErr);
-    EXPECT_EQ(qelsDivCRev_16u(nullptr, 1, u16, 0), qelStsNullPtrErr);
-    EXPECT_EQ(qelsDivCRev_16u_I(1, u16, 0), qelStsSizeErr);
+    // Copies look at sizes before steps.
+    expectFaults(qeliCopy_16s_C1R, {s16, 2, s16, 2, {1, 1}}, null<0>, null<2>, size<4>, step<1>, step<3>);
+    expectFaults(qeliCopy_32f_C1R, {f32, 4, f32, 4, {1, 1}}, null<0>, null<2>, size<4>, step<1>, step<3>);
+    expectFaults(qeliConvert_8u16u_C1R, {u8, 1, u16, 2, {1, 1}}, null<0>, null<2>, size<4>, step<1>, step<3>);
+    expectFaults(qeliAndC_32s_C1R, {s32, 4, 1, s32, 4, {1, 1}}, null<0>, null<3>, step<1>, step<4>, size<5>);
+    expectFaults(qeliAndC_32s_C1IR, {1, s32, 4, {1, 1}}, null<1>, step<2>, size<3>);
+    expectFaults(qelsZero_8u, {u8, 1}, null<0>, length<1>);
+    expectFaults(qelsZero_16s, {s16, 1}, null<0>, length<1>);
+    expectFaults(qelsCopy_8u, {u8, u8, 1}, null<0>, null<1>, length<2>);
+    expectFaults(qelsDivCRev_16u, {u16, 1, u16, 1}, null<0>, null<2>, length<3>);
+    expectFaults(qelsDivCRev_16u_I, {1, u16, 1}, null<1>, length<2>);
+    expectFaults(qeliZigzagInv8x8_16s_C1, {s16, s16}, null<0>, null<1>);
 }
 
 TEST(Support, FillsAndCopies)

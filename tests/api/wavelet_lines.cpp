@@ -2,6 +2,7 @@
 // line functions.
 #include <gtest/gtest.h>
 
+#include "argument_faults.h"
 #include "guarded.h"
 #include "jpeg2k/line_movers.h"
 #include "jpeg2k/wavelet53.h"
@@ -153,16 +154,12 @@ TYPED_TEST(WaveletLines, OrderOfFaults)
 {
     using T = typename TypeParam::Sample;
     T whole[24] = {}, low[8] = {}, high[8] = {};
-    for (int way = 0; way < 2; ++way) {
-        auto forward = TypeParam::kForward[way];
-        auto inverse = TypeParam::kInverse[way];
-        EXPECT_EQ(forward(whole + 8, 0, low, 0, nullptr, 0, {0, 0}, 0), qelStsNullPtrErr);
-        EXPECT_EQ(forward(whole + 8, 4, low, 0, high, 4, {0, 0}, 0), qelStsStepErr);
-        EXPECT_EQ(forward(whole + 8, 4, low, 4, high, 4, {1, 0}, 0), qelStsSizeErr);
-        EXPECT_EQ(inverse(low, 4, high, 4, {1, 1}, nullptr, 0, 0), qelStsNullPtrErr);
-        EXPECT_EQ(inverse(low, 4, high, 4, {0, 1}, whole, 0, 0), qelStsStepErr);
-        EXPECT_EQ(inverse(low, 4, high, 4, {0, 1}, whole, 4, 0), qelStsSizeErr);
-    }
+    for (auto forward : TypeParam::kForward)
+        expectFaults(forward, {whole + 8, 4, low, 4, high, 4, {1, 1}, 0}, null<0>, null<2>, null<4>, step<1>, step<3>,
+                     step<5>, size<6>);
+    for (auto inverse : TypeParam::kInverse)
+        expectFaults(inverse, {low, 4, high, 4, {1, 1}, whole, 4, 0}, null<0>, null<2>, null<5>, step<1>, step<3>,
+                     step<6>, size<4>);
 }
 
 TEST(Wavelet53Lines, WorkedExample)

@@ -3,6 +3,7 @@
 
 #include <cstdlib>
 
+#include "argument_faults.h"
 #include "guarded.h"
 #include "random.h"
 #include "wavelet_functions.h"
@@ -248,25 +249,19 @@ TYPED_TEST(WaveletTiles, OrderOfFaults)
 {
     using T = typename TypeParam::Sample;
     constexpr auto& f = TypeParam::kFunctions;
-    T data[16] = {1, 2, 3}, bands[4][4] = {};
+    T data[16] = {1, 2, 3}, bands[4][4] = {}, *const planes[4] = {bands[0], bands[1], bands[2], bands[3]};
     uint8_t buffer[256];
-    const QelRect tile = {0, 0, 4, 4}, flat = {0, 0, 4, 0};
-    EXPECT_EQ(f.forwardInPlace(nullptr, 0, nullptr, nullptr), qelStsNullPtrErr);
-    EXPECT_EQ(f.forwardInPlace(data, 0, nullptr, nullptr), qelStsStepErr);
-    EXPECT_EQ(f.inverseInPlace(data, 8, nullptr, buffer), qelStsNullPtrErr);
-    EXPECT_EQ(f.inverseInPlace(data, 8, &flat, nullptr), qelStsNullPtrErr);
-    EXPECT_EQ(f.inverseInPlace(data, 8, &flat, buffer), qelStsSizeErr);
-
-    T* planes[4] = {bands[0], bands[1], bands[2], bands[3]};
-    T* oneMissing[4] = {bands[0], bands[1], bands[2], nullptr};
-    int steps[4] = {8, 8, 8, 8}, oneZero[4] = {8, 8, 8, 0};
-    EXPECT_EQ(f.forward(data, 0, &tile, oneMissing, steps, buffer), qelStsNullPtrErr);
-    EXPECT_EQ(f.forward(data, 0, &tile, planes, nullptr, buffer), qelStsNullPtrErr);
-    EXPECT_EQ(f.forward(data, 8, &flat, planes, oneZero, buffer), qelStsStepErr);
-    EXPECT_EQ(f.forward(data, 8, &flat, planes, steps, buffer), qelStsSizeErr);
-    EXPECT_EQ(f.inverse(nullptr, steps, &tile, data, 0, buffer), qelStsNullPtrErr);
-    EXPECT_EQ(f.inverse(planes, steps, &tile, data, 0, buffer), qelStsStepErr);
-    EXPECT_EQ(f.inverse(planes, steps, &flat, data, 8, nullptr), qelStsNullPtrErr);
+    const QelRect tile = {0, 0, 4, 4}, flat = {0, 0, 4, 0}, narrow = {0, 0, -1, 4};
+    const int steps[4] = {8, 8, 8, 8}, oneZero[4] = {8, 8, 8, 0}, oneNegative[4] = {-8, 8, 8, 8};
+    for (auto inPlace : {f.forwardInPlace, f.inverseInPlace})
+        expectFaults(inPlace, {data, 8, &tile, buffer}, null<0>, step<1>, null<2>, null<3>,
+                     wrong<2>(qelStsSizeErr, &flat, &narrow));
+    expectFaults(f.forward, {data, 8, &tile, planes, steps, buffer}, null<0>, null<2>, null<4>, null<5>, null<3>,
+                 nullAmong<3>(planes), step<1>, wrong<4>(qelStsStepErr, oneZero, oneNegative),
+                 wrong<2>(qelStsSizeErr, &flat, &narrow));
+    expectFaults(f.inverse, {planes, steps, &tile, data, 8, buffer}, null<1>, null<2>, null<3>, null<5>, null<0>,
+                 nullAmong<0>(planes), step<4>, wrong<1>(qelStsStepErr, oneZero, oneNegative),
+                 wrong<2>(qelStsSizeErr, &flat, &narrow));
     EXPECT_EQ(data[1], 2);
     EXPECT_EQ(bands[0][0], 0);
 }
