@@ -3,7 +3,8 @@
 
 #include <gtest/gtest.h>
 
-#include <array>
+#include <functional>
+#include <iterator>
 #include <tuple>
 #include <type_traits>
 #include <vector>
@@ -41,12 +42,13 @@ template <size_t kIndex, class... Values> auto bad(Values... values)
     return wrong<kIndex>(qelStsBadArgErr, values...);
 }
 
-// An array of pointers of which one is null.
-template <size_t kIndex, class T, size_t kCount> auto nullAmong(T* const (&pointers)[kCount])
+// Pointers of which one is null.
+template <size_t kIndex, class Pointers> auto nullAmong(const Pointers& pointers)
 {
-    ArgumentFault<kIndex, std::array<T*, kCount>> fault = {qelStsNullPtrErr, {}};
-    for (size_t missing = 0; missing < kCount; ++missing) {
-        auto& some = fault.values.emplace_back(std::to_array(pointers));
+    using Some = std::vector<std::remove_cvref_t<decltype(pointers[0])>>;
+    ArgumentFault<kIndex, Some> fault = {qelStsNullPtrErr, {}};
+    for (size_t missing = 0; missing < std::size(pointers); ++missing) {
+        Some& some = fault.values.emplace_back(std::begin(pointers), std::end(pointers));
         some[missing] = nullptr;
     }
     return fault;
@@ -79,6 +81,12 @@ void expectOrder(Function function, const Arguments& good, const First& first, c
 template <class... Parameters, class... Faults>
 void expectFaults(QelStatus (*function)(Parameters...), const std::type_identity_t<std::tuple<Parameters...>>& good,
                   const Faults&... inOrder)
+{
+    expectOrder(function, good, inOrder...);
+}
+template <class... Parameters, class... Faults>
+void expectFaults(const std::function<QelStatus(Parameters...)>& function,
+                  const std::type_identity_t<std::tuple<Parameters...>>& good, const Faults&... inOrder)
 {
     expectOrder(function, good, inOrder...);
 }

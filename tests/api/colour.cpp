@@ -9,11 +9,12 @@
 #include <functional>
 #include <vector>
 
+#include "argument_faults.h"
 #include "random.h"
 
 namespace {
 
-using qel::test::Random;
+using namespace qel::test;
 using Bytes = std::vector<uint8_t>;
 
 struct Pixel {
@@ -298,56 +299,6 @@ TEST(Colour, AllRgb)
     checkAllColours(9, Encoder{true}, realYcc, 2, 0.502);
 }
 
-// --- Worked values.
-
-TEST(Colour, GrayStaysGray)
-{
-    const uint8_t chroma[] = {128, 128, 128, 128};
-    for (int y = 0; y < 256; ++y)
-        for (int width = 1; width <= 4; ++width) {
-            const uint8_t luma[] = {uint8_t(y), uint8_t(y), uint8_t(y), uint8_t(y)};
-            const uint8_t* planes[] = {luma, chroma, chroma};
-            uint8_t rgb[12];
-            ASSERT_EQ(qeliYCbCrToRGB_JPEG_8u_P3C3R(planes, 4, rgb, 12, {width, 1}), qelStsNoErr);
-            for (int k = 0; k < 3 * width; ++k) ASSERT_EQ(rgb[k], y);
-        }
-}
-
-TEST(Colour, Extremes)
-{
-    const struct {
-        uint8_t ycc[3], rgb[3];
-    } decoded[] = {{{255, 128, 255}, {255, 164, 255}}, {{0, 128, 0}, {0, 91, 0}}, {{0, 0, 128}, {0, 44, 0}}};
-    for (auto& row : decoded) {
-        const uint8_t* planes[] = {row.ycc, row.ycc + 1, row.ycc + 2};
-        uint8_t rgb[3];
-        ASSERT_EQ(qeliYCbCrToRGB_JPEG_8u_P3C3R(planes, 1, rgb, 3, {1, 1}), qelStsNoErr);
-        for (int k = 0; k < 3; ++k) EXPECT_EQ(rgb[k], row.rgb[k]);
-    }
-    const struct {
-        uint8_t rgb[3], ycc[3];
-    } encoded[] = {{{255, 255, 255}, {255, 128, 128}}, {{0, 0, 0}, {0, 128, 128}},    {{255, 0, 0}, {76, 85, 255}},
-                   {{0, 255, 0}, {150, 44, 21}},       {{0, 0, 255}, {29, 255, 107}}, {{255, 255, 0}, {226, 0, 149}}};
-    for (auto& row : encoded) {
-        uint8_t ycc[3], *planes[] = {ycc, ycc + 1, ycc + 2};
-        ASSERT_EQ(qeliRGBToYCbCr_JPEG_8u_C3P3R(row.rgb, 3, planes, 1, {1, 1}), qelStsNoErr);
-        for (int k = 0; k < 3; ++k) EXPECT_EQ(ycc[k], row.ycc[k]) << int(row.rgb[0]) << ' ' << k;
-    }
-}
-
-// White in 15 bits is 248, not 255: the lower bits stay zero.
-TEST(Colour, PackedPixelsAreNotStretched)
-{
-    const uint16_t white = 0x7FFF;
-    uint8_t y, cb, cr, *planes[] = {&y, &cb, &cr};
-    ASSERT_EQ(qeliRGB555ToYCbCr_JPEG_16u8u_C3P3R(&white, 2, planes, 1, {1, 1}), qelStsNoErr);
-    EXPECT_TRUE(y == 248 && cb == 128 && cr == 128) << int(y) << ' ' << int(cb) << ' ' << int(cr);
-    const uint8_t full = 255, gray = 128, *from[] = {&full, &gray, &gray};
-    uint16_t packed = 0xFFFF;
-    ASSERT_EQ(qeliYCbCrToRGB555_JPEG_8u16u_P3C3R(from, 1, &packed, 2, {1, 1}), qelStsNoErr);
-    EXPECT_EQ(packed, 0x7FFF);
-}
-
 TEST(Colour, InPlaceOnPlanes)
 {
     Random random(4);
@@ -373,25 +324,8 @@ TEST(Colour, OrderOfFaults)
         Bytes dst(4, 9);
         auto from = planesOf(src.data(), member.src, 0);
         auto to = planesOf(dst.data(), member.dst, 0);
-        auto status = [&](int srcStep, int dstStep, QelSize roi) {
-            return member.run(from.data(), srcStep, to.data(), dstStep, roi);
-        };
-        EXPECT_EQ(member.run(nullptr, 0, to.data(), 0, {0, 0}), qelStsNullPtrErr);
-        EXPECT_EQ(member.run(from.data(), 0, nullptr, 0, {0, 0}), qelStsNullPtrErr);
-        for (auto& plane : from) {
-            plane = nullptr;
-            EXPECT_EQ(status(0, 0, {0, 0}), qelStsNullPtrErr);
-            plane = src.data();
-        }
-        for (auto& plane : to) {
-            plane = nullptr;
-            EXPECT_EQ(status(0, 0, {0, 0}), qelStsNullPtrErr);
-            plane = dst.data();
-        }
-        EXPECT_EQ(status(0, 1, {0, 0}), qelStsStepErr);
-        EXPECT_EQ(status(1, -1, {0, 0}), qelStsStepErr);
-        EXPECT_EQ(status(1, 1, {0, 1}), qelStsSizeErr);
-        EXPECT_EQ(status(1, 1, {1, -1}), qelStsSizeErr);
+        expectFaults(member.run, {from.data(), 1, to.data(), 1, {1, 1}}, null<0>, nullAmong<0>(from), null<2>,
+                     nullAmong<2>(to), step<1>, step<3>, size<4>);
         EXPECT_EQ(dst, Bytes(4, 9));
     }
 }

@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "argument_faults.h"
 #include "guarded.h"
 #include "jpeg/mcu.h"
 #include "random.h"
@@ -273,47 +274,20 @@ TEST(Mcu, AllDifferencesOfColours)
     }
 }
 
-TEST(Mcu, GreyAndItsEnds)
-{
-    const struct {
-        int16_t y;
-        uint8_t grey;
-    } table[] = {{0, 128}, {127, 255}, {-128, 0}, {-32768, 0}, {32767, 255}};
-    for (auto& row : table) {
-        std::vector<int16_t> luma(256, row.y), chroma(64, 0);
-        const int16_t* blocks[] = {luma.data(), chroma.data(), chroma.data()};
-        std::vector<uint8_t> tile(16 * 16 * 3);
-        ASSERT_EQ(qeliYCbCr411ToRGBLS_MCU_16s8u_P3C3R(blocks, tile.data(), 48), qelStsNoErr);
-        EXPECT_EQ(tile, std::vector<uint8_t>(tile.size(), row.grey));
-    }
-}
-
 TEST(Mcu, Faults)
 {
     int16_t block[256] = {};
     uint8_t tile[1024] = {7};
     for (auto& m : kDecoders) {
-        for (int missing = 0; missing < (m.hasK() ? 4 : 3); ++missing) {
-            const int16_t* blocks[] = {block, block, block, block};
-            blocks[missing] = nullptr;
-            EXPECT_EQ(m.function(blocks, tile, 0), qelStsNullPtrErr) << m.name;
-        }
-        const int16_t* blocks[] = {block, block, block, block};
-        EXPECT_EQ(m.function(nullptr, tile, 0), qelStsNullPtrErr) << m.name;
-        EXPECT_EQ(m.function(blocks, nullptr, 0), qelStsNullPtrErr) << m.name;
-        EXPECT_EQ(m.function(blocks, tile, 0), qelStsStepErr) << m.name;
+        SCOPED_TRACE(m.name);
+        std::vector<const int16_t*> blocks(m.hasK() ? 4 : 3, block);
+        expectFaults(m.function, {blocks.data(), tile, 64}, null<0>, nullAmong<0>(blocks), null<1>, step<2>);
         EXPECT_EQ(tile[0], 7);
     }
     for (auto& m : kEncoders) {
-        for (int missing = 0; missing < (m.hasK() ? 4 : 3); ++missing) {
-            int16_t* blocks[] = {block, block, block, block};
-            blocks[missing] = nullptr;
-            EXPECT_EQ(m.function(tile, 0, blocks), qelStsNullPtrErr) << m.name;
-        }
-        int16_t* blocks[] = {block, block, block, block};
-        EXPECT_EQ(m.function(tile, 0, nullptr), qelStsNullPtrErr) << m.name;
-        EXPECT_EQ(m.function(nullptr, 0, blocks), qelStsNullPtrErr) << m.name;
-        EXPECT_EQ(m.function(tile, 0, blocks), qelStsStepErr) << m.name;
+        SCOPED_TRACE(m.name);
+        std::vector<int16_t*> blocks(m.hasK() ? 4 : 3, block);
+        expectFaults(m.function, {tile, 64, blocks.data()}, null<2>, nullAmong<2>(blocks), null<0>, step<1>);
         EXPECT_EQ(block[0], 0);
     }
 }

@@ -2,10 +2,7 @@
 #include "jpeg/colour.h"
 
 #include <array>
-#include <memory>
-#include <tuple>
-#include <type_traits>
-#include <vector>
+#include <utility>
 
 #include "kernels/every_build.h"
 
@@ -14,75 +11,29 @@ using namespace qel::test;
 
 namespace {
 
-// One row of each argument: random bytes where the kernel reads, guards where it writes.
-template <class... Arguments> class Rows {
-public:
-    static constexpr size_t kRows = sizeof...(Arguments) - 1;
-    using Kernel = void(Arguments...);
-    using BytesPerPixel = std::array<int, kRows>;
+template <class... Arguments> using Row = void(Arguments...);
 
-    Rows(BytesPerPixel bytes, int width, size_t offset) : width_(width)
-    {
-        for (size_t k = 0; k < kRows; ++k)
-            rows_[k] = std::make_unique<Guarded<uint8_t>>(bytes[k] * width, Fault::behind, offset);
-    }
-    void fill(Random& random)
-    {
-        for (size_t k = 0; k < kRows; ++k)
-            if (kIsSource[k]) random.fill(rows_[k]->data(), rows_[k]->size());
-    }
-    void copySources(const Rows& other)
-    {
-        for (size_t k = 0; k < kRows; ++k)
-            if (kIsSource[k]) memcpy(rows_[k]->data(), other.rows_[k]->data(), rows_[k]->size());
-    }
-    void run(Kernel* kernel) { run(kernel, std::make_index_sequence<kRows>()); }
-    bool equals(const Rows& other) const
-    {
-        for (size_t k = 0; k < kRows; ++k)
-            if (memcmp(rows_[k]->data(), other.rows_[k]->data(), rows_[k]->size()) != 0 || !rows_[k]->intact())
-                return false;
-        return true;
-    }
-
-private:
-    static constexpr bool kIsSource[] = {std::is_const_v<std::remove_pointer_t<Arguments>>...};
-
-    template <size_t... kIndex> void run(Kernel* kernel, std::index_sequence<kIndex...>)
-    {
-        using List = std::tuple<Arguments...>;
-        kernel((std::tuple_element_t<kIndex, List>)rows_[kIndex]->data()..., width_);
-    }
-
-    int width_;
-    std::array<std::unique_ptr<Guarded<uint8_t>>, kRows> rows_;
-};
-
-template <class... Arguments> using Entry = void (*ColourKernels::*)(Arguments...);
-template <class... Arguments> using Door = void(Arguments...);
-
-template <class... Arguments> void check(Entry<Arguments...> entry, Door<Arguments...>* whole,
-                                         Door<Arguments...>* multipleOfFour,
-                                         typename Rows<Arguments...>::BytesPerPixel bytes)
+// A kernel of rows that have so many bytes a pixel, and its doors for whole rows and for multiples of four pixels.
+template <class... Arguments> void check(Row<Arguments...>* ColourKernels::*entry, Row<Arguments...>* whole,
+                                         Row<Arguments...>* multipleOfFour,
+                                         const std::array<size_t, sizeof...(Arguments) - 1>& bytes)
 {
-    auto compare = [&](Door<Arguments...>* kernel, int width, size_t offset, Random& random) {
-        Rows<Arguments...> rows(bytes, width, offset), expected(bytes, width, 0);
-        rows.fill(random);
-        expected.copySources(rows);
-        rows.run(kernel);
-        expected.run(ColourKernels::scalar.*entry);
-        return rows.equals(expected);
+    auto roomsOf = [&](size_t width) {
+        std::vector<Room> rooms;
+        for (size_t n : bytes) rooms.push_back(room<uint8_t>(n * width));
+        return rooms;
     };
-    everyBuild<ColourKernels>([&](const ColourKernels& table) {
-        Random random(1);
-        everyLength([&](int width) {
-            ASSERT_TRUE(compare(table.*entry, width, width % 4, random)) << width;
-            ASSERT_TRUE(compare(table.past->*entry, width, width % 4, random)) << width << " past the caches";
-        });
-    });
+    auto run = [&](Row<Arguments...>* kernel, Rooms& rooms, int width) {
+        [&]<size_t... k>(std::index_sequence<k...>) { kernel(rooms[k]..., width); }
+        (std::make_index_sequence<sizeof...(Arguments) - 1>());
+    };
+    everyRowEqualsScalar<ColourKernels>(roomsOf,
+                                        [&](auto& table, Rooms& r, int width) { run(table.*entry, r, width); });
     Random random(2);
-    EXPECT_TRUE(compare(whole, 103, 0, random));
-    EXPECT_TRUE(compare(multipleOfFour, 104, 0, random));
+    for (auto [door, width] : {std::pair(whole, 103), std::pair(multipleOfFour, 104)})
+        expectSame(
+            random, roomsOf(size_t(width)), Fault::behind, 0, [&](Rooms& r) { run(door, r, width); },
+            [&](Rooms& r) { run(ColourKernels::scalar.*entry, r, width); });
 }
 
 using Table = ColourKernels;

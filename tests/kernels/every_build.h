@@ -4,7 +4,9 @@
 #include <gtest/gtest.h>
 #include <stdlib.h>
 
+#include <deque>
 #include <string_view>
+#include <vector>
 
 #include "guarded.h"
 #include "random.h"
@@ -60,6 +62,87 @@ template <class Check> void everyLength(Check check)
 {
     for (int len = 1; len <= 200; ++len) check(len);
     for (int len : {511, 512, 513, 1000, 4099}) check(len);
+}
+
+// Random elements for a kernel to read or write; floats are finite, so that they can be compared.
+struct Room {
+    size_t bytes;
+    void (*fill)(Random& random, uint8_t* p, size_t bytes);
+};
+template <class T> Room room(size_t count)
+{
+    return {count * sizeof(T), [](Random& random, uint8_t* p, size_t bytes) {
+                if constexpr (std::is_same_v<T, float>)
+                    for (size_t i = 0; i < bytes; i += sizeof(float)) {
+                        float value = float(random.between(-(1 << 24), 1 << 24)) / 4096;
+                        memcpy(p + i, &value, sizeof value);
+                    }
+                else
+                    random.fill((T*)p, bytes / sizeof(T));
+            }};
+}
+
+// A place in memory that becomes what a kernel takes there.
+struct Address {
+    uint8_t* p;
+
+    template <class T> operator T*() const { return (T*)p; }
+    Address operator+(size_t bytes) const { return {p + bytes}; }
+};
+
+// Guarded rooms, `offset` bytes off their alignment.
+class Rooms {
+public:
+    Rooms(const std::vector<Room>& rooms, Fault fault, size_t offset)
+    {
+        for (const Room& room : rooms) memory_.emplace_back(room.bytes, fault, offset);
+    }
+    Address operator[](size_t i) { return {memory_[i].data()}; }
+
+    bool intactAndSameAs(const Rooms& other) const
+    {
+        for (size_t i = 0; i < memory_.size(); ++i)
+            if (!memory_[i].intact() || memcmp(memory_[i].data(), other.memory_[i].data(), memory_[i].size()) != 0)
+                return false;
+        return true;
+    }
+
+private:
+    std::deque<Guarded<uint8_t>> memory_;
+};
+
+// Both calls, tested(rooms) and expected(rooms), make the same of the same random data, and touch nothing beside it.
+template <class Tested, class Expected> void expectSame(Random& random, const std::vector<Room>& rooms, Fault fault,
+                                                        size_t offset, Tested tested, Expected expected)
+{
+    Rooms ours(rooms, fault, offset), theirs(rooms, Fault::behind, 0);
+    for (size_t i = 0; i < rooms.size(); ++i) {
+        rooms[i].fill(random, ours[i], rooms[i].bytes);
+        memcpy(theirs[i].p, ours[i].p, rooms[i].bytes);
+    }
+    tested(ours);
+    expected(theirs);
+    ASSERT_TRUE(ours.intactAndSameAs(theirs));
+}
+
+// call(table, rooms, length) is the same for every build and the scalar one, at every length, between faulting pages
+// and at odd addresses; roomsOf(length) are what it works on.
+template <class Table, class RoomsOf, class Call> void everyRowEqualsScalar(RoomsOf roomsOf, Call call)
+{
+    const std::pair<Fault, size_t> places[] = {{Fault::behind, 0}, {Fault::behind, 1}, {Fault::before, 3}};
+    everyBuild<Table>([&](const Table& table) {
+        Random random(1);
+        everyLength([&](int length) {
+            std::vector<Room> rooms = roomsOf(size_t(length));
+            for (auto [fault, offset] : places) {
+                SCOPED_TRACE(testing::Message() << length << " at " << offset);
+                expectSame(
+                    random, rooms, fault, offset, [&](Rooms& r) { call(table, r, length); },
+                    [&](Rooms& r) { call(Table::scalar, r, length); });
+                if (testing::Test::HasFatalFailure()) return;
+            }
+        });
+    });
 }
 
 }

@@ -8,33 +8,13 @@ using namespace qel::test;
 
 namespace {
 
-// One row kernel over random data at both ends of a faulting page and at odd addresses.
-template <class Src, class Dst, class Kernel>
-void rows(Kernel LevelShiftKernels::*kernel, Kernel LevelShiftKernels::*plain)
-{
-    everyBuild<LevelShiftKernels>([&](const LevelShiftKernels& table) {
-        Random random(1);
-        everyLength([&](int len) {
-            for (size_t offset : {0, 1, 3}) {
-                Guarded<Src> src(len, Fault::behind, offset);
-                Guarded<Dst> dst(len, Fault::behind, offset), expected(len);
-                random.fill(src.data(), len);
-                (table.*kernel)(src.data(), dst.data(), len);
-                (LevelShiftKernels::scalar.*plain)(src.data(), expected.data(), len);
-                ASSERT_EQ(memcmp(dst.data(), expected.data(), dst.sizeInBytes()), 0) << len << " at " << offset;
-                ASSERT_TRUE(dst.intact()) << len << " at " << offset;
-            }
-        });
-    });
-}
-
 TEST(LevelShiftKernels, Rows)
 {
-    using Table = LevelShiftKernels;
-    rows<uint8_t, int16_t>(&Table::sub128, &Table::sub128);
-    rows<int16_t, uint8_t>(&Table::add128, &Table::add128);
-    rows<uint8_t, int16_t>(&Table::sub128Past, &Table::sub128);
-    rows<int16_t, uint8_t>(&Table::add128Past, &Table::add128);
+    everyRowEqualsScalar<LevelShiftKernels>(
+        [](size_t n) {
+            return std::vector{room<uint8_t>(n), room<int16_t>(n), room<int16_t>(n), room<uint8_t>(n)};
+        },
+        [](auto& table, Rooms& r, int n) { table.sub128(r[0], r[1], n), table.add128(r[2], r[3], n); });
 }
 
 TEST(LevelShiftKernels, Blocks)

@@ -11,26 +11,14 @@ namespace {
 constexpr int kPredictors = 7;
 using Kernels = PredictionRow* [kPredictors];
 
-// All rows between a faulting page and watched bytes, at either end and at odd addresses.
+// Two sources, and a destination for each predictor.
 void rows(const Kernels PredictionKernels::*kernels)
 {
-    everyBuild<PredictionKernels>([&](const PredictionKernels& table) {
-        Random random(1);
-        everyLength([&](int width) {
-            for (auto [fault, offset] : {std::pair(Fault::behind, 0), {Fault::behind, 1}, {Fault::before, 3}}) {
-                Guarded<int16_t> src(width, fault, offset), prev(width, fault, offset), dst(width, fault, offset),
-                    expected(width);
-                random.fill(src.data(), width);
-                random.fill(prev.data(), width);
-                for (int p = 0; p < kPredictors; ++p) {
-                    (PredictionKernels::scalar.*kernels)[p](src.data(), prev.data(), expected.data(), width);
-                    (table.*kernels)[p](src.data(), prev.data(), dst.data(), width);
-                    ASSERT_EQ(memcmp(dst.data(), expected.data(), dst.sizeInBytes()), 0) << p + 1 << ": " << width;
-                    ASSERT_TRUE(dst.intact()) << p + 1 << ": " << width;
-                }
-            }
-        });
-    });
+    everyRowEqualsScalar<PredictionKernels>([](size_t n) { return std::vector(2 + kPredictors, room<int16_t>(n)); },
+                                            [=](auto& table, Rooms& r, int n) {
+                                                for (int p = 0; p < kPredictors; ++p)
+                                                    (table.*kernels)[p](r[0], r[1], r[size_t(2 + p)], n);
+                                            });
 }
 
 TEST(PredictionKernels, Differences) { rows(&PredictionKernels::diff); }

@@ -11,45 +11,29 @@ using namespace qel::test;
 
 namespace {
 
-// run(table, src, dst) over random data at every offset, compared with the scalar build.
-template <class Src, class Dst, class Run> void equalsScalar(Run run)
-{
-    everyBuild<SupportKernels>([&](const SupportKernels& table) {
-        Random random(1);
-        everyLength([&](int len) {
-            for (size_t offset : {0, 1, 2, 7}) {
-                Guarded<Src> src(len, Fault::behind, offset);
-                Guarded<Dst> dst(len, Fault::behind, offset), expected(len);
-                random.fill(src.data(), len);
-                run(table, src.data(), dst.data(), len);
-                run(SupportKernels::scalar, src.data(), expected.data(), len);
-                ASSERT_EQ(memcmp(dst.data(), expected.data(), dst.sizeInBytes()), 0) << len << " at " << offset;
-                ASSERT_TRUE(dst.intact()) << len << " at " << offset;
-            }
-        });
-    });
-}
-
 TEST(SupportKernels, Copies)
 {
-    equalsScalar<uint8_t, uint8_t>([](auto& table, auto* src, auto* dst, int len) { table.copyPast(src, dst, len); });
-    equalsScalar<uint8_t, uint16_t>(
-        [](auto& table, auto* src, auto* dst, int len) { table.convert8u16u(src, dst, len); });
-    equalsScalar<uint8_t, uint16_t>(
-        [](auto& table, auto* src, auto* dst, int len) { table.convert8u16uPast(src, dst, len); });
-    equalsScalar<int32_t, int32_t>(
-        [](auto& table, auto* src, auto* dst, int len) { table.and32s(src, 0x7FFF00FF, dst, len); });
+    everyRowEqualsScalar<SupportKernels>(
+        [](size_t n) {
+            return std::vector{room<uint8_t>(n),  room<uint8_t>(n), room<uint16_t>(n),
+                               room<uint16_t>(n), room<int32_t>(n), room<int32_t>(n)};
+        },
+        [](auto& table, Rooms& r, int n) {
+            table.copyPast(r[0], r[1], n);
+            table.convert8u16u(r[0], r[2], n);
+            table.convert8u16uPast(r[0], r[3], n);
+            table.and32s(r[4], 0x7FFF00FF, r[5], n);
+        });
 }
 
 TEST(SupportKernels, ScaledProducts)
 {
-    for (int scale : {1, 14, 15, 16}) {
-        Random random(scale);
-        Guarded<uint16_t> entries(4099);
-        random.fill(entries.data(), entries.size());
-        equalsScalar<int16_t, int16_t>(
-            [&](auto& table, auto* src, auto* dst, int len) { table.mulScaled(entries.data(), src, dst, len, scale); });
-    }
+    for (int scale : {1, 14, 15, 16})
+        everyRowEqualsScalar<SupportKernels>(
+            [](size_t n) {
+                return std::vector{room<uint16_t>(n), room<int16_t>(n), room<int16_t>(n)};
+            },
+            [&](auto& table, Rooms& r, int n) { table.mulScaled(r[0], r[1], r[2], n, scale); });
 }
 
 // Ties to even at the exact quotient: every source value with entries that give ties, extremes and saturation.
