@@ -2,8 +2,10 @@
 // manifest.
 #pragma once
 
+#include <gtest/gtest.h>
 #include <openssl/sha.h>
 
+#include <chrono>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -11,6 +13,11 @@
 #include <sstream>
 #include <string>
 #include <vector>
+
+#include "codec/compare.h"
+#include "codec/error.h"
+#include "codec/file_io.h"
+#include "codec/pnm.h"
 
 namespace qel::test {
 
@@ -60,5 +67,64 @@ inline std::string digest(const std::vector<uint8_t>& bytes)
     }
     return text;
 }
+
+// A row and its file, and what the checks of all formats have in common.
+class ManifestRow {
+public:
+    explicit ManifestRow(const Row& row) : row_(row), file_(codec::readFile(pathOf("file"))) {}
+
+protected:
+    std::string text(const char* column) const { return row_.at(column); }
+    int number(const char* column) const { return std::stoi(text(column)); }
+    std::string pathOf(const char* column) const { return (dataFolder() / text(column)).string(); }
+    const std::vector<uint8_t>& file() const { return file_; }
+
+    void expectWithinLimits(double largestError, double meanSquaredError) const
+    {
+        EXPECT_LE(largestError, std::stod(text("max_error")));
+        EXPECT_LE(meanSquaredError, std::stod(text("max_mse")));
+    }
+    void expectNearReference(const codec::Picture& picture) const
+    {
+        auto difference = codec::compare(picture, codec::readPnm(codec::readFile(pathOf("reference")))).whole;
+        expectWithinLimits(difference.largestError, difference.meanSquaredError);
+    }
+    void expectDigest(const std::vector<uint8_t>& bytes) const { EXPECT_EQ(digest(bytes), text("sha256")); }
+
+    // isWhole() is false for a picture with damage, and may throw; files with errors are not to be taken for whole.
+    template <class IsWhole> void expectDamage(IsWhole isWhole) const
+    {
+        bool claimed = false;
+        try {
+            claimed = isWhole();
+        } catch (const codec::CodecError&) {}
+        EXPECT_FALSE(claimed && text("check") == "error");
+    }
+
+private:
+    Row row_;
+    std::vector<uint8_t> file_;
+};
+
+// Runs all checks of a group, each within some seconds; returns their number.
+template <class Check> int runGroup(const std::string& group)
+{
+    int done = 0;
+    for (const Row& row : rowsOf(group)) {
+        SCOPED_TRACE(row.at("id"));
+        auto start = std::chrono::steady_clock::now();
+        try {
+            Check(row).run();
+        } catch (const std::exception& error) {
+            ADD_FAILURE() << error.what();
+        }
+        EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(10));
+        ++done;
+    }
+    std::cout << done << " checks\n";
+    return done;
+}
+
+inline bool hasTestData() { return std::filesystem::exists(dataFolder() / "manifest.csv"); }
 
 }

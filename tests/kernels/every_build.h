@@ -125,19 +125,18 @@ template <class Tested, class Expected> void expectSame(Random& random, const st
     ASSERT_TRUE(ours.intactAndSameAs(theirs));
 }
 
-// call(table, rooms, length) is the same for every build and the scalar one, at every length, between faulting pages
-// and at odd addresses; roomsOf(length) are what it works on.
+// call(table, rooms, length) is the same for every build and the scalar one, at every length, on both sides of a
+// faulting page and at odd addresses; roomsOf(length) are what it works on.
 template <class Table, class RoomsOf, class Call> void everyRowEqualsScalar(RoomsOf roomsOf, Call call)
 {
-    const std::pair<Fault, size_t> places[] = {{Fault::behind, 0}, {Fault::behind, 1}, {Fault::before, 3}};
     everyBuild<Table>([&](const Table& table) {
         Random random(1);
         everyLength([&](int length) {
             std::vector<Room> rooms = roomsOf(size_t(length));
-            for (auto [fault, offset] : places) {
-                SCOPED_TRACE(testing::Message() << length << " at " << offset);
+            for (auto fault : {Fault::behind, Fault::before}) {
+                SCOPED_TRACE(length);
                 expectSame(
-                    random, rooms, fault, offset, [&](Rooms& r) { call(table, r, length); },
+                    random, rooms, fault, size_t(length % 4), [&](Rooms& r) { call(table, r, length); },
                     [&](Rooms& r) { call(Table::scalar, r, length); });
                 if (testing::Test::HasFatalFailure()) return;
             }
