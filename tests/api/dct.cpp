@@ -25,21 +25,6 @@ struct Tables {
     }
 };
 
-TEST(Dct, FlatBlocksGoThereAndBack)
-{
-    const Tables ones(1);
-    for (int v = 0; v < 256; ++v) {
-        uint8_t samples[64], back[64];
-        int16_t block[64];
-        memset(samples, v, sizeof samples);
-        ASSERT_EQ(qeliDCTQuantFwd8x8LS_JPEG_8u16s_C1R(samples, 8, block, ones.enc), qelStsNoErr);
-        EXPECT_NEAR(block[0], 8 * (v - 128), 1);
-        for (int i = 1; i < 64; ++i) EXPECT_EQ(block[i], 0) << v << ' ' << i;
-        ASSERT_EQ(qeliDCTQuantInv8x8LS_JPEG_16s8u_C1R(block, back, 8, ones.dec), qelStsNoErr);
-        for (uint8_t sample : back) EXPECT_NEAR(sample, v, 1);
-    }
-}
-
 TEST(Dct, ClipKeepsToItsBoundsAndRows)
 {
     Random random(8);

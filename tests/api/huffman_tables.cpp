@@ -228,7 +228,8 @@ private:
     }
 };
 
-// Statistics as steep as they may be and steeper, none and one, equally rare symbols, many and few, and counters above the ceiling.
+// Statistics as steep as they may be and steeper, none and one, equally rare symbols, many and few, and counters above
+// the ceiling.
 TEST(OptimalTable, EqualsTheStepByStepOne)
 {
     Random random(9);

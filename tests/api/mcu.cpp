@@ -10,68 +10,26 @@
 #include "argument_faults.h"
 #include "guarded.h"
 #include "jpeg/mcu.h"
+#include "pixel_layouts.h"
 #include "random.h"
 
 using namespace qel::test;
 
 namespace {
 
-int clamp(int v) { return v < 0 ? 0 : v > 255 ? 255 : v; }
-
-// Three colours (or Y, Cb, Cr) and K, as bytes.
-struct Pixel {
-    int a, b, c, k;
-};
-
-// How pixels lie in a row; get and put take the row and the place of the pixel.
-struct Format {
-    int bytes;
-    Pixel (*get)(const uint8_t* row, int x);
-    void (*put)(uint8_t* row, int x, Pixel p);
-};
-
-template <int kFirst, int kThird> Pixel get24(const uint8_t* row, int x)
+// Two pixels with one Cb and one Cr.
+Pixel getPair(const uint8_t* const* rows, int x)
 {
-    return {row[3 * x + kFirst], row[3 * x + 1], row[3 * x + kThird], 0};
+    const uint8_t* pair = rows[0] + x / 2 * 4;
+    return {pair[x % 2 * 2], pair[1], pair[3]};
 }
-template <int kFirst, int kThird> void put24(uint8_t* row, int x, Pixel p)
+void putPair(uint8_t* const* rows, int x, Pixel p)
 {
-    row[3 * x + kFirst] = uint8_t(p.a), row[3 * x + 1] = uint8_t(p.b), row[3 * x + kThird] = uint8_t(p.c);
-}
-template <int kGreenBits> Pixel get16(const uint8_t* row, int x)
-{
-    int word = row[2 * x] | row[2 * x + 1] << 8;
-    int green = kGreenBits == 5 ? (word & 0x3E0) >> 2 : (word & 0x7E0) >> 3;
-    return {kGreenBits == 5 ? (word & 0x7C00) >> 7 : (word & 0xF800) >> 8, green, (word & 0x1F) << 3, 0};
-}
-template <int kGreenBits> void put16(uint8_t* row, int x, Pixel p)
-{
-    int word = p.c >> 3 | p.b >> (8 - kGreenBits) << 5 | p.a >> 3 << (5 + kGreenBits);
-    row[2 * x] = uint8_t(word), row[2 * x + 1] = uint8_t(word >> 8);
-}
-Pixel getInks(const uint8_t* row, int x)
-{
-    return {255 - row[4 * x], 255 - row[4 * x + 1], 255 - row[4 * x + 2], row[4 * x + 3]};
-}
-void putInks(uint8_t* row, int x, Pixel p)
-{
-    row[4 * x] = uint8_t(255 - p.a), row[4 * x + 1] = uint8_t(255 - p.b), row[4 * x + 2] = uint8_t(255 - p.c);
-    row[4 * x + 3] = uint8_t(p.k);
-}
-Pixel getPair(const uint8_t* row, int x)
-{
-    const uint8_t* pair = row + x / 2 * 4;
-    return {pair[x % 2 * 2], pair[1], pair[3], 0};
-}
-void putPair(uint8_t* row, int x, Pixel p)
-{
-    uint8_t* pair = row + x / 2 * 4;
+    uint8_t* pair = rows[0] + x / 2 * 4;
     pair[x % 2 * 2] = uint8_t(p.a), pair[1] = uint8_t(p.b), pair[3] = uint8_t(p.c);
 }
 
-const Format kRgb = {3, get24<0, 2>, put24<0, 2>}, kBgr = {3, get24<2, 0>, put24<2, 0>};
-const Format k555 = {2, get16<5>, put16<5>}, k565 = {2, get16<6>, put16<6>};
-const Format kInks = {4, getInks, putInks}, kPairs = {2, getPair, putPair};
+const Layout kPairs = {2, 1, getPair, putPair};
 
 // Samples around 0 to a pixel. Products in 64 bits: any sample is allowed.
 Pixel decoded(bool colours, int y, int64_t cb, int64_t cr, int k)
@@ -112,7 +70,7 @@ template <class Function> struct Member {
     const char* name;
     int h, v; // pixels for one sample of chroma
     bool colours;
-    Format format;
+    Layout format;
     Function function, internal;
 
     bool hasK() const { return format.bytes == 4; }
@@ -130,12 +88,12 @@ const std::vector<Member<Decode>> kDecoders = {
     QEL_DECODER(1, 1, true, kBgr, YCbCr444ToBGRLS_MCU_16s8u_P3C3R),
     QEL_DECODER(2, 1, true, kBgr, YCbCr422ToBGRLS_MCU_16s8u_P3C3R),
     QEL_DECODER(2, 2, true, kBgr, YCbCr411ToBGRLS_MCU_16s8u_P3C3R),
-    QEL_DECODER(1, 1, true, k555, YCbCr444ToBGR555LS_MCU_16s16u_P3C3R),
-    QEL_DECODER(2, 1, true, k555, YCbCr422ToBGR555LS_MCU_16s16u_P3C3R),
-    QEL_DECODER(2, 2, true, k555, YCbCr411ToBGR555LS_MCU_16s16u_P3C3R),
-    QEL_DECODER(1, 1, true, k565, YCbCr444ToBGR565LS_MCU_16s16u_P3C3R),
-    QEL_DECODER(2, 1, true, k565, YCbCr422ToBGR565LS_MCU_16s16u_P3C3R),
-    QEL_DECODER(2, 2, true, k565, YCbCr411ToBGR565LS_MCU_16s16u_P3C3R),
+    QEL_DECODER(1, 1, true, kBgr555, YCbCr444ToBGR555LS_MCU_16s16u_P3C3R),
+    QEL_DECODER(2, 1, true, kBgr555, YCbCr422ToBGR555LS_MCU_16s16u_P3C3R),
+    QEL_DECODER(2, 2, true, kBgr555, YCbCr411ToBGR555LS_MCU_16s16u_P3C3R),
+    QEL_DECODER(1, 1, true, kBgr565, YCbCr444ToBGR565LS_MCU_16s16u_P3C3R),
+    QEL_DECODER(2, 1, true, kBgr565, YCbCr422ToBGR565LS_MCU_16s16u_P3C3R),
+    QEL_DECODER(2, 2, true, kBgr565, YCbCr411ToBGR565LS_MCU_16s16u_P3C3R),
     QEL_DECODER(1, 1, true, kInks, YCCK444ToCMYKLS_MCU_16s8u_P4C4R),
     QEL_DECODER(2, 1, true, kInks, YCCK422ToCMYKLS_MCU_16s8u_P4C4R),
     QEL_DECODER(2, 2, true, kInks, YCCK411ToCMYKLS_MCU_16s8u_P4C4R),
@@ -151,12 +109,12 @@ const std::vector<Member<Encode>> kEncoders = {
     QEL_ENCODER(1, 1, true, kBgr, BGRToYCbCr444LS_MCU_8u16s_C3P3R),
     QEL_ENCODER(2, 1, true, kBgr, BGRToYCbCr422LS_MCU_8u16s_C3P3R),
     QEL_ENCODER(2, 2, true, kBgr, BGRToYCbCr411LS_MCU_8u16s_C3P3R),
-    QEL_ENCODER(1, 1, true, k555, BGR555ToYCbCr444LS_MCU_16u16s_C3P3R),
-    QEL_ENCODER(2, 1, true, k555, BGR555ToYCbCr422LS_MCU_16u16s_C3P3R),
-    QEL_ENCODER(2, 2, true, k555, BGR555ToYCbCr411LS_MCU_16u16s_C3P3R),
-    QEL_ENCODER(1, 1, true, k565, BGR565ToYCbCr444LS_MCU_16u16s_C3P3R),
-    QEL_ENCODER(2, 1, true, k565, BGR565ToYCbCr422LS_MCU_16u16s_C3P3R),
-    QEL_ENCODER(2, 2, true, k565, BGR565ToYCbCr411LS_MCU_16u16s_C3P3R),
+    QEL_ENCODER(1, 1, true, kBgr555, BGR555ToYCbCr444LS_MCU_16u16s_C3P3R),
+    QEL_ENCODER(2, 1, true, kBgr555, BGR555ToYCbCr422LS_MCU_16u16s_C3P3R),
+    QEL_ENCODER(2, 2, true, kBgr555, BGR555ToYCbCr411LS_MCU_16u16s_C3P3R),
+    QEL_ENCODER(1, 1, true, kBgr565, BGR565ToYCbCr444LS_MCU_16u16s_C3P3R),
+    QEL_ENCODER(2, 1, true, kBgr565, BGR565ToYCbCr422LS_MCU_16u16s_C3P3R),
+    QEL_ENCODER(2, 2, true, kBgr565, BGR565ToYCbCr411LS_MCU_16u16s_C3P3R),
     QEL_ENCODER(1, 1, true, kInks, CMYKToYCCK444LS_MCU_8u16s_C4P4R),
     QEL_ENCODER(2, 1, true, kInks, CMYKToYCCK422LS_MCU_8u16s_C4P4R),
     QEL_ENCODER(2, 2, true, kInks, CMYKToYCCK411LS_MCU_8u16s_C4P4R),
@@ -224,7 +182,8 @@ TEST(Mcu, Decoders)
                     int l = mcu.lumaAt(x, y), c = mcu.chromaAt(x, y);
                     auto pixel =
                         decoded(m.colours, mcu.sample(0, l), mcu.sample(1, c), mcu.sample(2, c), mcu.sample(3, l));
-                    m.format.put(expected.data() + y * mcu.step, x, pixel);
+                    uint8_t* row = expected.data() + y * mcu.step;
+                    m.format.put(&row, x, pixel);
                 }
             auto& function = narrow ? m.internal : m.function;
             ASSERT_EQ(function(mcu.blocks, mcu.tile.data(), mcu.step), qelStsNoErr);
@@ -242,7 +201,8 @@ TEST(Mcu, Encoders)
             int sums[2][64] = {};
             for (int y = 0; y < mcu.rows; ++y)
                 for (int x = 0; x < mcu.columns; ++x) {
-                    auto pixel = encoded(m.colours, m.format.get(mcu.tile.data() + y * mcu.step, x));
+                    const uint8_t* row = mcu.tile.data() + y * mcu.step;
+                    auto pixel = encoded(m.colours, m.format.get(&row, x));
                     int at = mcu.lumaAt(x, y), chroma = mcu.chromaAt(x, y);
                     ASSERT_EQ(mcu.sample(0, at), pixel.a - 128) << m.name << ' ' << x << ',' << y;
                     ASSERT_TRUE(!m.hasK() || mcu.sample(3, at) == pixel.k - 128) << m.name << ' ' << x << ',' << y;

@@ -84,18 +84,6 @@ TEST(SampleUp, Rows)
     EXPECT_EQ(upRowH2V2({0}, {2}), (Row{1, 0}));
 }
 
-TEST(Sampling, ConstantRowsStayConstant)
-{
-    for (int value : {0, 1, 127, 128, 254, 255})
-        for (int width : {2, 3, 31, 64, 130}) {
-            Row src(width, uint8_t(value)), half(width / 2, uint8_t(value)), twice(2 * width, uint8_t(value));
-            EXPECT_EQ(downRowH2V1(src), half);
-            EXPECT_EQ(downRowH2V2(src, src), half);
-            EXPECT_EQ(upRowH2V1(src), twice);
-            EXPECT_EQ(upRowH2V2(src, src), twice);
-        }
-}
-
 TEST(Sampling, OrderOfFaults)
 {
     uint8_t src[16] = {}, dst[16] = {9};

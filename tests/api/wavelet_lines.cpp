@@ -162,17 +162,6 @@ TYPED_TEST(WaveletLines, OrderOfFaults)
                      step<6>, size<4>);
 }
 
-TEST(Wavelet53Lines, WorkedExample)
-{
-    const int32_t row[] = {20, 10, 0, 10, 20, 30, 20};
-    int32_t low[2], high[2];
-    ASSERT_EQ(qeliWTFwdRow_B53_JPEG2K_32s_C1R(row + 2, 16, low, 8, high, 8, {2, 1}, 0), qelStsNoErr);
-    EXPECT_EQ(low[0], 0);
-    EXPECT_EQ(low[1], 23);
-    EXPECT_EQ(high[0], 0);
-    EXPECT_EQ(high[1], 10);
-}
-
 // 9/7 of floats comes back within a millionth.
 TEST(Wavelet97Lines, RoundTrip)
 {

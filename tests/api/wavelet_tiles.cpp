@@ -148,39 +148,6 @@ TEST(Wavelet97Tiles, RoundTripsWithinTheStatedBound)
     EXPECT_LE(largestError<Tiles97Of32>((1 << 19) - 1), 8);
 }
 
-TYPED_TEST(WaveletTiles, SingleSamplesAreDoubledAtOddPositions)
-{
-    using T = typename TypeParam::Sample;
-    for (int origin = 0; origin < 4; ++origin) {
-        Tile<T> tile = {origin % 2, origin / 2, 1, 1, {T(-5)}};
-        T expected = T(origin == 0 ? -5 : origin == 3 ? -20 : -10);
-        EXPECT_EQ(inPlace<TypeParam>(tile, true).samples[0], expected);
-        EXPECT_EQ(toBands<TypeParam>(tile).samples[0], expected);
-        tile.samples[0] = expected;
-        EXPECT_EQ(inPlace<TypeParam>(tile, false).samples[0], T(-5));
-    }
-}
-
-TEST(Wavelet53Tiles, TwoSamples)
-{
-    Tile<int16_t> even = {0, 0, 2, 1, {0, 10}}, odd = {1, 0, 2, 1, {0, 10}};
-    EXPECT_EQ(inPlace<Tiles53Of16>(even, true).samples, (std::vector<int16_t>{5, 10}));
-    // At an odd origin the second sample is the low one.
-    EXPECT_EQ(inPlace<Tiles53Of16>(odd, true).samples, (std::vector<int16_t>{5, -10}));
-    // The difference fits 16 bits, twice the difference does not.
-    even.samples = {-10000, 20001};
-    EXPECT_EQ(inPlace<Tiles53Of16>(even, true).samples, (std::vector<int16_t>{5001, 30001}));
-}
-
-TEST(Wavelet97Tiles, ConversionAtTheBounds)
-{
-    Tile<int32_t> steep = {0, 0, 6, 1, {INT32_MAX, INT32_MIN, INT32_MAX, INT32_MIN, INT32_MAX, INT32_MIN}};
-    auto halves = inPlace<Tiles97Of32>(steep, true).samples;
-    EXPECT_EQ(halves[3], INT32_MIN);
-    for (auto& sample : steep.samples) sample = sample == INT32_MIN ? INT32_MAX : INT32_MIN;
-    EXPECT_EQ(inPlace<Tiles97Of32>(steep, true).samples[3], INT32_MAX);
-}
-
 // Flat lines have a low half near the samples. Among large ones some come out as 2^31, whose conversion overflows.
 TEST(Wavelet97Tiles, ConversionOfTwoToThe31)
 {
