@@ -29,6 +29,9 @@ template <class... Arguments> void check(Row<Arguments...>* ColourKernels::*entr
     };
     everyRowEqualsScalar<ColourKernels>(roomsOf,
                                         [&](auto& table, Rooms& r, int width) { run(table.*entry, r, width); });
+    everyRowEqualsScalar<ColourKernels>(roomsOf, [&](auto& table, Rooms& r, int width) {
+        run(&table == &ColourKernels::scalar ? table.*entry : table.past->*entry, r, width);
+    });
     Random random(2);
     auto expectDoor = [&](Row<Arguments...>* door, int width) {
         expectSame(

@@ -12,9 +12,16 @@ TEST(LevelShiftKernels, Rows)
 {
     everyRowEqualsScalar<LevelShiftKernels>(
         [](size_t n) {
-            return std::vector{room<uint8_t>(n), room<int16_t>(n), room<int16_t>(n), room<uint8_t>(n)};
+            return std::vector{room<uint8_t>(n), room<int16_t>(n), room<int16_t>(n),
+                               room<int16_t>(n), room<uint8_t>(n), room<uint8_t>(n)};
         },
-        [](auto& table, Rooms& r, int n) { table.sub128(r[0], r[1], n), table.add128(r[2], r[3], n); });
+        [](auto& table, Rooms& r, int n) {
+            bool isScalar = &table == &LevelShiftKernels::scalar;
+            table.sub128(r[0], r[1], n);
+            (isScalar ? table.sub128 : table.sub128Past)(r[0], r[2], n);
+            table.add128(r[3], r[4], n);
+            (isScalar ? table.add128 : table.add128Past)(r[3], r[5], n);
+        });
 }
 
 TEST(LevelShiftKernels, Blocks)

@@ -8,11 +8,12 @@ using namespace qel::test;
 
 namespace {
 
-// Two sources and two destinations.
+// Two sources and four destinations.
 auto rowsOf(size_t source, size_t destination)
 {
-    return std::vector{room<uint8_t>(source), room<uint8_t>(source), room<uint8_t>(destination),
-                       room<uint8_t>(destination)};
+    std::vector<Room> rooms(6, room<uint8_t>(destination));
+    rooms[0] = rooms[1] = room<uint8_t>(source);
+    return rooms;
 }
 
 TEST(SamplingKernels, Box)
@@ -37,6 +38,9 @@ TEST(SamplingKernels, Triangle)
                                           [](auto& table, Rooms& r, int n) {
                                               table.upH2V1(r[0] + 1, r[2], n);
                                               table.upH2V2(r[0] + 1, r[1] + 1, r[3], n);
+                                              bool isScalar = &table == &SamplingKernels::scalar;
+                                              (isScalar ? table.upH2V1 : table.upH2V1Past)(r[0] + 1, r[4], n);
+                                              (isScalar ? table.upH2V2 : table.upH2V2Past)(r[0] + 1, r[1] + 1, r[5], n);
                                           });
     everyRowEqualsScalar<SamplingKernels>([](size_t n) { return rowsOf(n, 2 * n); },
                                           [](auto& table, Rooms& r, int n) {
