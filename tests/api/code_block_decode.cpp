@@ -1,4 +1,5 @@
 // Decoding of code-blocks beside a decoder after the standard, the order of faults, and decoding by steps.
+#include "argument_faults.h"
 #include "code_block_cases.h"
 
 using namespace qel::test;
@@ -75,19 +76,10 @@ TEST(DecodeCodeBlock, NothingToDecode)
 TEST(DecodeCodeBlock, OrderOfFaults)
 {
     OneSample one;
-    auto decode = [&](const uint8_t* src, int32_t* dst, int step, QelSize size, const uint32_t* lengths,
-                      QelDecodeCBProgrState* state) {
-        return qeliDecodeCodeBlock_JPEG2K_1u32s_C1R(src, dst, step, size, 0, 1, 1, lengths, 1, 0, nullptr, state);
-    };
-    EXPECT_EQ(decode(nullptr, nullptr, 0, {0, 1}, nullptr, one.state()), qelStsNullPtrErr);
-    EXPECT_EQ(decode(one.src, nullptr, 0, {0, 1}, nullptr, nullptr), qelStsNullPtrErr);
-    EXPECT_EQ(decode(one.src, nullptr, 0, {0, 1}, nullptr, one.state()), qelStsSizeErr);
-    EXPECT_EQ(decode(one.src, nullptr, 0, {1, -1}, nullptr, one.state()), qelStsSizeErr);
-    EXPECT_EQ(decode(one.src, &one.dst, 0, {1, 1}, nullptr, one.state()), qelStsNullPtrErr);
-    EXPECT_EQ(decode(one.src, nullptr, 0, {1, 1}, &one.length, one.state()), qelStsNullPtrErr);
-    EXPECT_EQ(decode(one.src, &one.dst, 0, {1, 1}, &one.length, one.state()), qelStsStepErr);
+    expectFaults(qeliDecodeCodeBlock_JPEG2K_1u32s_C1R,
+                 {one.src, &one.dst, 4, {1, 1}, 0, 1, 1, &one.length, 1, 0, nullptr, one.state()}, null<0>, null<11>,
+                 size<3>, null<1>, null<7>, step<2>);
     EXPECT_EQ(one.dst, 7);
-    EXPECT_EQ(decode(one.src, &one.dst, 4, {1, 1}, &one.length, one.state()), qelStsNoErr);
 }
 
 TEST(DecodeCodeBlock, SizeOfTheBuffer)
@@ -135,9 +127,8 @@ TEST(DecodeBySteps, OrderOfFaults)
 
     EXPECT_EQ(qeliDecodeCBProgrInit_JPEG2K(one.state()), qelStsNoErr);
     EXPECT_EQ(qeliDecodeCBProgrStep_JPEG2K(nullptr, -1, one.state()), qelStsJPEG2KCodeBlockIsNotAttached);
-    EXPECT_EQ(attach(nullptr, 0, {0, 0}, one.state()), qelStsNullPtrErr);
-    EXPECT_EQ(attach(&one.dst, 0, {0, 0}, one.state()), qelStsSizeErr);
-    EXPECT_EQ(attach(&one.dst, 0, {1, 1}, one.state()), qelStsStepErr);
+    expectFaults(qeliDecodeCBProgrAttach_JPEG2K_32s_C1R, {&one.dst, 4, {1, 1}, 0, 1, 1, 0, one.state()}, null<7>,
+                 null<0>, size<2>, step<1>);
     EXPECT_EQ(qeliDecodeCBProgrStep_JPEG2K(one.src, 1, one.state()), qelStsJPEG2KCodeBlockIsNotAttached);
     EXPECT_EQ(one.dst, 7);
     EXPECT_EQ(attach(&one.dst, 4, {1, 1}, one.state()), qelStsNoErr);
