@@ -11,11 +11,12 @@
 #include <memory>
 #include <vector>
 
+#include "argument_faults.h"
 #include "random.h"
 
 namespace {
 
-using qel::test::Random;
+using namespace qel::test;
 using Bytes = std::vector<uint8_t>;
 using Block = std::vector<int32_t>;
 
@@ -322,37 +323,22 @@ TEST(CodeBlockEncode, OrderOfFaults)
     double distortion = 7;
     uint8_t byte = 7;
 
-    auto loadWith = [&](const int32_t* src, int step, QelSize size, QelEncodeState* s, int* a, int* b, int* c,
-                        int method = 0, int nBitPlanes = 31) {
-        return qeliEncodeLoadCodeBlock_JPEG2K_32s_C1R(src, step, size.width, size.height, s, 0, nBitPlanes, method, 0,
-                                                      0, a, b, c);
-    };
-    EXPECT_EQ(loadWith(nullptr, 0, {0, 0}, nullptr, nullptr, nullptr, nullptr), qelStsNullPtrErr);
-    EXPECT_EQ(loadWith(nullptr, 0, {0, 0}, untagged, nullptr, nullptr, nullptr), qelStsContextMatchErr);
-    EXPECT_EQ(loadWith(block, 0, {0, 0}, state, nullptr, &passes, &segments), qelStsNullPtrErr);
-    EXPECT_EQ(loadWith(block, 0, {0, 0}, state, &planes, nullptr, &segments), qelStsNullPtrErr);
-    EXPECT_EQ(loadWith(block, 0, {0, 0}, state, &planes, &passes, nullptr), qelStsNullPtrErr);
-    EXPECT_EQ(loadWith(nullptr, 0, {0, 4}, state, &planes, &passes, &segments), qelStsSizeErr);
-    EXPECT_EQ(loadWith(nullptr, 0, {4, 0}, state, &planes, &passes, &segments), qelStsSizeErr);
-    EXPECT_EQ(loadWith(nullptr, 0, {4, 4}, state, &planes, &passes, &segments), qelStsNullPtrErr);
-    EXPECT_EQ(loadWith(block, 0, {4, 4}, state, &planes, &passes, &segments), qelStsStepErr);
-    EXPECT_EQ(loadWith(block, 16, {4, 4}, state, &planes, &passes, &segments, 3), qelStsBadArgErr);
-    EXPECT_EQ(loadWith(block, 16, {4, 4}, state, &planes, &passes, &segments, 0, 32), qelStsBadArgErr);
-    EXPECT_EQ(loadWith(block, 16, {5, 3}, state, &planes, &passes, &segments), qelStsSizeErr);
-    EXPECT_EQ(loadWith(block, 16, {3, 5}, state, &planes, &passes, &segments), qelStsSizeErr);
+    expectFaults(qeliEncodeLoadCodeBlock_JPEG2K_32s_C1R,
+                 {block, 16, 4, 4, state, 0, 31, 0, 0, 0, &planes, &passes, &segments}, null<4>,
+                 wrong<4>(qelStsContextMatchErr, untagged), null<10>, null<11>, null<12>, length<2>, length<3>, null<0>,
+                 step<1>, bad<7>(3, -1), bad<6>(32), wrong<2>(qelStsSizeErr, 5), wrong<3>(qelStsSizeErr, 5));
     EXPECT_TRUE(planes == 7 && passes == 7 && segments == 7);
 
     // Never loaded: no passes, nothing to store.
-    EXPECT_EQ(qeliEncodeGetRate_JPEG2K(state, 0, &rate), qelStsJPEG2KBadPassNumber);
-    EXPECT_EQ(qeliEncodeGetRate_JPEG2K(state, -1, &rate), qelStsJPEG2KBadPassNumber);
-    EXPECT_EQ(qeliEncodeGetRate_JPEG2K(state, -1, nullptr), qelStsNullPtrErr);
-    EXPECT_EQ(qeliEncodeGetRate_JPEG2K(untagged, 0, nullptr), qelStsContextMatchErr);
-    EXPECT_EQ(qeliEncodeGetDistReduction_JPEG2K(state, 0, &mantissa, &exponent), qelStsJPEG2KBadPassNumber);
-    EXPECT_EQ(qeliEncodeGetDistReduction_JPEG2K(state, 0, &mantissa, nullptr), qelStsNullPtrErr);
-    EXPECT_EQ(qeliEncodeGetDist_JPEG2K(state, 0, &distortion), qelStsJPEG2KBadPassNumber);
-    EXPECT_EQ(qeliEncodeGetDist_JPEG2K(nullptr, 0, &distortion), qelStsNullPtrErr);
-    EXPECT_EQ(qeliEncodeGetTermPassLen_JPEG2K(state, 0, &rate), qelStsJPEG2KBadPassNumber);
-    EXPECT_EQ(qeliEncodeStoreBits_JPEG2K_1u(&byte, &count, state, nullptr), qelStsNullPtrErr);
+    auto noPass = wrong<1>(qelStsJPEG2KBadPassNumber, 0, -1);
+    auto noState = wrong<0>(qelStsContextMatchErr, untagged);
+    expectFaults(qeliEncodeGetRate_JPEG2K, {state, 0, &rate}, null<0>, noState, null<2>, noPass);
+    expectFaults(qeliEncodeGetDistReduction_JPEG2K, {state, 0, &mantissa, &exponent}, null<0>, noState, null<2>,
+                 null<3>, noPass);
+    expectFaults(qeliEncodeGetDist_JPEG2K, {state, 0, &distortion}, null<0>, noState, null<2>, noPass);
+    expectFaults(qeliEncodeGetTermPassLen_JPEG2K, {state, 0, &rate}, null<0>, noState, null<2>, noPass);
+    expectFaults(qeliEncodeStoreBits_JPEG2K_1u, {&byte, &count, state, &more}, null<2>,
+                 wrong<2>(qelStsContextMatchErr, untagged), null<0>, null<1>, null<3>);
     EXPECT_EQ(qeliEncodeStoreBits_JPEG2K_1u(&byte, &count, state, &more), qelStsSizeErr);
     EXPECT_TRUE(rate == 7 && mantissa == 7 && exponent == 7 && distortion == 7 && more == 7);
     count = 1;
@@ -363,9 +349,7 @@ TEST(CodeBlockEncode, OrderOfFaults)
 TEST(CodeBlockEncode, Memory)
 {
     QelEncodeState* state = (QelEncodeState*)1;
-    EXPECT_EQ(qeliEncodeInitAlloc_JPEG2K(nullptr, 0, 0), qelStsNullPtrErr);
-    EXPECT_EQ(qeliEncodeInitAlloc_JPEG2K(&state, 0, 4), qelStsSizeErr);
-    EXPECT_EQ(qeliEncodeInitAlloc_JPEG2K(&state, 4, 0), qelStsSizeErr);
+    expectFaults(qeliEncodeInitAlloc_JPEG2K, {&state, 4, 4}, null<0>, length<1>, length<2>);
     EXPECT_EQ(state, (QelEncodeState*)1);
     for (QelSize size : {QelSize{INT32_MAX, INT32_MAX}, QelSize{INT32_MAX, 1}, QelSize{1, INT32_MAX}}) {
         state = (QelEncodeState*)1;
