@@ -8,6 +8,7 @@
 #include "core/past_caches.h"
 
 namespace qel {
+namespace {
 
 // A source or a destination as a caller gives it: planes that share a step, or interleaved pixels.
 template <class T, int kPlanes> struct Planes {
@@ -53,4 +54,5 @@ QelStatus convert(Source src, Destination dst, QelSize roi, Kernel* kernel, Kern
     return qelStsNoErr;
 }
 
+}
 }

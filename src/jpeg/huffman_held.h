@@ -20,7 +20,7 @@ constexpr ValueRanges makeValueRanges()
     for (int n = 1; n < 16; ++n) ranges.of[n] = {(1u << n) - 1, 1u << (n - 1)};
     return ranges;
 }
-inline constexpr ValueRanges kValueRanges = makeValueRanges();
+constexpr ValueRanges kValueRanges = makeValueRanges();
 
 // Stores the difference and returns true if the state has all its bits, and its code is a short one for a value of up
 // to 15 bits.
