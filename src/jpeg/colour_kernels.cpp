@@ -286,11 +286,11 @@ template <bool kPast> constexpr ColourKernels makeTable(const ColourKernels* pas
         .past = past,
     };
 }
-constexpr ColourKernels kPastCaches = makeTable<true>(nullptr);
+constexpr ColourKernels kTablePastCaches = makeTable<true>(nullptr);
 
 }
 }
 
-const ColourKernels ColourKernels::QEL_BUILD = qel::QEL_BUILD::makeTable<false>(&qel::QEL_BUILD::kPastCaches);
+const ColourKernels ColourKernels::QEL_BUILD = qel::QEL_BUILD::makeTable<false>(&qel::QEL_BUILD::kTablePastCaches);
 
 }

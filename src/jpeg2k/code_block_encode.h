@@ -11,8 +11,8 @@
 namespace qel {
 
 // A word is a set of up to 64 samples in the order of the scan: 16 columns of a stripe, four rows each from the lowest
-// bit up. A map has the words of each stripe with one behind them, and a stripe above and below; those stay empty, and
-// so do the samples of a word that lie outside of the block.
+// bit up; those that lie outside of the block stay empty. A map has the words of each stripe with one behind them, and
+// a stripe above and below. These stay empty from the map of signs on: only there words are looked at from beside.
 struct BlockMaps {
     int width, height;
     int words, stripes; // words in a stripe without the one behind them
@@ -47,8 +47,8 @@ struct PassRecord {
 };
 
 struct CodeBlockEncodeKernels {
-    // Fills the maps of magnitudes and signs, down to the map `lowest`, and clears the others. Returns the union of the
-    // magnitudes.
+    // Fills the maps of signs and of magnitudes, down to the map `lowest` at least, and clears those from kSignificant
+    // on. Returns the union of the magnitudes.
     uint32_t (*load)(const int32_t* src, int srcStep, int lowest, const BlockMaps& maps);
 
     // Passes over the block (T.800 D.3). Beyond the end of the record up to kRecordSlack bytes are written.
