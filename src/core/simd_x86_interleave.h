@@ -133,12 +133,9 @@ struct GatheredBits {
 #endif
 };
 
-// From products rounded with ties up, and their low halves: a tie has 0x4000 in its last 15 bits.
-template <class V> QEL_INLINE V evenTies(V rounded, V low)
-{
-    V isTie = low * 2 == -32768;
-    return rounded & ~(V)(isTie & 1);
-}
+// From products rounded with ties up, and their low halves: where an odd result is a tie, the product is 2^14 beyond a
+// multiple of 2^16.
+template <class V> QEL_INLINE V evenTies(V rounded, V low) { return rounded + (V)(low == 0x4000); }
 
 }
 }
