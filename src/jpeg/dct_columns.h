@@ -26,6 +26,7 @@ QEL_INLINE Row mulHighPlus1(const int16_t (&factor)[8], Row a) { return add(mulH
 template <bool kInRange> QEL_INLINE void forwardColumns(Row (&r)[8])
 {
     auto& factor = columnFactors();
+    auto one = load<Row>(factor.one);
     auto plus = [](Row a, Row b) { return kInRange ? a + b : add(a, b); };
     auto minus = [](Row a, Row b) { return kInRange ? a - b : sub(a, b); };
     auto t0 = plus(r[0], r[7]), t7 = minus(r[0], r[7]), t1 = plus(r[1], r[6]), t6 = minus(r[1], r[6]);
@@ -35,13 +36,14 @@ template <bool kInRange> QEL_INLINE void forwardColumns(Row (&r)[8])
     auto tp12 = plus(t1 << 3, t2 << 3), tm12 = minus(t1 << 3, t2 << 3);
     r[0] = plus(tp03, tp12);
     r[4] = minus(tp03, tp12);
-    r[2] = plus(tm03, mulHigh(factor.tan2, tm12)) | 1;
-    r[6] = minus(mulHigh(factor.tan2, tm03), tm12) | 1;
+    r[2] = plus(tm03, mulHigh(factor.tan2, tm12)) | one;
+    r[6] = minus(mulHigh(factor.tan2, tm03), tm12) | one;
 
-    auto tp65 = mulHigh(factor.cos4, plus(t6 << 4, t5 << 4)) | 1, tm65 = mulHigh(factor.cos4, minus(t6 << 4, t5 << 4));
+    auto tp65 = mulHigh(factor.cos4, plus(t6 << 4, t5 << 4)) | one,
+         tm65 = mulHigh(factor.cos4, minus(t6 << 4, t5 << 4));
     auto tp465 = plus(t4 << 3, tm65), tm465 = minus(t4 << 3, tm65);
     auto tp765 = plus(t7 << 3, tp65), tm765 = minus(t7 << 3, tp65);
-    r[1] = plus(mulHigh(factor.tan1, tp465), tp765) | 1;
+    r[1] = plus(mulHigh(factor.tan1, tp465), tp765) | one;
     r[7] = minus(mulHigh(factor.tan1, tp765), tp465);
     r[3] = minus(tm765, plus(mulHigh(factor.tan3Minus1, tm465), tm465));
     r[5] = plus(plus(mulHigh(factor.tan3Minus1, tm765), tm765), tm465);

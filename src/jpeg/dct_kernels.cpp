@@ -36,7 +36,7 @@ struct ForwardSums {
 QEL_INLINE ForwardSums forwardDot(int r, Wide values)
 {
     auto first = inBlocks<0, 2, 0, 2>((Wide32)values), second = inBlocks<1, 3, 1, 3>((Wide32)values);
-    auto& table = kRowTables.forward;
+    auto& table = rowTables().forward;
     return {dot(table, 0, r, first, second), dot(table, 2, r, first, second)};
 }
 // Without byte shuffles, two steps that compilers have instructions for.
@@ -50,15 +50,19 @@ template <bool kInRange> QEL_INLINE Wide forwardRow(int r, Wide v)
 {
     ForwardSums sum;
     if constexpr (kInRange) {
-        sum = forwardDot(r, mirrored(v) + v * load<Wide>(kRowTables.halfSigns));
+        // The differences come out one too small, which the rounding makes up for.
+        sum = forwardDot(r, mirrored(v) + (v ^ load<Wide>(rowTables().upperHalf)));
+        sum.low += load<Wide32>(rowTables().forwardRounding[0][r]);
+        sum.high += load<Wide32>(rowTables().forwardRounding[1][r]);
     } else {
         auto twice = (Wide)inBlocks<0, 1, 0, 1>((Wide32)v), upperTwice = (Wide)inBlocks<2, 3, 2, 3>((Wide32)v);
         auto lower = forwardDot(r, inBlocks<0, 1, 2, 3, 7, 6, 5, 4>(twice));
         auto upper = forwardDot(r, inBlocks<3, 2, 1, 0, 4, 5, 6, 7>(upperTwice));
-        auto isOdd = load<Wide32>(kRowTables.isOdd);
-        sum = {lower.low + ((upper.low ^ isOdd) - isOdd), lower.high + ((upper.high ^ isOdd) - isOdd)};
+        auto isOdd = load<Wide32>(rowTables().isOdd);
+        sum.low = lower.low + ((upper.low ^ isOdd) - isOdd) + (1 << 19);
+        sum.high = lower.high + ((upper.high ^ isOdd) - isOdd) + (1 << 19);
     }
-    return Op::pack((sum.low + (1 << 19)) >> 20, (sum.high + (1 << 19)) >> 20);
+    return Op::pack(sum.low >> 20, sum.high >> 20);
 }
 
 // Frequencies u and u + 2 in every 32-bit lane.
@@ -73,9 +77,9 @@ template <int u> QEL_INLINE Wide32 twoFrequencies(Wide v)
 // The second half of the samples comes out mirrored.
 QEL_INLINE Wide inverseRow(int r, Wide v)
 {
-    auto& table = kRowTables.inverse;
+    auto& table = rowTables().inverse;
     auto even =
-        dot(table, 0, r, twoFrequencies<0>(v), twoFrequencies<4>(v)) + load<Wide32>(kRowTables.inverseRounding[r]);
+        dot(table, 0, r, twoFrequencies<0>(v), twoFrequencies<4>(v)) + load<Wide32>(rowTables().inverseRounding[r]);
     auto odd = dot(table, 2, r, twoFrequencies<1>(v), twoFrequencies<5>(v));
     auto samples = Op::pack((even + odd) >> 12, (even - odd) >> 12);
     return inBlocks<0, 1, 2, 3, 7, 6, 5, 4>(samples);
@@ -93,7 +97,7 @@ QEL_INLINE bool hasLargeEntries(const uint16_t* encTable)
 {
     Wide entries = {};
     forRows([&](int r) { entries |= load<Wide>(encTable + 8 * r); });
-    return !Op::isZero(entries & -32768);
+    return Op::signMask((U8<kWidth>)entries) & 0xAAAAAAAAAAAAAAAA;
 }
 
 // `scale` is what is done to the transformed rows: quantization or nothing.
@@ -157,7 +161,7 @@ QelStatus forwardQuantSamples(const uint8_t* src, int srcStep, int16_t* dst, con
     for (int r = 0; r < 8; ++r) rows[r] = Simd<16>::widen(src + (ptrdiff_t)r * srcStep);
     forwardColumns<true>(rows);
     // The level shift: 64 samples times 8. It changes nothing but the mean, and no sum leaves 16 bits without it.
-    rows[0] -= 128 * 64;
+    rows[0] += load<Row>(columnFactors().levelShift);
     forwardRowsQuant<true>(rows, dst, encTable);
     return qelStsNoErr;
 }
@@ -179,12 +183,13 @@ struct Samples {
     QEL_INLINE void put(const Row (&rows)[8]) const
     {
         uint8_t* row = dst;
+        auto middle = load<U8<16>>(columnFactors().middle);
 #pragma GCC unroll 4
         for (int r = 0; r < 8; r += 2, row += 2 * (ptrdiff_t)dstStep) {
             // The compiler is not to see where the row is: it would compute the addresses of all rows at once, and save
             // registers for them.
             asm("" : "+r"(row));
-            Simd<16>::storeHalves(row, row + dstStep, Simd<16>::packSigned(rows[r], rows[r + 1]) + 128);
+            Simd<16>::storeHalves(row, row + dstStep, Simd<16>::packSigned(rows[r], rows[r + 1]) + middle);
         }
     }
 };
@@ -192,6 +197,8 @@ struct Samples {
 // No coefficient but the first.
 QEL_INLINE bool isMeanAlone(const int16_t* block)
 {
+    // Those that are seldom zero are asked for first, which takes no registers.
+    if (block[1] | load<uint64_t>(block + 8)) return false;
     Wide others = ~Wide{};
     others[0] = 0;
     others &= load<Wide>(block);

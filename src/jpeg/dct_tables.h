@@ -12,6 +12,8 @@ namespace {
 // Factors of the column passes, one for each lane, in units of 2^-16; cos4 in units of 2^-15.
 struct ColumnFactors {
     alignas(16) int16_t tan1[8], tan2[8], tan3Minus1[8], cos4[8], cos4Minus1[8];
+    alignas(16) int16_t one[8], levelShift[8];
+    alignas(16) uint8_t middle[16];
     // What is added to four times a mean: 16 and the values of the other rows.
     alignas(16) int16_t meanUpper[8], meanMiddle[8], meanLower[8];
 };
@@ -21,19 +23,13 @@ constexpr ColumnFactors makeColumnFactors()
     for (int i = 0; i < 8; ++i) {
         f.tan1[i] = 13036, f.tan2[i] = 27146, f.tan3Minus1[i] = -21746;
         f.cos4[i] = 23170, f.cos4Minus1[i] = -19195;
+        f.one[i] = 1, f.levelShift[i] = -128 * 64;
+        f.middle[i] = f.middle[i + 8] = 128;
         f.meanUpper[i] = 16 + 1 + 1, f.meanMiddle[i] = 16, f.meanLower[i] = 16 - 1;
     }
     return f;
 }
 constexpr ColumnFactors kColumnFactors = makeColumnFactors();
-
-// The compiler is not to see the values: it would make each vector from an integer register, for every block anew.
-QEL_INLINE const ColumnFactors& columnFactors()
-{
-    const ColumnFactors* factors = &kColumnFactors;
-    asm("" : "+r"(factors));
-    return *factors;
-}
 
 // 16384 * c * sqrt(2) * cos(k * pi/16) for k = 1 to 7, rounded. The column passes leave rows v and 8 - v divided by
 // c = sqrt(2) * cos(v * pi/16), and rows 0 and 4 as they are.
@@ -58,13 +54,22 @@ struct RowTables {
     alignas(64) int16_t forward[4][8][8];
     // Positions 0 to 3 from frequencies 0 and 2, 4 and 6, 1 and 3, 5 and 7.
     alignas(64) int16_t inverse[4][8][8];
+    // One half of the final shift by 20; for odd frequencies and the sum of their factors.
+    alignas(64) int32_t forwardRounding[2][8][4];
     alignas(64) int32_t inverseRounding[8][4];
-    alignas(64) int16_t halfSigns[8][8]; // 1 for positions 0 to 3, -1 for 4 to 7
+    alignas(64) int16_t upperHalf[4][8]; // all ones for positions 4 to 7
     alignas(64) int32_t isOdd[8][4];     // all ones for odd frequencies
 };
 
 // The first row's 2^16 carries one half of the final shift by 5 to every sample.
 constexpr int32_t kInverseRounding[8] = {65536, 5802, 4520, 3408, 2048, 910, 1024, 746};
+
+constexpr int32_t forwardRounding(int row, int u)
+{
+    int32_t rounding = 1 << 19;
+    for (int x = 0; x < 4; ++x) rounding += u % 2 == 0 ? 0 : basis(row, u, x);
+    return rounding;
+}
 
 constexpr RowTables makeRowTables()
 {
@@ -78,12 +83,24 @@ constexpr RowTables makeRowTables()
                 t.inverse[part][row][lane] = basis(row, part % 2 * 4 + part / 2 + 2 * odd, i);
             }
             t.inverseRounding[row][i] = kInverseRounding[row];
-            t.halfSigns[row][lane] = lane < 4 ? 1 : -1;
+            t.forwardRounding[lane / 4][row][lane % 4] = forwardRounding(row, lane);
+            t.upperHalf[row / 2][lane] = lane < 4 ? 0 : -1;
             t.isOdd[row][i] = -(i % 2);
         }
     return t;
 }
 constexpr RowTables kRowTables = makeRowTables();
+
+// The compiler is not to see the values: it would load each into a register of its own, or make it from an integer,
+// where an instruction can take it from memory.
+template <class Tables> QEL_INLINE const Tables& opaque(const Tables& tables)
+{
+    const Tables* address = &tables;
+    asm("" : "+r"(address));
+    return *address;
+}
+QEL_INLINE const ColumnFactors& columnFactors() { return opaque(kColumnFactors); }
+QEL_INLINE const RowTables& rowTables() { return opaque(kRowTables); }
 
 }
 }
