@@ -67,11 +67,14 @@ PixelsToMcu::PixelsToMcu(const JpegInfo& info, const ScanLayout& layout,
 // Beyond the edges the last pixels are repeated.
 void PixelsToMcu::convert(int x)
 {
-    int channels = picture_.channels(), right = std::min(width_, picture_.width() - x);
-    if (right == width_ && line_ + height_ <= picture_.height())
-        return check(
-            conversion_.fromPixels(picture_.row(line_) + channels * x, int(picture_.step()), components_.data()));
-    int step = channels * width_;
+    int channels = picture_.channels(), right = std::min(width_, picture_.width() - x), step = channels * width_;
+    if (right == width_ && line_ + height_ <= picture_.height()) {
+        const uint8_t* first = picture_.row(line_) + channels * x;
+        // These are more lines at once than processors fetch ahead by themselves.
+        if (x + 3 * width_ <= picture_.width())
+            for (int y = 0; y < height_; ++y) __builtin_prefetch(first + picture_.step() * y + 2 * step);
+        return check(conversion_.fromPixels(first, int(picture_.step()), components_.data()));
+    }
     for (int y = 0; y < height_; ++y) {
         const uint8_t* row = picture_.row(std::min(line_ + y, picture_.height() - 1)) + channels * x;
         uint8_t* out = tile_.pixels.data() + step * y;
