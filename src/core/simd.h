@@ -105,6 +105,14 @@ template <int N> struct PortableSimd {
         return a;
     }
 
+    // Quotients of up to 2^14 by a power of two or minus one, rounded to nearest, ties up.
+    template <int kDivisor> static QEL_INLINE S16<N> divideRounded(S16<N> a)
+    {
+        constexpr int kBits = __builtin_ctz(kDivisor);
+        constexpr int16_t kHalf = 1 << (kBits - 1);
+        return (kDivisor < 0 ? kHalf - a : a + kHalf) >> kBits;
+    }
+
     // Lane i is a[2i] * b[2i] + a[2i + 1] * b[2i + 1], wrapping.
     static QEL_INLINE S32<N> mulAddPairs(S16<N> a, S16<N> b)
     {

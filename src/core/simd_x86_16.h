@@ -32,6 +32,14 @@ template <> struct Simd<16> : GatheredBits, Interleaved<16, Simd<16>> {
         return mulHigh(a, b) * 2 + parity - ((low & 0x7FFF) > 0x4000 - parity);
 #endif
     }
+    template <int kDivisor> static QEL_INLINE S16<16> divideRounded(S16<16> a)
+    {
+#if defined(__SSSE3__)
+        return (S16<16>)_mm_mulhrs_epi16((__m128i)a, _mm_set1_epi16(32768 / kDivisor));
+#else
+        return PortableSimd<16>::divideRounded<kDivisor>(a);
+#endif
+    }
     static QEL_INLINE S16<16> mulAddPairs(U8<16> a, S8<16> weights)
     {
 #if defined(__SSSE3__)

@@ -46,6 +46,10 @@ template <> struct Simd<32> : GatheredBits, Interleaved<32, Simd<32>> {
     {
         return evenTies((S16<32>)_mm256_mulhrs_epi16((__m256i)a, (__m256i)b), a * b);
     }
+    template <int kDivisor> static QEL_INLINE S16<32> divideRounded(S16<32> a)
+    {
+        return (S16<32>)_mm256_mulhrs_epi16((__m256i)a, _mm256_set1_epi16(32768 / kDivisor));
+    }
     static QEL_INLINE S16<32> mulAddPairs(U8<32> a, S8<32> weights)
     {
         return (S16<32>)_mm256_maddubs_epi16((__m256i)a, (__m256i)weights);

@@ -56,6 +56,10 @@ template <> struct Simd<64> : GatheredBits, Interleaved<64, Simd<64>> {
     {
         return evenTies((S16<64>)_mm512_mulhrs_epi16((__m512i)a, (__m512i)b), a * b);
     }
+    template <int kDivisor> static QEL_INLINE S16<64> divideRounded(S16<64> a)
+    {
+        return (S16<64>)_mm512_mulhrs_epi16((__m512i)a, _mm512_set1_epi16(32768 / kDivisor));
+    }
     static QEL_INLINE S16<64> mulAddPairs(U8<64> a, S8<64> weights)
     {
         return (S16<64>)_mm512_maddubs_epi16((__m512i)a, (__m512i)weights);

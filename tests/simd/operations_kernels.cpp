@@ -66,6 +66,11 @@ template <class S, int N> struct Run {
     {
         store(out, S::mulRoundEven(at<S16<N>>(in, 0) & ~0x7F, at<S16<N>>(in, 1) & ~0x7F));
     }
+    static void divideRounded(const uint8_t* in, uint8_t* out)
+    {
+        auto v = at<S16<N>>(in, 0) >> 1;
+        store(out, S::template divideRounded<16>(v)), store(out + N, S::template divideRounded<-16>(v));
+    }
     static void runningSum(const uint8_t* in, uint8_t* out)
     {
         S16<N> total = {};
@@ -202,7 +207,8 @@ template <class S, int N> struct Run {
         QEL_OPERATION(N, unzip3, 3, 3 * N), QEL_OPERATION(N, permute, 64 / N, 64), QEL_OPERATION(N, gatherBits, 1, 8), \
         QEL_OPERATION(N, shiftIn16, 2, N), QEL_OPERATION(N, shiftIn32, 2, N), QEL_OPERATION(N, truncate, 1, N),        \
         QEL_OPERATION(N, unzip2Words, 2, 2 * N), QEL_OPERATION(N, unzip2Floats, 2, 2 * N),                             \
-        QEL_OPERATION(N, load3Floats, 3, 3 * N), QEL_OPERATION(N, store3Floats, 3, 3 * N)
+        QEL_OPERATION(N, load3Floats, 3, 3 * N), QEL_OPERATION(N, store3Floats, 3, 3 * N),                             \
+        QEL_OPERATION(N, divideRounded, 1, 2 * N)
 
 constexpr SimdOperation kOperations[] = {
     QEL_OPERATIONS(16),
