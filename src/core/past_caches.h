@@ -19,18 +19,25 @@ inline bool isBeyondCaches(QelSize size, size_t bytesPerElement)
     return (size_t)size.width * (size_t)size.height * bytesPerElement >= kPastCaches;
 }
 
-// row(r) for all rows, by all threads or one, which order their stores in the end if these go past the caches.
+// block(first, end) for all rows, by all threads or one, which order their stores in the end if these go past the
+// caches; and row(r) for each row.
 enum Loop { kSerial, kParallel };
-template <Loop kLoop, class Row> inline void forRowsOfOutput(QelSize roi, bool goesPast, Row row)
+template <Loop kLoop, class Block> inline void forBlocksOfOutput(QelSize roi, bool goesPast, Block block)
 {
-    auto block = [=](int first, int end) {
-        for (int r = first; r < end; ++r) row(r);
+    auto orderedBlock = [=](int first, int end) {
+        block(first, end);
         if (goesPast) kernels<SupportKernels>().finishStores();
     };
     if (kLoop == kParallel)
-        forBlocksInParallel(roi, block);
+        forBlocksInParallel(roi, orderedBlock);
     else
-        block(0, roi.height);
+        orderedBlock(0, roi.height);
+}
+template <Loop kLoop, class Row> inline void forRowsOfOutput(QelSize roi, bool goesPast, Row row)
+{
+    forBlocksOfOutput<kLoop>(roi, goesPast, [=](int first, int end) {
+        for (int r = first; r < end; ++r) row(r);
+    });
 }
 
 // Elements of a piece: a multiple of every kernel's step, so that a row in pieces gives what a whole row gives.

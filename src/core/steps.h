@@ -59,20 +59,30 @@ template <class Body> QEL_INLINE void inOverlappingSteps(ptrdiff_t begin, ptrdif
 // Bytes of a cache line.
 constexpr ptrdiff_t kLine = 64;
 
-// Like inOverlappingSteps, for output past the caches, kBytes for each element from `dst` on: past(Bytes<N>(), i) fills
-// whole lines, plain(Bytes<N>(), i) does what lies in others. A line that is stored both ways costs more than a row
-// gains.
+// For a row of output past the caches, kBytes for each of its n elements from `dst` on: past(Bytes<N>(), i) fills whole
+// lines, plain(Bytes<N>(), i, out) writes to `out` what lies in others. A line that is stored both ways costs more than
+// a row gains, and so does waiting for the line at the end, which has to be read.
 template <int kBytes, class Plain, class Past>
-QEL_INLINE void inLines(ptrdiff_t n, const void* dst, Plain plain, Past past)
+QEL_INLINE void inLines(ptrdiff_t n, uint8_t* dst, Plain plain, Past past)
 {
     constexpr ptrdiff_t kWidth = QEL_WIDTH < 16 ? 16 : QEL_WIDTH,
                         kUnit = kWidth < kLine / kBytes ? kLine / kBytes : kWidth;
+    if (n < kWidth) return inSteps(n, [=](auto step, ptrdiff_t i) { plain(step, i, dst + kBytes * i); });
+
+    __builtin_prefetch(dst + kBytes * n, 1);
+    auto partOfLine = [=](ptrdiff_t i, ptrdiff_t end) {
+        for (; end - i >= kWidth; i += kWidth) plain(Bytes<kWidth>(), i, dst + kBytes * i);
+        ptrdiff_t from = i < n - kWidth ? i : n - kWidth;
+        uint8_t room[kBytes * kWidth];
+        plain(Bytes<kWidth>(), from, room);
+        __builtin_memcpy(dst + kBytes * i, room + kBytes * (i - from), size_t(kBytes * (end - i)));
+    };
     auto before = ptrdiff_t(-(uintptr_t)dst % kLine);
     ptrdiff_t first = before % kBytes != 0 || before / kBytes > n ? n : before / kBytes;
     ptrdiff_t last = first + (n - first) / kUnit * kUnit;
-    inOverlappingSteps(0, first, 0, plain);
+    partOfLine(0, first);
     for (ptrdiff_t i = first; i < last; i += kWidth) past(Bytes<kWidth>(), i);
-    inOverlappingSteps(last, n, 0, plain);
+    partOfLine(last, n);
 }
 
 }

@@ -41,13 +41,14 @@ void add128(const int16_t* src, uint8_t* dst, int len)
 void sub128Past(const uint8_t* src, int16_t* dst, int len)
 {
     inLines<2>(
-        len, dst, [=](auto width, ptrdiff_t i) { sub<IntoCaches>(width, src + i, dst + i); },
+        len, (uint8_t*)dst,
+        [=](auto width, ptrdiff_t i, uint8_t* out) { sub<IntoCaches>(width, src + i, (int16_t*)out); },
         [=](auto width, ptrdiff_t i) { sub<PastCaches>(width, src + i, dst + i); });
 }
 void add128Past(const int16_t* src, uint8_t* dst, int len)
 {
     inLines<1>(
-        len, dst, [=](auto width, ptrdiff_t i) { add<IntoCaches>(width, src + i, dst + i); },
+        len, dst, [=](auto width, ptrdiff_t i, uint8_t* out) { add<IntoCaches>(width, src + i, out); },
         [=](auto width, ptrdiff_t i) { add<PastCaches>(width, src + i, dst + i); });
 }
 

@@ -14,6 +14,8 @@ struct SamplingKernels {
     // These read one sample before the row and one behind it.
     void (*upH2V1)(const uint8_t* src, uint8_t* dst, int dstWidth);
     void (*upH2V2)(const uint8_t* near, const uint8_t* far, uint8_t* dst, int dstWidth);
+    // Both destination rows between two source rows: the first is nearer to the upper one.
+    void (*upBothH2V2)(const uint8_t* upper, const uint8_t* lower, uint8_t* dst1, uint8_t* dst2, int dstWidth);
     // Past the caches.
     void (*upH2V1Past)(const uint8_t* src, uint8_t* dst, int dstWidth);
     void (*upH2V2Past)(const uint8_t* near, const uint8_t* far, uint8_t* dst, int dstWidth);

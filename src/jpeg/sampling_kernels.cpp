@@ -80,24 +80,35 @@ struct Bilinear {
 
     // Neighbours are multiplied as they lie in memory: the pairs of a load at i + k are samples (i + k, i + k + 1),
     // (i + k + 2, i + k + 3) and so on, so loads at i - 1, i and i + 1 hold every pair without a shuffle.
-    template <int N> QEL_INLINE U16<N> lefts(ptrdiff_t i) const
+    template <int N> struct Loads {
+        U8<N> before, here, behind;
+
+        explicit QEL_INLINE Loads(const uint8_t* p)
+            : before(load<U8<N>>(p - 1)), here(load<U8<N>>(p)), behind(load<U8<N>>(p + 1))
+        {}
+    };
+    // Both destination samples of every other source sample as the bytes of a lane, from its pairs with the sample
+    // before it and with the one behind it. The right one is rounded as its negative, ties up.
+    template <int N> static QEL_INLINE U16<N> upEveryOther(U8<N> nearBefore, U8<N> farBefore, U8<N> near, U8<N> far)
     {
-        return (U16<N>)(Simd<N>::mulAddPairs(load<U8<N>>(near + i - 1), pairsOf<N>(3, 9)) +
-                        Simd<N>::mulAddPairs(load<U8<N>>(far + i - 1), pairsOf<N>(1, 3)) + 8);
+        auto left =
+                 Simd<N>::mulAddPairs(nearBefore, pairsOf<N>(3, 9)) + Simd<N>::mulAddPairs(farBefore, pairsOf<N>(1, 3)),
+             right = Simd<N>::mulAddPairs(near, pairsOf<N>(9, 3)) + Simd<N>::mulAddPairs(far, pairsOf<N>(3, 1));
+        return (U16<N>)(Simd<N>::template divideRounded<16>(left) - (Simd<N>::template divideRounded<-16>(right) << 8));
     }
-    template <int N> QEL_INLINE U16<N> rights(ptrdiff_t i) const
-    {
-        return (U16<N>)(Simd<N>::mulAddPairs(load<U8<N>>(near + i), pairsOf<N>(9, 3)) +
-                        Simd<N>::mulAddPairs(load<U8<N>>(far + i), pairsOf<N>(3, 1)) + 7);
-    }
-    // Both destination samples of source samples i, i + 2, i + 4, ... as the bytes of a lane.
-    template <int N> QEL_INLINE U16<N> upEveryOther(ptrdiff_t i) const
-    {
-        return lefts<N>(i) >> 4 | (rights<N>(i) << 4 & 0xFF00);
-    }
+    // All destination samples of N source samples: those of the first, third and so on, and the others.
+    template <int N> struct Doubled {
+        U16<N> even, odd;
+
+        QEL_INLINE Doubled(Loads<N> near, Loads<N> far)
+            : even(upEveryOther<N>(near.before, far.before, near.here, far.here)),
+              odd(upEveryOther<N>(near.here, far.here, near.behind, far.behind))
+        {}
+        template <class Stores> QEL_INLINE void store(uint8_t* dst) const { storePairs<Stores, N>(dst, even, odd); }
+    };
     template <class Stores, int N> QEL_INLINE void up(Bytes<N>, ptrdiff_t i, uint8_t* dst) const
     {
-        storePairs<Stores, N>(dst, upEveryOther<N>(i), upEveryOther<N>(i + 1));
+        Doubled<N>(Loads<N>(near + i), Loads<N>(far + i)).template store<Stores>(dst);
     }
 };
 
@@ -114,17 +125,39 @@ template <class Stores, int N, class Rows> QEL_INLINE void upSample(Bytes<N> ste
 // Where a destination register, of two samples for each step, is aligned; stores are most of the traffic.
 QEL_INLINE ptrdiff_t phaseOf(const uint8_t* dst) { return ptrdiff_t((uintptr_t)dst / 2); }
 
+template <class Rows> QEL_INLINE void upLast(Rows rows, uint8_t* dst, int dstWidth)
+{
+    ptrdiff_t pairs = dstWidth / 2;
+    if (dstWidth % 2 != 0) dst[2 * pairs] = rows.left(rows.at(pairs), rows.at(pairs - 1));
+}
+
 // Reads one sample before the rows and one behind them.
 template <bool kPast, class Rows> QEL_INLINE void upPlaneRow(Rows rows, uint8_t* dst, int dstWidth)
 {
     int pairs = dstWidth / 2;
-    auto plain = [=](auto step, ptrdiff_t i) { upSample<IntoCaches>(step, rows, i, dst + 2 * i); };
+    auto plain = [=](auto step, ptrdiff_t i, uint8_t* out) { upSample<IntoCaches>(step, rows, i, out); };
     if constexpr (kPast)
         inLines<2>(pairs, dst, plain,
                    [=](auto step, ptrdiff_t i) { upSample<PastCaches>(step, rows, i, dst + 2 * i); });
     else
-        inOverlappingSteps(0, pairs, phaseOf(dst), plain);
-    if (dstWidth % 2 != 0) dst[dstWidth - 1] = rows.left(rows.at(pairs), rows.at(pairs - 1));
+        inOverlappingSteps(0, pairs, phaseOf(dst), [=](auto step, ptrdiff_t i) { plain(step, i, dst + 2 * i); });
+    upLast(rows, dst, dstWidth);
+}
+
+// Samples i and on of both destination rows between two source rows: all is loaded once, before anything is stored.
+QEL_INLINE void upBetween(Bytes<1> step, const uint8_t* upper, const uint8_t* lower, ptrdiff_t i, uint8_t* dst1,
+                          uint8_t* dst2)
+{
+    upSample<IntoCaches>(step, Bilinear{upper, lower}, i, dst1);
+    upSample<IntoCaches>(step, Bilinear{lower, upper}, i, dst2);
+}
+template <int N> QEL_INLINE void upBetween(Bytes<N>, const uint8_t* upper, const uint8_t* lower, ptrdiff_t i,
+                                           uint8_t* dst1, uint8_t* dst2)
+{
+    Bilinear::Loads<N> above(upper + i), below(lower + i);
+    Bilinear::Doubled<N> first(above, below), second(below, above);
+    first.template store<IntoCaches>(dst1);
+    second.template store<IntoCaches>(dst2);
 }
 
 // Reads nothing outside the rows: the first and last samples stand for their missing neighbours.
@@ -149,6 +182,13 @@ template <bool kPast> void upH2V2(const uint8_t* near, const uint8_t* far, uint8
 {
     upPlaneRow<kPast>(Bilinear{near, far}, dst, dstWidth);
 }
+void upBothH2V2(const uint8_t* upper, const uint8_t* lower, uint8_t* dst1, uint8_t* dst2, int dstWidth)
+{
+    inOverlappingSteps(0, dstWidth / 2, phaseOf(dst1),
+                       [=](auto step, ptrdiff_t i) { upBetween(step, upper, lower, i, dst1 + 2 * i, dst2 + 2 * i); });
+    upLast(Bilinear{upper, lower}, dst1, dstWidth);
+    upLast(Bilinear{lower, upper}, dst2, dstWidth);
+}
 void upRowH2V1(const uint8_t* src, int srcWidth, uint8_t* dst) { upRow(Linear{src}, srcWidth, dst); }
 void upRowH2V2(const uint8_t* near, const uint8_t* far, int srcWidth, uint8_t* dst)
 {
@@ -163,6 +203,7 @@ const SamplingKernels SamplingKernels::QEL_BUILD = {
     .downH2V2 = qel::QEL_BUILD::downH2V2,
     .upH2V1 = qel::QEL_BUILD::upH2V1<false>,
     .upH2V2 = qel::QEL_BUILD::upH2V2<false>,
+    .upBothH2V2 = qel::QEL_BUILD::upBothH2V2,
     .upH2V1Past = qel::QEL_BUILD::upH2V1<true>,
     .upH2V2Past = qel::QEL_BUILD::upH2V2<true>,
     .downRowH2V1 = qel::QEL_BUILD::downRowH2V1,

@@ -8,10 +8,10 @@ using namespace qel::test;
 
 namespace {
 
-// Two sources and four destinations.
+// Two sources and six destinations.
 auto rowsOf(size_t source, size_t destination)
 {
-    std::vector<Room> rooms(6, room<uint8_t>(destination));
+    std::vector<Room> rooms(8, room<uint8_t>(destination));
     rooms[0] = rooms[1] = room<uint8_t>(source);
     return rooms;
 }
@@ -38,6 +38,7 @@ TEST(SamplingKernels, Triangle)
                                           [](auto& table, Rooms& r, int n) {
                                               table.upH2V1(r[0] + 1, r[2], n);
                                               table.upH2V2(r[0] + 1, r[1] + 1, r[3], n);
+                                              table.upBothH2V2(r[0] + 1, r[1] + 1, r[6], r[7], n);
                                               bool isScalar = &table == &SamplingKernels::scalar;
                                               (isScalar ? table.upH2V1 : table.upH2V1Past)(r[0] + 1, r[4], n);
                                               (isScalar ? table.upH2V2 : table.upH2V2Past)(r[0] + 1, r[1] + 1, r[5], n);
