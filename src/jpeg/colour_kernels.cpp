@@ -95,7 +95,7 @@ template <int kGroup, bool kPast, class Body, class To>
 QEL_INLINE ptrdiff_t groups(ptrdiff_t i, int width, To to, Body body)
 {
     if constexpr (kPast)
-        return inGroupsPastCaches<kGroup>(i, width, body, [=](ptrdiff_t at) { return to.addressOf(at); });
+        return inGroupsPastCaches<kGroup>(i, width, to, body);
     else
         return inGroups<kGroup>(i, width, body);
 }
@@ -124,7 +124,7 @@ QEL_INLINE void rowToRgb(const uint8_t* y, const uint8_t* cb, const uint8_t* cr,
 struct ToYcc {
     Planes3<uint8_t> planes;
 
-    QEL_INLINE uintptr_t addressOf(ptrdiff_t i) const { return planes.addressOf(i); }
+    template <class Visit> QEL_INLINE void atAddresses(ptrdiff_t i, Visit visit) const { planes.atAddresses(i, visit); }
     template <class V, class Fixed, class Colours> QEL_INLINE void put(ptrdiff_t i, Colours rgb) const
     {
         planes.put<V>(i, weigh<Fixed::kY>(rgb), weigh<Fixed::kCb>(rgb), weigh<Fixed::kCr>(rgb));
@@ -137,7 +137,7 @@ struct ToYcc {
 struct ToY {
     uint8_t* row;
 
-    QEL_INLINE uintptr_t addressOf(ptrdiff_t i) const { return (uintptr_t)(row + i); }
+    template <class Visit> QEL_INLINE void atAddresses(ptrdiff_t i, Visit visit) const { visit(row + i); }
     template <class V, class Fixed, class Colours> QEL_INLINE void put(ptrdiff_t i, Colours rgb) const
     {
         V::store(row + i, weigh<Fixed::kY>(rgb));
@@ -173,7 +173,7 @@ template <class Inks> struct ToInks {
     Inks inks;
     const uint8_t* k;
 
-    QEL_INLINE uintptr_t addressOf(ptrdiff_t i) const { return inks.addressOf(i); }
+    template <class Visit> QEL_INLINE void atAddresses(ptrdiff_t i, Visit visit) const { inks.atAddresses(i, visit); }
     template <class V, class S> QEL_INLINE void put(ptrdiff_t i, S r, S g, S b) const
     {
         inks.template put<V>(i, S(~r), S(~g), S(~b), V::load(k + i));

@@ -1,6 +1,6 @@
 // Pixel formats for kernels. A format is a row with get<V>(i, ...) and put<V>(i, ...) of the V::kCount pixels from i
-// on, channels as V::Type, and addressOf(i) with the bits of all addresses where pixel i begins. Row is a pointer to
-// bytes, or whatever else V loads from and stores to.
+// on, channels as V::Type, and atAddresses(i, visit), which calls visit(p) for each address p where a part of pixel i
+// begins. Row is a pointer to bytes, or whatever else V loads from and stores to.
 #pragma once
 
 #include "jpeg/samples.h"
@@ -12,7 +12,7 @@ namespace {
 template <class Row> struct Rgb24 {
     Row row;
 
-    QEL_INLINE uintptr_t addressOf(ptrdiff_t i) const { return (uintptr_t)(row + 3 * i); }
+    template <class Visit> QEL_INLINE void atAddresses(ptrdiff_t i, Visit visit) const { visit(row + 3 * i); }
     template <class V, class S> QEL_INLINE void get(ptrdiff_t i, S& r, S& g, S& b) const
     {
         V::load3(row + 3 * i, r, g, b);
@@ -25,7 +25,7 @@ template <class Row> struct Rgb24 {
 template <class Row> struct Bgr24 {
     Row row;
 
-    QEL_INLINE uintptr_t addressOf(ptrdiff_t i) const { return (uintptr_t)(row + 3 * i); }
+    template <class Visit> QEL_INLINE void atAddresses(ptrdiff_t i, Visit visit) const { visit(row + 3 * i); }
     template <class V, class S> QEL_INLINE void get(ptrdiff_t i, S& r, S& g, S& b) const
     {
         V::load3(row + 3 * i, b, g, r);
@@ -39,9 +39,9 @@ template <class Row> struct Bgr24 {
 template <class T> struct Planes3 {
     T *first, *second, *third;
 
-    QEL_INLINE uintptr_t addressOf(ptrdiff_t i) const
+    template <class Visit> QEL_INLINE void atAddresses(ptrdiff_t i, Visit visit) const
     {
-        return (uintptr_t)(first + i) | (uintptr_t)(second + i) | (uintptr_t)(third + i);
+        visit(first + i), visit(second + i), visit(third + i);
     }
     template <class V, class S> QEL_INLINE void get(ptrdiff_t i, S& a, S& b, S& c) const
     {
@@ -89,7 +89,7 @@ template <int kGreenBits, class Words> QEL_INLINE void unpackWords(Words w, Word
 template <int kGreenBits, class Row> struct Rgb16 {
     Row row;
 
-    QEL_INLINE uintptr_t addressOf(ptrdiff_t i) const { return (uintptr_t)(row + 2 * i); }
+    template <class Visit> QEL_INLINE void atAddresses(ptrdiff_t i, Visit visit) const { visit(row + 2 * i); }
     template <class V, class S> QEL_INLINE void get(ptrdiff_t i, S& r, S& g, S& b) const
     {
         S lower, upper;
@@ -113,7 +113,7 @@ template <int kGreenBits, class Row> struct Rgb16 {
 template <int kGreenBits, class Row> struct Bgr16 {
     Row row;
 
-    QEL_INLINE uintptr_t addressOf(ptrdiff_t i) const { return (uintptr_t)(row + 2 * i); }
+    template <class Visit> QEL_INLINE void atAddresses(ptrdiff_t i, Visit visit) const { visit(row + 2 * i); }
     template <class V, class S> QEL_INLINE void get(ptrdiff_t i, S& r, S& g, S& b) const
     {
         Rgb16<kGreenBits, Row>{row}.template get<V>(i, b, g, r);
@@ -135,9 +135,9 @@ template <class Row> using Bgr565 = Bgr16<6, Row>;
 template <class T> struct Planes4 {
     T *first, *second, *third, *fourth;
 
-    QEL_INLINE uintptr_t addressOf(ptrdiff_t i) const
+    template <class Visit> QEL_INLINE void atAddresses(ptrdiff_t i, Visit visit) const
     {
-        return (uintptr_t)(first + i) | (uintptr_t)(second + i) | (uintptr_t)(third + i) | (uintptr_t)(fourth + i);
+        visit(first + i), visit(second + i), visit(third + i), visit(fourth + i);
     }
     template <class V, class S> QEL_INLINE void get(ptrdiff_t i, S& a, S& b, S& c, S& d) const
     {
@@ -153,7 +153,7 @@ template <class T> struct Planes4 {
 template <class Row> struct Cmyk32 {
     Row row;
 
-    QEL_INLINE uintptr_t addressOf(ptrdiff_t i) const { return (uintptr_t)(row + 4 * i); }
+    template <class Visit> QEL_INLINE void atAddresses(ptrdiff_t i, Visit visit) const { visit(row + 4 * i); }
     template <class V, class S> QEL_INLINE void get(ptrdiff_t i, S& c, S& m, S& y, S& k) const
     {
         V::load4(row + 4 * i, c, m, y, k);

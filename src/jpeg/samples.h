@@ -172,15 +172,22 @@ template <int kGroup, class Body> QEL_INLINE ptrdiff_t inGroups(ptrdiff_t i, ptr
     return i;
 }
 
-// The same with output past the caches, in whole lines, if it can be brought to begin with one: addressOf(i) has the
-// bits of all addresses at which the output of sample i begins.
-template <int kGroup, class Body, class AddressOf>
-QEL_INLINE ptrdiff_t inGroupsPastCaches(ptrdiff_t i, ptrdiff_t n, Body body, AddressOf addressOf)
+// The same with output past the caches, in whole lines, if all of it can be brought to begin with one:
+// to.atAddresses(i, visit) tells where the output of sample i begins. The lines at the end are asked for early, as they
+// are read first.
+template <int kGroup, class To, class Body>
+QEL_INLINE ptrdiff_t inGroupsPastCaches(ptrdiff_t i, ptrdiff_t n, To to, Body body)
 {
     if constexpr (QEL_WIDTH >= 16) {
+        auto beginsLines = [=](ptrdiff_t at) {
+            uintptr_t bits = 0;
+            to.atAddresses(at, [&](const uint8_t* p) QEL_INLINE_BODY { bits |= (uintptr_t)p; });
+            return bits % kLine == 0;
+        };
+        to.atAddresses(n, [](const uint8_t* p) QEL_INLINE_BODY { __builtin_prefetch(p, 1); });
         ptrdiff_t start = i;
-        while (start < i + kLine && addressOf(start) % kLine != 0) start += 8;
-        if (addressOf(start) % kLine == 0) {
+        while (start < i + kLine && !beginsLines(start)) start += 8;
+        if (beginsLines(start)) {
             for (; i < start && n - i >= 8; i += 8) body(Few<8>(), i);
             for (ptrdiff_t end = i + (n - i) / kLine * kLine; i < end; i += QEL_WIDTH)
                 body(SamplesPastCaches<QEL_WIDTH>(), i);
