@@ -11,74 +11,6 @@
 
 namespace qel::test {
 
-// The decoder of T.800 Figures C.14 to C.20. Bytes behind the end are 0xFF.
-class StandardMq {
-public:
-    struct Context {
-        int state, mps;
-    };
-
-    void start(const uint8_t* src, int length)
-    {
-        begin_ = src, end_ = src + length;
-        at_ = 0;
-        c_ = byte(0) << 16;
-        byteIn();
-        c_ <<= 7;
-        ct_ -= 7;
-        a_ = 0x8000;
-    }
-    void reset()
-    {
-        std::fill(contexts_, contexts_ + 19, Context{0, 0});
-        contexts_[0].state = 46, contexts_[1].state = 3, contexts_[2].state = 4;
-    }
-    int next(int context)
-    {
-        auto& [state, mps] = contexts_[context];
-        const uint32_t* row = owniEstimator_JPEG2K[state];
-        uint32_t qe = row[0];
-        a_ -= qe;
-        bool isLower = c_ >> 16 < qe, isSmall = a_ < qe;
-        if (isLower)
-            a_ = qe;
-        else
-            c_ -= qe << 16;
-        if (!isLower && a_ & 0x8000) return mps;
-        bool isLps = isLower != isSmall;
-        int decision = isLps ? 1 - mps : mps;
-        if (isLps && row[3]) mps = 1 - mps;
-        state = int(row[isLps ? 2 : 1]);
-        do {
-            if (ct_ == 0) byteIn();
-            a_ <<= 1, c_ <<= 1;
-            --ct_;
-        } while (!(a_ & 0x8000));
-        return decision;
-    }
-    int checkTermination() { return 0; }
-
-private:
-    uint32_t byte(int i) const { return begin_ + i < end_ ? begin_[i] : 0xFF; }
-    void byteIn()
-    {
-        ct_ = 8;
-        if (byte(at_) != 0xFF) {
-            c_ += byte(++at_) << 8;
-        } else if (byte(at_ + 1) > 0x8F) {
-            c_ += 0xFF00;
-        } else {
-            c_ += byte(++at_) << 9;
-            ct_ = 7;
-        }
-    }
-
-    const uint8_t *begin_ = nullptr, *end_ = nullptr;
-    int at_ = 0, ct_ = 0;
-    uint32_t a_ = 0, c_ = 0;
-    Context contexts_[19] = {};
-};
-
 // The library's own steps, one decision at a time: what all bytes mean, also those that no encoder writes.
 struct StepwiseMq {
     MqDecoderState state = {};
@@ -104,7 +36,7 @@ struct RawBits {
     }
 };
 
-template <class Mq> class CodeBlockReference {
+class CodeBlockReference {
 public:
     CodeBlockReference(int width, int height, int bandType, bool isCausal)
         : width_(width), height_(height), bandType_(bandType), isCausal_(isCausal), samples(size_t(width) * height)
@@ -112,7 +44,7 @@ public:
         mq.reset();
     }
 
-    Mq mq;
+    StepwiseMq mq;
     RawBits raw;
     bool isRaw = false; // where the decisions of the next pass come from
 
@@ -259,9 +191,9 @@ inline int segmentOf(int pass, int style)
     return 1 + (pass - 10) / 3 * 2 + (kindOf(pass) == PassKind::cleanup);
 }
 
-template <class Mq> DecodedBlock decodeReference(const CodedBlock& block)
+inline DecodedBlock decodeReference(const CodedBlock& block)
 {
-    CodeBlockReference<Mq> reference(block.width, block.height, block.bandType, block.style & JPEG2K_VERTICALLY_CAUSAL);
+    CodeBlockReference reference(block.width, block.height, block.bandType, block.style & JPEG2K_VERTICALLY_CAUSAL);
     DecodedBlock decoded = {};
     const bool terminatesAll = block.style & JPEG2K_TERMINATE_EVERY_PASS, bypasses = block.style & JPEG2K_BYPASS;
     int current = block.planes - 1, last = std::min(block.passes, 3 * block.planes - 2) - 1;

@@ -1,36 +1,10 @@
-// Decoding of code-blocks beside a decoder after the standard, the order of faults, and decoding by steps.
+// Decoding of code-blocks: the order of faults, and decoding by steps.
 #include "argument_faults.h"
 #include "code_block_cases.h"
 
 using namespace qel::test;
 
 namespace {
-
-TEST(DecodeCodeBlock, AsTheStandardTells)
-{
-    Random random(1);
-    for (int round = 0; round < 1500; ++round) {
-        CodedBlock block = randomBlock(random);
-        // What no encoder writes has no meaning in the standard.
-        for (auto& bytes : block.segments)
-            for (size_t i = 1; i < bytes.size(); ++i)
-                if (bytes[i - 1] == 0xFF && bytes[i] >= 0x80 && bytes[i] < 0x90) bytes[i] = 0x7F;
-        SCOPED_TRACE(testing::Message() << "round " << round << ", style " << block.style << ", " << block.width << "x"
-                                        << block.height);
-        ASSERT_NO_FATAL_FAILURE(expectAsReference<StandardMq>(block));
-    }
-}
-
-TEST(DecodeCodeBlock, LongAndNarrow)
-{
-    Random random(2);
-    for (QelSize size : {QelSize{4, 1024}, QelSize{1024, 4}, QelSize{1, 300}, QelSize{300, 1}}) {
-        CodedBlock block = {size.width, size.height, 1, 8, 22, JPEG2K_KEEP_LOW_BITS, {std::vector<uint8_t>(4000)}};
-        for (uint8_t& byte : block.segments[0]) byte = uint8_t(random.between(0, 0x7F));
-        SCOPED_TRACE(testing::Message() << size.width << "x" << size.height);
-        ASSERT_NO_FATAL_FAILURE(expectAsReference<StandardMq>(block));
-    }
-}
 
 // A block of one sample: the byte 0 leaves all of the interval to the first decisions.
 struct OneSample {
@@ -143,7 +117,7 @@ TEST(DecodeBySteps, OrderOfFaults)
 TEST(DecodeBySteps, AsInOneCall)
 {
     Random random(3);
-    std::vector<uint8_t> buffer(10180 + 5);
+    std::vector<uint8_t> buffer(100000); // more than any of the blocks asks for
     auto* state = (QelDecodeCBProgrState*)(buffer.data() + 5);
     ASSERT_EQ(qeliDecodeCBProgrInit_JPEG2K(state), qelStsNoErr);
     for (int round = 0; round < 200; ++round) {

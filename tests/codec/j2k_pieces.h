@@ -58,6 +58,7 @@ inline CodestreamPieces takeApart(codec::Bytes file)
     return pieces;
 }
 
+// The headers of the packets of a tile-part, their bodies, or both.
 inline File headersOf(const TilePartPieces& part)
 {
     File headers;
@@ -75,24 +76,28 @@ inline File bodiesOf(const TilePartPieces& part)
 inline File packetsOf(const TilePartPieces& part)
 {
     File packets;
-    for (const PacketPieces& packet : part.packets) {
-        append(packets, packet.header);
-        append(packets, packet.body);
-    }
+    for (const PacketPieces& packet : part.packets) append(packets, packet.header), append(packets, packet.body);
     return packets;
 }
 
-// A tile-part with segments in its header and `data` behind it.
-inline void appendPart(File& file, const TilePartPieces& part, const File& segments, const File& data)
-{
-    size_t at = file.size(), length = part.start.size() + segments.size() + 2 + data.size();
-    append(file, part.start);
-    for (int i = 0; i < 4; ++i) file[at + 6 + size_t(i)] = uint8_t(length >> (24 - 8 * i));
-    append(file, segments);
-    file.insert(file.end(), {0xFF, codec::j2k_marker::kSod});
-    append(file, data);
-}
+inline File noSegments(const TilePartPieces&) { return {}; }
 
-inline void appendEoc(File& file) { file.insert(file.end(), {0xFF, codec::j2k_marker::kEoc}); }
+// A file of the pieces: segmentsOf(part) in the header of each tile-part, and dataOf(part) behind it.
+template <class Segments = decltype(noSegments), class Data = decltype(packetsOf)>
+File putTogether(const CodestreamPieces& pieces, Segments segmentsOf = noSegments, Data dataOf = packetsOf)
+{
+    File file = pieces.mainHeader;
+    for (const TilePartPieces& part : pieces.parts) {
+        const File segments = segmentsOf(part), data = dataOf(part);
+        size_t at = file.size(), length = part.start.size() + segments.size() + 2 + data.size();
+        append(file, part.start);
+        for (size_t i = 0; i < 4; ++i) file[at + 6 + i] = uint8_t(length >> (24 - 8 * i));
+        append(file, segments);
+        file.insert(file.end(), {0xFF, codec::j2k_marker::kSod});
+        append(file, data);
+    }
+    file.insert(file.end(), {0xFF, codec::j2k_marker::kEoc});
+    return file;
+}
 
 }

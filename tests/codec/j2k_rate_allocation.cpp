@@ -1,43 +1,15 @@
-// Where code-blocks are cut, and what errors weigh.
+// Where code-blocks may be cut.
 #include "codec/j2k_rate_allocation.h"
 
 #include <gtest/gtest.h>
 
-#include "codec/error.h"
-#include "codec/j2k_band_energy.h"
-#include "codec/j2k_wavelet.h"
-#include "pictures.h"
+#include <algorithm>
+#include <functional>
+#include <vector>
 
 namespace {
 
 using namespace qel::codec;
-using namespace qel::test;
-using enum J2kBandKind;
-
-// Energy of what one coefficient, far from all edges, becomes.
-template <class Sample> double energyOfOne(int level, J2kBandKind kind, Sample value)
-{
-    J2kSubbands<Sample> bands({0, 0, 256, 256}, level, J2kPlane<Sample>::Fill::zero);
-    J2kPlane<Sample>& band = bands.band(level, kind);
-    band.row(band.height() / 2)[band.width() / 2] = value;
-    J2kPlane<Sample> plane = inverseWavelet(std::move(bands), 1);
-    double energy = 0;
-    for (uint32_t y = 0; y < 256; ++y)
-        for (uint32_t x = 0; x < 256; ++x) energy += double(plane.row(y)[x]) * double(plane.row(y)[x]);
-    return energy / (double(value) * double(value));
-}
-
-TEST(BandEnergy, IsThatOfTheInverseTransform)
-{
-    for (int level : {1, 2, 3, 4})
-        for (J2kBandKind kind : {ll, lh, hl, hh}) {
-            EXPECT_NEAR(bandEnergy(false, 256, 256, level, kind) / energyOfOne(level, kind, 1000.f), 1, 1e-5);
-            EXPECT_NEAR(bandEnergy(true, 256, 256, level, kind) / energyOfOne(level, kind, 1 << 20), 1, 1e-3);
-        }
-    EXPECT_EQ(bandEnergy(true, 9, 9, 0, ll), 1);
-    // What stands for a whole tile.
-    EXPECT_EQ(bandEnergy(false, 5, 7, 32, ll), 35);
-}
 
 J2kEncodedBlock blockOf(double error, std::vector<J2kEncodedPass> passes)
 {

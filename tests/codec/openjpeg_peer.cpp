@@ -154,6 +154,16 @@ opj_cparameters_t parametersOf(const OpenJpegCase& options)
         parameters.roi_compno = 0;
         parameters.roi_shift = options.roiShift;
     }
+    parameters.numpocs = uint32_t(options.changes.size());
+    for (size_t i = 0; i < options.changes.size(); ++i) {
+        auto& [firstResolution, endResolution, firstComponent, endComponent, endLayer, order] = options.changes[i];
+        opj_poc_t& change = parameters.POC[i];
+        change.tile = 1;
+        change.resno0 = firstResolution, change.resno1 = endResolution;
+        change.compno0 = firstComponent, change.compno1 = endComponent;
+        change.layno1 = endLayer;
+        change.prg1 = OPJ_PROG_ORDER(order);
+    }
     parameters.tp_on = options.tileParts != 0;
     parameters.tp_flag = options.tileParts;
     return parameters;

@@ -30,6 +30,7 @@ struct OpenJpegCase {
     float ratio = 0;    // of the samples' size to that of the file; 0 for all that can be coded
     int roiShift = 0;   // of the first component
     char tileParts = 0; // a new tile-part for each 'R'esolution, 'L'ayer or 'C'omponent
+    std::vector<codec::J2kProgression> changes = {}; // of the order, in the first tile
     bool isJp2 = false;
 
     friend void PrintTo(const OpenJpegCase& tested, std::ostream* out) { *out << tested.name; }

@@ -19,6 +19,7 @@ struct Work {
     std::vector<uint64_t> memory;
     Bytes decisions, mq, raw;
     std::vector<int64_t> reductions;
+    bool operator==(const Work&) const = default;
 
     Work(const CodeBlockEncodeKernels& table, const std::vector<int32_t>& block, QelSize size, PassMode mode)
     {
@@ -63,11 +64,7 @@ TEST(CodeBlockEncodeKernels, EqualTheScalarOnes)
                     PassMode mode = {0, band, (flags & 1) != 0, (flags & 2) != 0, (flags & 4) != 0};
                     Work work(table, block, size, mode);
                     Work expected(CodeBlockEncodeKernels::scalar, block, size, mode);
-                    ASSERT_EQ(work.memory, expected.memory) << size.width << ' ' << band << ' ' << flags;
-                    ASSERT_EQ(work.decisions, expected.decisions) << size.width << ' ' << band << ' ' << flags;
-                    ASSERT_EQ(work.reductions, expected.reductions) << size.width << ' ' << band << ' ' << flags;
-                    ASSERT_EQ(work.mq, expected.mq);
-                    ASSERT_EQ(work.raw, expected.raw);
+                    ASSERT_TRUE(work == expected) << size.width << ' ' << band << ' ' << flags;
                 }
     });
 }
@@ -116,6 +113,16 @@ Bytes encode(Encode encodeAndTerminate, int method, const Bytes& decisions, int 
     return all;
 }
 
+bool decodesTo(const Bytes& bytes, const Bytes& decisions)
+{
+    MqDecoderState mq;
+    mqDecoderResetCtx(&mq);
+    mqDecoderInit(&mq, bytes.data(), int(bytes.size()));
+    for (uint8_t decision : decisions)
+        if (ownqj_DecoderDecode_asm(&mq, decision >> 1, owniEstimator_JPEG2K) != (decision & 1)) return false;
+    return true;
+}
+
 // The sequence of T.88 H.2, in a context of state 0, with its bytes up to the marker.
 TEST(DecisionCoder, TestSequence)
 {
@@ -128,6 +135,7 @@ TEST(DecisionCoder, TestSequence)
     for (uint8_t byte : in)
         for (int bit = 7; bit >= 0; --bit) decisions.push_back(uint8_t(kContextSign << 1 | (byte >> bit & 1)));
     EXPECT_EQ(encode(decEncoderMQEncodeAndTerminate, kFlush, decisions), expected);
+    EXPECT_TRUE(decodesTo(expected, decisions));
 }
 
 Bytes randomDecisions(Random& random, int count, int contexts)
@@ -174,16 +182,6 @@ TEST(DecisionCoder, RawBits)
         {{1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 0}, {0xFF, 0x7F, 0x2A}},
     };
     for (auto& row : table) EXPECT_EQ(encode(decEncoderRawEncodeAndTerminate, kFlush, row.decisions), row.bytes);
-}
-
-bool decodesTo(const Bytes& bytes, const Bytes& decisions)
-{
-    MqDecoderState mq;
-    mqDecoderResetCtx(&mq);
-    mqDecoderInit(&mq, bytes.data(), int(bytes.size()));
-    for (uint8_t decision : decisions)
-        if (ownqj_DecoderDecode_asm(&mq, decision >> 1, owniEstimator_JPEG2K) != (decision & 1)) return false;
-    return true;
 }
 
 // Of all strings of two bytes, behind what the segment begins with, none that is shorter will do.
