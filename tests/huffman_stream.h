@@ -18,6 +18,13 @@ inline QelDecodeHuffmanSpec specOf(const Lists& lists)
     return spec;
 }
 
+inline QelEncodeHuffmanSpec encodeSpecOf(const Lists& lists)
+{
+    QelEncodeHuffmanSpec spec;
+    EXPECT_EQ(qeliEncodeHuffmanSpecInit_JPEG_8u(lists.bits.data(), lists.values.data(), &spec), qelStsNoErr);
+    return spec;
+}
+
 // What lies between a position and the end of the stream, or the marker before it.
 struct Ahead {
     int bits = 0;

@@ -57,6 +57,30 @@ template <class Table, class Check> void everyBuild(Check check)
     }
 }
 
+// What a kernel has left in memory, as bytes to compare.
+template <class T> std::vector<uint8_t> bytesOf(const T& object)
+{
+    auto* first = reinterpret_cast<const uint8_t*>(&object);
+    return {first, first + sizeof object};
+}
+template <class T> std::vector<uint8_t> bytesOf(const Guarded<T>& memory)
+{
+    EXPECT_TRUE(memory.intact());
+    auto* first = reinterpret_cast<const uint8_t*>(memory.data());
+    return {first, first + memory.sizeInBytes()};
+}
+
+// run(table, random, round) does the same for every build and the scalar one; what it returns is compared.
+template <class Table, class Run> void everyRoundEqualsScalar(int rounds, Run run)
+{
+    everyBuild<Table>([&](const Table& table) {
+        for (int round = 0; round < rounds; ++round) {
+            Random random{unsigned(round)}, sameRandom{unsigned(round)};
+            ASSERT_TRUE(run(table, random, round) == run(Table::scalar, sameRandom, round)) << round;
+        }
+    });
+}
+
 // Lengths around every step of a row: 1 to 200, and some long ones.
 template <class Check> void everyLength(Check check)
 {
