@@ -25,6 +25,18 @@ inline QelEncodeHuffmanSpec encodeSpecOf(const Lists& lists)
     return spec;
 }
 
+// Any bytes, or mostly the same ones. Most 0xFF are stuffed, so that the stream goes on behind them.
+inline std::vector<uint8_t> randomStream(Random& random, int length)
+{
+    std::vector<uint8_t> stream(static_cast<size_t>(length));
+    int zeros = random.between(0, 3);
+    for (auto& byte : stream)
+        byte = uint8_t(random.between(0, 3) < zeros ? random.between(0, 255) : random.between(0, 9) ? 0x55 : 0xFF);
+    for (size_t i = 1; i < stream.size(); ++i)
+        if (stream[i - 1] == 0xFF && random.between(0, 30) != 0) stream[i] = 0;
+    return stream;
+}
+
 // What lies between a position and the end of the stream, or the marker before it.
 struct Ahead {
     int bits = 0;

@@ -84,17 +84,6 @@ Lists likelyLists(Random& random)
     return lists;
 }
 
-std::vector<uint8_t> randomStream(Random& random, int length)
-{
-    std::vector<uint8_t> stream(static_cast<size_t>(length));
-    int zeros = random.between(0, 3);
-    for (auto& byte : stream)
-        byte = uint8_t(random.between(0, 3) < zeros ? random.between(0, 255) : random.between(0, 9) ? 0x55 : 0xFF);
-    for (size_t i = 1; i < stream.size(); ++i)
-        if (stream[i - 1] == 0xFF && random.between(0, 30) != 0) stream[i] = 0;
-    return stream;
-}
-
 Band randomBand(Random& random)
 {
     Band band = {random.between(1, 63), 63, random.between(0, 13)};
@@ -123,33 +112,11 @@ void decodeAll(Random& random, Pair& pair, bool refine, Band band)
 TEST(DecodeProgressive, EqualsTheBitwiseDecoder)
 {
     Random random(1);
-    for (int round = 0; round < 1500; ++round) {
+    for (int round = 0; round < 2500; ++round) {
         Lists lists = round % 3 == 0 ? randomLists(random, false) : likelyLists(random);
-        Pair pair(lists, randomStream(random, random.between(1, 300)));
+        Pair pair(lists, randomStream(random, random.between(1, random.between(1, 300))));
         decodeAll(random, pair, round % 2 == 0, randomBand(random));
         ASSERT_FALSE(HasFailure()) << round;
-    }
-}
-
-TEST(DecodeProgressive, EndsAnywhere)
-{
-    Random random(2);
-    for (int round = 0; round < 4; ++round) {
-        Lists lists = likelyLists(random);
-        auto stream = randomStream(random, 60);
-        Band band = randomBand(random);
-        for (size_t len = 1; len <= stream.size(); ++len) {
-            std::vector<uint8_t> cut(stream.begin(), stream.begin() + ptrdiff_t(len));
-            for (bool refine : {false, true}) {
-                Pair ended(lists, cut);
-                decodeAll(random, ended, refine, band);
-                auto marked = cut;
-                marked.insert(marked.end(), {0xFF, 0xD0, 0x55, 0x55, 0x55, 0x55, 0x55, 0x55, 0x55, 0x55, 0x55});
-                Pair pair(lists, marked);
-                decodeAll(random, pair, refine, band);
-            }
-            ASSERT_FALSE(HasFailure()) << round << ' ' << len;
-        }
     }
 }
 

@@ -4,8 +4,7 @@
 #include <algorithm>
 
 #include "argument_faults.h"
-#include "guarded.h"
-#include "jpeg/huffman_tables.h"
+#include "huffman_stream.h"
 #include "progressive_reference.h"
 
 using namespace qel::test;
@@ -89,7 +88,7 @@ Encoded encodeScan(Scan& scan, const std::vector<Block>& blocks)
     EXPECT_EQ(scan.count(nullptr, result.counts, 1), qelStsNoErr);
     scan.lastDc = 0;
     qeliEncodeHuffmanRawTableInit_JPEG_8u(result.counts.data(), result.lists.bits.data(), result.lists.values.data());
-    qeliEncodeHuffmanSpecInit_JPEG_8u(result.lists.bits.data(), result.lists.values.data(), &scan.spec);
+    scan.spec = encodeSpecOf(result.lists);
     auto* dst = result.bytes.data();
     int room = (int)result.bytes.size();
     for (auto& block : blocks) EXPECT_EQ(scan.encode(&block, dst, room), qelStsNoErr);
@@ -197,14 +196,6 @@ TEST(EncodeProgressive, NeedsTheRoomThatItFills)
 
 const Block kZeros = {};
 
-// A block with the given values from position 1 on.
-Block blockOf(std::initializer_list<int> values)
-{
-    Block block{};
-    int k = 1;
-    for (int value : values) block[kScan[k++]] = int16_t(value);
-    return block;
-}
 Block significant(int count)
 {
     Block block{};
@@ -218,8 +209,7 @@ struct PlainCodes : testing::Test {
     {
         lists.bits[7] = 255;
         for (int i = 0; i < 255; ++i) lists.values[i] = uint8_t(i);
-        EXPECT_EQ(qeliEncodeHuffmanSpecInit_JPEG_8u(lists.bits.data(), lists.values.data(), &first.spec), qelStsNoErr);
-        refine.spec = dc.spec = first.spec;
+        first.spec = refine.spec = dc.spec = encodeSpecOf(lists);
     }
 
     QelStatus encode(Scan& scan, const Block& block) { return scan.encode(&block, dst.data(), (int)dst.size()); }
@@ -290,7 +280,7 @@ TEST_F(PlainCodes, Categories)
                  {-32768, qelStsJPEGHuffTableErr, qelStsJPEGHuffTableErr}};
     for (auto& row : table) {
         Scan counted = first, encoded = first;
-        Block block = blockOf({row.value});
+        Block block = {0, int16_t(row.value)};
         EXPECT_EQ(counted.count(&block, counts), row.counted) << row.value;
         EXPECT_EQ(encode(encoded, block), row.encoded) << row.value;
     }

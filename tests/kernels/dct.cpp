@@ -79,56 +79,40 @@ TEST(DctKernels, Forward)
     });
 }
 
+// Random samples, of which some have nothing but extremes; and extremes along the rows and columns of one frequency,
+// which give the largest sums that samples can give.
 TEST(DctKernels, ForwardSamples)
 {
-    everyTable([](const DctKernels& kernels) {
+    const ExactDct exact;
+    everyTable([&](const DctKernels& kernels) {
         Random random(6);
         Guarded<int16_t> out(64, Fault::behind, 1);
         uint16_t table[64];
         int16_t shifted[64], expected[64];
         for (int round = 0; round < 2000; ++round) {
-            int step = 8 + round % 5;
+            const int step = 8 + round % 5;
             Guarded<uint8_t> samples(7 * step + 8, round % 2 ? Fault::behind : Fault::before);
             random.fill(samples.data(), samples.size());
-            if (round % 3 == 0)
-                for (size_t i = 0; i < samples.size(); ++i) samples.data()[i] = random.between(0, 1) ? 255 : 0;
-            fillTable(random, table, round / 16);
-            for (int i = 0; i < 64; ++i) shifted[i] = int16_t(samples.data()[i / 8 * step + i % 8] - 128);
+            fillTable(random, table, round / 128);
+            for (int i = 0; i < 64; ++i) {
+                uint8_t& sample = samples.data()[i / 8 * step + i % 8];
+                bool isPositive = exact.cosine[round / 8 % 8][i / 8] * exact.cosine[round % 8][i % 8] > 0;
+                if (round < 128) sample = isPositive == (round < 64) ? 255 : 0;
+                if (round % 3 == 0 && round >= 128) sample = random.between(0, 1) ? 255 : 0;
+                shifted[i] = int16_t(sample - 128);
+            }
             referenceForward(shifted, expected);
             for (int i = 0; i < 64; ++i) expected[i] = referenceQuantized(expected[i], table[i]);
             kernels.forwardQuantSamples(samples.data(), step, out.data(), table);
             expectEqual(out.data(), expected);
+            // The plain transform takes its fast path up to -256..255.
+            for (auto& sample : shifted) sample = int16_t(2 * sample + (sample > 0));
+            referenceForward(shifted, expected);
+            kernels.forward(shifted, out.data());
+            expectEqual(out.data(), expected);
             if (testing::Test::HasFailure()) return;
         }
         ASSERT_TRUE(out.intact());
-    });
-}
-
-// All samples at their extremes along the rows or columns of one frequency: the largest sums that samples can give.
-TEST(DctKernels, ForwardOfTheLargestPatterns)
-{
-    everyTable([](const DctKernels& kernels) {
-        uint16_t ones[64];
-        for (auto& entry : ones) entry = 32768;
-        const ExactDct exact;
-        for (int kind = 0; kind < 128; ++kind) {
-            uint8_t samples[64];
-            int16_t shifted[64], out[64], expected[64];
-            for (int i = 0; i < 64; ++i) {
-                bool isPositive = exact.cosine[kind / 8 % 8][i / 8] * exact.cosine[kind % 8][i % 8] > 0;
-                samples[i] = isPositive == (kind < 64) ? 255 : 0;
-                shifted[i] = int16_t(samples[i] - 128);
-            }
-            referenceForward(shifted, expected);
-            kernels.forwardQuantSamples(samples, 8, out, ones);
-            expectEqual(out, expected);
-            // The plain transform takes its fast path up to -256..255.
-            for (int i = 0; i < 64; ++i) shifted[i] = samples[i] ? 255 : -256;
-            referenceForward(shifted, expected);
-            kernels.forward(shifted, out);
-            expectEqual(out, expected);
-            if (testing::Test::HasFailure()) return;
-        }
     });
 }
 
@@ -144,7 +128,11 @@ void expectSamples(const Guarded<uint8_t>& samples, int step, const int16_t* val
 
 TEST(DctKernels, Inverse)
 {
-    everyTable([](const DctKernels& kernels) {
+    const struct {
+        int16_t shift;
+        uint8_t min, max;
+    } bounds[] = {{128, 0, 255}, {128, 16, 235}, {32767, 0, 255}, {32767, 1, 255}, {-32768, 0, 254}, {0, 9, 9}};
+    everyTable([&](const DctKernels& kernels) {
         constexpr int kStep = 11;
         Guarded<int16_t> out(64, Fault::behind, 1);
         Guarded<uint8_t> samples(7 * kStep + 8);
@@ -153,6 +141,10 @@ TEST(DctKernels, Inverse)
             referenceInverse(block, expected);
             kernels.inverse(src, out.data());
             expectEqual(out.data(), expected);
+            for (auto& row : bounds) {
+                kernels.clip(src, samples.data(), kStep, row.shift, row.min, row.max);
+                expectSamples(samples, kStep, block, row.shift, row.min, row.max);
+            }
             kernels.inverseClip(src, samples.data(), kStep, int16_t(entries[0]), uint8_t(entries[1] & 127), 235);
             expectSamples(samples, kStep, expected, int16_t(entries[0]), uint8_t(entries[1] & 127), 235);
 
@@ -193,23 +185,6 @@ TEST(DctKernels, InverseOfEveryMean)
             kernels.inverseQuantSamples(one, samples.data(), 8, ones);
             expectSamples(samples, 8, expected, 128, 0, 255);
         }
-    });
-}
-
-TEST(DctKernels, Clip)
-{
-    everyTable([](const DctKernels& kernels) {
-        Guarded<uint8_t> samples(64);
-        const struct {
-            int16_t shift;
-            uint8_t min, max;
-        } table[] = {{128, 0, 255}, {128, 16, 235}, {32767, 0, 255}, {32767, 1, 255}, {-32768, 0, 254}, {0, 9, 9}};
-        everyBlock([&](const int16_t* block, const uint16_t*, const int16_t* src, const uint16_t*) {
-            for (auto& row : table) {
-                kernels.clip(src, samples.data(), 8, row.shift, row.min, row.max);
-                expectSamples(samples, 8, block, row.shift, row.min, row.max);
-            }
-        });
     });
 }
 
