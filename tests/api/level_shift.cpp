@@ -67,28 +67,4 @@ TEST(LevelShift, Regions)
     }
 }
 
-// A region far larger than the caches takes other stores: the same values at every alignment, nothing beside them.
-TEST(LevelShift, LargeRegions)
-{
-    constexpr int kWidth = 5003, kHeight = 5200, kStep = 2 * kWidth + 5;
-    std::vector<uint8_t> samples(size_t(kWidth) * kHeight), back(samples.size() + 40, 0xEE);
-    for (size_t i = 0; i < samples.size(); ++i) samples[i] = uint8_t(i * 2654435761u >> 24);
-    std::vector<uint8_t> wide(size_t(kStep) * kHeight + 1, 0xEE);
-    auto* values = (int16_t*)(wide.data() + 1);
-    ASSERT_EQ(qeliSub128_JPEG_8u16s_C1R(samples.data(), kWidth, values, kStep, {kWidth, kHeight}), qelStsNoErr);
-    for (int r = 0; r < kHeight; ++r) {
-        const uint8_t* row = wide.data() + 1 + size_t(r) * kStep;
-        for (int c = 0; c < kWidth; ++c) {
-            int16_t value;
-            memcpy(&value, row + 2 * c, sizeof value);
-            ASSERT_EQ(value, samples[size_t(r) * kWidth + c] - 128) << r << ' ' << c;
-        }
-        for (int k = 2 * kWidth; k < kStep; ++k) ASSERT_EQ(row[k], 0xEE) << r;
-    }
-    ASSERT_EQ(qeliAdd128_JPEG_16s8u_C1R(values, kStep, back.data() + 20, kWidth, {kWidth, kHeight}), qelStsNoErr);
-    EXPECT_EQ(memcmp(back.data() + 20, samples.data(), samples.size()), 0);
-    EXPECT_TRUE(std::all_of(back.begin(), back.begin() + 20, [](uint8_t b) { return b == 0xEE; }));
-    EXPECT_TRUE(std::all_of(back.end() - 20, back.end(), [](uint8_t b) { return b == 0xEE; }));
-}
-
 }

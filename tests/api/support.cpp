@@ -95,28 +95,6 @@ TEST(Support, Regions)
     regions<int32_t, int32_t>(inPlace, [](int32_t v) { return v & -2; });
 }
 
-// A region beyond the caches takes other stores; the bytes are the same, also where rows start at odd addresses.
-TEST(Support, LargeRegions)
-{
-    constexpr int kWidth = 8191, kHeight = 5000;
-    std::vector<uint8_t> src(size_t(kWidth) * kHeight), wide(2 * src.size() + 1);
-    for (size_t i = 0; i < src.size(); ++i) src[i] = uint8_t(i * 2654435761u >> 24);
-    for (int odd : {0, 1}) {
-        auto* dst = (uint16_t*)(wide.data() + odd);
-        ASSERT_EQ(qeliConvert_8u16u_C1R(src.data(), kWidth, dst, 2 * kWidth, {kWidth, kHeight}), qelStsNoErr);
-        for (size_t i = 0; i < src.size(); ++i) {
-            uint16_t value;
-            memcpy(&value, dst + i, sizeof value);
-            ASSERT_EQ(value, src[i]) << i;
-        }
-    }
-    std::vector<uint8_t> copy(wide.size());
-    ASSERT_EQ(
-        qeliCopy_16s_C1R((int16_t*)wide.data(), 2 * kWidth, (int16_t*)(copy.data() + 1), 2 * kWidth, {kWidth, kHeight}),
-        qelStsNoErr);
-    EXPECT_TRUE(std::equal(wide.begin(), wide.end() - 1, copy.begin() + 1));
-}
-
 TEST(Support, OrderOfFaults)
 {
     int16_t s16[4] = {};

@@ -1,4 +1,4 @@
-// Wavelets of tiles: the textbook's coefficients, exact work buffers, round trips, special lengths, order of faults.
+// Wavelets of tiles: the textbook's coefficients, exact work buffers, special lengths, order of faults.
 #include <gtest/gtest.h>
 
 #include <cstdlib>
@@ -46,11 +46,10 @@ template <class F, class T = typename F::Sample> Tile<T> inPlace(Tile<T> tile, b
 
 // The four subbands, put together as the in-place functions leave them.
 template <class T> struct Quarters {
-    Tile<T>* tile;
     T* planes[4];
     int steps[4];
 
-    explicit Quarters(Tile<T>& t) : tile(&t)
+    explicit Quarters(Tile<T>& t)
     {
         int right = (t.width + 1) / 2, lower = (t.height + 1) / 2;
         T* start = t.samples.data();
@@ -59,33 +58,22 @@ template <class T> struct Quarters {
         for (int& step : steps) step = t.width * int(sizeof(T));
     }
 };
-template <class F, class T = typename F::Sample> Tile<T> toBands(Tile<T> tile)
+// With a work buffer of exactly the size asked for.
+template <class F, class T = typename F::Sample> Tile<T> throughBands(const Tile<T>& tile, bool forward)
 {
     const QelRect rect = {tile.x, tile.y, tile.width, tile.height};
     int size = -1;
     EXPECT_EQ(F::kFunctions.bandsSize(&rect, &size), qelStsNoErr);
-    Guarded<uint8_t> buffer(size_t(size), Fault::behind, size_t(tile.height) % 4);
-    Tile<T> halves = tile;
-    Quarters<T> to(halves);
-    EXPECT_EQ(F::kFunctions.forward(tile.samples.data(), tile.width * int(sizeof(T)), &rect, to.planes, to.steps,
-                                    buffer.data()),
+    Guarded<uint8_t> buffer(size_t(size), forward ? Fault::behind : Fault::before, size_t(tile.height) % 4);
+    Tile<T> from = tile, to = tile;
+    Quarters<T> bands(forward ? to : from);
+    const int step = tile.width * int(sizeof(T));
+    EXPECT_EQ(forward
+                  ? F::kFunctions.forward(from.samples.data(), step, &rect, bands.planes, bands.steps, buffer.data())
+                  : F::kFunctions.inverse(bands.planes, bands.steps, &rect, to.samples.data(), step, buffer.data()),
               qelStsNoErr);
     EXPECT_TRUE(buffer.intact());
-    return halves;
-}
-template <class F, class T = typename F::Sample> Tile<T> fromBands(Tile<T> halves)
-{
-    const QelRect rect = {halves.x, halves.y, halves.width, halves.height};
-    int size = -1;
-    EXPECT_EQ(F::kFunctions.bandsSize(&rect, &size), qelStsNoErr);
-    Guarded<uint8_t> buffer(size_t(size), Fault::before);
-    Tile<T> tile = halves;
-    Quarters<T> from(halves);
-    EXPECT_EQ(F::kFunctions.inverse(from.planes, from.steps, &rect, tile.samples.data(), tile.width * int(sizeof(T)),
-                                    buffer.data()),
-              qelStsNoErr);
-    EXPECT_TRUE(buffer.intact());
-    return tile;
+    return to;
 }
 
 template <class F> class WaveletTiles : public testing::Test {};
@@ -106,9 +94,9 @@ template <class F> void everySize(std::vector<int> widths, std::vector<int> heig
                     for (auto& sample : tile.samples) sample = T(sample / 4);
                 auto expected = forwardTile<F>(tile), back = inverseTile<F>(tile);
                 ASSERT_EQ(inPlace<F>(tile, true).samples, expected.samples);
-                ASSERT_EQ(toBands<F>(tile).samples, expected.samples);
+                ASSERT_EQ(throughBands<F>(tile, true).samples, expected.samples);
                 ASSERT_EQ(inPlace<F>(tile, false).samples, back.samples);
-                ASSERT_EQ(fromBands<F>(tile).samples, back.samples);
+                ASSERT_EQ(throughBands<F>(tile, false).samples, back.samples);
                 if (F::kReversible) {
                     ASSERT_EQ(inPlace<F>(expected, false).samples, tile.samples);
                 }
@@ -124,29 +112,6 @@ std::vector<int> upTo(int last)
 TYPED_TEST(WaveletTiles, EqualTheTextbookWhateverTheWidth) { everySize<TypeParam>(upTo(64), {1, 2, 3, 7, 20}); }
 TYPED_TEST(WaveletTiles, EqualTheTextbookWhateverTheHeight) { everySize<TypeParam>({1, 2, 3, 4, 9, 33}, upTo(64)); }
 TYPED_TEST(WaveletTiles, EqualTheTextbookWhereColumnsTakeSeveralStrips) { everySize<TypeParam>({1100, 515}, {11, 40}); }
-
-// Only 5/3 is free of loss; of 9/7 the header says how much.
-template <class F> int largestError(int magnitude)
-{
-    Random random(2);
-    int largest = 0;
-    for (int size = 1; size < 40; ++size) {
-        auto tile = randomTile<typename F::Sample>(random, size / 2, size / 3, size, 40 - size, magnitude);
-        // The steepest tiles as well.
-        if (size % 2)
-            for (auto& sample : tile.samples) sample = typename F::Sample(sample < 0 ? -magnitude : magnitude);
-        auto back = fromBands<F>(toBands<F>(tile));
-        for (size_t i = 0; i < tile.samples.size(); ++i)
-            largest = std::max(largest, std::abs(back.samples[i] - tile.samples[i]));
-    }
-    return largest;
-}
-TEST(Wavelet97Tiles, RoundTripsWithinTheStatedBound)
-{
-    EXPECT_LE(largestError<Tiles97Of16>((1 << 11) - 1), 8);
-    EXPECT_LE(largestError<Tiles97Of32>((1 << 11) - 1), 8);
-    EXPECT_LE(largestError<Tiles97Of32>((1 << 19) - 1), 8);
-}
 
 // Flat lines have a low half near the samples. Among large ones some come out as 2^31, whose conversion overflows.
 TEST(Wavelet97Tiles, ConversionOfTwoToThe31)
@@ -187,23 +152,22 @@ TYPED_TEST(WaveletTiles, TheSourceMayBeASubband)
 
 TEST(WaveletBuffers, Sizes)
 {
-    auto sizeOf = [](auto query, int width, int height) {
-        QelRect tile = {1, 1, width, height};
-        int size = -1;
-        EXPECT_EQ(query(&tile, &size), qelStsNoErr);
-        return size;
+    const struct {
+        QelStatus (*query)(const QelRect*, int*);
+        int width, height, bytes;
+    } table[] = {
+        {qeliWTGetBufSize_B53_JPEG2K_16s_C1IR, 2, 2, 0},   {qeliWTGetBufSize_B53_JPEG2K_16s_C1IR, 3, 1, 14},
+        {qeliWTGetBufSize_B53_JPEG2K_32s_C1IR, 2, 7, 44},  {qeliWTGetBufSize_B53_JPEG2K_16s_C1R, 17, 3, 3 * 64 + 42},
+        {qeliWTGetBufSize_B53_JPEG2K_32s_C1R, 2, 2, 64},   {qeliWTGetBufSize_D97_JPEG2K_16s_C1IR, 1, 1, 0},
+        {qeliWTGetBufSize_D97_JPEG2K_16s_C1IR, 2, 1, 20},  {qeliWTGetBufSize_D97_JPEG2K_32s_C1IR, 5, 9, 68},
+        {qeliWTGetBufSize_D97_JPEG2K_16s_C1R, 16, 2, 112}, {qeliWTGetBufSize_D97_JPEG2K_32s_C1R, 9, 2, 2 * 64 + 68},
     };
-    EXPECT_EQ(sizeOf(qeliWTGetBufSize_B53_JPEG2K_16s_C1IR, 2, 2), 0);
-    EXPECT_EQ(sizeOf(qeliWTGetBufSize_B53_JPEG2K_16s_C1IR, 3, 1), 14);
-    EXPECT_EQ(sizeOf(qeliWTGetBufSize_B53_JPEG2K_32s_C1IR, 2, 7), 44);
-    EXPECT_EQ(sizeOf(qeliWTGetBufSize_B53_JPEG2K_16s_C1R, 17, 3), 3 * 64 + 42);
-    EXPECT_EQ(sizeOf(qeliWTGetBufSize_B53_JPEG2K_32s_C1R, 2, 2), 2 * 32);
-    EXPECT_EQ(sizeOf(qeliWTGetBufSize_D97_JPEG2K_16s_C1IR, 1, 1), 0);
-    EXPECT_EQ(sizeOf(qeliWTGetBufSize_D97_JPEG2K_16s_C1IR, 2, 1), 20);
-    EXPECT_EQ(sizeOf(qeliWTGetBufSize_D97_JPEG2K_32s_C1IR, 5, 9), 68);
-    EXPECT_EQ(sizeOf(qeliWTGetBufSize_D97_JPEG2K_16s_C1R, 16, 2), 2 * 32 + 48);
-    EXPECT_EQ(sizeOf(qeliWTGetBufSize_D97_JPEG2K_32s_C1R, 9, 2), 2 * 64 + 68);
-
+    for (auto& row : table) {
+        const QelRect tile = {1, 1, row.width, row.height};
+        int size = -1;
+        EXPECT_EQ(row.query(&tile, &size), qelStsNoErr);
+        EXPECT_EQ(size, row.bytes) << row.width << ' ' << row.height;
+    }
     int size = 7;
     QelRect huge = {0, 0, 40000, 40000};
     EXPECT_EQ(qeliWTGetBufSize_D97_JPEG2K_32s_C1R(&huge, &size), qelStsSizeErr);

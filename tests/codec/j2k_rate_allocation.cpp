@@ -1,4 +1,4 @@
-// Where code-blocks may be cut.
+// Where code-blocks are cut, and what errors weigh.
 #include "codec/j2k_rate_allocation.h"
 
 #include <gtest/gtest.h>
@@ -7,9 +7,35 @@
 #include <functional>
 #include <vector>
 
+#include "codec/j2k_band_energy.h"
+#include "codec/j2k_wavelet.h"
+
 namespace {
 
 using namespace qel::codec;
+using enum J2kBandKind;
+
+// Energy of what one coefficient, far from all edges, becomes.
+template <class Sample> double energyOfOne(int level, J2kBandKind kind, Sample value)
+{
+    J2kSubbands<Sample> bands({0, 0, 256, 256}, level, J2kPlane<Sample>::Fill::zero);
+    J2kPlane<Sample>& band = bands.band(level, kind);
+    band.row(band.height() / 2)[band.width() / 2] = value;
+    J2kPlane<Sample> plane = inverseWavelet(std::move(bands), 1);
+    double energy = 0;
+    for (uint32_t y = 0; y < 256; ++y)
+        for (uint32_t x = 0; x < 256; ++x) energy += double(plane.row(y)[x]) * double(plane.row(y)[x]);
+    return energy / (double(value) * double(value));
+}
+
+TEST(BandEnergy, IsThatOfTheInverseTransform)
+{
+    for (int level : {1, 2, 4})
+        for (J2kBandKind kind : {ll, lh, hl, hh}) {
+            EXPECT_NEAR(bandEnergy(false, 256, 256, level, kind) / energyOfOne(level, kind, 1000.f), 1, 1e-5);
+            EXPECT_NEAR(bandEnergy(true, 256, 256, level, kind) / energyOfOne(level, kind, 1 << 20), 1, 1e-3);
+        }
+}
 
 J2kEncodedBlock blockOf(double error, std::vector<J2kEncodedPass> passes)
 {

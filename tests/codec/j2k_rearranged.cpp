@@ -103,9 +103,9 @@ TEST(J2kProgressions, MayChange)
         const File file = openJpegEncode(tested);
         for (int orders = 0; orders < 25; ++orders) {
             J2kOrder a{orders / 5}, b{orders % 5};
-            tested.changes = {{0, 2, 0, 3, 3, a}, {2, 4, 0, 3, 3, b}};
+            tested.changes = {{2, 4, 0, 3, 3, a}, {0, 2, 0, 3, 3, b}};
             expectSame(openJpegEncode(tested), file);
-            tested.changes = {{0, 4, 0, 1, 3, a}, {0, 3, 1, 3, 3, b}, {3, 4, 1, 3, 3, a}};
+            tested.changes = {{0, 4, 1, 3, 3, a}, {3, 4, 0, 1, 3, b}, {0, 3, 0, 1, 3, a}};
             expectSame(openJpegEncode(tested), file);
         }
     }
@@ -118,12 +118,13 @@ TEST(J2kProgressions, LeaveLayersToLaterOnes)
     options.hasSop = options.hasEph = true;
     const File file = openJpegEncode(options);
     CodestreamPieces pieces = takeApart(file);
-    // The first layer of the lowest resolution, then all by resolutions; the end of the components is 0 for all.
-    const File changes = {0xFF, j2k_marker::kPoc, 0, 16, 0, 0, 0, 1, 1, 1, 0, 0, 0, 0, 255, 33, 0, 1};
+    // The first layer of the lowest resolution, all of the other one, and what is left; 0 ends the components for all.
+    const File changes = {0xFF, j2k_marker::kPoc, 0, 23, 0, 0, 0, 1, 1, 0, 0, 1, 0, 0, 3, 2, 1, 0, 0, 0, 0, 255, 33, 0,
+                          0};
     const auto byLayers = pieces.parts[0].packets;
     ASSERT_EQ(byLayers.size(), 6u);
     pieces.parts[0].packets.clear();
-    for (size_t i : {0, 2, 4, 1, 3, 5}) pieces.parts[0].packets.push_back(byLayers[i]);
+    for (size_t i : {0, 1, 3, 5, 2, 4}) pieces.parts[0].packets.push_back(byLayers[i]);
     expectSame(putTogether(pieces, [&](auto&) { return changes; }), file);
     append(pieces.mainHeader, changes);
     expectSame(putTogether(pieces), file);

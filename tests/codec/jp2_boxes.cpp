@@ -120,17 +120,14 @@ TEST(Jp2Boxes, DamageIsLeftOut)
 
 TEST(Jp2Boxes, FilesWithoutACodestreamAreRefused)
 {
-    EXPECT_EQ(errorOf([] { readJp2(kStream); }), "not a JP2 file (at byte 0)");
-    EXPECT_EQ(errorOf([] { readJp2(kBeginning); }), "the file holds no codestream (at byte 32)");
-    EXPECT_EQ(errorOf([] {
-                  readJp2(kBeginning + number(50, 4) + File{'j', 'p', '2', 'h'});
-              }),
-              "the file holds no codestream (at byte 40)");
-    EXPECT_EQ(errorOf([] {
-                  readJp2(kBeginning + number(5, 4) + File{'j', 'p', '2', 'c'});
-              }),
-              "a box of 5 bytes (at byte 32)");
-    EXPECT_EQ(errorOf([] { readJp2(kBeginning + File{0, 0}); }), "box: too short (at byte 32)");
+    const std::pair<File, const char*> table[] = {
+        {kStream, "not a JP2 file (at byte 0)"},
+        {kBeginning, "the file holds no codestream (at byte 32)"},
+        {kBeginning + number(50, 4) + File{'j', 'p', '2', 'h'}, "the file holds no codestream (at byte 40)"},
+        {kBeginning + number(5, 4) + File{'j', 'p', '2', 'c'}, "a box of 5 bytes (at byte 32)"},
+        {kBeginning + File{0, 0}, "box: too short (at byte 32)"},
+    };
+    for (auto& [file, message] : table) EXPECT_EQ(errorOf([&] { readJp2(file); }), message);
 }
 
 TEST(Jp2Boxes, DisagreementWithTheCodestreamIsTold)

@@ -2,12 +2,14 @@
 #include "openjpeg_peer.h"
 
 #include <openjpeg.h>
+#include <sys/mman.h>
+#include <unistd.h>
 
 #include <cmath>
-#include <cstring>
 #include <memory>
 #include <stdexcept>
 
+#include "codec/file_io.h"
 #include "random.h"
 
 namespace qel::test {
@@ -23,51 +25,21 @@ using Codec = std::unique_ptr<opj_codec_t, Freed<opj_destroy_codec>>;
 using Image = std::unique_ptr<opj_image_t, Freed<opj_image_destroy>>;
 using Stream = std::unique_ptr<opj_stream_t, Freed<opj_stream_destroy>>;
 
-// A file in memory that is written at any place.
-struct MemoryFile {
-    std::vector<uint8_t> bytes;
-    size_t at = 0;
+// A file in memory that has a name.
+class MemoryFile {
+public:
+    explicit MemoryFile(Bytes bytes = {}) : descriptor_(memfd_create("peer", 0))
+    {
+        if (write(descriptor_, bytes.data(), bytes.size()) != ssize_t(bytes.size())) throw std::bad_alloc();
+    }
+    MemoryFile(const MemoryFile&) = delete;
+    MemoryFile& operator=(const MemoryFile&) = delete;
+    ~MemoryFile() { close(descriptor_); }
+    std::string name() const { return "/proc/self/fd/" + std::to_string(descriptor_); }
 
-    static OPJ_SIZE_T read(void* data, OPJ_SIZE_T count, void* user)
-    {
-        auto& file = *static_cast<MemoryFile*>(user);
-        size_t got = std::min(count, file.bytes.size() - file.at);
-        if (got == 0) return OPJ_SIZE_T(-1);
-        std::memcpy(data, file.bytes.data() + file.at, got);
-        file.at += got;
-        return got;
-    }
-    static OPJ_SIZE_T write(void* data, OPJ_SIZE_T count, void* user)
-    {
-        auto& file = *static_cast<MemoryFile*>(user);
-        file.bytes.resize(std::max(file.bytes.size(), file.at + count));
-        std::memcpy(file.bytes.data() + file.at, data, count);
-        file.at += count;
-        return count;
-    }
-    static OPJ_OFF_T skip(OPJ_OFF_T count, void* user)
-    {
-        static_cast<MemoryFile*>(user)->at += size_t(count);
-        return count;
-    }
-    static OPJ_BOOL seek(OPJ_OFF_T at, void* user)
-    {
-        static_cast<MemoryFile*>(user)->at = size_t(at);
-        return OPJ_TRUE;
-    }
+private:
+    int descriptor_;
 };
-
-Stream makeStream(MemoryFile& file, bool isInput)
-{
-    Stream stream(opj_stream_create(1 << 16, isInput));
-    opj_stream_set_user_data(stream.get(), &file, nullptr);
-    opj_stream_set_user_data_length(stream.get(), file.bytes.size());
-    opj_stream_set_read_function(stream.get(), MemoryFile::read);
-    opj_stream_set_write_function(stream.get(), MemoryFile::write);
-    opj_stream_set_skip_function(stream.get(), MemoryFile::skip);
-    opj_stream_set_seek_function(stream.get(), MemoryFile::seek);
-    return stream;
-}
 
 int sampleAt(const Picture& picture, size_t i)
 {
@@ -179,20 +151,19 @@ std::vector<uint8_t> encode(const OpenJpegCase& options, Image image)
     opj_cparameters_t parameters = parametersOf(options);
     Codec codec(opj_create_compress(options.isJp2 ? OPJ_CODEC_JP2 : OPJ_CODEC_J2K));
     MemoryFile file;
-    Stream stream = makeStream(file, false);
+    Stream stream(opj_stream_create_default_file_stream(file.name().c_str(), OPJ_FALSE));
     check(opj_setup_encoder(codec.get(), &parameters, image.get()));
     check(opj_start_compress(codec.get(), image.get(), stream.get()));
     check(opj_encode(codec.get(), stream.get()));
     check(opj_end_compress(codec.get(), stream.get()));
     stream.reset();
-    return file.bytes;
+    return readFile(file.name());
 }
 
 Image decode(Bytes bytes, int reduce, int layers)
 {
-    MemoryFile file;
-    file.bytes.assign(bytes.begin(), bytes.end());
-    Stream stream = makeStream(file, true);
+    MemoryFile file(bytes);
+    Stream stream(opj_stream_create_default_file_stream(file.name().c_str(), OPJ_TRUE));
     opj_dparameters_t parameters;
     opj_set_default_decoder_parameters(&parameters);
     parameters.cp_reduce = OPJ_UINT32(reduce);

@@ -55,18 +55,10 @@ TEST_F(PictureFile, ExtensionsChooseTheFormat)
 
 TEST_F(PictureFile, WhatDoesNotFitIsRefusedAndLeavesNothing)
 {
-    const struct {
-        const char* name;
-        ColourSpace space;
-        const char* message;
-    } table[] = {
-        {"a.pgm", ColourSpace::rgb, "a colour picture does not fit a .pgm file"},
-        {"a.png", ColourSpace::cmyk, "a CMYK picture fits .pam files only"},
-        {"a.gif", ColourSpace::rgb, "the name does not end in .pgm, .ppm, .pnm, .pam or .png"},
-        {"a", ColourSpace::rgb, "the name does not end in .pgm, .ppm, .pnm, .pam or .png"},
-    };
-    for (auto& row : table)
-        EXPECT_EQ(errorOf([&] { storePicture(randomPicture(2, 2, row.space, 8), path(row.name)); }), row.message);
+    EXPECT_EQ(errorOf([&] { storePicture(randomPicture(2, 2, ColourSpace::cmyk, 8), path("a.png")); }),
+              "a CMYK picture fits .pam files only");
+    EXPECT_EQ(errorOf([&] { storePicture(randomPicture(2, 2, ColourSpace::rgb, 8), path("a")); }),
+              "the name does not end in .pgm, .ppm, .pnm, .pam or .png");
     EXPECT_EQ(filesInFolder(), 0u);
 }
 
@@ -101,25 +93,12 @@ TEST_F(PictureFile, OutputReplacesOnlyWhenWhole)
     EXPECT_EQ(filesInFolder(), 2u);
 }
 
-TEST_F(PictureFile, SystemFailuresHaveTheirReason)
+TEST_F(PictureFile, AFullDiskIsNoticed)
 {
-    EXPECT_EQ(errorOf([&] { readFile(path("none")); }), "cannot be opened: No such file or directory");
-    EXPECT_EQ(errorOf([&] { readFile(folder_.string()); }), "cannot be read: Is a directory");
-    EXPECT_EQ(errorOf([&] { OutputFile(path("no/where.png")); }), "cannot be written: No such file or directory");
-    if (fs::exists("/dev/full")) {
-        auto fill = [] {
-            OutputFile file("/dev/full");
-            file.write(bytesOf("x"));
-            file.commit();
-        };
-        EXPECT_EQ(errorOf(fill), "cannot be written: No space left on device");
-    }
-}
-
-TEST_F(PictureFile, UnknownContentIsRefused)
-{
-    EXPECT_EQ(errorOf([] { loadPicture({}); }), "not a picture of a known kind (at byte 0)");
-    EXPECT_EQ(errorOf([] { loadPicture(bytesOf("GIF89a")); }), "not a picture of a known kind (at byte 0)");
+    if (!fs::exists("/dev/full")) GTEST_SKIP();
+    OutputFile file("/dev/full");
+    file.write(bytesOf("x"));
+    EXPECT_EQ(errorOf([&] { file.commit(); }), "cannot be written: No space left on device");
 }
 
 TEST(Compare, ErrorsAndPsnr)
@@ -135,22 +114,13 @@ TEST(Compare, ErrorsAndPsnr)
     EXPECT_DOUBLE_EQ(result.channels[1].meanSquaredError, 9);
     EXPECT_DOUBLE_EQ(result.whole.meanSquaredError, 3);
     EXPECT_NEAR(result.whole.psnr(8), 43.3596, 1e-4);
-}
-
-TEST(Compare, SixteenBits)
-{
-    Picture a(1, 1, ColourSpace::grey, 16), b(1, 1, ColourSpace::grey, 16);
-    *a.row<uint16_t>(0) = 65535;
-    *b.row<uint16_t>(0) = 0;
-    EXPECT_EQ(compare(a, b).whole.largestError, 65535);
-    EXPECT_DOUBLE_EQ(compare(a, b).whole.psnr(16), 0);
-}
-
-TEST(Compare, OtherKindsAreRefused)
-{
-    Picture a = randomPicture(2, 3, ColourSpace::rgb, 8), b = randomPicture(2, 3, ColourSpace::grey, 8);
-    EXPECT_EQ(errorOf([&] { compare(a, b); }),
-              "the pictures differ in kind: 2 x 3 RGB of 8 bits, 2 x 3 grey of 8 bits");
+    Picture one(1, 1, ColourSpace::grey, 16), other(1, 1, ColourSpace::grey, 16);
+    *one.row<uint16_t>(0) = 65535;
+    *other.row<uint16_t>(0) = 0;
+    EXPECT_EQ(compare(one, other).whole.largestError, 65535);
+    EXPECT_DOUBLE_EQ(compare(one, other).whole.psnr(16), 0);
+    EXPECT_EQ(errorOf([&] { compare(a, one); }),
+              "the pictures differ in kind: 10 x 10 RGB of 8 bits, 1 x 1 grey of 16 bits");
 }
 
 }
