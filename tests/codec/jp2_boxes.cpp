@@ -127,7 +127,7 @@ TEST(Jp2Boxes, FilesWithoutACodestreamAreRefused)
         {kBeginning + number(5, 4) + File{'j', 'p', '2', 'c'}, "a box of 5 bytes (at byte 32)"},
         {kBeginning + File{0, 0}, "box: too short (at byte 32)"},
     };
-    for (auto& [file, message] : table) EXPECT_EQ(errorOf([&] { readJp2(file); }), message);
+    for (auto& row : table) EXPECT_EQ(errorOf([&] { readJp2(row.first); }), row.second);
 }
 
 TEST(Jp2Boxes, DisagreementWithTheCodestreamIsTold)

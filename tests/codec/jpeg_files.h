@@ -10,6 +10,7 @@
 #include "codec/jpeg_markers.h"
 #include "codec/jpeg_reader.h"
 #include "codec/picture.h"
+#include "pictures.h"
 
 namespace qel::test {
 
@@ -59,6 +60,40 @@ inline void expectCutsToBeDelivered(const File& file)
         last = same;
     }
     EXPECT_EQ(last, whole.height());
+}
+
+// The rows of the second restart interval are lost, and no others.
+inline void expectSecondIntervalLost(const File& damaged, const codec::Picture& whole, int rows)
+{
+    codec::DecodedJpeg decoded = codec::decodeJpeg(damaged);
+    EXPECT_EQ(decoded.warnings.size(), 1u);
+    for (int y = 0; y < whole.height(); ++y)
+        EXPECT_EQ(std::equal(whole.row(y), whole.row(y) + whole.step(), decoded.picture.row(y)), y / rows != 1) << y;
+}
+
+// A byte of a sound file that is changed, what is said of the file then, and of which place.
+struct Refusal {
+    size_t at;
+    uint8_t value;
+    const char* message;
+    size_t position;
+};
+inline void expectRefusals(const File& sound, const std::vector<Refusal>& table)
+{
+    for (const Refusal& row : table) {
+        File file = sound;
+        file[row.at] = row.value;
+        EXPECT_EQ(errorOf([&] { codec::decodeJpeg(file); }),
+                  row.message + (" (at byte " + std::to_string(row.position) + ")"));
+    }
+}
+
+// The largest size in the frame header.
+inline File hugeVersionOf(File file, uint8_t frameMarker)
+{
+    size_t frame = markerAt(file, frameMarker);
+    for (size_t i = 5; i <= 8; ++i) file[frame + i] = 0xFF;
+    return file;
 }
 
 }
