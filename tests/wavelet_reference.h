@@ -5,15 +5,16 @@
 #include <stdint.h>
 
 #include <algorithm>
+#include <iterator>
 #include <type_traits>
 #include <vector>
 
 namespace qel::test {
 
-// A step changes the samples at odd (else even) positions by their neighbours.
-template <class V> struct LiftingStep {
+// A step adds to the samples at odd (else even) positions what comes of their neighbours; back, it is taken away again.
+template <class V, class Change> struct LiftingStep {
     bool odd;
-    V (*change)(V sample, V left, V right);
+    Change (*change)(V left, V right);
 };
 
 template <class T> struct Textbook53 {
@@ -24,46 +25,27 @@ template <class T> struct Textbook53 {
     static T out(Value v) { return v; }
     // Sums wrap in the type of the samples.
     static T sum(T a, T b) { return T(uint32_t(a) + uint32_t(b)); }
-    static T difference(T a, T b) { return T(uint32_t(a) - uint32_t(b)); }
-    static T half(T a, T b) { return T(sum(a, b) >> 1); }
-    static T quarter(T a, T b) { return T(sum(sum(a, b), 2) >> 2); }
-    static std::vector<LiftingStep<T>> steps()
+    static Value changed(T x, T change, bool forward)
     {
-        return {{true, [](T x, T a, T b) { return difference(x, half(a, b)); }},
-                {false, [](T x, T a, T b) { return sum(x, quarter(a, b)); }}};
+        return T(uint32_t(x) + uint32_t(change) * (forward ? 1 : -1u));
     }
-    static std::vector<LiftingStep<T>> stepsBack()
-    {
-        return {{false, [](T x, T a, T b) { return difference(x, quarter(a, b)); }},
-                {true, [](T x, T a, T b) { return sum(x, half(a, b)); }}};
-    }
+    static constexpr LiftingStep<T, T> kSteps[] = {
+        {true, [](T a, T b) { return T(-uint32_t(sum(a, b) >> 1)); }},
+        {false, [](T a, T b) { return T(sum(sum(a, b), 2) >> 2); }},
+    };
     static Value scale(Value v, bool) { return v; }
 };
 
-template <int kConstant, int kSign> int16_t fixedStep(int16_t x, int16_t a, int16_t b)
-{
-    return int16_t(x + kSign * ((kConstant * (a + b) + 8192) >> 14));
-}
 struct TextbookFixed97 {
     using Sample = int16_t;
     using Value = int16_t;
     static constexpr bool kReversible = false;
     static Value in(Sample v) { return v; }
     static Sample out(Value v) { return v; }
-    static std::vector<LiftingStep<Value>> steps()
-    {
-        return {{true, fixedStep<-25987, 1>},
-                {false, fixedStep<-868, 1>},
-                {true, fixedStep<14466, 1>},
-                {false, fixedStep<7266, 1>}};
-    }
-    static std::vector<LiftingStep<Value>> stepsBack()
-    {
-        return {{false, fixedStep<7266, -1>},
-                {true, fixedStep<14466, -1>},
-                {false, fixedStep<-868, -1>},
-                {true, fixedStep<-25987, -1>}};
-    }
+    template <int kConstant> static int rounded(Value a, Value b) { return (kConstant * (a + b) + 8192) >> 14; }
+    static Value changed(Value x, int change, bool forward) { return Value(forward ? x + change : x - change); }
+    static constexpr LiftingStep<Value, int> kSteps[] = {
+        {true, rounded<-25987>}, {false, rounded<-868>}, {true, rounded<14466>}, {false, rounded<7266>}};
     static Value scale(Value v, bool up) { return Value(((up ? 20155 : 13318) * v + 8192) >> 14); }
 };
 
@@ -79,20 +61,13 @@ template <class T> struct TextbookFloat97 {
         if (v == 2147483648.0f || v < -2147483648.0f) return INT32_MIN;
         return T(v);
     }
-    static std::vector<LiftingStep<float>> steps()
-    {
-        return {{true, [](float x, float a, float b) { return x + -1.5861343145370483f * (a + b); }},
-                {false, [](float x, float a, float b) { return x + -0.05298011749982834f * (a + b); }},
-                {true, [](float x, float a, float b) { return x + 0.8829110860824585f * (a + b); }},
-                {false, [](float x, float a, float b) { return x + 0.4435068666934967f * (a + b); }}};
-    }
-    static std::vector<LiftingStep<float>> stepsBack()
-    {
-        return {{false, [](float x, float a, float b) { return x - 0.4435068666934967f * (a + b); }},
-                {true, [](float x, float a, float b) { return x - 0.8829110860824585f * (a + b); }},
-                {false, [](float x, float a, float b) { return x - -0.05298011749982834f * (a + b); }},
-                {true, [](float x, float a, float b) { return x - -1.5861343145370483f * (a + b); }}};
-    }
+    static Value changed(float x, float change, bool forward) { return forward ? x + change : x - change; }
+    static constexpr LiftingStep<float, float> kSteps[] = {
+        {true, [](float a, float b) { return -1.5861343145370483f * (a + b); }},
+        {false, [](float a, float b) { return -0.05298011749982834f * (a + b); }},
+        {true, [](float a, float b) { return 0.8829110860824585f * (a + b); }},
+        {false, [](float a, float b) { return 0.4435068666934967f * (a + b); }},
+    };
     static Value scale(Value v, bool up) { return (up ? 1.2301740646362305f : 0.8128930926322937f) * v; }
 };
 
@@ -105,9 +80,12 @@ template <class Filter> void liftExtended(std::vector<typename Filter::Sample>& 
     for (auto sample : line) v.push_back(Filter::in(sample));
     if (!forward)
         for (size_t i = 0; i < v.size(); ++i) v[i] = Filter::scale(v[i], !isOdd(i));
-    for (auto& step : forward ? Filter::steps() : Filter::stepsBack())
+    constexpr size_t kCount = std::size(Filter::kSteps);
+    for (size_t n = 0; n < kCount; ++n) {
+        auto& step = Filter::kSteps[forward ? n : kCount - 1 - n];
         for (size_t i = 1; i + 1 < v.size(); ++i)
-            if (isOdd(i) == step.odd) v[i] = step.change(v[i], v[i - 1], v[i + 1]);
+            if (isOdd(i) == step.odd) v[i] = Filter::changed(v[i], step.change(v[i - 1], v[i + 1]), forward);
+    }
     if (forward)
         for (size_t i = 0; i < v.size(); ++i) v[i] = Filter::scale(v[i], isOdd(i));
     for (size_t i = 0; i < v.size(); ++i) line[i] = Filter::out(v[i]);

@@ -6,6 +6,7 @@
 
 extern "C" {
 #include <libavcodec/avcodec.h>
+#include <libavutil/pixdesc.h>
 }
 
 #include <cstring>
@@ -30,21 +31,11 @@ void require(bool isTrue, const char* what)
     if (!isTrue) throw std::runtime_error(what);
 }
 
-ColourSpace spaceOf(int format)
+ColourSpace spaceOf(AVPixelFormat format)
 {
-    switch (format) {
-    case AV_PIX_FMT_GRAY8:
-    case AV_PIX_FMT_GRAY16:
-        return ColourSpace::grey;
-    case AV_PIX_FMT_RGB24:
-    case AV_PIX_FMT_RGB48:
-        return ColourSpace::rgb;
-    case AV_PIX_FMT_RGBA:
-    case AV_PIX_FMT_RGBA64:
-        return ColourSpace::cmyk;
-    default:
-        throw std::runtime_error("FFmpeg gives samples of another kind");
-    }
+    const int components = av_pix_fmt_desc_get(format)->nb_components;
+    require(components == 1 || components == 3 || components == 4, "FFmpeg gives pixels of another kind");
+    return components == 1 ? ColourSpace::grey : components == 3 ? ColourSpace::rgb : ColourSpace::cmyk;
 }
 
 template <class T> void take(Picture& picture, int y, const uint8_t* from)
@@ -76,7 +67,7 @@ Picture ffmpegDecode(Bytes file, int precision)
     require(avcodec_send_packet(context.get(), packet.get()) == 0, "FFmpeg takes no such file");
     require(avcodec_receive_frame(context.get(), frame.get()) == 0, "FFmpeg gives no picture");
 
-    Picture picture(frame->width, frame->height, spaceOf(frame->format), precision);
+    Picture picture(frame->width, frame->height, spaceOf(AVPixelFormat(frame->format)), precision);
     for (int y = 0; y < picture.height(); ++y)
         (precision <= 8 ? take<uint8_t> : take<uint16_t>)(picture, y,
                                                           frame->data[0] + ptrdiff_t(frame->linesize[0]) * y);

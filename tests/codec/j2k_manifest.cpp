@@ -87,14 +87,8 @@ private:
 
     std::vector<uint8_t> bytesOf(const std::vector<int32_t>& samples) const
     {
-        std::vector<uint8_t> bytes;
-        for (int32_t sample : samples) {
-            if (number("bits") > 8) bytes.push_back(uint8_t(sample >> 8));
-            bytes.push_back(uint8_t(sample));
-        }
-        return bytes;
+        return asBytes(samples, number("bits") > 8);
     }
-
     void expectAllComponents() const
     {
         std::vector<int32_t> all;

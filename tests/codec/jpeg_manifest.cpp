@@ -1,7 +1,7 @@
 // Real files with known results: the folder QELJX_TEST_DATA (of the environment or the build) and its manifest.
 #include <gtest/gtest.h>
 
-#include <chrono>
+#include <span>
 
 #include "codec/compare.h"
 #include "codec/error.h"
@@ -13,18 +13,6 @@ namespace {
 
 using namespace qel::codec;
 using namespace qel::test;
-
-// 16-bit values as bytes, in the order that the manifest asks for.
-template <class T> std::vector<uint8_t> asBytes(const T* values, size_t count, bool lowFirst)
-{
-    std::vector<uint8_t> bytes;
-    for (size_t i = 0; i < count; ++i) {
-        uint8_t low = uint8_t(values[i]), high = uint8_t(uint16_t(values[i]) >> 8);
-        bytes.push_back(lowFirst ? low : high);
-        bytes.push_back(lowFirst ? high : low);
-    }
-    return bytes;
-}
 
 Picture channelOf(const Picture& picture, int channel)
 {
@@ -77,15 +65,15 @@ private:
         const JpegCoefficients& component = decoded.components.at(number("component"));
         EXPECT_EQ(component.blocksAcross, number("width"));
         EXPECT_EQ(component.blocksDown, number("height"));
-        expectDigest(asBytes(component.values.data(), component.values.size(), true));
+        expectDigest(asBytes(component.values, true, true));
     }
 
     void expectPictureDigest() const
     {
         Picture picture = decode();
         size_t samples = picture.sizeInBytes() / picture.bytesPerSample();
-        expectDigest(picture.precision() > 8 ? asBytes(picture.row<uint16_t>(0), samples, false)
-                                             : std::vector<uint8_t>(picture.row(0), picture.row(0) + samples));
+        expectDigest(picture.precision() > 8 ? asBytes(std::span(picture.row<uint16_t>(0), samples), true)
+                                             : asBytes(std::span(picture.row(0), samples), false));
     }
 };
 

@@ -61,21 +61,10 @@ struct Writer : jpeg_compress_struct {
 
 J_COLOR_SPACE fileSpace(const Picture& picture, JpegTarget target)
 {
-    switch (target) {
-    case JpegTarget::grey:
-        return JCS_GRAYSCALE;
-    case JpegTarget::ycbcr:
-        return JCS_YCbCr;
-    case JpegTarget::rgb:
-        return JCS_RGB;
-    case JpegTarget::cmyk:
-        return JCS_CMYK;
-    case JpegTarget::ycck:
-        return JCS_YCCK;
-    default:
-        break;
-    }
-    return picture.channels() == 1 ? JCS_GRAYSCALE : picture.channels() == 3 ? JCS_YCbCr : JCS_YCCK;
+    if (target == JpegTarget::usual)
+        return picture.channels() == 1 ? JCS_GRAYSCALE : picture.channels() == 3 ? JCS_YCbCr : JCS_YCCK;
+    static constexpr J_COLOR_SPACE kSpaces[] = {JCS_GRAYSCALE, JCS_YCbCr, JCS_RGB, JCS_CMYK, JCS_YCCK};
+    return kSpaces[int(target) - int(JpegTarget::grey)];
 }
 
 }

@@ -68,6 +68,19 @@ inline std::string digest(const std::vector<uint8_t>& bytes)
     return text;
 }
 
+// Samples as bytes, one or two each.
+template <class Samples> std::vector<uint8_t> asBytes(const Samples& samples, bool wide, bool lowFirst = false)
+{
+    std::vector<uint8_t> bytes;
+    for (auto sample : samples) {
+        uint8_t low = uint8_t(sample), high = uint8_t(sample >> 8);
+        if (wide && !lowFirst) bytes.push_back(high);
+        bytes.push_back(low);
+        if (wide && lowFirst) bytes.push_back(high);
+    }
+    return bytes;
+}
+
 // A row and its file, and what the checks of all formats have in common.
 class ManifestRow {
 public:

@@ -5,9 +5,11 @@
 #include <sys/mman.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cmath>
 #include <memory>
 #include <stdexcept>
+#include <tuple>
 
 #include "codec/file_io.h"
 #include "random.h"
@@ -41,59 +43,53 @@ private:
     int descriptor_;
 };
 
-int sampleAt(const Picture& picture, size_t i)
+using Components = std::vector<opj_image_cmptparm_t>;
+
+// An image over an area, whose component c has at(c, x, y) as samples.
+template <class At> Image makeImage(const J2kRect& area, Components components, int precision, At at)
 {
-    return picture.bytesPerSample() == 1 ? picture.row(0)[i] : picture.row<uint16_t>(0)[i];
+    for (opj_image_cmptparm_t& component : components) {
+        J2kRect rect = subsampled(area, component.dx, component.dy);
+        component.w = rect.width();
+        component.h = rect.height();
+        component.prec = uint32_t(precision);
+    }
+    Image image(opj_image_create(uint32_t(components.size()), components.data(), OPJ_CLRSPC_UNSPECIFIED));
+    std::tie(image->x0, image->y0, image->x1, image->y1) = std::tie(area.x0, area.y0, area.x1, area.y1);
+    for (size_t c = 0; c < components.size(); ++c)
+        for (uint32_t i = 0; i < components[c].w * components[c].h; ++i)
+            image->comps[c].data[i] = at(c, i % components[c].w, i / components[c].w);
+    return image;
 }
 
 Image makeImage(const Picture& picture)
 {
-    std::vector<opj_image_cmptparm_t> components(size_t(picture.channels()));
-    for (opj_image_cmptparm_t& component : components) {
-        component = {};
-        component.dx = component.dy = 1;
-        component.w = uint32_t(picture.width());
-        component.h = uint32_t(picture.height());
-        component.prec = uint32_t(picture.precision());
-    }
-    Image image(opj_image_create(uint32_t(components.size()), components.data(), OPJ_CLRSPC_UNSPECIFIED));
-    image->x1 = components[0].w;
-    image->y1 = components[0].h;
-    for (size_t i = 0; i < picture.sizeInBytes() / size_t(picture.bytesPerSample()); ++i)
-        image->comps[i % components.size()].data[i / components.size()] = sampleAt(picture, i);
-    return image;
+    Components components(size_t(picture.channels()));
+    for (auto& component : components) component.dx = component.dy = 1;
+    return makeImage({0, 0, uint32_t(picture.width()), uint32_t(picture.height())}, components, picture.precision(),
+                     [&](size_t c, uint32_t x, uint32_t y) -> int {
+                         size_t i = x * components.size() + c;
+                         return picture.bytesPerSample() == 1 ? picture.row(int(y))[i]
+                                                              : picture.row<uint16_t>(int(y))[i];
+                     });
 }
 
 Image makeImage(const OpenJpegCase& options)
 {
-    std::vector<opj_image_cmptparm_t> components(size_t(options.components));
-    J2kRect picture = {uint32_t(options.x0), uint32_t(options.y0), uint32_t(options.x0 + options.width),
-                       uint32_t(options.y0 + options.height)};
+    Components components(size_t(options.components));
     for (size_t c = 0; c < components.size(); ++c) {
-        opj_image_cmptparm_t& component = components[c];
-        component = {};
-        component.dx = c == 0 ? 1 : uint32_t(options.chromaDx);
-        component.dy = c == 0 ? 1 : uint32_t(options.chromaDy);
-        J2kRect rect = subsampled(picture, component.dx, component.dy);
-        component.w = rect.width();
-        component.h = rect.height();
-        component.prec = uint32_t(options.precision);
+        components[c].dx = c == 0 ? 1 : uint32_t(options.chromaDx);
+        components[c].dy = c == 0 ? 1 : uint32_t(options.chromaDy);
     }
-    Image image(opj_image_create(uint32_t(options.components), components.data(), OPJ_CLRSPC_UNSPECIFIED));
-    image->x0 = picture.x0;
-    image->y0 = picture.y0;
-    image->x1 = picture.x1;
-    image->y1 = picture.y1;
+    const J2kRect area = {uint32_t(options.x0), uint32_t(options.y0), uint32_t(options.x0 + options.width),
+                          uint32_t(options.y0 + options.height)};
     Random random(unsigned(options.width));
-    int largest = (1 << options.precision) - 1;
-    for (size_t c = 0; c < components.size(); ++c)
-        for (uint32_t i = 0; i < components[c].w * components[c].h; ++i) {
-            uint32_t x = i % components[c].w, y = i / components[c].w;
-            double wave = std::sin(x * 0.07 + double(c)) + std::cos(y * 0.11);
-            int value = int(largest * (0.5 + 0.2 * wave)) + (x / 16 % 2 ? random.between(-20, 20) : 0);
-            image->comps[c].data[i] = std::clamp(value, 0, largest);
-        }
-    return image;
+    const int largest = (1 << options.precision) - 1;
+    return makeImage(area, components, options.precision, [&](size_t c, uint32_t x, uint32_t y) {
+        double wave = std::sin(x * 0.07 + double(c)) + std::cos(y * 0.11);
+        int value = int(largest * (0.5 + 0.2 * wave)) + (x / 16 % 2 ? random.between(-20, 20) : 0);
+        return std::clamp(value, 0, largest);
+    });
 }
 
 opj_cparameters_t parametersOf(const OpenJpegCase& options)

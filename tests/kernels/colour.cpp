@@ -44,42 +44,36 @@ template <class... Arguments> void check(Row<Arguments...>* ColourKernels::*entr
 
 using Table = ColourKernels;
 
-TEST(ColourKernels, YCbCrToPixels)
+// The kernel, the name of its doors, and the bytes of a pixel in each row.
+#define QEL_CHECK(KERNEL, NAME, ...) check(&Table::KERNEL, ownqj_##NAME, ownqj_##NAME##_opt, {__VA_ARGS__})
+
+TEST(ColourKernels, FromYCbCr)
 {
-    check(&Table::yccToRgb, ownqj_YCbCrToRGB_JPEG_8u_P3C3R, ownqj_YCbCrToRGB_JPEG_8u_P3C3R_opt, {1, 1, 1, 3});
-    check(&Table::yccToBgr, ownqj_YCbCrToBGR_JPEG_8u_P3C3R, ownqj_YCbCrToBGR_JPEG_8u_P3C3R_opt, {1, 1, 1, 3});
-    check(&Table::yccToRgbPlanes, ownqj_YCbCrToRGB_JPEG_8u_P3R, ownqj_YCbCrToRGB_JPEG_8u_P3R_opt, {1, 1, 1, 1, 1, 1});
+    QEL_CHECK(yccToRgb, YCbCrToRGB_JPEG_8u_P3C3R, 1, 1, 1, 3);
+    QEL_CHECK(yccToBgr, YCbCrToBGR_JPEG_8u_P3C3R, 1, 1, 1, 3);
+    QEL_CHECK(yccToRgbPlanes, YCbCrToRGB_JPEG_8u_P3R, 1, 1, 1, 1, 1, 1);
+    QEL_CHECK(yccToRgb555, YCbCrToRGB555_JPEG_8u16u_P3C3R, 1, 1, 1, 2);
+    QEL_CHECK(yccToBgr555, YCbCrToBGR555_JPEG_8u16u_P3C3R, 1, 1, 1, 2);
+    QEL_CHECK(yccToRgb565, YCbCrToRGB565_JPEG_8u16u_P3C3R, 1, 1, 1, 2);
+    QEL_CHECK(yccToBgr565, YCbCrToBGR565_JPEG_8u16u_P3C3R, 1, 1, 1, 2);
+    QEL_CHECK(ycckToCmykPlanes, YCCKToCMYK_JPEG_8u_P4R, 1, 1, 1, 1, 1, 1, 1, 1);
+    QEL_CHECK(ycckToCmyk, YCCKToCMYK_JPEG_8u_P4C4R, 1, 1, 1, 1, 4);
 }
 
-TEST(ColourKernels, YCbCrToPackedPixels)
+TEST(ColourKernels, ToYCbCr)
 {
-    check(&Table::yccToRgb555, ownqj_YCbCrToRGB555_JPEG_8u16u_P3C3R, ownqj_YCbCrToRGB555_JPEG_8u16u_P3C3R_opt,
-          {1, 1, 1, 2});
-    check(&Table::yccToBgr555, ownqj_YCbCrToBGR555_JPEG_8u16u_P3C3R, ownqj_YCbCrToBGR555_JPEG_8u16u_P3C3R_opt,
-          {1, 1, 1, 2});
-    check(&Table::yccToRgb565, ownqj_YCbCrToRGB565_JPEG_8u16u_P3C3R, ownqj_YCbCrToRGB565_JPEG_8u16u_P3C3R_opt,
-          {1, 1, 1, 2});
-    check(&Table::yccToBgr565, ownqj_YCbCrToBGR565_JPEG_8u16u_P3C3R, ownqj_YCbCrToBGR565_JPEG_8u16u_P3C3R_opt,
-          {1, 1, 1, 2});
-}
-
-TEST(ColourKernels, PixelsToYCbCr)
-{
-    check(&Table::rgbPlanesToYcc, ownqj_RGBToYCbCr_JPEG_8u_P3R, ownqj_RGBToYCbCr_JPEG_8u_P3R_opt, {1, 1, 1, 1, 1, 1});
-    check(&Table::rgbToYcc, ownqj_RGBToYCbCr_JPEG_8u_C3P3R, ownqj_RGBToYCbCr_JPEG_8u_C3P3R_opt, {3, 1, 1, 1});
-    check(&Table::bgrToYcc, ownqj_BGRToYCbCr_JPEG_8u_C3P3R, ownqj_BGRToYCbCr_JPEG_8u_C3P3R_opt, {3, 1, 1, 1});
-}
-
-TEST(ColourKernels, PackedPixelsToYCbCr)
-{
-    check(&Table::rgb555ToYcc, ownqj_RGB555ToYCbCr_JPEG_16u8u_C3P3R, ownqj_RGB555ToYCbCr_JPEG_16u8u_C3P3R_opt,
-          {2, 1, 1, 1});
-    check(&Table::bgr555ToYcc, ownqj_BGR555ToYCbCr_JPEG_16u8u_C3P3R, ownqj_BGR555ToYCbCr_JPEG_16u8u_C3P3R_opt,
-          {2, 1, 1, 1});
-    check(&Table::rgb565ToYcc, ownqj_RGB565ToYCbCr_JPEG_16u8u_C3P3R, ownqj_RGB565ToYCbCr_JPEG_16u8u_C3P3R_opt,
-          {2, 1, 1, 1});
-    check(&Table::bgr565ToYcc, ownqj_BGR565ToYCbCr_JPEG_16u8u_C3P3R, ownqj_BGR565ToYCbCr_JPEG_16u8u_C3P3R_opt,
-          {2, 1, 1, 1});
+    QEL_CHECK(rgbPlanesToYcc, RGBToYCbCr_JPEG_8u_P3R, 1, 1, 1, 1, 1, 1);
+    QEL_CHECK(rgbToYcc, RGBToYCbCr_JPEG_8u_C3P3R, 3, 1, 1, 1);
+    QEL_CHECK(bgrToYcc, BGRToYCbCr_JPEG_8u_C3P3R, 3, 1, 1, 1);
+    QEL_CHECK(rgb555ToYcc, RGB555ToYCbCr_JPEG_16u8u_C3P3R, 2, 1, 1, 1);
+    QEL_CHECK(bgr555ToYcc, BGR555ToYCbCr_JPEG_16u8u_C3P3R, 2, 1, 1, 1);
+    QEL_CHECK(rgb565ToYcc, RGB565ToYCbCr_JPEG_16u8u_C3P3R, 2, 1, 1, 1);
+    QEL_CHECK(bgr565ToYcc, BGR565ToYCbCr_JPEG_16u8u_C3P3R, 2, 1, 1, 1);
+    QEL_CHECK(cmykPlanesToYcck, CMYKToYCCK_JPEG_8u_P4R, 1, 1, 1, 1, 1, 1, 1, 1);
+    QEL_CHECK(cmykToYcck, CMYKToYCCK_JPEG_8u_C4P4R, 4, 1, 1, 1, 1);
+    QEL_CHECK(rgbPlanesToY, RGBToY_JPEG_8u_P3C1R, 1, 1, 1, 1);
+    QEL_CHECK(rgbToY, RGBToY_JPEG_8u_C3C1R, 3, 1);
+    QEL_CHECK(bgrToY, BGRToY_JPEG_8u_C3C1R, 3, 1);
 }
 
 TEST(ColourKernels, AllPackedPixels)
@@ -97,23 +91,6 @@ TEST(ColourKernels, AllPackedPixels)
         auto expected = convert(ColourKernels::scalar);
         everyBuild<ColourKernels>([&](const ColourKernels& table) { EXPECT_TRUE(convert(table) == expected); });
     }
-}
-
-TEST(ColourKernels, Inks)
-{
-    check(&Table::ycckToCmykPlanes, ownqj_YCCKToCMYK_JPEG_8u_P4R, ownqj_YCCKToCMYK_JPEG_8u_P4R_opt,
-          {1, 1, 1, 1, 1, 1, 1, 1});
-    check(&Table::ycckToCmyk, ownqj_YCCKToCMYK_JPEG_8u_P4C4R, ownqj_YCCKToCMYK_JPEG_8u_P4C4R_opt, {1, 1, 1, 1, 4});
-    check(&Table::cmykPlanesToYcck, ownqj_CMYKToYCCK_JPEG_8u_P4R, ownqj_CMYKToYCCK_JPEG_8u_P4R_opt,
-          {1, 1, 1, 1, 1, 1, 1, 1});
-    check(&Table::cmykToYcck, ownqj_CMYKToYCCK_JPEG_8u_C4P4R, ownqj_CMYKToYCCK_JPEG_8u_C4P4R_opt, {4, 1, 1, 1, 1});
-}
-
-TEST(ColourKernels, PixelsToY)
-{
-    check(&Table::rgbPlanesToY, ownqj_RGBToY_JPEG_8u_P3C1R, ownqj_RGBToY_JPEG_8u_P3C1R_opt, {1, 1, 1, 1});
-    check(&Table::rgbToY, ownqj_RGBToY_JPEG_8u_C3C1R, ownqj_RGBToY_JPEG_8u_C3C1R_opt, {3, 1});
-    check(&Table::bgrToY, ownqj_BGRToY_JPEG_8u_C3C1R, ownqj_BGRToY_JPEG_8u_C3C1R_opt, {3, 1});
 }
 
 }
