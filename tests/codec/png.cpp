@@ -2,6 +2,7 @@
 #include "codec/png.h"
 
 #include <png.h>
+#include <zlib.h>
 
 #include <algorithm>
 
@@ -50,12 +51,7 @@ void putInHeader(std::vector<uint8_t>& file, size_t at, uint32_t value)
         for (int i = 0; i < 4; ++i) file[where + i] = uint8_t(v >> (24 - 8 * i));
     };
     put(at, value);
-    uint32_t crc = ~0u;
-    for (size_t i = kType; i < kCheck; ++i) {
-        crc ^= file[i];
-        for (int bit = 0; bit < 8; ++bit) crc = crc >> 1 ^ (crc & 1 ? 0xEDB88320u : 0);
-    }
-    put(kCheck, ~crc);
+    put(kCheck, uint32_t(crc32(0, &file[kType], kCheck - kType)));
 }
 
 TEST(Png, RoundTrips)

@@ -3,7 +3,9 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <sstream>
+#include <vector>
 
 #include "jpeg_cases.h"
 #include "libjpeg_peer.h"
@@ -78,44 +80,36 @@ TEST(ScanScript, RulesOfTheStandardAreKept)
         for (bool hasChrominance : {false, true}) checkScript(usualScript(components, hasChrominance), components);
 }
 
-// Random but legal ways to spread the coefficients of a component over scans.
-struct Band {
-    int first, last, high, low; // Ss, Se, Ah, Al
-};
-
 // Scans of one component's AC coefficients, from nothing to all bits: bands of any width, each bit of each coefficient
-// once. At first up to `mostLeft` bits are left out.
-std::vector<Band> randomAcBands(Random& random, int mostLeft)
+// once. At first up to three bits are left out.
+void addAcScans(Random& random, int component, JpegScanScript& script)
 {
     constexpr int kUnseen = -1;
     std::array<int, 64> low;
     low.fill(kUnseen);
     low[0] = 0;
-    std::vector<Band> bands;
     for (;;) {
         std::vector<int> unfinished;
         for (int k = 1; k < 64; ++k)
             if (low[k] != 0) unfinished.push_back(k);
-        if (unfinished.empty()) return bands;
+        if (unfinished.empty()) return;
         int first = unfinished[random.between(0, int(unfinished.size()) - 1)], last = first;
         // Wide bands more often than chance would have them.
         int most = random.between(0, 1) ? 63 : random.between(first, 63);
         while (first > 1 && most == 63 && low[first - 1] == low[last]) --first;
         while (last < most && low[last + 1] == low[first]) ++last;
         int high = low[first] == kUnseen ? 0 : low[first];
-        int left = low[first] == kUnseen ? random.between(0, mostLeft) : high - 1;
-        bands.push_back({first, last, high, left});
+        int left = low[first] == kUnseen ? random.between(0, 3) : high - 1;
+        script.push_back({{component}, first, last, high, left});
         for (int k = first; k <= last; ++k) low[k] = left;
     }
 }
 
-// The same for the DC coefficients.
-std::vector<Band> randomDcBands(Random& random, int mostLeft)
+void addDcScans(Random& random, const std::vector<int>& components, JpegScanScript& script)
 {
-    int low = random.between(0, mostLeft);
-    std::vector<Band> bands = {{0, 0, 0, low}};
-    for (; low > 0; --low) bands.push_back({0, 0, low, low - 1});
-    return bands;
+    int low = random.between(0, 4);
+    script.push_back({components, 0, 0, 0, low});
+    for (; low > 0; --low) script.push_back({components, 0, 0, low, low - 1});
 }
 
 // One component after the other, or all DC coefficients together first.
@@ -123,12 +117,10 @@ JpegScanScript randomScript(Random& random)
 {
     JpegScanScript script;
     bool together = random.between(0, 1);
-    if (together)
-        for (const Band& b : randomDcBands(random, 4)) script.push_back({{0, 1, 2}, b.first, b.last, b.high, b.low});
+    if (together) addDcScans(random, {0, 1, 2}, script);
     for (int c = 0; c < 3; ++c) {
-        if (!together)
-            for (const Band& b : randomDcBands(random, 4)) script.push_back({{c}, b.first, b.last, b.high, b.low});
-        for (const Band& b : randomAcBands(random, 3)) script.push_back({{c}, b.first, b.last, b.high, b.low});
+        if (!together) addDcScans(random, {c}, script);
+        addAcScans(random, c, script);
     }
     return script;
 }
