@@ -9,6 +9,7 @@
 
 #include "argument_faults.h"
 #include "core/support.h"
+#include "jpeg/zigzag.h"
 #include "random.h"
 
 using namespace qel::test;
@@ -48,10 +49,7 @@ TEST(Zigzag, NaturalOrder)
     int16_t inZigzag[64], natural[64];
     std::iota(inZigzag, inZigzag + 64, int16_t(0));
     ASSERT_EQ(qeliZigzagInv8x8_16s_C1(inZigzag, natural), qelStsNoErr);
-    // The first row and the last one of T.81 Figure A.6.
-    const int16_t first[] = {0, 1, 5, 6, 14, 15, 27, 28}, last[] = {35, 36, 48, 49, 57, 58, 62, 63};
-    EXPECT_TRUE(std::equal(first, first + 8, natural));
-    EXPECT_TRUE(std::equal(last, last + 8, natural + 56));
+    for (int i = 0; i < 64; ++i) EXPECT_EQ(natural[i], zigzag_index_Fwd[i]);
 }
 
 // Every function of the shape source, step, destination, step, size: dense and stepped regions give the same rows, and

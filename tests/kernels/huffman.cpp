@@ -54,7 +54,6 @@ TEST(HuffmanEncodeKernels, Blocks)
 TEST(HuffmanDecodeKernels, Streams)
 {
     everyRoundEqualsScalar<HuffmanDecodeKernels>(2000, [](auto& table, Random& random, int round) {
-        // A table without codes longer than ten bits has many that are in no table.
         auto dc = specOf(listsWithout(random, 0)), ac = specOf(listsWithout(random, 0));
         Guarded<uint8_t> src(size_t(random.between(4, 200)));
         random.fill(src.data(), src.size());
@@ -102,7 +101,7 @@ TEST(ProgressiveDecodeKernels, Bands)
     });
 }
 
-// Of all states between two blocks, and now and then close to a full buffer or run.
+// From states between two blocks, now and then close to a full buffer or run.
 TEST(ProgressiveEncodeKernels, Blocks)
 {
     int succeeded = 0;
@@ -131,7 +130,7 @@ TEST(ProgressiveEncodeKernels, Blocks)
         QelStatus runStatus = table.countRun(counts.data(), &counted);
         return std::tuple(status, countStatus, runStatus, pos, bytesOf(dst), states, countedStates, counts);
     });
-    EXPECT_GT(succeeded, 1000);
+    EXPECT_GT(succeeded, 2000); // of 8000 for each build
 }
 
 }
