@@ -197,8 +197,8 @@ struct Samples {
 // No coefficient but the first.
 QEL_INLINE bool isMeanAlone(const int16_t* block)
 {
-    // Those that are seldom zero are asked for first, which takes no registers.
-    if (block[1] | load<uint64_t>(block + 8)) return false;
+    // Those that are seldom all zero are asked for first, which takes no registers.
+    if (load<uint64_t>(block + 8)) return false;
     Wide others = ~Wide{};
     others[0] = 0;
     others &= load<Wide>(block);
