@@ -69,9 +69,9 @@ struct RgbStep {
         auto times = [](Wide v, int factor) { return Op::mulHigh(v, Wide{} + int16_t(factor)); };
         Wide red = r - g, blue = b - g;
         auto factors = (Wide)(U32<kWidth>{} + (uint32_t(kBlueInLuma) << 16 | kRedInLuma));
-        auto sum = [=](Wide pairs) { return (Op::mulAddPairs(pairs, factors) + 32768) >> 16; };
+        auto sum = [=](Wide pairs) { return (Op::mulAddPairs(pairs, factors) + (32768 - 128 * 65536)) >> 16; };
         Wide luma = Op::pack(sum(Op::zipLow(red, blue)), sum(Op::zipHigh(red, blue)));
-        return {luma + (g - 128), (blue - times(red, 2 * kRedInCb)) >> 1, (red - times(blue, 2 * kBlueInCr)) >> 1};
+        return {luma + g, (blue - times(red, 2 * kRedInCb)) >> 1, (red - times(blue, 2 * kBlueInCr)) >> 1};
     }
 };
 
