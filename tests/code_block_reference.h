@@ -14,10 +14,11 @@ namespace qel::test {
 // The library's own steps, one decision at a time: what all bytes mean, also those that no encoder writes.
 struct StepwiseMq {
     MqDecoderState state = {};
+    int decisions = 0; // since it was made
 
     void start(const uint8_t* src, int length) { mqDecoderInit(&state, src, length); }
     void reset() { mqDecoderResetCtx(&state); }
-    int next(int context) { return ownqj_DecoderDecode_asm(&state, context, owniEstimator_JPEG2K); }
+    int next(int context) { return ++decisions, ownqj_DecoderDecode_asm(&state, context, owniEstimator_JPEG2K); }
     int checkTermination() { return mqDecoderCheckErrPredTerm(&state); }
 };
 
@@ -179,6 +180,7 @@ struct DecodedBlock {
     std::vector<uint32_t> coefficients;
     QelStatus status = qelStsNoErr;
     int errorPlane = -1;
+    int decisions = 0; // of the MQ coder; raw bits do not count
 };
 
 // Pass i of a block: the first is a cleanup pass; three follow for every further plane.
@@ -226,6 +228,7 @@ inline DecodedBlock decodeReference(const CodedBlock& block)
             current = plane - 1;
         }
     }
+    decoded.decisions = reference.mq.decisions;
     for (int y = 0; y < block.height; ++y)
         for (int x = 0; x < block.width; ++x) {
             uint32_t value = reference.coefficient(x, y), kept = ~0u << std::max(current, 0);
