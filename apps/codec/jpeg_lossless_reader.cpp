@@ -2,6 +2,7 @@
 #include "codec/jpeg_lossless_reader.h"
 
 #include <algorithm>
+#include <array>
 #include <limits>
 #include <string>
 
@@ -13,14 +14,18 @@ namespace qel::codec {
 
 namespace {
 
-template <class T> void putRow(const int16_t* samples, int width, int pointTransform, int largest, int step, T* out)
+// Rows of kRows components to every `step`th sample of the picture, beside each other.
+template <size_t kRows, class T>
+void putRows(std::array<const int16_t*, kRows> rows, int width, int pointTransform, int largest, int step, T* out)
 {
-    if (pointTransform == 0 && largest == std::numeric_limits<T>::max()) {
-#pragma GCC unroll 8
-        for (int x = 0; x < width; ++x, out += step) *out = T(samples[x]);
-    } else {
-        for (int x = 0; x < width; ++x, out += step) *out = T((uint16_t(samples[x]) << pointTransform) & largest);
-    }
+    auto putAll = [&](auto sample) {
+        for (int x = 0; x < width; ++x, out += step)
+            for (size_t i = 0; i < kRows; ++i) out[i] = T(sample(rows[i][x]));
+    };
+    if (pointTransform == 0 && largest == std::numeric_limits<T>::max())
+        putAll([](int16_t sample) { return sample; });
+    else
+        putAll([=](int16_t sample) { return (uint16_t(sample) << pointTransform) & largest; });
 }
 
 // The library reads what predictors 5 to 7 halve as signed, T.81 as unsigned: that differs where all 16 bits are used.
@@ -57,13 +62,29 @@ LosslessOutput::LosslessOutput(const JpegInfo& info, Picture& picture)
 
 void LosslessOutput::put(int component, const int16_t* samples, int pointTransform)
 {
-    int largest = (1 << info_.precision) - 1, y = rows_[component]++, width = info_.components[component].width;
+    int y = rows_[component]++, width = info_.components[component].width;
+    auto putTo = [&](int step, auto* out) {
+        putRows<1>({samples}, width, pointTransform, (1 << info_.precision) - 1, step, out);
+    };
     if (!planes_.empty())
-        putRow(samples, width, pointTransform, largest, 1, planes_[component].row(y));
+        putTo(1, planes_[component].row(y));
     else if (picture_.bytesPerSample() == 1)
-        putRow(samples, width, pointTransform, largest, picture_.channels(), picture_.row(y) + component);
+        putTo(picture_.channels(), picture_.row(y) + component);
     else
-        putRow(samples, width, pointTransform, largest, picture_.channels(), picture_.row<uint16_t>(y) + component);
+        putTo(picture_.channels(), picture_.row<uint16_t>(y) + component);
+}
+
+void LosslessOutput::putColours(std::array<const int16_t*, 3> samples, int pointTransform)
+{
+    int y = rows_[0];
+    for (int& rows : rows_) ++rows;
+    auto putTo = [&](auto* out) {
+        putRows(samples, picture_.width(), pointTransform, (1 << info_.precision) - 1, 3, out);
+    };
+    if (picture_.bytesPerSample() == 1)
+        putTo(picture_.row(y));
+    else
+        putTo(picture_.row<uint16_t>(y));
 }
 
 void LosslessOutput::fillRest(int component)
@@ -96,6 +117,7 @@ LosslessRows::LosslessRows(const JpegInfo& info, const ScanDecoder& coder, int r
         components_.push_back({share.component, width, share.down, info.components[share.component].height,
                                std::vector<int16_t>(size_t(width) * (share.down + 1))});
     }
+    putsColours_ = output.takesColours() && layout.blocks.size() == 3 && components_.size() == 3;
     for (const McuBlock& sample : layout.blocks)
         places_.push_back({components_[sample.slot].row(sample.dy) + sample.dx, layout.shares[sample.slot].across});
 }
@@ -108,10 +130,12 @@ void LosslessRows::decode(ScanDecoder& coder)
         if (isLost) std::ranges::fill(component.samples, int16_t(1 << (precision_ - pointTransform_ - 1)));
         for (int dy = 0; dy < component.down && component.rowsLeft > 0; ++dy, --component.rowsLeft) {
             if (!isLost) restore(component, dy, isFirst && dy == 0);
-            output_.put(component.index, component.row(dy), pointTransform_);
+            if (!putsColours_) output_.put(component.index, component.row(dy), pointTransform_);
         }
         std::copy_n(component.row(component.down - 1), component.width, component.row(-1));
     }
+    if (putsColours_)
+        output_.putColours({components_[0].row(0), components_[1].row(0), components_[2].row(0)}, pointTransform_);
 }
 
 void LosslessRows::restore(Component& component, int dy, bool isFirst) const

@@ -1,6 +1,7 @@
 // From the differences of lossless scans to samples, and from these to the picture (T.81 Annex H).
 #pragma once
 
+#include <array>
 #include <vector>
 
 #include "codec/jpeg_info.h"
@@ -22,6 +23,10 @@ public:
 
     // The next row of a component; `pointTransform` bits are put back.
     void put(int component, const int16_t* samples, int pointTransform);
+    // Whether the picture is one of three components, none of them up-sampled or converted.
+    bool takesColours() const { return planes_.empty() && picture_.channels() == 3; }
+    // The same for all three components of such a picture at once, which stores it in one pass.
+    void putColours(std::array<const int16_t*, 3> samples, int pointTransform);
     // All rows that there are have been put: the others become grey.
     void finish(JpegUpsampling upsampling);
 
@@ -57,6 +62,7 @@ private:
     int precision_, predictor_, pointTransform_;
     int rowsPerInterval_, row_ = 0;
     LosslessOutput& output_;
+    bool putsColours_; // one row of all of them at a time
     std::vector<Component> components_;
     std::vector<ScanDecoder::DifferenceRow> places_;
 };

@@ -46,24 +46,29 @@ int ScanDecoder::decodeSound(const std::vector<DifferenceRow>& rows)
 {
     struct Target {
         int16_t* next;
-        int step;
+        ptrdiff_t step;
         const QelDecodeHuffmanSpec* table;
     };
     std::array<Target, kMaxBlocksOfMcu> targets;
-    int count = int(rows.size());
-    for (int i = 0; i < count; ++i) targets[i] = {rows[i].first, rows[i].step, slots_[layout_.blocks[i].slot].dc.get()};
-    for (int column = 0; column < layout_.mcusAcross; ++column)
-        for (int i = 0; i < count; ++i) {
-            Target& to = targets[i];
-            QelStatus status = qeliDecodeHuffmanOne_JPEG_1u16s_C1(data_.data(), int(data_.size()), &at_, to.next,
-                                                                  &marker_, to.table, state_.get());
+    Target* end = targets.data();
+    for (size_t i = 0; i < rows.size(); ++i)
+        *end++ = {rows[i].first, rows[i].step, slots_[layout_.blocks[i].slot].dc.get()};
+    // In variables of their own, as a call could change the members.
+    const uint8_t* data = data_.data();
+    const int size = int(data_.size()), columns = layout_.mcusAcross;
+    QelDecodeHuffmanState* state = state_.get();
+    for (int column = 0; column < columns; ++column)
+        for (Target* to = targets.data(); to != end; ++to) {
+            int16_t* difference = to->next;
+            to->next += to->step;
+            QelStatus status =
+                qeliDecodeHuffmanOne_JPEG_1u16s_C1(data, size, &at_, difference, &marker_, to->table, state);
             if (status < 0) {
                 survive(status);
                 return column;
             }
-            to.next += to.step;
         }
-    return layout_.mcusAcross;
+    return columns;
 }
 
 void ScanDecoder::resetCoder()

@@ -1,13 +1,12 @@
 // Words of a byte stream, the first byte highest, at any address. For kernels.
 #pragma once
 
+#include "core/byte_order.h"
 #include "core/simd.h"
 
 namespace qel {
 namespace QEL_BUILD {
 namespace {
-
-constexpr bool kLittleEndian = __BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__;
 
 QEL_INLINE uint32_t loadBig32(const uint8_t* p)
 {

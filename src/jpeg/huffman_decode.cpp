@@ -33,16 +33,27 @@ QelStatus qeliDecodeHuffman8x8_Direct_JPEG_1u16s_C1(const uint8_t* pSrc, int* pS
                                                              pNumValidPrefetchedBits, pDcTable, pAcTable);
 }
 
+namespace {
+
+// Out of line, so that the path of a held value needs few registers.
+__attribute__((noinline)) QelStatus decodeOne(const uint8_t* src, int srcLen, int* pos, int16_t* dst, uint32_t* marker,
+                                              const QelDecodeHuffmanSpec* spec, QelDecodeHuffmanState* state)
+{
+    if (QelStatus bad = first(pointers(src), values(srcLen >= 0), pointers(pos, dst, marker, spec, state))) return bad;
+    if (*pos < 0) return qelStsBadArgErr;
+    return kernels<HuffmanDecodeKernels>().decodeOne(src, srcLen, pos, dst, marker, spec, state);
+}
+
+}
+
 QelStatus qeliDecodeHuffmanOne_JPEG_1u16s_C1(const uint8_t* pSrc, int srcLenBytes, int* pSrcCurrPos, int16_t* pDst,
                                              uint32_t* pMarker, const QelDecodeHuffmanSpec* pTable,
                                              QelDecodeHuffmanState* pState)
 {
-    if (QelStatus bad =
-            first(pointers(pSrc), values(srcLenBytes >= 0), pointers(pSrcCurrPos, pDst, pMarker, pTable, pState)))
-        return bad;
-    if (*pSrcCurrPos < 0) return qelStsBadArgErr;
-    if (takeHeldValue(*pTable, pState, pDst)) return qelStsNoErr;
-    return kernels<HuffmanDecodeKernels>().decodeOne(pSrc, srcLenBytes, pSrcCurrPos, pDst, pMarker, pTable, pState);
+    bool isSound =
+        pSrc && pSrcCurrPos && (srcLenBytes | *pSrcCurrPos) >= 0 && pMarker && pDst && pTable && pState;
+    if (isSound && takeHeldValue(*pTable, pState, pDst)) return qelStsNoErr;
+    return decodeOne(pSrc, srcLenBytes, pSrcCurrPos, pDst, pMarker, pTable, pState);
 }
 
 QelStatus ownqj_DecodeHuffman8x8_JPEG_1u16s_C1(const uint8_t* src, int srcLen, int* pos, int16_t* dst, int16_t* lastDc,

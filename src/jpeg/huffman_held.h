@@ -36,7 +36,8 @@ inline __attribute__((always_inline)) bool takeHeldValue(const QelDecodeHuffmanS
     // Without an entry the highest bit is set.
     if ((entry - 0x10000) & 0x8000FFF0) return false;
     auto& range = kValueRanges.of[entry & 0xF];
-    count -= int(entry >> 16) + int(entry & 0xF);
+    count -= int(entry >> 16);
+    count -= int(entry & 0xF);
     if (count < 0) return false;
     uint32_t value = uint32_t(bits >> count) & range.all;
     *dst = int16_t(value - (range.all & -uint32_t(value < range.half)));

@@ -71,6 +71,7 @@ template <int kPredictor> QEL_INLINE void diffStep(Bytes<1>, const int16_t* src,
 template <int kPredictor, int N>
 QEL_INLINE void diffStep(Bytes<N>, const int16_t* src, const int16_t* prev, int16_t* dst)
 {
+#pragma GCC unroll 2
     for (int i = 0; i < N; i += N / 2)
         store(dst + i, load<S16<N>>(src + i) - predictAt<kPredictor, S16<N>>(src + i, prev + i));
 }
@@ -101,6 +102,7 @@ template <int kPredictor> QEL_INLINE void addStep(Bytes<1>, const int16_t* src, 
 template <int kPredictor, int N>
 QEL_INLINE void addStep(Bytes<N>, const int16_t* src, const int16_t* prev, int16_t* dst)
 {
+#pragma GCC unroll 2
     for (int i = 0; i < N; i += N / 2)
         store(dst + i, load<S16<N>>(src + i) + predictAt<kPredictor, S16<N>>(dst + i, prev + i));
 }
@@ -156,18 +158,56 @@ template <int kPredictor> QEL_INLINE void sumRow(const int16_t* src, const int16
     }
 }
 
-// Predictors 6 and 7. Samples stand in the upper half of 32 bits: one half of the last sample is then exact, and joins
-// all that does not depend on it in one sum, from which the fraction is cleared.
+// Predictors 6 and 7: one half of the last sample, and what does not depend on it. Samples stand in the upper half of
+// 32 bits, where one half is exact; what later halving leaves of them below the lowest bit of a half carries nowhere.
+QEL_INLINE int32_t nextInChain(int32_t last, int32_t rest) { return int32_t(uint32_t(last >> 1) + uint32_t(rest)); }
+
+template <int kPredictor> QEL_INLINE int32_t chainRest(int32_t difference, int32_t above, int32_t aboveLeft)
+{
+    int32_t rest = kPredictor == 6 ? 2 * (difference + above) - aboveLeft : 2 * difference + above;
+    return int32_t(uint32_t(rest) << 15);
+}
+
+// The same for eight samples.
+template <int kPredictor> QEL_INLINE void chainRests(const int16_t* src, const int16_t* prev, int32_t* rests)
+{
+    using S = Simd<16>;
+    S16<16> none = {}, difference = load<S16<16>>(src), above = load<S16<16>>(prev);
+    S16<16> whole = kPredictor == 6 ? difference + above : difference;
+    S16<16> halved = kPredictor == 6 ? load<S16<16>>(prev - 1) : above;
+    auto rest = [](S16<16> wholes, S16<16> halves) {
+        S32<16> half = (S32<16>)halves >> 1;
+        return kPredictor == 6 ? (S32<16>)wholes - half : (S32<16>)wholes + half;
+    };
+    store(rests, rest(S::zipLow(none, whole), S::zipLow(none, halved)));
+    store(rests + 4, rest(S::zipHigh(none, whole), S::zipHigh(none, halved)));
+}
+
+// From column i on as long as kRun samples fit; `last` is that of the column before. Returns the next column.
+template <int kPredictor>
+QEL_INLINE int chainInRuns(const int16_t* src, const int16_t* prev, int16_t* dst, int i, int width, int32_t& last)
+{
+    constexpr int kRun = 64;
+    int32_t chain[kRun];
+    for (; width - i >= kRun; i += kRun) {
+        for (int k = 0; k < kRun; k += 8) chainRests<kPredictor>(src + i + k, prev + i + k, chain + k);
+#pragma GCC unroll 16
+        for (int k = 0; k < kRun; ++k) chain[k] = last = nextInChain(last, chain[k]);
+        for (int k = 0; k < kRun; k += 8)
+            store(dst + i + k, Simd<16>::pack(load<S32<16>>(chain + k) >> 16, load<S32<16>>(chain + k + 4) >> 16));
+    }
+    return i;
+}
+
 template <int kPredictor> QEL_INLINE void chainRow(const int16_t* src, const int16_t* prev, int16_t* dst, int width)
 {
-    int32_t above = at(prev), sample = int32_t(uint32_t(at(src) + above) << 16);
-    store(dst, int16_t(sample >> 16));
-    for (int i = 1; i < width; ++i) {
-        int32_t aboveLeft = above, difference = at(src + i);
-        above = at(prev + i);
-        int32_t rest = kPredictor == 6 ? 2 * (difference + above) - aboveLeft : 2 * difference + above;
-        sample = int32_t((uint32_t(rest) << 15) + uint32_t(sample >> 1)) & int32_t(0xFFFF0000);
-        store(dst + i, int16_t(sample >> 16));
+    auto last = int32_t(uint32_t(at(src) + at(prev)) << 16);
+    store(dst, int16_t(last >> 16));
+    int i = 1;
+    if constexpr (QEL_WIDTH >= 16) i = chainInRuns<kPredictor>(src, prev, dst, i, width, last);
+    for (; i < width; ++i) {
+        last = nextInChain(last, chainRest<kPredictor>(at(src + i), at(prev + i), at(prev + i - 1)));
+        store(dst + i, int16_t(last >> 16));
     }
 }
 
