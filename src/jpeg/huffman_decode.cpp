@@ -35,13 +35,12 @@ QelStatus qeliDecodeHuffman8x8_Direct_JPEG_1u16s_C1(const uint8_t* pSrc, int* pS
 
 namespace {
 
-// Out of line, so that the path of a held value needs few registers.
-__attribute__((noinline)) QelStatus decodeOne(const uint8_t* src, int srcLen, int* pos, int16_t* dst, uint32_t* marker,
-                                              const QelDecodeHuffmanSpec* spec, QelDecodeHuffmanState* state)
+__attribute__((noinline)) QelStatus faultOfOne(const uint8_t* src, int srcLen, const int* pos, const int16_t* dst,
+                                               const uint32_t* marker, const QelDecodeHuffmanSpec* spec,
+                                               const QelDecodeHuffmanState* state)
 {
     if (QelStatus bad = first(pointers(src), values(srcLen >= 0), pointers(pos, dst, marker, spec, state))) return bad;
-    if (*pos < 0) return qelStsBadArgErr;
-    return kernels<HuffmanDecodeKernels>().decodeOne(src, srcLen, pos, dst, marker, spec, state);
+    return qelStsBadArgErr;
 }
 
 }
@@ -50,10 +49,11 @@ QelStatus qeliDecodeHuffmanOne_JPEG_1u16s_C1(const uint8_t* pSrc, int srcLenByte
                                              uint32_t* pMarker, const QelDecodeHuffmanSpec* pTable,
                                              QelDecodeHuffmanState* pState)
 {
-    bool isSound =
-        pSrc && pSrcCurrPos && (srcLenBytes | *pSrcCurrPos) >= 0 && pMarker && pDst && pTable && pState;
-    if (isSound && takeHeldValue(*pTable, pState, pDst)) return qelStsNoErr;
-    return decodeOne(pSrc, srcLenBytes, pSrcCurrPos, pDst, pMarker, pTable, pState);
+    // With so little to do, which fault comes first is asked where there is one.
+    bool isSound = pSrc && pSrcCurrPos && (srcLenBytes | *pSrcCurrPos) >= 0 && pMarker && pDst && pTable && pState;
+    if (!isSound) return faultOfOne(pSrc, srcLenBytes, pSrcCurrPos, pDst, pMarker, pTable, pState);
+    if (takeHeldValue(*pTable, pState, pDst)) return qelStsNoErr;
+    return kernels<HuffmanDecodeKernels>().decodeOne(pSrc, srcLenBytes, pSrcCurrPos, pDst, pMarker, pTable, pState);
 }
 
 QelStatus ownqj_DecodeHuffman8x8_JPEG_1u16s_C1(const uint8_t* src, int srcLen, int* pos, int16_t* dst, int16_t* lastDc,
