@@ -35,11 +35,13 @@ QelStatus encodeAc(const HuffmanWriter& out, const int16_t* block, const QelEnco
     return run == 0 ? qelStsNoErr : out.writeSymbol(ac, kEndOfBlock);
 }
 
-// What writeShort leaves, and the end of the scan. Failures are not reported. A difference of 32768 in magnitude has no
-// bits behind its category.
+// What writeShort leaves, faults of arguments, and the end of the scan. Failures to write are not reported. A
+// difference of 32768 in magnitude has no bits behind its category.
 __attribute__((noinline)) QelStatus finishOne(int16_t value, uint8_t* dst, int dstLen, int* pos,
                                               const QelEncodeHuffmanSpec* spec, QelEncodeHuffmanState* state, int flush)
 {
+    if (QelStatus bad = first(pointers(dst), length(dstLen), pointers(pos, state))) return bad;
+    if (!flush && spec == nullptr) return qelStsNullPtrErr;
     HuffmanWriter out = {dst, dstLen, pos, state};
     int category = categoryOf(value);
     if (flush)
@@ -107,12 +109,10 @@ QelStatus qeliEncodeHuffmanOne_JPEG_16s1u_C1(int16_t src, uint8_t* pDst, int dst
                                              const QelEncodeHuffmanSpec* pDcTable, QelEncodeHuffmanState* pState,
                                              int flush)
 {
-    if (QelStatus bad = first(pointers(pDst), length(dstLenBytes), pointers(pDstCurrPos, pState))) return bad;
-    if (!flush) {
-        if (QelStatus bad = pointers(pDcTable)) return bad;
-        HuffmanWriter out = {pDst, dstLenBytes, pDstCurrPos, pState};
-        if (out.writeShort(pDcTable, src)) return qelStsNoErr;
-    }
+    // With so little to do, which fault comes first is asked where there is one.
+    bool isPlain = pDst && dstLenBytes >= 1 && pDstCurrPos && pState && pDcTable && !flush;
+    HuffmanWriter out = {pDst, dstLenBytes, pDstCurrPos, pState};
+    if (isPlain && out.writeShort(pDcTable, src)) return qelStsNoErr;
     return finishOne(src, pDst, dstLenBytes, pDstCurrPos, pDcTable, pState, flush);
 }
 

@@ -4,6 +4,7 @@
 #include <string.h>
 
 #include "core/inline.h"
+#include "core/select.h"
 #include "jpeg/huffman_bits.h"
 
 namespace qel {
@@ -50,22 +51,24 @@ struct HuffmanWriter {
         auto sign = (uint32_t)(value >> 31), magnitude = ((uint32_t)value ^ sign) - sign;
         bool isSmall = __builtin_expect(magnitude < 256, 1);
         uint32_t category = isSmall ? own_qj_csize[magnitude] : own_qj_csize[magnitude >> 8] + 8;
-        uint32_t entry = spec->entries[category], count = (uint32_t)state->count + (entry >> 16) + category;
-        if (entry == 0 || count >= 24 || (!isSmall && category > 15) || (unsigned)*pos >= (unsigned)dstLen - 1)
+        uint32_t entry = spec->entries[category], length = entry >> 16,
+                 count = (uint32_t)state->count + length + category;
+        if (length == 0 || count >= 24 || (!isSmall && category > 15) || (unsigned)*pos >= (unsigned)dstLen - 1)
             return false;
         // Above the bits of a negative value stand ones, which take 1 from the code.
         uint32_t code = (((entry & 0xFFFF) - sign) << category) + (uint32_t)value + sign;
-        uint32_t bits = state->accumulator[0] | code << (24 - count), kept = 0xFFFFu >> (count & 24);
+        uint32_t bits = state->accumulator[0] | code << (24 - count);
         auto first = (uint8_t)(bits >> 16), second = (uint8_t)(bits >> 8);
         if (first == 0xFF || second == 0xFF) return false;
-        // How many bytes end is not to be foreseen, hence no branch. Each is read by itself, as it was written, so that
-        // no read waits for a write that it is only part of.
-        auto next = (volatile uint8_t*)dst + *pos;
-        next[0] = (uint8_t)(first ^ ((first ^ next[0]) & kept >> 8));
-        next[1] = (uint8_t)(second ^ ((second ^ next[1]) & kept));
+        // How many bytes end is not to be foreseen, hence no branch: those that do not go elsewhere.
+        uint8_t elsewhere, *next = dst + *pos;
+        auto firstTo = (uint8_t*)(uintptr_t)select(count & 24, (uintptr_t)next, (uintptr_t)&elsewhere);
+        auto secondTo = (uint8_t*)(uintptr_t)select(count & 16, (uintptr_t)next + 1, (uintptr_t)&elsewhere);
         *pos += (int)(count >> 3);
-        state->accumulator[0] = bits << (count & 24);
-        state->accumulator[1] = 0;
+        *firstTo = first;
+        *secondTo = second;
+        const uint32_t accumulator[2] = {bits << (count & 24), 0};
+        memcpy(state->accumulator, accumulator, sizeof accumulator);
         state->count = (int32_t)(count & 7);
         return true;
     }
