@@ -208,6 +208,14 @@ template <int N> struct PortableSimd {
         return shifted;
     }
 
+    // All lanes of `v` moved up by one, behind the last lane of `before`.
+    static QEL_INLINE S16<N> moveUp(S16<N> before, S16<N> v)
+    {
+        S16<N> moved = v;
+        for (int i = 0; i < N / 2; ++i) moved[i] = i == 0 ? before[N / 2 - 1] : v[i - 1];
+        return moved;
+    }
+
     // Towards zero; what an int32_t cannot hold gives its least value.
     static QEL_INLINE S32<N> truncate(F32<N> v)
     {

@@ -56,6 +56,7 @@ template <> struct Simd<16> : GatheredBits, Interleaved<16, Simd<16>> {
         constexpr int kLane = sizeof(v[0]);
         return (V)_mm_or_si128(_mm_slli_si128((__m128i)v, kLane), _mm_srli_si128((__m128i)before, 16 - kLane));
     }
+    static QEL_INLINE S16<16> moveUp(S16<16> before, S16<16> v) { return shiftIn(before, v); }
 
     template <class V> static QEL_INLINE V inOrder(V v) { return v; }
     static constexpr bool kPermutesFast = false;

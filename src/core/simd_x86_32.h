@@ -59,6 +59,10 @@ template <> struct Simd<32> : GatheredBits, Interleaved<32, Simd<32>> {
     {
         return (V)_mm256_alignr_epi8((__m256i)v, (__m256i)before, 16 - int(sizeof(v[0])));
     }
+    static QEL_INLINE S16<32> moveUp(S16<32> before, S16<32> v)
+    {
+        return shiftIn((S16<32>)_mm256_permute2x128_si256((__m256i)before, (__m256i)v, 0x21), v);
+    }
 
     template <class V> static QEL_INLINE V inOrder(V v) { return (V)_mm256_permute4x64_epi64((__m256i)v, 0xD8); }
     static QEL_INLINE S16<32> widen(const uint8_t* p)

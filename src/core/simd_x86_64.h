@@ -72,6 +72,10 @@ template <> struct Simd<64> : GatheredBits, Interleaved<64, Simd<64>> {
         else
             return inBlocks<3, 4, 5, 6>(before, v);
     }
+    static QEL_INLINE S16<64> moveUp(S16<64> before, S16<64> v)
+    {
+        return shiftIn((S16<64>)_mm512_alignr_epi64((__m512i)v, (__m512i)before, 6), v);
+    }
 
     template <class V> static QEL_INLINE V inOrder(V v)
     {

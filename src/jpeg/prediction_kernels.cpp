@@ -76,10 +76,41 @@ QEL_INLINE void diffStep(Bytes<N>, const int16_t* src, const int16_t* prev, int1
         store(dst + i, load<S16<N>>(src + i) - predictAt<kPredictor, S16<N>>(src + i, prev + i));
 }
 
+// Predictors 4, 5 and 6 in wide registers: what the neighbours to the left give comes from the registers before, as
+// loading it would often cross from one cache line into the next.
+template <int kPredictor, class V> QEL_INLINE V carried(V sample, V above)
+{
+    if constexpr (kPredictor == 4) return sample - above;
+    if constexpr (kPredictor == 5) return above ^ int16_t(0x8000);
+    if constexpr (kPredictor == 6) return halfDifference(sample, above);
+}
+template <int kPredictor, int N>
+QEL_INLINE void diffLong(const int16_t* src, const int16_t* prev, int16_t* dst, ptrdiff_t width)
+{
+    using V = S16<N>;
+    auto step = [=](ptrdiff_t i) { diffStep<kPredictor>(Bytes<N>(), src + i, prev + i, dst + i); };
+    step(1);
+    ptrdiff_t i = 1 + N - ((1 + (ptrdiff_t)((uintptr_t)dst / 2)) & (N / 2 - 1)), last = width - N;
+    V before = carried<kPredictor>(V{} + at(src + i - 1), V{} + at(prev + i - 1));
+#pragma GCC unroll 2
+    for (; i < last; i += N / 2) {
+        V sample = load<V>(src + i), above = load<V>(prev + i), now = carried<kPredictor>(sample, above);
+        V moved = Simd<N>::moveUp(before, now);
+        if constexpr (kPredictor == 4) store(dst + i, now - moved);
+        if constexpr (kPredictor == 5)
+            store(dst + i, sample - load<V>(src + i - 1) - now + (V)Simd<N>::average((U16<N>)now, (U16<N>)moved));
+        if constexpr (kPredictor == 6) store(dst + i, sample - above - moved);
+        before = now;
+    }
+    step(last);
+}
+
 template <int kPredictor> void diff(const int16_t* src, const int16_t* prev, int16_t* dst, int width)
 {
     bool inTurn = overlap(src, dst, width) || overlap(prev, dst, width);
     store(dst, int16_t(at(src) - at(prev)));
+    if constexpr (QEL_WIDTH > 16 && kPredictor >= 4 && kPredictor <= 6)
+        if (!inTurn && width > 3 * QEL_WIDTH) return diffLong<kPredictor, QEL_WIDTH>(src, prev, dst, width);
     auto step = [=](auto bytes, ptrdiff_t i) { diffStep<kPredictor>(bytes, src + i, prev + i, dst + i); };
     if (!inTurn) return inOverlappingSteps(1, width, (ptrdiff_t)((uintptr_t)dst / 2), step);
     for (ptrdiff_t i = 1; i < width; ++i) step(Bytes<1>(), i);

@@ -52,6 +52,7 @@ template <class S, int N> struct Run {
     QEL_ON_TWO(zipHigh64, zipHigh, U64)
     QEL_ON_TWO(shiftIn16, shiftIn, S16)
     QEL_ON_TWO(shiftIn32, shiftIn, F32)
+    QEL_ON_TWO(moveUp, moveUp, S16)
 #undef QEL_ON_TWO
 
     static void inOrder(const uint8_t* in, uint8_t* out) { store(out, S::inOrder(at<U8<N>>(in, 0))); }
@@ -205,10 +206,10 @@ template <class S, int N> struct Run {
         QEL_OPERATION(N, isZero, 1, 1), QEL_OPERATION(N, average16, 2, N), QEL_OPERATION(N, runningSum, 1, 2 * N),     \
         QEL_OPERATION(N, storeHalves, 1, N), QEL_OPERATION(N, packSigned, 2, N), QEL_OPERATION(N, zip3, 3, 3 * N),     \
         QEL_OPERATION(N, unzip3, 3, 3 * N), QEL_OPERATION(N, permute, 64 / N, 64), QEL_OPERATION(N, gatherBits, 1, 8), \
-        QEL_OPERATION(N, shiftIn16, 2, N), QEL_OPERATION(N, shiftIn32, 2, N), QEL_OPERATION(N, truncate, 1, N),        \
-        QEL_OPERATION(N, unzip2Words, 2, 2 * N), QEL_OPERATION(N, unzip2Floats, 2, 2 * N),                             \
-        QEL_OPERATION(N, load3Floats, 3, 3 * N), QEL_OPERATION(N, store3Floats, 3, 3 * N),                             \
-        QEL_OPERATION(N, divideRounded, 1, 2 * N)
+        QEL_OPERATION(N, shiftIn16, 2, N), QEL_OPERATION(N, shiftIn32, 2, N), QEL_OPERATION(N, moveUp, 2, N),          \
+        QEL_OPERATION(N, truncate, 1, N), QEL_OPERATION(N, unzip2Words, 2, 2 * N),                                     \
+        QEL_OPERATION(N, unzip2Floats, 2, 2 * N), QEL_OPERATION(N, load3Floats, 3, 3 * N),                             \
+        QEL_OPERATION(N, store3Floats, 3, 3 * N), QEL_OPERATION(N, divideRounded, 1, 2 * N)
 
 constexpr SimdOperation kOperations[] = {
     QEL_OPERATIONS(16),
