@@ -321,6 +321,16 @@ template <int N> struct PortableSimd {
             c1[half][at] = p[3 * i + 2], c1[half][at + 1] = 1;
         }
     }
+    // 4 * N bytes of (a, b, c, d) as pairs in the same order, and d.
+    static QEL_INLINE void loadPairs4(const uint8_t* p, U8<N>* ab, U8<N>* c1, U8<N>& d)
+    {
+        for (int i = 0; i < N; ++i) {
+            int half = i % 16 / 8, at = i / 16 * 16 + 2 * (i % 8);
+            ab[half][at] = p[4 * i], ab[half][at + 1] = p[4 * i + 1];
+            c1[half][at] = p[4 * i + 2], c1[half][at + 1] = 1;
+            d[i] = p[4 * i + 3];
+        }
+    }
     static QEL_INLINE void load4(const uint8_t* p, U8<N>& a, U8<N>& b, U8<N>& c, U8<N>& d)
     {
         for (int i = 0; i < N; ++i) a[i] = p[4 * i], b[i] = p[4 * i + 1], c[i] = p[4 * i + 2], d[i] = p[4 * i + 3];

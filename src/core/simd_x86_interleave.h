@@ -16,6 +16,7 @@ struct Triples {
     alignas(64) uint8_t store[3][64];  // store[c][j]: which pixel of channel c goes to byte j
     alignas(64) uint8_t choose[3][64]; // choose[m][j]: all ones where j mod 3 is m (j within its block of 16)
     alignas(64) uint8_t pairs[2][64];  // four triples as pairs: where they come from, from byte 0 or from byte 4 on
+    alignas(64) uint8_t fours[64];     // the same of four quadruples
 };
 constexpr Triples makeTriples()
 {
@@ -31,6 +32,7 @@ constexpr Triples makeTriples()
         int triple = j % 8 / 2, from = 3 * triple + (j % 16 < 8 ? j % 2 : 2);
         bool isZero = j % 16 >= 8 && j % 2 == 1;
         for (int k = 0; k < 2; ++k) t.pairs[k][j] = isZero ? 0x80 : uint8_t(from + 4 * k);
+        t.fours[j] = uint8_t(j % 16 / 8 * 2 + 4 * triple + j % 2);
     }
     return t;
 }
@@ -103,8 +105,19 @@ template <int N, class Simd> struct Interleaved {
     }
     static QEL_INLINE void loadPairs3(const uint8_t* p, U8<N>* ab, U8<N>* c1)
     {
-        U8<N> a, b, c, one = U8<N>{} + 1;
+        U8<N> a, b, c;
         Simd::load3(p, a, b, c);
+        zipPairs(a, b, c, ab, c1);
+    }
+    static QEL_INLINE void loadPairs4(const uint8_t* p, U8<N>* ab, U8<N>* c1, U8<N>& d)
+    {
+        U8<N> a, b, c;
+        Simd::load4(p, a, b, c, d);
+        zipPairs(a, b, c, ab, c1);
+    }
+    static QEL_INLINE void zipPairs(U8<N> a, U8<N> b, U8<N> c, U8<N>* ab, U8<N>* c1)
+    {
+        U8<N> one = U8<N>{} + 1;
         ab[0] = Simd::zipLow(a, b), ab[1] = Simd::zipHigh(a, b);
         c1[0] = Simd::zipLow(c, one), c1[1] = Simd::zipHigh(c, one);
     }

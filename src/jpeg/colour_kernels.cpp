@@ -129,9 +129,26 @@ struct ToYcc {
     {
         planes.put<V>(i, weigh<Fixed::kY>(rgb), weigh<Fixed::kCb>(rgb), weigh<Fixed::kCr>(rgb));
     }
-    QEL_INLINE void putByTables(ptrdiff_t i, uint8_t r, uint8_t g, uint8_t b) const
+    QEL_INLINE void putByTables(ptrdiff_t i, Single p) const
     {
-        planes.put<Lane>(i, lumaByTables(r, g, b), blueByTables(r, g, b), redByTables(r, g, b));
+        planes.put<Lane>(i, lumaByTables(p.r, p.g, p.b), blueByTables(p.r, p.g, p.b), redByTables(p.r, p.g, p.b));
+    }
+};
+struct ToYcck {
+    ToYcc ycc;
+    uint8_t* k;
+
+    template <class Visit> QEL_INLINE void atAddresses(ptrdiff_t i, Visit visit) const
+    {
+        ycc.atAddresses(i, visit), visit(k + i);
+    }
+    template <class V, class Fixed, class Inks> QEL_INLINE void put(ptrdiff_t i, Inks inks) const
+    {
+        ycc.put<V, Fixed>(i, inks.rgb), V::store(k + i, inks.black);
+    }
+    template <class Inks> QEL_INLINE void putByTables(ptrdiff_t i, Inks inks) const
+    {
+        ycc.putByTables(i, inks.rgb), k[i] = inks.black;
     }
 };
 struct ToY {
@@ -142,7 +159,7 @@ struct ToY {
     {
         V::store(row + i, weigh<Fixed::kY>(rgb));
     }
-    QEL_INLINE void putByTables(ptrdiff_t i, uint8_t r, uint8_t g, uint8_t b) const { row[i] = lumaByTables(r, g, b); }
+    QEL_INLINE void putByTables(ptrdiff_t i, Single p) const { row[i] = lumaByTables(p.r, p.g, p.b); }
 };
 
 template <class Fixed, int kGroup, bool kPast, class Pixels, class To>
@@ -160,11 +177,7 @@ template <bool kEights, bool kPast, class Pixels, class To> QEL_INLINE void rowF
     ptrdiff_t i = 0;
     if constexpr (kEights) i = groupsFromRgb<Fixed15, 8, kPast>(i, width, pixels, to);
     i = groupsFromRgb<Fixed14, 4, kPast>(i, width, pixels, to);
-    for (; i < width; ++i) {
-        uint8_t r, g, b;
-        pixels.template get<Lane>(i, r, g, b);
-        to.putByTables(i, r, g, b);
-    }
+    for (; i < width; ++i) to.putByTables(i, coloursAt<Lane>(pixels, i));
 }
 
 // --- CMYK is inverted RGB and a K that is passed on.
@@ -177,18 +190,6 @@ template <class Inks> struct ToInks {
     template <class V, class S> QEL_INLINE void put(ptrdiff_t i, S r, S g, S b) const
     {
         inks.template put<V>(i, S(~r), S(~g), S(~b), V::load(k + i));
-    }
-};
-template <class Inks> struct FromInks {
-    Inks inks;
-    uint8_t* k;
-
-    template <class V, class S> QEL_INLINE void get(ptrdiff_t i, S& r, S& g, S& b) const
-    {
-        S cyan, magenta, yellow, black;
-        inks.template get<V>(i, cyan, magenta, yellow, black);
-        r = S(~cyan), g = S(~magenta), b = S(~yellow);
-        V::store(k + i, black);
     }
 };
 
@@ -243,12 +244,11 @@ template <bool kPast> void planesToYcck(const uint8_t* cyan, const uint8_t* mage
                                         const uint8_t* black, uint8_t* y, uint8_t* cb, uint8_t* cr, uint8_t* k,
                                         int width)
 {
-    Planes4<const uint8_t> inks = {cyan, magenta, yellow, black};
-    rowFromRgb<false, kPast>(FromInks<Planes4<const uint8_t>>{inks, k}, ToYcc{{y, cb, cr}}, width);
+    rowFromRgb<false, kPast>(Planes4<const uint8_t>{cyan, magenta, yellow, black}, ToYcck{{{y, cb, cr}}, k}, width);
 }
 template <bool kPast> void pixelsToYcck(const uint8_t* src, uint8_t* y, uint8_t* cb, uint8_t* cr, uint8_t* k, int width)
 {
-    rowFromRgb<false, kPast>(FromInks<Cmyk32<From>>{{src}, k}, ToYcc{{y, cb, cr}}, width);
+    rowFromRgb<false, kPast>(Cmyk32<From>{src}, ToYcck{{{y, cb, cr}}, k}, width);
 }
 template <bool kPast> void planesToY(const uint8_t* r, const uint8_t* g, const uint8_t* b, uint8_t* y, int width)
 {

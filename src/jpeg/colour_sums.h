@@ -63,6 +63,12 @@ template <int N> struct Differences {
     S16<N> green[2], greenLessRed[2], blueLessGreen[2];
 };
 
+// Inks as the RGB that they leave, beside the black one.
+template <class Colours, class S> struct Inks {
+    Colours rgb;
+    S black;
+};
+
 template <class Pixels> [[maybe_unused]] constexpr bool kIsRgb24 = false;
 template <class Pixels> [[maybe_unused]] constexpr bool kIsBgr24 = false;
 template <class T> [[maybe_unused]] constexpr bool kIsRgb24<Rgb24<T>> = true;
@@ -81,6 +87,13 @@ template <class V, class Pixels> QEL_INLINE auto differencesAt(Pixels pixels, pt
         {half(g[0]), half(g[1])}, {half(g[0] - r[0]), half(g[1] - r[1])}, {half(b[0] - g[0]), half(b[1] - g[1])}};
 }
 
+template <class V, class S> QEL_INLINE Pairs<V, false> pairsOfColours(S r, S g, S b)
+{
+    using Ops = Simd<sizeof r>;
+    S one = S{} + 1;
+    return {{Ops::zipLow(r, g), Ops::zipHigh(r, g)}, {Ops::zipLow(b, one), Ops::zipHigh(b, one)}};
+}
+
 template <class V, class Pixels> QEL_INLINE auto coloursAt(Pixels pixels, ptrdiff_t i)
 {
     typename V::Type r, g, b;
@@ -94,10 +107,34 @@ template <class V, class Pixels> QEL_INLINE auto coloursAt(Pixels pixels, ptrdif
         V::loadPairs3(pixels.row + 3 * i, pairs.firstTwo, pairs.thirdOne);
         return pairs;
     } else {
-        using Ops = Simd<sizeof r>;
-        auto one = typename V::Type{} + 1;
         pixels.template get<V>(i, r, g, b);
-        return Pairs<V, false>{{Ops::zipLow(r, g), Ops::zipHigh(r, g)}, {Ops::zipLow(b, one), Ops::zipHigh(b, one)}};
+        return pairsOfColours<V>(r, g, b);
+    }
+}
+template <class V, class T> QEL_INLINE auto coloursAt(Planes4<T> inks, ptrdiff_t i)
+{
+    using S = typename V::Type;
+    S c, m, y, k;
+    inks.template get<V>(i, c, m, y, k);
+    if constexpr (V::kCount == 1)
+        return Inks<Single, S>{{S(~c), S(~m), S(~y)}, k};
+    else
+        return Inks<Pairs<V, false>, S>{pairsOfColours<V>(~c, ~m, ~y), k};
+}
+template <class V, class Row> QEL_INLINE auto coloursAt(Cmyk32<Row> inks, ptrdiff_t i)
+{
+    using S = typename V::Type;
+    if constexpr (V::kCount == 1) {
+        S c, m, y, k;
+        inks.template get<V>(i, c, m, y, k);
+        return Inks<Single, S>{{S(~c), S(~m), S(~y)}, k};
+    } else {
+        constexpr int N = sizeof(S);
+        Inks<Pairs<V, false>, S> pairs;
+        auto& [firstTwo, thirdOne] = pairs.rgb;
+        V::loadPairs4(inks.row + 4 * i, firstTwo, thirdOne, pairs.black);
+        for (int k = 0; k < 2; ++k) firstTwo[k] = ~firstTwo[k], thirdOne[k] ^= (S)pairsOf<N>(255, 0);
+        return pairs;
     }
 }
 

@@ -61,6 +61,11 @@ template <int N> struct Samples {
         fetchAhead<3 * N>(p);
         Simd<N>::loadPairs3(p, ab, c1);
     }
+    static QEL_INLINE void loadPairs4(const uint8_t* p, Type* ab, Type* c1, Type& d)
+    {
+        fetchAhead<4 * N>(p);
+        Simd<N>::loadPairs4(p, ab, c1, d);
+    }
     static QEL_INLINE void load4(const uint8_t* p, Type& a, Type& b, Type& c, Type& d)
     {
         fetchAhead<4 * N>(p);
@@ -123,6 +128,10 @@ template <int kFew> struct Few : Samples<16> {
     static QEL_INLINE void loadPairs3(const uint8_t* p, Type* ab, Type* c1)
     {
         Samples<16>::loadPairs3(Room<3>(p).bytes, ab, c1);
+    }
+    static QEL_INLINE void loadPairs4(const uint8_t* p, Type* ab, Type* c1, Type& d)
+    {
+        Samples<16>::loadPairs4(Room<4>(p).bytes, ab, c1, d);
     }
     static QEL_INLINE void load4(const uint8_t* p, Type& a, Type& b, Type& c, Type& d)
     {

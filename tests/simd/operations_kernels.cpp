@@ -159,6 +159,12 @@ template <class S, int N> struct Run {
         S::loadPairs3(in, pairs, pairs + 2);
         for (int k = 0; k < 4; ++k) store(out + k * N, pairs[k]);
     }
+    static void loadPairs4(const uint8_t* in, uint8_t* out)
+    {
+        U8<N> pairs[5] = {};
+        S::loadPairs4(in, pairs, pairs + 2, pairs[4]);
+        for (int k = 0; k < 5; ++k) store(out + k * N, pairs[k]);
+    }
     static void load4(const uint8_t* in, uint8_t* out)
     {
         U8<N> a = {}, b = {}, c = {}, d = {};
@@ -198,12 +204,13 @@ template <class S, int N> struct Run {
         QEL_OPERATION(N, zipHigh16, 2, N), QEL_OPERATION(N, zipLow32, 2, N), QEL_OPERATION(N, zipHigh32, 2, N),        \
         QEL_OPERATION(N, zipLow64, 2, N), QEL_OPERATION(N, zipHigh64, 2, N), QEL_OPERATION(N, inOrder, 1, N),          \
         QEL_OPERATION(N, widen, 1, N), QEL_OPERATION(N, signMask, 1, 8), QEL_OPERATION(N, load2, 2, 2 * N),            \
-        QEL_OPERATION(N, load3, 3, 3 * N), QEL_OPERATION(N, loadPairs3, 3, 4 * N), QEL_OPERATION(N, load4, 4, 4 * N),  \
-        QEL_OPERATION(N, store2, 2, 2 * N), QEL_OPERATION(N, store3, 3, 3 * N), QEL_OPERATION(N, store4, 4, 4 * N),    \
-        QEL_OPERATION(N, storePast, 1, N), QEL_OPERATION(N, mulAddBytePairs, 2, N),                                    \
-        QEL_OPERATION(N, store2Wide, 2, 2 * N), QEL_OPERATION(N, mulRoundEven, 2, N), QEL_OPERATION(N, mulTies, 2, N), \
-        QEL_OPERATION(N, mulSmall, 2, N), QEL_OPERATION(N, join, 1, N), QEL_OPERATION(N, halves, 1, N),                \
-        QEL_OPERATION(N, isZero, 1, 1), QEL_OPERATION(N, average16, 2, N), QEL_OPERATION(N, runningSum, 1, 2 * N),     \
+        QEL_OPERATION(N, load3, 3, 3 * N), QEL_OPERATION(N, loadPairs3, 3, 4 * N),                                     \
+        QEL_OPERATION(N, loadPairs4, 4, 5 * N), QEL_OPERATION(N, load4, 4, 4 * N), QEL_OPERATION(N, store2, 2, 2 * N), \
+        QEL_OPERATION(N, store3, 3, 3 * N), QEL_OPERATION(N, store4, 4, 4 * N), QEL_OPERATION(N, storePast, 1, N),     \
+        QEL_OPERATION(N, mulAddBytePairs, 2, N), QEL_OPERATION(N, store2Wide, 2, 2 * N),                               \
+        QEL_OPERATION(N, mulRoundEven, 2, N), QEL_OPERATION(N, mulTies, 2, N), QEL_OPERATION(N, mulSmall, 2, N),       \
+        QEL_OPERATION(N, join, 1, N), QEL_OPERATION(N, halves, 1, N), QEL_OPERATION(N, isZero, 1, 1),                  \
+        QEL_OPERATION(N, average16, 2, N), QEL_OPERATION(N, runningSum, 1, 2 * N),                                     \
         QEL_OPERATION(N, storeHalves, 1, N), QEL_OPERATION(N, packSigned, 2, N), QEL_OPERATION(N, zip3, 3, 3 * N),     \
         QEL_OPERATION(N, unzip3, 3, 3 * N), QEL_OPERATION(N, permute, 64 / N, 64), QEL_OPERATION(N, gatherBits, 1, 8), \
         QEL_OPERATION(N, shiftIn16, 2, N), QEL_OPERATION(N, shiftIn32, 2, N), QEL_OPERATION(N, moveUp, 2, N),          \
