@@ -22,6 +22,12 @@ J2kSamples component(const J2kRect& area, uint32_t dx, uint32_t dy, const Values
     return samples;
 }
 
+// Of one row that fills the area.
+J2kSamples row(const Values& values, int precision = 8, bool isSigned = false)
+{
+    return component({0, 0, uint32_t(values.size()), 1}, 1, 1, values, precision, isSigned);
+}
+
 template <class... Samples> J2kImage imageOf(Samples... samples)
 {
     J2kImage image;
@@ -53,34 +59,31 @@ void expectPicture(const J2kImage& image, const J2kRect& area, const std::option
 TEST(J2kChannels, BareCodestreamsByTheirNumber)
 {
     const J2kRect area = {0, 0, 2, 1};
-    auto one = [&](int a, int b) { return component(area, 1, 1, {a, b}); };
-    expectPicture(imageOf(one(1, 2)), area, {}, ColourSpace::grey, 8, {1, 2});
-    expectPicture(imageOf(one(1, 2), one(3, 4)), area, {}, ColourSpace::grey, 8, {1, 2}, 1);
-    expectPicture(imageOf(one(1, 2), one(3, 4), one(5, 6)), area, {}, ColourSpace::rgb, 8, {1, 3, 5, 2, 4, 6});
-    expectPicture(imageOf(one(1, 2), one(3, 4), one(5, 6), one(7, 8)), area, {}, ColourSpace::rgb, 8,
-                  {1, 3, 5, 2, 4, 6}, 1);
-    expectPicture(imageOf(one(1, 2), one(3, 4), one(5, 6), one(7, 8)), area, jp2Of(Jp2Colour::kCmyk), ColourSpace::cmyk,
-                  8, {1, 3, 5, 7, 2, 4, 6, 8});
+    const Values a = {1, 2}, b = {3, 4}, c = {5, 6}, d = {7, 8}, rgb = {1, 3, 5, 2, 4, 6};
+    expectPicture(imageOf(row(a)), area, {}, ColourSpace::grey, 8, a);
+    expectPicture(imageOf(row(a), row(b)), area, {}, ColourSpace::grey, 8, a, 1);
+    expectPicture(imageOf(row(a), row(b), row(c)), area, {}, ColourSpace::rgb, 8, rgb);
+    J2kImage four = imageOf(row(a), row(b), row(c), row(d));
+    expectPicture(four, area, {}, ColourSpace::rgb, 8, rgb, 1);
+    expectPicture(four, area, jp2Of(Jp2Colour::kCmyk), ColourSpace::cmyk, 8, {1, 3, 5, 7, 2, 4, 6, 8});
 }
 
 TEST(J2kChannels, DefinitionsOrderColoursAndNameOpacity)
 {
     const J2kRect area = {0, 0, 1, 1};
-    auto one = [&](int value) { return component(area, 1, 1, {value}); };
     Jp2File jp2 = jp2Of(Jp2Colour::kSrgb);
     jp2.definitions = {{0, Jp2Definition::kOpacity, 0}, {1, 0, 3}, {2, 0, 2}, {3, 0, 1}};
-    expectPicture(imageOf(one(9), one(3), one(2), one(1)), area, jp2, ColourSpace::rgb, 8, {1, 2, 3}, 1);
+    expectPicture(imageOf(row({9}), row({3}), row({2}), row({1})), area, jp2, ColourSpace::rgb, 8, {1, 2, 3}, 1);
 }
 
 TEST(J2kChannels, PrecisionAndSign)
 {
     const J2kRect area = {0, 0, 2, 1};
-    expectPicture(imageOf(component(area, 1, 1, {-2048, 2047}, 12, true)), area, {}, ColourSpace::grey, 12, {0, 4095});
-    expectPicture(imageOf(component(area, 1, 1, {0, (1 << 20) - 1}, 20)), area, {}, ColourSpace::grey, 16, {0, 65535});
+    expectPicture(imageOf(row({-2048, 2047}, 12, true)), area, {}, ColourSpace::grey, 12, {0, 4095});
+    expectPicture(imageOf(row({0, (1 << 20) - 1}, 20)), area, {}, ColourSpace::grey, 16, {0, 65535});
     // The deepest one decides.
-    expectPicture(imageOf(component(area, 1, 1, {0, 31}, 5), component(area, 1, 1, {-8, 7}, 4, true),
-                          component(area, 1, 1, {0, 3}, 2)),
-                  area, {}, ColourSpace::rgb, 5, {0, 0, 0, 31, 31, 31});
+    expectPicture(imageOf(row({0, 31}, 5), row({-8, 7}, 4, true), row({0, 3}, 2)), area, {}, ColourSpace::rgb, 5,
+                  {0, 0, 0, 31, 31, 31});
 }
 
 TEST(J2kChannels, PalettesMapOneComponentToColours)
@@ -90,8 +93,7 @@ TEST(J2kChannels, PalettesMapOneComponentToColours)
     jp2.palette = Jp2Palette{2, {{8, false}, {4, false}, {8, false}}, {10, 15, 30, 40, 0, 60}};
     jp2.channels = {{0, 2}, {0, 1}, {0, 0}};
     // The index 2 is beyond the palette.
-    expectPicture(imageOf(component(area, 1, 1, {0, 1, 2}, 2)), area, jp2, ColourSpace::rgb, 8,
-                  {30, 255, 10, 60, 0, 40, 60, 0, 40});
+    expectPicture(imageOf(row({0, 1, 2}, 2)), area, jp2, ColourSpace::rgb, 8, {30, 255, 10, 60, 0, 40, 60, 0, 40});
 }
 
 TEST(J2kChannels, SubsampledComponentsAreReplicated)
@@ -110,8 +112,7 @@ TEST(J2kChannels, SubsampledComponentsAreReplicated)
 TEST(J2kChannels, LuminanceAndChrominanceBecomeRgb)
 {
     const J2kRect area = {0, 0, 2, 1};
-    J2kImage image =
-        imageOf(component(area, 1, 1, {76, 76}), component(area, 2, 1, {85}), component(area, 2, 1, {255}));
+    J2kImage image = imageOf(row({76, 76}), component(area, 2, 1, {85}), component(area, 2, 1, {255}));
     for (auto& jp2 : {std::optional<Jp2File>(jp2Of(Jp2Colour::kSycc)), std::optional<Jp2File>()})
         expectPicture(image, area, jp2, ColourSpace::rgb, 8, {254, 0, 0, 254, 0, 0});
 }

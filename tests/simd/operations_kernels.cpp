@@ -19,41 +19,28 @@ constexpr Mixed makeMixed()
 }
 constexpr Mixed kMixed = makeMixed();
 
+// Operations on two registers: each with its name here, the name in S and the type of the registers.
+// clang-format off
+#define QEL_ON_TWO_REGISTERS(X, N)                                                                                    \
+    X(N, addSat16, addSat, S16) X(N, subSat16, subSat, S16) X(N, addSat8, addSat, U8) X(N, subSat8, subSat, U8)       \
+    X(N, average, average, U8) X(N, average16, average, U16) X(N, least8, least, U8) X(N, least16, least, S16)        \
+    X(N, greatest8, greatest, U8) X(N, greatest16, greatest, S16) X(N, mulHighSigned, mulHigh, S16)                   \
+    X(N, mulHighUnsigned, mulHigh, U16) X(N, mulRoundEven, mulRoundEven, S16) X(N, mulAddPairs, mulAddPairs, S16)     \
+    X(N, pack, pack, S32) X(N, packUnsigned, packUnsigned, S16) X(N, packSigned, packSigned, S16)                     \
+    X(N, zipLow8, zipLow, U8) X(N, zipHigh8, zipHigh, U8) X(N, zipLow16, zipLow, S16) X(N, zipHigh16, zipHigh, S16)   \
+    X(N, zipLow32, zipLow, S32) X(N, zipHigh32, zipHigh, S32) X(N, zipLow64, zipLow, U64)                             \
+    X(N, zipHigh64, zipHigh, U64) X(N, shiftIn16, shiftIn, S16) X(N, shiftIn32, shiftIn, F32)                         \
+    X(N, moveUp, moveUp, S16)
+// clang-format on
+
 // S is Simd<N> or PortableSimd<N>; every operation reads its registers from `in` and writes its result to `out`.
 template <class S, int N> struct Run {
     template <class V> static V at(const uint8_t* in, int i) { return load<V>(in + i * N); }
 
-#define QEL_ON_TWO(NAME, OPERATION, V)                                                                                 \
+#define QEL_FUNCTION(WIDTH, NAME, OPERATION, V)                                                                        \
     static void NAME(const uint8_t* in, uint8_t* out) { store(out, S::OPERATION(at<V<N>>(in, 0), at<V<N>>(in, 1))); }
-    QEL_ON_TWO(addSat16, addSat, S16)
-    QEL_ON_TWO(subSat16, subSat, S16)
-    QEL_ON_TWO(addSat8, addSat, U8)
-    QEL_ON_TWO(subSat8, subSat, U8)
-    QEL_ON_TWO(average, average, U8)
-    QEL_ON_TWO(average16, average, U16)
-    QEL_ON_TWO(least8, least, U8)
-    QEL_ON_TWO(least16, least, S16)
-    QEL_ON_TWO(greatest8, greatest, U8)
-    QEL_ON_TWO(greatest16, greatest, S16)
-    QEL_ON_TWO(mulHighSigned, mulHigh, S16)
-    QEL_ON_TWO(mulHighUnsigned, mulHigh, U16)
-    QEL_ON_TWO(mulRoundEven, mulRoundEven, S16)
-    QEL_ON_TWO(mulAddPairs, mulAddPairs, S16)
-    QEL_ON_TWO(pack, pack, S32)
-    QEL_ON_TWO(packUnsigned, packUnsigned, S16)
-    QEL_ON_TWO(packSigned, packSigned, S16)
-    QEL_ON_TWO(zipLow8, zipLow, U8)
-    QEL_ON_TWO(zipHigh8, zipHigh, U8)
-    QEL_ON_TWO(zipLow16, zipLow, S16)
-    QEL_ON_TWO(zipHigh16, zipHigh, S16)
-    QEL_ON_TWO(zipLow32, zipLow, S32)
-    QEL_ON_TWO(zipHigh32, zipHigh, S32)
-    QEL_ON_TWO(zipLow64, zipLow, U64)
-    QEL_ON_TWO(zipHigh64, zipHigh, U64)
-    QEL_ON_TWO(shiftIn16, shiftIn, S16)
-    QEL_ON_TWO(shiftIn32, shiftIn, F32)
-    QEL_ON_TWO(moveUp, moveUp, S16)
-#undef QEL_ON_TWO
+    QEL_ON_TWO_REGISTERS(QEL_FUNCTION, N)
+#undef QEL_FUNCTION
 
     static void inOrder(const uint8_t* in, uint8_t* out) { store(out, S::inOrder(at<U8<N>>(in, 0))); }
     static void widen(const uint8_t* in, uint8_t* out) { store(out, S::widen(in)); }
@@ -194,29 +181,21 @@ template <class S, int N> struct Run {
     {                                                                                                                  \
 #NAME, IN* N, OUT, Run < Simd < N>, N> ::NAME, Run < PortableSimd < N>, N> ::NAME                              \
     }
+#define QEL_ROW(N, NAME, OPERATION, V) QEL_OPERATION(N, NAME, 2, N),
 #define QEL_OPERATIONS(N)                                                                                              \
-    QEL_OPERATION(N, addSat16, 2, N), QEL_OPERATION(N, subSat16, 2, N), QEL_OPERATION(N, addSat8, 2, N),               \
-        QEL_OPERATION(N, subSat8, 2, N), QEL_OPERATION(N, average, 2, N), QEL_OPERATION(N, least8, 2, N),              \
-        QEL_OPERATION(N, least16, 2, N), QEL_OPERATION(N, greatest8, 2, N), QEL_OPERATION(N, greatest16, 2, N),        \
-        QEL_OPERATION(N, mulHighSigned, 2, N), QEL_OPERATION(N, mulHighUnsigned, 2, N),                                \
-        QEL_OPERATION(N, mulAddPairs, 2, N), QEL_OPERATION(N, pack, 2, N), QEL_OPERATION(N, packUnsigned, 2, N),       \
-        QEL_OPERATION(N, zipLow8, 2, N), QEL_OPERATION(N, zipHigh8, 2, N), QEL_OPERATION(N, zipLow16, 2, N),           \
-        QEL_OPERATION(N, zipHigh16, 2, N), QEL_OPERATION(N, zipLow32, 2, N), QEL_OPERATION(N, zipHigh32, 2, N),        \
-        QEL_OPERATION(N, zipLow64, 2, N), QEL_OPERATION(N, zipHigh64, 2, N), QEL_OPERATION(N, inOrder, 1, N),          \
-        QEL_OPERATION(N, widen, 1, N), QEL_OPERATION(N, signMask, 1, 8), QEL_OPERATION(N, load2, 2, 2 * N),            \
-        QEL_OPERATION(N, load3, 3, 3 * N), QEL_OPERATION(N, loadPairs3, 3, 4 * N),                                     \
+    QEL_ON_TWO_REGISTERS(QEL_ROW, N)                                                                                   \
+    QEL_OPERATION(N, inOrder, 1, N), QEL_OPERATION(N, widen, 1, N), QEL_OPERATION(N, signMask, 1, 8),                  \
+        QEL_OPERATION(N, load2, 2, 2 * N), QEL_OPERATION(N, load3, 3, 3 * N), QEL_OPERATION(N, loadPairs3, 3, 4 * N),  \
         QEL_OPERATION(N, loadPairs4, 4, 5 * N), QEL_OPERATION(N, load4, 4, 4 * N), QEL_OPERATION(N, store2, 2, 2 * N), \
         QEL_OPERATION(N, store3, 3, 3 * N), QEL_OPERATION(N, store4, 4, 4 * N), QEL_OPERATION(N, storePast, 1, N),     \
         QEL_OPERATION(N, mulAddBytePairs, 2, N), QEL_OPERATION(N, store2Wide, 2, 2 * N),                               \
-        QEL_OPERATION(N, mulRoundEven, 2, N), QEL_OPERATION(N, mulTies, 2, N), QEL_OPERATION(N, mulSmall, 2, N),       \
-        QEL_OPERATION(N, join, 1, N), QEL_OPERATION(N, halves, 1, N), QEL_OPERATION(N, isZero, 1, 1),                  \
-        QEL_OPERATION(N, average16, 2, N), QEL_OPERATION(N, runningSum, 1, 2 * N),                                     \
-        QEL_OPERATION(N, storeHalves, 1, N), QEL_OPERATION(N, packSigned, 2, N), QEL_OPERATION(N, zip3, 3, 3 * N),     \
-        QEL_OPERATION(N, unzip3, 3, 3 * N), QEL_OPERATION(N, permute, 64 / N, 64), QEL_OPERATION(N, gatherBits, 1, 8), \
-        QEL_OPERATION(N, shiftIn16, 2, N), QEL_OPERATION(N, shiftIn32, 2, N), QEL_OPERATION(N, moveUp, 2, N),          \
-        QEL_OPERATION(N, truncate, 1, N), QEL_OPERATION(N, unzip2Words, 2, 2 * N),                                     \
-        QEL_OPERATION(N, unzip2Floats, 2, 2 * N), QEL_OPERATION(N, load3Floats, 3, 3 * N),                             \
-        QEL_OPERATION(N, store3Floats, 3, 3 * N), QEL_OPERATION(N, divideRounded, 1, 2 * N)
+        QEL_OPERATION(N, mulTies, 2, N), QEL_OPERATION(N, mulSmall, 2, N), QEL_OPERATION(N, join, 1, N),               \
+        QEL_OPERATION(N, halves, 1, N), QEL_OPERATION(N, isZero, 1, 1), QEL_OPERATION(N, runningSum, 1, 2 * N),        \
+        QEL_OPERATION(N, storeHalves, 1, N), QEL_OPERATION(N, zip3, 3, 3 * N), QEL_OPERATION(N, unzip3, 3, 3 * N),     \
+        QEL_OPERATION(N, permute, 64 / N, 64), QEL_OPERATION(N, gatherBits, 1, 8), QEL_OPERATION(N, truncate, 1, N),   \
+        QEL_OPERATION(N, unzip2Words, 2, 2 * N), QEL_OPERATION(N, unzip2Floats, 2, 2 * N),                             \
+        QEL_OPERATION(N, load3Floats, 3, 3 * N), QEL_OPERATION(N, store3Floats, 3, 3 * N),                             \
+        QEL_OPERATION(N, divideRounded, 1, 2 * N)
 
 constexpr SimdOperation kOperations[] = {
     QEL_OPERATIONS(16),
