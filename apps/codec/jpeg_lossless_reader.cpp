@@ -126,16 +126,19 @@ void LosslessRows::decode(ScanDecoder& coder)
 {
     bool isFirst = row_++ % rowsPerInterval_ == 0;
     bool isLost = coder.decodeDifferences(places_) == 0;
+    std::array<const int16_t*, 3> colours;
     for (Component& component : components_) {
         if (isLost) std::ranges::fill(component.samples, int16_t(1 << (precision_ - pointTransform_ - 1)));
         for (int dy = 0; dy < component.down && component.rowsLeft > 0; ++dy, --component.rowsLeft) {
             if (!isLost) restore(component, dy, isFirst && dy == 0);
-            if (!putsColours_) output_.put(component.index, component.row(dy), pointTransform_);
+            if (putsColours_)
+                colours[component.index] = component.row(dy);
+            else
+                output_.put(component.index, component.row(dy), pointTransform_);
         }
         std::copy_n(component.row(component.down - 1), component.width, component.row(-1));
     }
-    if (putsColours_)
-        output_.putColours({components_[0].row(0), components_[1].row(0), components_[2].row(0)}, pointTransform_);
+    if (putsColours_) output_.putColours(colours, pointTransform_);
 }
 
 void LosslessRows::restore(Component& component, int dy, bool isFirst) const
