@@ -74,7 +74,8 @@ template <> struct Simd<64> : GatheredBits, Interleaved<64, Simd<64>> {
     }
     static QEL_INLINE S16<64> moveUp(S16<64> before, S16<64> v)
     {
-        return shiftIn((S16<64>)_mm512_alignr_epi64((__m512i)v, (__m512i)before, 6), v);
+        auto blockBefore = __builtin_shufflevector((U64<64>)before, (U64<64>)v, 6, 7, 8, 9, 10, 11, 12, 13);
+        return shiftIn((S16<64>)blockBefore, v);
     }
 
     template <class V> static QEL_INLINE V inOrder(V v)
