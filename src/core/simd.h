@@ -366,39 +366,6 @@ private:
 
 template <int N> struct Simd : PortableSimd<N> {};
 
-// Registers of 16 bytes side by side as one, and the other way round.
-template <int N, class Block> QEL_INLINE auto joinBlocks(const Block* blocks)
-{
-    if constexpr (N == 16)
-        return (S16<16>)blocks[0];
-    else
-        return Simd<N>::join(joinBlocks<N / 2>(blocks), joinBlocks<N / 2>(blocks + N / 32));
-}
-template <int N, class Block> QEL_INLINE void splitBlocks(S16<N> joined, Block* blocks)
-{
-    if constexpr (N == 16) {
-        blocks[0] = (Block)joined;
-    } else {
-        splitBlocks<N / 2>(Simd<N>::lowerHalf(joined), blocks);
-        splitBlocks<N / 2>(Simd<N>::upperHalf(joined), blocks + N / 32);
-    }
-}
-
-// Two ways to store a register: into the caches; or past them, where its address is aligned.
-struct IntoCaches {
-    template <class V> static QEL_INLINE void store(void* p, V v) { qel::QEL_BUILD::store(p, v); }
-};
-struct PastCaches {
-    template <class V> static QEL_INLINE void store(void* p, V v)
-    {
-        constexpr int kBytes = int(sizeof(V));
-        if ((uintptr_t)p % kBytes == 0)
-            Simd<kBytes>::storePast(p, v);
-        else
-            qel::QEL_BUILD::store(p, v);
-    }
-};
-
 // Per block: the bytes of a, b, c and d in turns, as four registers.
 template <int N> QEL_INLINE void zip4(U8<N>& a, U8<N>& b, U8<N>& c, U8<N>& d)
 {
@@ -415,3 +382,5 @@ template <int N> QEL_INLINE void zip4(U8<N>& a, U8<N>& b, U8<N>& c, U8<N>& d)
 #if QEL_INTRINSICS && QEL_X86
 #include "core/simd_x86.h"
 #endif
+#include "core/blocks.h"
+#include "core/stores.h"

@@ -95,7 +95,7 @@ TEST_F(PictureFile, OutputReplacesOnlyWhenWhole)
 
 TEST_F(PictureFile, AFullDiskIsNoticed)
 {
-    if (!fs::exists("/dev/full")) GTEST_SKIP();
+    if (!fs::exists("/dev/full")) GTEST_SKIP() << "no disk that is always full";
     OutputFile file("/dev/full");
     file.write(bytesOf("x"));
     EXPECT_EQ(errorOf([&] { file.commit(); }), "cannot be written: No space left on device");
