@@ -27,11 +27,12 @@ template <class Row> inline void forRows(QelSize roi, Row row)
     for (int r = 0; r < roi.height; ++r) row(r);
 }
 
-// True where a parallel region would have one thread: entering it all the same costs a microsecond.
+// True where a parallel region would have one thread, as one inside another has unless the caller allows such: entering
+// it all the same costs a microsecond.
 inline bool runsAlone()
 {
 #ifdef _OPENMP
-    return omp_get_max_threads() == 1 || omp_in_parallel();
+    return omp_get_max_threads() == 1 || omp_get_active_level() >= omp_get_max_active_levels();
 #else
     return true;
 #endif

@@ -1,11 +1,14 @@
-// Version record and aligned memory.
+// Version record, aligned memory, and threads.
 #include "qeljx.h"
 
 #include <gtest/gtest.h>
 #include <malloc.h>
 
+#include <atomic>
 #include <cstring>
 #include <string>
+
+#include "core/rows.h"
 
 namespace {
 
@@ -45,5 +48,23 @@ TEST(Memory, RefusesLengthsBelowOne)
     EXPECT_EQ(qelsMalloc_8u(-1), nullptr);
     qelsFree(nullptr);
 }
+
+#ifdef _OPENMP
+// A call from inside a parallel region splits its rows where the caller lets regions lie in each other.
+TEST(Threads, StartInsideOthersIfAllowed)
+{
+    const int threads = omp_get_max_threads(), levels = omp_get_max_active_levels();
+    omp_set_num_threads(2);
+    for (int allowed : {1, 2}) {
+        omp_set_max_active_levels(allowed);
+        std::atomic<int> blocks = 0;
+#pragma omp parallel num_threads(2)
+        qel::forBlocksInParallel({1 << 24, 64}, [&](int, int) { ++blocks; });
+        EXPECT_EQ(blocks, 2 * allowed);
+    }
+    omp_set_num_threads(threads);
+    omp_set_max_active_levels(levels);
+}
+#endif
 
 }
