@@ -31,5 +31,5 @@ QEL_KERNEL void ownsCopy_8u(const uint8_t* src, uint8_t* dst, size_t len);
 // Copies and converts one row; `past` selects stores that bypass the caches.
 QEL_KERNEL void owniCopy_8u_C1(const uint8_t* src, uint8_t* dst, size_t len, int past);
 QEL_KERNEL void owniConvert_8u16u(const uint8_t* src, uint16_t* dst, size_t len, int past);
-// dst = table * src / 2^scale, to nearest, ties to even, saturated to 16 bits; scale is 1 to 30. May be in place.
+// dst = table * src / 2^scale, to nearest, ties to even, saturated to 16 bits; scale is 0 to 31. May be in place.
 QEL_KERNEL void ownsMul_16u16s_PosSfs(const uint16_t* table, const int16_t* src, int16_t* dst, int len, int scale);

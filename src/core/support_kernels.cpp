@@ -69,17 +69,19 @@ void set32s(int32_t value, int32_t* dst, int len)
     for (int i = 0; i < len; ++i) store(dst + i, value);
 }
 
+// A product divided by 2^scale, ties to even. What is left of it, and what is added to round, need all 32 bits at scale
+// 31; at scale 0 nothing is left and nothing added.
+template <class U, class S> QEL_INLINE S roundToEven(S product, int scale)
+{
+    uint32_t one = scale != 0, rests = (1u << scale) - 1, belowHalf = rests >> 1;
+    S quotient = product >> scale;
+    return quotient + (S)((((U)product & rests) + ((U)quotient & one) + belowHalf) >> scale);
+}
+
 QEL_INLINE void mulStep(Bytes<1>, const uint16_t* table, const int16_t* src, int16_t* dst, int scale)
 {
-    int32_t product = load<uint16_t>(table) * load<int16_t>(src), half = 1 << (scale - 1);
-    int32_t quotient = product >> scale, rest = product & (2 * half - 1);
-    store(dst, clampTo<int16_t>(quotient + ((rest + (quotient & 1) + half - 1) >> scale), -32768, 32767));
-}
-template <int N> QEL_INLINE S32<N> roundToEven(S32<N> product, int scale)
-{
-    int32_t half = 1 << (scale - 1);
-    S32<N> quotient = product >> scale, rest = product & (2 * half - 1);
-    return quotient + ((rest + (quotient & 1) + (half - 1)) >> scale);
+    int32_t product = load<uint16_t>(table) * load<int16_t>(src);
+    store(dst, clampTo<int16_t>(roundToEven<uint32_t>(product, scale), -32768, 32767));
 }
 template <int N> QEL_INLINE void mulStep(Bytes<N>, const uint16_t* table, const int16_t* src, int16_t* dst, int scale)
 {
@@ -88,8 +90,8 @@ template <int N> QEL_INLINE void mulStep(Bytes<N>, const uint16_t* table, const 
         // The unsigned product counts a negative value as 65536 too many.
         S16<N> high = (S16<N>)Simd<N>::mulHigh((U16<N>)entry, (U16<N>)value) - (entry & (value >> 15));
         S16<N> low = entry * value;
-        auto first = roundToEven<N>((S32<N>)Simd<N>::zipLow(low, high), scale);
-        auto second = roundToEven<N>((S32<N>)Simd<N>::zipHigh(low, high), scale);
+        auto first = roundToEven<U32<N>>((S32<N>)Simd<N>::zipLow(low, high), scale);
+        auto second = roundToEven<U32<N>>((S32<N>)Simd<N>::zipHigh(low, high), scale);
         store(dst + k, Simd<N>::pack(first, second));
     }
 }

@@ -28,7 +28,7 @@ TEST(SupportKernels, Copies)
 
 TEST(SupportKernels, ScaledProducts)
 {
-    for (int scale : {1, 14, 15, 16})
+    for (int scale : {0, 1, 15, 16, 30, 31})
         everyRowEqualsScalar<SupportKernels>(
             [](size_t n) {
                 return std::vector{room<uint16_t>(n), room<int16_t>(n), room<int16_t>(n)};
@@ -39,15 +39,16 @@ TEST(SupportKernels, ScaledProducts)
 // Ties to even at the exact quotient: every source value with entries that give ties, extremes and saturation.
 TEST(SupportKernels, ScaledProductIsExact)
 {
-    for (int entry : {1, 2, 3, 2048, 10923, 16384, 32767, 32768, 49152, 65535})
-        for (int value = -32768; value <= 32767; ++value) {
-            auto in = int16_t(value);
-            auto factor = uint16_t(entry);
-            int16_t out;
-            SupportKernels::scalar.mulScaled(&factor, &in, &out, 1, 15);
-            double quotient = std::nearbyint(double(entry) * value / 32768);
-            ASSERT_EQ(out, std::clamp(quotient, -32768.0, 32767.0)) << entry << " x " << value;
-        }
+    for (int scale : {0, 1, 15, 30, 31})
+        for (int entry : {1, 2, 3, 2048, 10923, 16384, 32767, 32768, 49152, 65535})
+            for (int value = -32768; value <= 32767; ++value) {
+                auto in = int16_t(value);
+                auto factor = uint16_t(entry);
+                int16_t out;
+                SupportKernels::scalar.mulScaled(&factor, &in, &out, 1, scale);
+                double quotient = std::nearbyint(std::ldexp(double(entry) * value, -scale));
+                ASSERT_EQ(out, std::clamp(quotient, -32768.0, 32767.0)) << entry << " x " << value << ", " << scale;
+            }
 }
 
 }
