@@ -63,6 +63,11 @@ QEL_INLINE bool overlap(const int16_t* a, const int16_t* b, int width)
     uintptr_t first = (uintptr_t)a, second = (uintptr_t)b, bytes = 2 * (uintptr_t)width;
     return first - second < bytes || second - first < bytes;
 }
+// Predictor 1 has read the one sample that it takes from `prev` before it writes any.
+template <int kPredictor> QEL_INLINE bool overlapsPrevious(const int16_t* prev, const int16_t* dst, int width)
+{
+    return kPredictor != 1 && overlap(prev, dst, width);
+}
 
 template <int kPredictor> QEL_INLINE void diffStep(Bytes<1>, const int16_t* src, const int16_t* prev, int16_t* dst)
 {
@@ -107,7 +112,7 @@ QEL_INLINE void diffLong(const int16_t* src, const int16_t* prev, int16_t* dst, 
 
 template <int kPredictor> void diff(const int16_t* src, const int16_t* prev, int16_t* dst, int width)
 {
-    bool inTurn = overlap(src, dst, width) || overlap(prev, dst, width);
+    bool inTurn = overlap(src, dst, width) || overlapsPrevious<kPredictor>(prev, dst, width);
     store(dst, int16_t(at(src) - at(prev)));
     if constexpr (QEL_WIDTH > 16 && kPredictor >= 4 && kPredictor <= 6)
         if (!inTurn && width > 3 * QEL_WIDTH) return diffLong<kPredictor, QEL_WIDTH>(src, prev, dst, width);
@@ -244,7 +249,7 @@ template <int kPredictor> QEL_INLINE void chainRow(const int16_t* src, const int
 
 template <int kPredictor> void reconstruct(const int16_t* src, const int16_t* prev, int16_t* dst, int width)
 {
-    if ((src != dst && overlap(src, dst, width)) || overlap(prev, dst, width))
+    if ((src != dst && overlap(src, dst, width)) || overlapsPrevious<kPredictor>(prev, dst, width))
         return reconstructInTurn<kPredictor>(src, prev, dst, width);
     if constexpr (kPredictor == 2 || kPredictor == 3) return addRow<kPredictor>(src, prev, dst, width);
     if constexpr (kPredictor == 1 || kPredictor == 4 || kPredictor == 5)
