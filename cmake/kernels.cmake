@@ -19,7 +19,12 @@ function(qeljx_kernel_build name width intrinsics)
 endfunction()
 
 if(CMAKE_SYSTEM_PROCESSOR MATCHES "^(x86_64|AMD64|i[3-6]86)$")
-    qeljx_kernel_build(baseline 16 1 -msse2 -mfpmath=sse)
+    # On 32-bit processors floats would else be computed on the x87 stack, with other last bits. All builds are to agree,
+    # and what is not a kernel too.
+    if(CMAKE_SIZEOF_VOID_P EQUAL 4)
+        add_compile_options(-msse2 -mfpmath=sse)
+    endif()
+    qeljx_kernel_build(baseline 16 1)
     qeljx_kernel_build(avx2 32 1 -mavx2 -mbmi -mbmi2 -mlzcnt -mpopcnt)
     qeljx_kernel_build(avx512 64 1
         -mavx2 -mbmi -mbmi2 -mlzcnt -mpopcnt -mavx512f -mavx512bw -mavx512dq -mavx512vl -mavx512vbmi)
