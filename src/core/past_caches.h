@@ -89,7 +89,10 @@ private:
 // Calls convert(first, count) for the pieces of a row of `width` elements.
 template <class Convert> inline void eachPiece(int width, Convert convert)
 {
-    for (int i = 0; i < width; i += kPieceElements) convert(i, width - i < kPieceElements ? width - i : kPieceElements);
+    for (int i = 0, count; i < width; i += count) {
+        count = width - i < kPieceElements ? width - i : kPieceElements;
+        convert(i, count);
+    }
 }
 
 }

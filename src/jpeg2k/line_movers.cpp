@@ -14,21 +14,27 @@ struct Extension {
 };
 constexpr Extension kFour = {4, 4};
 
-bool lastIsHigh(int len, int phase) { return ((len + phase) & 1) == 0; }
+bool lastIsHigh(int len, int phase) { return (len % 2 == 0) == (phase == 0); }
 Extension forwardExtension(int len, int phase) { return {phase ? 1 : 2, lastIsHigh(len, phase) ? 1 : 2}; }
 Extension inverseExtension(int len, int phase) { return {phase ? 2 : 1, lastIsHigh(len, phase) ? 2 : 1}; }
 
+// placeOf(i) is where sample i of the line lies in the source. A single sample is its own mirror image.
+template <class T, class Place>
+void read(const T* src, int step, T* dst, const Line& line, Extension extension, Place placeOf)
+{
+    for (ptrdiff_t i = -extension.before; i < line.length + extension.behind; ++i) {
+        ptrdiff_t inside = line.length == 1 ? 0 : line.inside(i);
+        storeOne(dst + i, loadOne(rowAt(src, step, (int)placeOf(inside))));
+    }
+}
 template <class T> void read(const T* src, int step, T* dst, int len, Extension extension)
 {
-    Line line = {len, 0};
-    for (int i = -extension.before; i < len + extension.behind; ++i)
-        storeOne(dst + i, loadOne(rowAt(src, step, (int)line.inside(i))));
+    read(src, step, dst, {len, 0}, extension, [](ptrdiff_t i) { return i; });
 }
 template <class T> void readHalves(const T* src, int step, T* dst, int len, int phase, Extension extension)
 {
     Line line = {len, phase != 0};
-    for (int i = -extension.before; i < len + extension.behind; ++i)
-        storeOne(dst + i, loadOne(rowAt(src, step, (int)halfOf(line, line.inside(i)))));
+    read(src, step, dst, line, extension, [&](ptrdiff_t i) { return halfOf(line, i); });
 }
 template <class T> void write(const T* src, T* dst, int step, int len)
 {

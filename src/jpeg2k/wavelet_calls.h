@@ -78,8 +78,8 @@ void inverseRowPastCaches(const LiftingKernels<T>& kernels, const T* low, const 
 {
     constexpr int kPiece = kPieceElements / 2;
     RowPastCaches out(dst);
-    for (int i = 0; i < len; i += kPiece) {
-        int count = len - i < kPiece ? len - i : kPiece;
+    for (int i = 0, count; i < len; i += count) {
+        count = len - i < kPiece ? len - i : kPiece;
         kernels.inverseRow(low + i, high + i, extendedLine(count, phase), (T*)out.room());
         out.add(2 * count * sizeof(T));
     }
@@ -109,8 +109,9 @@ template <class T> QelStatus lineBufferSize(const QelRect* tile, int* pSize, int
 template <class T> QelStatus tileBufferSize(const QelRect* tile, int* pSize, int least, int extension)
 {
     if (QelStatus bad = pointers(tile, pSize)) return bad;
-    int64_t step = ((int64_t)sizeof(T) * tile->width + 31) & ~(int64_t)31;
-    return putSize(step * tile->height + lineBytes<T>(*tile, least, extension), pSize);
+    int64_t step = ((int64_t)sizeof(T) * tile->width + 31) & ~(int64_t)31, rows;
+    if (__builtin_mul_overflow(step, tile->height, &rows) || rows > INT32_MAX) return qelStsSizeErr;
+    return putSize(rows + lineBytes<T>(*tile, least, extension), pSize);
 }
 
 inline QelStatus tileSize(const QelRect* tile) { return size({tile->width, tile->height}); }

@@ -14,18 +14,20 @@ enum class Direction { forward, inverse };
 template <class T> struct Rows {
     T* start[2];
     ptrdiff_t step[2];
+    ptrdiff_t apart; // least distance of rows in the same place
 
     T* at(ptrdiff_t i) const { return (T*)((uintptr_t)start[i & 1] + (uintptr_t)((i >> 1) * step[i & 1])); }
-    operator Rows<const T>() const { return {{start[0], start[1]}, {step[0], step[1]}}; }
+    operator Rows<const T>() const { return {{start[0], start[1]}, {step[0], step[1]}, apart}; }
 };
 template <class T> Rows<T> inTurns(T* data, ptrdiff_t step)
 {
-    return {{data, (T*)((uintptr_t)data + (uintptr_t)step)}, {2 * step, 2 * step}};
+    return {{data, (T*)((uintptr_t)data + (uintptr_t)step)}, {2 * step, 2 * step}, step};
 }
 template <class T> Rows<T> inHalves(T* low, ptrdiff_t lowStep, T* high, ptrdiff_t highStep, int phase)
 {
-    if (phase == 0) return {{low, high}, {lowStep, highStep}};
-    return {{high, low}, {highStep, lowStep}};
+    ptrdiff_t apart = lowStep < highStep ? lowStep : highStep;
+    if (phase == 0) return {{low, high}, {lowStep, highStep}, apart};
+    return {{high, low}, {highStep, lowStep}, apart};
 }
 
 // Where sample r of the halves, the low one first, lies among the samples in turns; and the other way round.
@@ -77,11 +79,15 @@ template <class T> void liftStrip(const LiftingKernels<T>& kernels, Direction di
     }
 }
 
+// Strips go from right to left, and none is wider than rows lie apart: so rows that overlap come out as if they were
+// written from top to bottom.
 template <class T> void liftColumns(const LiftingKernels<T>& kernels, Direction direction, Line line, Rows<const T> src,
                                     Rows<T> dst, int width)
 {
-    for (int column = 0; column < width; column += kStrip)
-        liftStrip(kernels, direction, line, src, dst, column, width - column < kStrip ? width - column : kStrip);
+    ptrdiff_t apart = dst.apart / ptrdiff_t(sizeof(T));
+    const int strip = apart < 1 ? 1 : apart < kStrip ? int(apart) : kStrip;
+    for (int column = (width - 1) / strip * strip; column >= 0; column -= strip)
+        liftStrip(kernels, direction, line, src, dst, column, width - column < strip ? width - column : strip);
 }
 
 template <class T> T loadOne(const T* p)
@@ -105,7 +111,8 @@ template <class T> void liftOne(Direction direction, int phase, const T* src, T*
 template <class T> void liftTwo(Direction direction, int phase, Rows<const T> src, Rows<T> dst, int width)
 {
     auto half = [](T high) { return (uint32_t)((high >> 1) + (high & 1)); };
-    for (int i = 0; i < width; ++i) {
+    // From right to left and from the upper row to the lower one, like the strips.
+    for (int i = width - 1; i >= 0; --i) {
         T even = loadOne(src.at(phase) + i), odd = loadOne(src.at(1 - phase) + i);
         if (direction == Direction::forward) {
             odd = T((uint32_t)odd - (uint32_t)even);
@@ -114,7 +121,8 @@ template <class T> void liftTwo(Direction direction, int phase, Rows<const T> sr
             even = T((uint32_t)even - half(odd));
             odd = T((uint32_t)odd + (uint32_t)even);
         }
-        storeOne(dst.at(phase) + i, even), storeOne(dst.at(1 - phase) + i, odd);
+        storeOne(dst.at(0) + i, phase == 0 ? even : odd);
+        storeOne(dst.at(1) + i, phase == 0 ? odd : even);
     }
 }
 

@@ -77,9 +77,9 @@ template <class T> struct BandRow {
     size_t firstCount, secondCount;
 
     BandRow(Bands<T> bands, const QelRect& tile, int r)
-        : firstCount(size_t(tile.width + 1) / 2), secondCount(size_t(tile.width) / 2)
+        : firstCount((size_t(tile.width) + 1) / 2), secondCount(size_t(tile.width) / 2)
     {
-        int upper = (tile.height + 1) / 2, band = r < upper ? 0 : 1, rowInBand = r < upper ? r : r - upper;
+        int upper = tile.height / 2 + tile.height % 2, band = r < upper ? 0 : 1, rowInBand = r < upper ? r : r - upper;
         first = rowAt(bands.planes[band], bands.steps[band], rowInBand);
         second = rowAt(bands.planes[band + 2], bands.steps[band + 2], rowInBand);
     }

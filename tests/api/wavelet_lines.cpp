@@ -210,6 +210,43 @@ TEST(WaveletDoors, LinesByHand)
                                           ownqj_WTInv_D97_Col_32s, ownqj_WriteInterleave_Col_32s, ownqj_Write_Row_32s});
 }
 
+// Where sample i of a line lies that is mirrored at its ends, at both again and again.
+int mirrored(int i, int len)
+{
+    while (len > 1 && (i < 0 || i >= len)) i = i < 0 ? -i : 2 * (len - 1) - i;
+    return len > 1 ? i : 0;
+}
+// Line movers write the line with as much extension as the filter needs and not a sample more; every phase but 0 is odd,
+// and a single sample is its own extension.
+TEST(WaveletDoors, ExtensionsAreExact)
+{
+    for (int len = 1; len < 10; ++len)
+        for (int phase : {0, 1, 2, -4}) {
+            SCOPED_TRACE(testing::Message() << len << ' ' << phase);
+            const bool high = phase != 0, lastIsHigh = (len + high) % 2 == 0;
+            const int lows = (len + !high) / 2;
+            auto inTurns = [](int i) { return i; };
+            auto inHalves = [=](int i) { return i / 2 + ((i + high) % 2 == 0 ? 0 : lows); };
+            std::vector<int16_t> src(static_cast<size_t>(len));
+            for (int i = 0; i < len; ++i) src[size_t(i)] = int16_t(i + 1);
+            auto check = [&](Reach reach, auto placeOf, auto read) {
+                Guarded<int16_t> room(size_t(reach.before + len + reach.behind));
+                int16_t* line = room.data() + reach.before;
+                read(line);
+                for (int i = -reach.before; i < len + reach.behind; ++i)
+                    ASSERT_EQ(line[i], src[size_t(placeOf(mirrored(i, len)))]) << i;
+                ASSERT_TRUE(room.intact());
+            };
+            check({high ? 1 : 2, lastIsHigh ? 1 : 2}, inTurns,
+                  [&](int16_t* line) { ownqj_ReadExt_Row_16s(src.data(), line, len, phase); });
+            check({high ? 2 : 1, lastIsHigh ? 2 : 1}, inHalves,
+                  [&](int16_t* line) { ownqj_ReadInterleaveExt_Col_16s(src.data(), 2, line, len, phase); });
+            check({4, 4}, inTurns, [&](int16_t* line) { ownqj_ReadExt4_Col_16s(src.data(), 2, line, len); });
+            check({4, 4}, inHalves,
+                  [&](int16_t* line) { ownqj_ReadInterleaveExt4_Row_16s(src.data(), line, len, phase); });
+        }
+}
+
 // Results that go past the caches are the same results.
 TEST(WaveletDoors, RowsPastTheCaches)
 {

@@ -168,11 +168,14 @@ TEST(WaveletBuffers, Sizes)
         EXPECT_EQ(row.query(&tile, &size), qelStsNoErr);
         EXPECT_EQ(size, row.bytes) << row.width << ' ' << row.height;
     }
+    // Beyond 31 bits, beyond 64, and below 0.
     int size = 7;
-    QelRect huge = {0, 0, 40000, 40000};
-    EXPECT_EQ(qeliWTGetBufSize_D97_JPEG2K_32s_C1R(&huge, &size), qelStsSizeErr);
+    const QelRect noSizes[] = {{0, 0, 40000, 40000}, {0, 0, INT32_MAX, INT32_MAX}, {0, 0, -40, 3}};
+    for (auto& tile : noSizes)
+        for (auto query : {qeliWTGetBufSize_B53_JPEG2K_16s_C1R, qeliWTGetBufSize_D97_JPEG2K_32s_C1R})
+            EXPECT_EQ(query(&tile, &size), qelStsSizeErr) << tile.width;
     EXPECT_EQ(qeliWTGetBufSize_B53_JPEG2K_16s_C1IR(nullptr, &size), qelStsNullPtrErr);
-    EXPECT_EQ(qeliWTGetBufSize_B53_JPEG2K_16s_C1IR(&huge, nullptr), qelStsNullPtrErr);
+    EXPECT_EQ(qeliWTGetBufSize_B53_JPEG2K_16s_C1IR(noSizes, nullptr), qelStsNullPtrErr);
     EXPECT_EQ(size, 7);
 }
 

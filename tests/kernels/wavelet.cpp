@@ -2,8 +2,10 @@
 #include "jpeg2k/wavelet53.h"
 #include "jpeg2k/wavelet97.h"
 
+#include <limits.h>
 #include <string.h>
 
+#include "jpeg2k/wavelet_calls.h"
 #include "kernels/every_build.h"
 
 using namespace qel;
@@ -59,6 +61,21 @@ template <class Table, class T> void pairs(LiftingKernels<T> Table::*of)
             return std::tuple(bytesOf(rows), bytesOf(kept));
         });
     });
+}
+
+// Loops over as many columns and elements as an int can count: without memory, as the kernel only adds widths up.
+TEST(WaveletLoops, EndAtTheWidestLines)
+{
+    static int64_t columns;
+    columns = 0;
+    auto count = [](const int32_t* const*, int32_t* const*, int, int32_t*, ptrdiff_t width) { columns += width; };
+    const LiftingKernels<int32_t> kernels = {0, nullptr, nullptr, count, count};
+    auto rows = inTurns((int32_t*)nullptr, INT_MAX);
+    liftColumns<int32_t>(kernels, Direction::forward, extendedLine(1, 0), rows, rows, INT_MAX);
+    EXPECT_EQ(columns, INT_MAX);
+    int64_t elements = 0;
+    eachPiece(INT_MAX, [&](int first, int n) { elements += first >= 0 ? n : 0; });
+    EXPECT_EQ(elements, INT_MAX);
 }
 
 TEST(Wavelet53Kernels, Rows16) { rows(&Wavelet53Kernels::of16s); }
