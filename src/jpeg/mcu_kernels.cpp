@@ -199,10 +199,17 @@ QEL_INLINE void encodeWide(const uint8_t* src, int srcStep, int16_t* const* dst)
 template <class S, class Colour, template <class> class Pixels, class Pixel>
 void decode(const int16_t* const* src, Pixel* dst, int dstStep)
 {
-    if constexpr (QEL_WIDTH >= 16)
+    // Rows that overlap are to come out as if written one after the other, which wide registers do not do.
+    constexpr int kRow = 8 * S::kH * Pixels<uint8_t*>::kBytes;
+    if (QEL_WIDTH > 16 && dstStep < kRow) {
+        uint8_t tile[8 * S::kV][kRow];
+        decode<S, Colour, Pixels>(src, (Pixel*)tile, kRow);
+        for (int y = 0; y < 8 * S::kV; ++y) __builtin_memcpy((uint8_t*)dst + y * dstStep, tile[y], kRow);
+    } else if constexpr (QEL_WIDTH >= 16) {
         decodeWide<S, Colour, Pixels>(src, (uint8_t*)dst, dstStep);
-    else
+    } else {
         decodeSingly<S, Colour, Pixels>(src, (uint8_t*)dst, dstStep);
+    }
 }
 template <class S, class Colour, template <class> class Pixels, class Pixel>
 void encode(const Pixel* src, int srcStep, int16_t* const* dst)

@@ -119,6 +119,7 @@ template <bool kIsWide> struct Tile {
 
 // Y0, Cb, Y1, Cr for each pair of pixels.
 template <class Row> struct YccPairs {
+    static constexpr int kBytes = 2;
     Row row;
 
     template <class V, class S> QEL_INLINE void get(ptrdiff_t i, S& y, S& cb, S& cr) const

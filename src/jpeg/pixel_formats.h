@@ -1,6 +1,7 @@
 // Pixel formats for kernels. A format is a row with get<V>(i, ...) and put<V>(i, ...) of the V::kCount pixels from i
 // on, channels as V::Type, and atAddresses(i, visit), which calls visit(p) for each address p where a part of pixel i
-// begins. Row is a pointer to bytes, or whatever else V loads from and stores to.
+// begins; interleaved ones know the kBytes of a pixel. Row is a pointer to bytes, or whatever else V loads from and
+// stores to.
 #pragma once
 
 #include "jpeg/samples.h"
@@ -10,6 +11,7 @@ namespace QEL_BUILD {
 namespace {
 
 template <class Row> struct Rgb24 {
+    static constexpr int kBytes = 3;
     Row row;
 
     template <class Visit> QEL_INLINE void atAddresses(ptrdiff_t i, Visit visit) const { visit(row + 3 * i); }
@@ -23,6 +25,7 @@ template <class Row> struct Rgb24 {
     }
 };
 template <class Row> struct Bgr24 {
+    static constexpr int kBytes = 3;
     Row row;
 
     template <class Visit> QEL_INLINE void atAddresses(ptrdiff_t i, Visit visit) const { visit(row + 3 * i); }
@@ -87,6 +90,7 @@ template <int kGreenBits, class Words> QEL_INLINE void unpackWords(Words w, Word
 
 // Red in the lowest bits.
 template <int kGreenBits, class Row> struct Rgb16 {
+    static constexpr int kBytes = 2;
     Row row;
 
     template <class Visit> QEL_INLINE void atAddresses(ptrdiff_t i, Visit visit) const { visit(row + 2 * i); }
@@ -111,6 +115,7 @@ template <int kGreenBits, class Row> struct Rgb16 {
 };
 // Blue in the lowest bits.
 template <int kGreenBits, class Row> struct Bgr16 {
+    static constexpr int kBytes = 2;
     Row row;
 
     template <class Visit> QEL_INLINE void atAddresses(ptrdiff_t i, Visit visit) const { visit(row + 2 * i); }
@@ -151,6 +156,7 @@ template <class T> struct Planes4 {
 
 // Interleaved C, M, Y, K.
 template <class Row> struct Cmyk32 {
+    static constexpr int kBytes = 4;
     Row row;
 
     template <class Visit> QEL_INLINE void atAddresses(ptrdiff_t i, Visit visit) const { visit(row + 4 * i); }

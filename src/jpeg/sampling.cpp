@@ -55,8 +55,10 @@ QelStatus qeliSampleUpH2V1_JPEG_8u_C1R(const uint8_t* pSrc, int srcStep, QelSize
     auto& table = kernels<SamplingKernels>();
     bool goesPast = isBeyondCaches(dstSize, 1);
     auto up = goesPast ? table.upH2V1Past : table.upH2V1;
-    forRowsOfOutput<kSerial>(dstSize, goesPast,
-                             [=](int r) { up(rowAt(pSrc, srcStep, r), rowAt(pDst, dstStep, r), dstSize.width); });
+    forRowsOfOutput<kSerial>(dstSize, goesPast, [=](int r) {
+        int from = r < srcSize.height ? r : srcSize.height - 1;
+        up(rowAt(pSrc, srcStep, from), rowAt(pDst, dstStep, r), dstSize.width);
+    });
     return qelStsNoErr;
 }
 
@@ -68,13 +70,15 @@ QelStatus qeliSampleUpH2V2_JPEG_8u_C1R(const uint8_t* pSrc, int srcStep, QelSize
     auto& table = kernels<SamplingKernels>();
     auto up = goesPast ? table.upH2V2Past : table.upH2V2;
     auto both = table.upBothH2V2;
+    // Two rows at a time halve the work of loading, but two streams past the caches are slower than one, and rows that
+    // overlap have to be written one after the other.
+    bool inPairs = !goesPast && dstStep >= dstSize.width;
     forBlocksOfOutput<kParallel>(dstSize, goesPast, [=](int r, int end) {
         while (r < end) {
             auto near = rowAt(pSrc, srcStep, nearRow(r, srcSize.height)),
                  far = rowAt(pSrc, srcStep, farRow(r, srcSize.height));
             auto dst = rowAt(pDst, dstStep, r);
-            // Two rows at a time halve the work of loading, but two streams past the caches are slower than one.
-            if (!goesPast && r % 2 == 1 && r + 1 < end)
+            if (inPairs && r % 2 == 1 && r + 1 < end)
                 both(near, far, dst, rowAt(dst, dstStep, 1), dstSize.width), r += 2;
             else
                 up(near, far, dst, dstSize.width), ++r;

@@ -1,4 +1,4 @@
-// MCU kernels: every build equals the scalar one, for any blocks, at any address.
+// MCU kernels: every build equals the scalar one, for any blocks, at any address and step.
 #include "jpeg/mcu.h"
 
 #include "kernels/every_build.h"
@@ -37,10 +37,11 @@ Room samples(size_t blocks)
 // kernelOf(table) is the kernel to try.
 template <class KernelOf> void equalsScalar(Shape shape, KernelOf kernelOf)
 {
-    const int row = shape.columns * shape.bytesPerPixel, step = row + 5;
-    const size_t tileBytes = size_t(step * (shape.rows - 1) + row), luma = size_t(shape.columns * shape.rows / 64);
+    const int row = shape.columns * shape.bytesPerPixel;
+    const size_t tileBytes = size_t((row + 5) * (shape.rows - 1) + row), luma = size_t(shape.columns * shape.rows / 64);
     const std::pair<Fault, size_t> places[] = {{Fault::behind, 0}, {Fault::behind, 1}, {Fault::before, 3}};
     everyBuild<McuKernels>([&](const McuKernels& table) {
+        int step = 0;
         auto runOn = [&](const McuKernels& build, Rooms& r) {
             int16_t* blocks[] = {r[1], r[2], r[3], r[4]};
             run(kernelOf(build), blocks, r[0], step);
@@ -50,6 +51,8 @@ template <class KernelOf> void equalsScalar(Shape shape, KernelOf kernelOf)
             auto some = round % 2 ? samples : room<int16_t>;
             size_t unit = round % 2 ? 1 : 64;
             auto [fault, offset] = places[round % 3];
+            // Rows apart, one after another, or overlapping.
+            step = round % 4 == 0 ? row + 5 : round % 4 == 1 ? row : random.between(1, row);
             expectSame(
                 random, {room<uint8_t>(tileBytes), some(luma * unit), some(unit), some(unit), some(luma * unit)}, fault,
                 offset, [&](Rooms& r) { runOn(table, r); }, [&](Rooms& r) { runOn(McuKernels::scalar, r); });
