@@ -21,8 +21,9 @@ extern "C" {
  *
  * `roi` is in pixels. P3 is an array of three planes that share a step, in the order R, G, B or Y0, Y1, Y2; C3 is
  * pixels of three elements in that order. The P3I forms work in place; else source and destination must not overlap.
- * Inverse undoes RCT forward to the bit for samples of 30 bits or less; ICT gives samples of magnitude m back within
- * m / 10000. RCT of R, G, B = -1, 0, 0 gives -1, 0, -1, and of a grey pixel v, v, v it gives v, 0, 0.
+ * Here and below, rows of a destination that overlap each other come out as if written from top to bottom.
+ * Inverse undoes RCT forward to the bit for signed samples of 30 bits or less; ICT gives samples of magnitude m back
+ * within m / 10000. RCT of R, G, B = -1, 0, 0 gives -1, 0, -1, and of a grey pixel v, v, v it gives v, 0, 0.
  *
  * Checks: pointers, also those of the planes (qelStsNullPtrErr), steps below 1 (qelStsStepErr), a width or height below
  * 1 (qelStsSizeErr); then qelStsNoErr. */
@@ -46,8 +47,13 @@ QEL_API QelStatus qeliICTInv_JPEG2K_32f_P3C3R(const float* const pSrc[3], int sr
 
 /* Wavelets. A line of samples is split into a low half (the samples at even positions of the reference grid) and a high
  * half (the odd ones), by the reversible 5/3 or the irreversible 9/7 filter. Sizes are in samples. The tile functions
- * work in a buffer of the caller, of exactly the size that the matching GetBufSize function gives, at any address;
- * applying one to the low-low subband again gives the next level. */
+ * work in a buffer of the caller, of exactly the size that the matching GetBufSize function gives, at any address; the
+ * first level's serves all levels.
+ *
+ * Applying a tile function to the low-low subband again gives the next level. Of a tile x, y, width, height (x and y
+ * not negative) that subband is the tile with the left edge ceil(x / 2) and the right edge ceil((x + width) / 2), and
+ * upper and lower edges by the same rule; a side may come out as 0, then there is nothing to transform. In place it
+ * begins at the same address with the same step. */
 
 /* Rows and columns whose surroundings hold the extension (T.800 F.3.7, F.4.7): the functions take what lies beside the
  * region as it is, so that a region can be any part of a longer line.
@@ -78,9 +84,9 @@ QEL_API QelStatus qeliICTInv_JPEG2K_32f_P3C3R(const float* const pSrc[3], int sr
 /* 5/3 (T.800 F.4.8.1 forward, F.3.8.1 inverse), with floors and sums that wrap in the samples' type:
  *     high[n] = x[2n + 1] - ((x[2n] + x[2n + 2]) >> 1),   low[n] = x[2n] + ((high[n - 1] + high[n] + 2) >> 2).
  * Inverse undoes forward to the bit, whatever the samples: both wrap alike (but see the tile functions for the doubling
- * of single samples, which needs a bit to spare). Coefficients of 16-bit samples are those of
- * the exact formula, also after both directions, as long as the samples have 13 bits or less. The row 0, 10, 20, 30
- * with its extension, in phase 0, gives the low half 0, 23 and the high half 0, 10. */
+ * of single samples, which needs a bit to spare). Coefficients of 16-bit samples are those of the exact formula, also
+ * after both directions, as long as the samples have 13 bits or less, signed. The row 0, 10, 20, 30 with its extension,
+ * in phase 0, gives the low half 0, 23 and the high half 0, 10. */
 QEL_API QelStatus qeliWTFwdRow_B53_JPEG2K_16s_C1R(const int16_t* pSrc, int srcStep, int16_t* pDstLow, int dstLowStep,
                                                   int16_t* pDstHigh, int dstHighStep, QelSize dstSize, int phase);
 QEL_API QelStatus qeliWTFwdRow_B53_JPEG2K_32s_C1R(const int32_t* pSrc, int srcStep, int32_t* pDstLow, int dstLowStep,
@@ -104,8 +110,8 @@ QEL_API QelStatus qeliWTInvCol_B53_JPEG2K_32s_C1R(const int32_t* pSrcLow, int sr
 
 /* 9/7 (T.800 F.4.8.2, F.3.8.2) in single precision: four lifting steps, then the low half is multiplied by 0.8128931
  * and the high half by 1.2301741; inverse goes back step by step. Every product and sum is rounded by itself, in the
- * order of the standard, so the result has the same bits on every processor. Inverse after forward gives samples of
- * magnitude m back within m / 1000000. */
+ * order of the standard, so the result has the same bits on every processor. Inverse after forward gives lines of
+ * magnitude m back within m / 200000. */
 QEL_API QelStatus qeliWTFwdRow_D97_JPEG2K_32f_C1R(const float* pSrc, int srcStep, float* pDstLow, int dstLowStep,
                                                   float* pDstHigh, int dstHighStep, QelSize dstSize, int phase);
 QEL_API QelStatus qeliWTInvRow_D97_JPEG2K_32f_C1R(const float* pSrcLow, int srcLowStep, const float* pSrcHigh,
@@ -120,7 +126,8 @@ QEL_API QelStatus qeliWTInvCol_D97_JPEG2K_32f_C1R(const float* pSrcLow, int srcL
 /* Bytes that the in-place functions need for a tile. `pTileRect` is the tile's place in the reference grid: x and y
  * matter by their parity alone. For 5/3 that is 0 if width and height are below 3, else 2 * m + 8 (16s) or 4 * m + 16
  * (32s) with m the larger of width and height; for 9/7, 0 if both are below 2, else 2 * m + 16 (16s) or 4 * m + 32
- * (32s). A null pointer gives qelStsNullPtrErr, a size that does not fit an int qelStsSizeErr. */
+ * (32s). A null pointer gives qelStsNullPtrErr, a result below 0 or beyond an int qelStsSizeErr; a width or height
+ * below 1 is not refused here, but by the transforms. */
 QEL_API QelStatus qeliWTGetBufSize_B53_JPEG2K_16s_C1IR(const QelRect* pTileRect, int* pSize);
 QEL_API QelStatus qeliWTGetBufSize_B53_JPEG2K_32s_C1IR(const QelRect* pTileRect, int* pSize);
 QEL_API QelStatus qeliWTGetBufSize_D97_JPEG2K_16s_C1IR(const QelRect* pTileRect, int* pSize);
@@ -134,13 +141,14 @@ QEL_API QelStatus qeliWTGetBufSize_D97_JPEG2K_32s_C1IR(const QelRect* pTileRect,
  * 5/3 of the row 0, 10 at an even x gives 5, 10.
  *
  * 5/3 is reversible as described above. 9/7 of 16-bit samples works with constants of 14 fraction bits, rounds every
- * product to nearest (ties up) and wraps where a sum leaves 16 bits: of samples of 12 bits none does, and inverse after
- * forward is within 8. 9/7 of 32-bit samples converts to single precision and back, towards zero, in each of the two
- * directions; what lies beyond the integers becomes the nearest of them (2147483648.0 itself becomes -2147483648). For
- * samples of 20 bits or less inverse after forward is within 8.
+ * product to nearest (ties up) and wraps where a sum leaves 16 bits: of signed samples of 12 bits none does, and
+ * inverse after forward is within 30 (12 is the worst that was found, more than 3 seldom). 9/7 of 32-bit samples
+ * converts to single precision and back, towards zero, in each of the two directions; what lies beyond the integers
+ * becomes the nearest of them (2147483648.0 itself becomes -2147483648). For signed samples of 16 bits inverse after
+ * forward is within 12, for 20 bits within 26 (8 is the worst that was found).
  *
  * Checks: the data (qelStsNullPtrErr), the step (qelStsStepErr), the rectangle and the buffer, which must not be null
- * even if no bytes are needed, then a width or height below 1 (qelStsSizeErr). */
+ * even if no bytes are needed, then a width or height below 1 (qelStsSizeErr). The rows must not overlap. */
 QEL_API QelStatus qeliWTFwd_B53_JPEG2K_16s_C1IR(int16_t* pSrcDst, int srcDstStep, const QelRect* pTileRect,
                                                 uint8_t* pBuffer);
 QEL_API QelStatus qeliWTFwd_B53_JPEG2K_32s_C1IR(int32_t* pSrcDst, int srcDstStep, const QelRect* pTileRect,
@@ -172,7 +180,7 @@ QEL_API QelStatus qeliWTGetBufSize_D97_JPEG2K_32s_C1R(const QelRect* pTileRect, 
  *
  * NOTE: THESE SIZES DO NOT DEPEND ON THE ORIGIN. At an odd x with an odd width there is one high column more than there
  * are low ones, and the first high column is the last one of bands 0 and 1; likewise for odd y and height. The in-place
- * functions give the subbands of T.800 at every origin.
+ * functions give the subbands of T.800 at every origin: take those for more than one level of a tile at an odd origin.
  *
  * The picture may overlap the subbands: all of the source is read before anything is written. Checks: pointers, also
  * of the arrays and of each subband (qelStsNullPtrErr), steps below 1 (qelStsStepErr), a width or height below 1

@@ -10,7 +10,8 @@ extern "C" {
 #endif
 
 /* Level shift (T.81 A.3.1): samples to signed values by subtracting 128, and back by adding 128 and clamping to
- * 0..255 (so 32767 gives 255 and -32768 gives 0). Steps are in bytes, `roi` in samples.
+ * 0..255 (so 32767 gives 255 and -32768 gives 0). Steps are in bytes, `roi` in samples. Source and destination must not
+ * overlap; rows of the destination that overlap each other come out as if written from top to bottom.
  * Sub128 checks pointers, then steps, then the size; Add128 goes argument by argument: source, source step,
  * destination, destination step, size. */
 QEL_API QelStatus qeliSub128_JPEG_8u16s_C1R(const uint8_t* pSrc, int srcStep, int16_t* pDst, int dstStep, QelSize roi);
@@ -32,7 +33,7 @@ QEL_API QelStatus qeliQuantInvTableInit_JPEG_8u16u(const uint8_t* pRawTable, uin
 
 /* Quantizes a block in place: each coefficient divided by its step, to nearest with ties upwards after a floor at
  * 2^-16 (a step of 16 takes 8 to 1, -8 to 0, -24 to -1 and -25 to -2). Coefficients are expected within -4096..4095,
- * which the DCT of 8-bit samples keeps to; others wrap. qeliDCTQuantFwd8x8* round ties to even instead. */
+ * which the DCT keeps to; others wrap by 8192. qeliDCTQuantFwd8x8* round ties to even instead. */
 QEL_API QelStatus qeliQuantFwd8x8_JPEG_16s_C1I(int16_t* pSrcDst, const uint16_t* pEncTable);
 /* Multiplies a block by its steps in place. Products are kept to their low 16 bits: 1000 times 100 gives -31072. */
 QEL_API QelStatus qeliQuantInv8x8_JPEG_16s_C1I(int16_t* pSrcDst, const uint16_t* pDecTable);
@@ -43,14 +44,18 @@ QEL_API QelStatus qeliQuantInv8x8_JPEG_16s_C1I(int16_t* pSrcDst, const uint16_t*
  * qeliQuantInvTableInit_JPEG_8u16u (pDecTable). A flat block of samples v has the mean coefficient 8 * (v - 128).
  * On pictures a coefficient differs from the exact transform by less than 0.8, a sample by less than 0.62, where
  * rounding alone costs 0.5. The result is the same on every processor.
+ * The LS functions and qeliDCT8x8InvLSClip_16s8u_C1R go with samples of planes, those of the colour conversion and the
+ * sampling; the functions from block to block with the MCU conversion, which shifts the level itself.
  * Checks, in this order: null samples or blocks, the step (qelStsStepErr below 1), a null table; nothing is written if
- * one fails. Source and destination may be the same block. All return qelStsNoErr otherwise. */
+ * one fails. Source and destination may be the same block. Rows of samples that overlap each other are written from top
+ * to bottom. All return qelStsNoErr otherwise. */
 
 /* Level shift by -128, DCT, and division by the steps, to nearest with ties to even. */
 QEL_API QelStatus qeliDCTQuantFwd8x8LS_JPEG_8u16s_C1R(const uint8_t* pSrc, int srcStep, int16_t* pDst,
                                                       const uint16_t* pEncTable);
-/* Like that, but from values that are already shifted. They are expected within -256..255 for speed; up to -512..511
- * the result is still the transform, beyond that sums wrap or saturate. */
+/* Like that, but from values that are already shifted. Of values within -256..255, which are the fastest, all
+ * coefficients fit -2048..2047. Of values within -512..511 those coefficients are right that lie in this range, others
+ * wrap by 4096 before they are divided (a flat block of 256 has the mean coefficient -2048); beyond, sums saturate. */
 QEL_API QelStatus qeliDCTQuantFwd8x8_JPEG_16s_C1(const int16_t* pSrc, int16_t* pDst, const uint16_t* pEncTable);
 QEL_API QelStatus qeliDCTQuantFwd8x8_JPEG_16s_C1I(int16_t* pSrcDst, const uint16_t* pEncTable);
 

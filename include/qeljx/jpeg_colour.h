@@ -25,7 +25,11 @@ extern "C" {
  * Results are clamped to 0..255 and lie within 0.52 of the equations, so rounding may differ by one. Whole groups of
  * four pixels of a row are computed in other fixed point than the last one to three, so a colour may differ by one
  * between places in a row; it never differs between processors or numbers of threads. Planes may be converted in place
- * (P3 to P3, P4 to P4); other overlaps of source and destination are not allowed.
+ * (P3 to P3, P4 to P4); other overlaps of source and destination are not allowed. Rows of the destination that overlap
+ * each other come out as if written from top to bottom, unless threads share them.
+ *
+ * Samples are 0..255 on both sides: planes of Y, Cb, Cr go with the sampling of planes and with the DCT functions that
+ * shift the level (LS).
  *
  * Returns qelStsNullPtrErr if an array or one of its planes, or the pixels, are null, then qelStsStepErr if a step is
  * less than 1, then qelStsSizeErr if a side of roi is less than 1; nothing is written then. Else qelStsNoErr. Functions

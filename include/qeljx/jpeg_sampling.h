@@ -11,10 +11,15 @@ extern "C" {
 #endif
 
 /* Planes. `srcSize` and `dstSize` are in samples, steps in bytes. The functions walk the destination: `dstSize` says
- * how many samples are written, and for the down-sampling functions alone how many are read. The two sizes are not
- * checked against each other. Source and destination must not overlap. Checks go argument by argument: source, source
+ * how many samples are written, and how many are read of each source row. Of `srcSize` up-sampling uses the height,
+ * below which the last source row is repeated, and nothing else; down-sampling only checks it. The two sizes are not
+ * checked against each other. Source and destination must not overlap; rows of the destination that overlap each other
+ * come out as if written from top to bottom, unless threads share them. Checks go argument by argument: source, source
  * step, source size, destination, destination step, destination size (qelStsNullPtrErr, qelStsStepErr, qelStsSizeErr).
- * The H2V2 functions split the destination rows over OpenMP threads if there are more than 8192 destination samples. */
+ * The H2V2 functions split the destination rows over OpenMP threads if there are more than 8192 destination samples.
+ *
+ * Down-sampling of planes rounds up, by a quarter of a level on average in H2V1 and three eighths in H2V2; the row
+ * functions and up-sampling have no such bias, that of the MCU conversion is as large downwards. */
 
 /* Box filter down: the mean of 2x1 samples, (a + b + 1) >> 1, so the row 0, 1, 0, 1 gives 1, 1.
  * Reads dstSize.width * 2 samples of dstSize.height rows: where the picture's width is odd, the caller's rows need one
@@ -29,14 +34,15 @@ QEL_API QelStatus qeliSampleDownH2V2_JPEG_8u_C1R(const uint8_t* pSrc, int srcSte
 /* Triangle filter up: two samples from each, three parts of the sample itself to one part of its neighbour,
  *     dst[2 i] = (3 src[i] + src[i - 1] + 1) >> 2,    dst[2 i + 1] = (3 src[i] + src[i + 1] + 2) >> 2.
  *
- * NOTE: EACH SOURCE ROW IS READ FROM ONE SAMPLE BEFORE ITS START TO ONE SAMPLE BEHIND ITS END: pSrc[-1] and pSrc[width]
- * must be readable, and they take part in the result. As a rule the caller fills them with copies of the first and the
- * last sample of the row; the row functions below do that by themselves.
+ * NOTE: EACH SOURCE ROW IS READ FROM ONE SAMPLE BEFORE ITS START TO THE ONE BEHIND THE LAST PAIR: pSrc[-1] and
+ * pSrc[dstSize.width / 2] must be readable, and they take part in the result. As a rule the caller fills them with
+ * copies of the first and the last sample of the row; the row functions below do that by themselves.
  *
- * An odd dstSize.width is written in full and not beyond. */
+ * An odd dstSize.width is written in full and not beyond, and its last sample is then made of pSrc[dstSize.width / 2].
+ * Destination row r is made of source row r, or of the last one where there are fewer. */
 QEL_API QelStatus qeliSampleUpH2V1_JPEG_8u_C1R(const uint8_t* pSrc, int srcStep, QelSize srcSize, uint8_t* pDst,
                                                int dstStep, QelSize dstSize);
-/* Like UpH2V1, THE SAMPLE BEFORE AND THE SAMPLE BEHIND EACH SOURCE ROW INCLUDED, but in both directions: destination
+/* Like UpH2V1, THE SAMPLES BEFORE AND BEHIND EACH SOURCE ROW INCLUDED, but in both directions: destination
  * row r takes the sums c[i] = 3 near[i] + far[i], where near is source row r / 2 and far the row above it (r even) or
  * below it (r odd), and
  *     dst[2 i] = (3 c[i] + c[i - 1] + 8) >> 4,    dst[2 i + 1] = (3 c[i] + c[i + 1] + 7) >> 4.

@@ -17,9 +17,10 @@ QEL_API uint8_t* qelsMalloc_8u(int len);
 /* Releases what qelsMalloc_8u returned; a null pointer is ignored. */
 QEL_API void qelsFree(void* ptr);
 
-/* Copy and convert a region, row by row. Steps are in bytes, `roi` in elements. Source and destination must not
- * overlap. Checks, in this order: null pointers, then the size, then the steps (sizes before steps, unlike most
- * functions). */
+/* Copy and convert a region, row by row. Steps are in bytes, `roi` in elements; any address and any step from 1 on will
+ * do. Source and destination must not overlap; rows of the destination that overlap each other come out as if written
+ * from top to bottom. Checks, in this order: null pointers, then the size, then the steps (sizes before steps, unlike
+ * most functions). */
 QEL_API QelStatus qeliConvert_8u16u_C1R(const uint8_t* pSrc, int srcStep, uint16_t* pDst, int dstStep, QelSize roi);
 QEL_API QelStatus qeliCopy_16s_C1R(const int16_t* pSrc, int srcStep, int16_t* pDst, int dstStep, QelSize roi);
 QEL_API QelStatus qeliCopy_32f_C1R(const float* pSrc, int srcStep, float* pDst, int dstStep, QelSize roi);
@@ -32,7 +33,7 @@ QEL_API QelStatus qeliAndC_32s_C1IR(int32_t value, int32_t* pSrcDst, int srcDstS
 /* Puts 64 values that stand in zig-zag order (T.81 Figure A.6) into natural order, row after row. Not in place. */
 QEL_API QelStatus qeliZigzagInv8x8_16s_C1(const int16_t* pSrc, int16_t* pDst);
 
-/* Fill with zero, or copy, `len` elements. */
+/* Fill with zero, or copy, `len` elements. Source and destination must not overlap. */
 QEL_API QelStatus qelsZero_8u(uint8_t* pDst, int len);
 QEL_API QelStatus qelsZero_16s(int16_t* pDst, int len);
 QEL_API QelStatus qelsCopy_8u(const uint8_t* pSrc, uint8_t* pDst, int len);

@@ -196,20 +196,28 @@ QEL_INLINE void encodeWide(const uint8_t* src, int srcStep, int16_t* const* dst)
 
 // --- The members.
 
+// A decoder by way of a tile whose rows do not overlap, for those of a destination that do.
+template <int kRow, int kRows, class Pixel> [[gnu::noinline]] void
+decodeApart(void (*decode)(const int16_t* const*, Pixel*, int), const int16_t* const* src, uint8_t* dst, int dstStep)
+{
+    uint8_t tile[kRows][kRow];
+    decode(src, (Pixel*)tile, kRow);
+    for (int y = 0; y < kRows; ++y) __builtin_memcpy(dst + y * dstStep, tile[y], kRow);
+}
+
 template <class S, class Colour, template <class> class Pixels, class Pixel>
 void decode(const int16_t* const* src, Pixel* dst, int dstStep)
 {
-    // Rows that overlap are to come out as if written one after the other, which wide registers do not do.
+    // Rows that overlap are to come out as if written one after the other. Wide registers write them in another order,
+    // except where each of their blocks is one row.
     constexpr int kRow = 8 * S::kH * Pixels<uint8_t*>::kBytes;
-    if (QEL_WIDTH > 16 && dstStep < kRow) {
-        uint8_t tile[8 * S::kV][kRow];
-        decode<S, Colour, Pixels>(src, (Pixel*)tile, kRow);
-        for (int y = 0; y < 8 * S::kV; ++y) __builtin_memcpy((uint8_t*)dst + y * dstStep, tile[y], kRow);
-    } else if constexpr (QEL_WIDTH >= 16) {
+    constexpr bool kMixesRows = QEL_WIDTH > 16 && S::kH == S::kV;
+    if (kMixesRows && dstStep < kRow)
+        return decodeApart<kRow, 8 * S::kV>(decode<S, Colour, Pixels, Pixel>, src, (uint8_t*)dst, dstStep);
+    if constexpr (QEL_WIDTH >= 16)
         decodeWide<S, Colour, Pixels>(src, (uint8_t*)dst, dstStep);
-    } else {
+    else
         decodeSingly<S, Colour, Pixels>(src, (uint8_t*)dst, dstStep);
-    }
 }
 template <class S, class Colour, template <class> class Pixels, class Pixel>
 void encode(const Pixel* src, int srcStep, int16_t* const* dst)
