@@ -18,7 +18,7 @@ template <int In, int Out, bool kPast> QEL_INLINE Register step(const uint8_t* s
 #pragma GCC unroll 4
     for (int i = 0; i < Out; ++i) {
         if (kPast)
-            Width::storePast(dst + i * QEL_WIDTH, read);
+            Width::stream(dst + i * QEL_WIDTH, read);
         else
             store(dst + i * QEL_WIDTH, read);
     }
@@ -31,7 +31,7 @@ template <int In, int Out, bool kPast> uint64_t move(const uint8_t* src, uint8_t
 #pragma GCC unroll 4
     for (size_t i = 0; i < steps; ++i)
         seen |= step<In, Out, kPast>(src + i * In * QEL_WIDTH, dst + i * Out * QEL_WIDTH);
-    if (kPast) Width::finishStores();
+    if (kPast) Width::fence();
     return seen[0];
 }
 

@@ -1,4 +1,4 @@
-// Wide registers from blocks of 16 bytes. Included by core/simd.h.
+// Wide registers from blocks of 16 bytes.
 #pragma once
 
 #include "core/simd.h"

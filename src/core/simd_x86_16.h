@@ -140,8 +140,8 @@ template <> struct Simd<16> : GatheredBits, Interleaved<16, Simd<16>> {
         store(p, a), store(p + 16, b), store(p + 32, c);
     }
 
-    template <class V> static QEL_INLINE void storePast(void* p, V v) { _mm_stream_si128((__m128i*)p, (__m128i)v); }
-    static QEL_INLINE void finishStores() { _mm_sfence(); }
+    template <class V> static QEL_INLINE void stream(void* p, V v) { _mm_stream_si128((__m128i*)p, (__m128i)v); }
+    static QEL_INLINE void fence() { _mm_sfence(); }
 };
 
 }

@@ -185,8 +185,8 @@ template <> struct Simd<32> : GatheredBits, Interleaved<32, Simd<32>> {
         store(p + 64, highBlocks(b, c));
     }
 
-    template <class V> static QEL_INLINE void storePast(void* p, V v) { _mm256_stream_si256((__m256i*)p, (__m256i)v); }
-    static QEL_INLINE void finishStores() { _mm_sfence(); }
+    template <class V> static QEL_INLINE void stream(void* p, V v) { _mm256_stream_si256((__m256i*)p, (__m256i)v); }
+    static QEL_INLINE void fence() { _mm_sfence(); }
 };
 
 }

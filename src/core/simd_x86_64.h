@@ -171,8 +171,8 @@ template <> struct Simd<64> : GatheredBits, Interleaved<64, Simd<64>> {
         store(p + 128, gather3(a, b, c, from.store[2], from.storeThird[2]));
     }
 
-    template <class V> static QEL_INLINE void storePast(void* p, V v) { _mm512_stream_si512((__m512i*)p, (__m512i)v); }
-    static QEL_INLINE void finishStores() { _mm_sfence(); }
+    template <class V> static QEL_INLINE void stream(void* p, V v) { _mm512_stream_si512((__m512i*)p, (__m512i)v); }
+    static QEL_INLINE void fence() { _mm_sfence(); }
 };
 
 }

@@ -1,12 +1,10 @@
-// Support primitives: exported functions.
+// Support primitives: public functions.
 #include "core/support.h"
 
 #include <string.h>
 
 #include "core/checks.h"
-#include "core/dispatch.h"
-#include "core/past_caches.h"
-#include "core/rows.h"
+#include "core/streaming.h"
 #include "jpeg/zigzag.h"
 #include "qeljx/support.h"
 
@@ -14,26 +12,29 @@ using namespace qel;
 
 namespace {
 
-// One call of row(src, dst, elements, past) for a region whose rows lie back to back, else one for each row.
-template <class Src, class Dst, class Row>
-QelStatus eachRow(const Src* pSrc, int srcStep, Dst* pDst, int dstStep, QelSize roi, Row row)
+// Calls move(kernel, src, dst, elements) for each row, or once for a region whose rows lie back to back.
+template <class Src, class Dst, class Row, class Move>
+QelStatus eachRow(const Src* pSrc, int srcStep, Dst* pDst, int dstStep, QelSize roi, Streamable<Row> kernels, Move move)
 {
     // Sizes before steps, unlike most functions.
     if (QelStatus bad = first(pointers(pSrc, pDst), size(roi), steps(srcStep, dstStep))) return bad;
-    size_t width = (size_t)roi.width, elements = width * (size_t)roi.height;
-    bool past = elements * sizeof(Dst) > kPastCaches;
-    if ((size_t)srcStep == width * sizeof(Src) && (size_t)dstStep == width * sizeof(Dst))
-        row(pSrc, pDst, elements, past);
-    else
-        forRows(roi, [=](int r) { row(rowAt(pSrc, srcStep, r), rowAt(pDst, dstStep, r), width, past); });
+    size_t width = (size_t)roi.width;
+    bool isDense = (size_t)srcStep == width * sizeof(Src) && (size_t)dstStep == width * sizeof(Dst);
+    size_t elements = isDense ? width * (size_t)roi.height : width;
+    QelSize rows = {roi.width, isDense ? 1 : roi.height};
+    bool streams = isStreamed(roi, sizeof(Dst));
+    forBlocksOfOutput<Threads::one>(rows, streams, kernels, [=](Row* kernel, int row, int end) {
+        for (; row < end; ++row) move(kernel, rowAt(pSrc, srcStep, row), rowAt(pDst, dstStep, row), elements);
+    });
     return qelStsNoErr;
 }
 
 template <class T> QelStatus copyRegion(const T* pSrc, int srcStep, T* pDst, int dstStep, QelSize roi)
 {
-    return eachRow(pSrc, srcStep, pDst, dstStep, roi, [](const T* src, T* dst, size_t len, bool past) {
-        owniCopy_8u_C1((const uint8_t*)src, (uint8_t*)dst, len * sizeof(T), past);
-    });
+    return eachRow(pSrc, srcStep, pDst, dstStep, roi, kernels<SupportKernels>().copy,
+                   [](auto copy, const T* src, T* dst, size_t elements) {
+                       copy((const uint8_t*)src, (uint8_t*)dst, elements * sizeof(T));
+                   });
 }
 
 // The nearest integer to value / divisor, ties to even.
@@ -47,7 +48,8 @@ uint16_t divide(uint32_t value, uint32_t divisor)
 
 QelStatus qeliConvert_8u16u_C1R(const uint8_t* pSrc, int srcStep, uint16_t* pDst, int dstStep, QelSize roi)
 {
-    return eachRow(pSrc, srcStep, pDst, dstStep, roi, owniConvert_8u16u);
+    return eachRow(pSrc, srcStep, pDst, dstStep, roi, kernels<SupportKernels>().convert8u16u,
+                   [](auto convert, const uint8_t* src, uint16_t* dst, size_t len) { convert(src, dst, len); });
 }
 
 QelStatus qeliCopy_16s_C1R(const int16_t* pSrc, int srcStep, int16_t* pDst, int dstStep, QelSize roi)
@@ -83,21 +85,21 @@ QelStatus qeliZigzagInv8x8_16s_C1(const int16_t* pSrc, int16_t* pDst)
 QelStatus qelsZero_8u(uint8_t* pDst, int len)
 {
     if (QelStatus bad = first(pointers(pDst), length(len))) return bad;
-    ownsZero_8u(pDst, (size_t)len);
+    memset(pDst, 0, (size_t)len);
     return qelStsNoErr;
 }
 
 QelStatus qelsZero_16s(int16_t* pDst, int len)
 {
     if (QelStatus bad = first(pointers(pDst), length(len))) return bad;
-    ownsZero_8u((uint8_t*)pDst, (size_t)len * sizeof *pDst);
+    memset(pDst, 0, (size_t)len * sizeof *pDst);
     return qelStsNoErr;
 }
 
 QelStatus qelsCopy_8u(const uint8_t* pSrc, uint8_t* pDst, int len)
 {
     if (QelStatus bad = first(pointers(pSrc, pDst), length(len))) return bad;
-    ownsCopy_8u(pSrc, pDst, (size_t)len);
+    memcpy(pDst, pSrc, (size_t)len);
     return qelStsNoErr;
 }
 
@@ -120,33 +122,4 @@ QelStatus qelsDivCRev_16u(const uint16_t* pSrc, uint16_t value, uint16_t* pDst, 
 QelStatus qelsDivCRev_16u_I(uint16_t value, uint16_t* pSrcDst, int len)
 {
     return qelsDivCRev_16u(pSrcDst, value, pSrcDst, len);
-}
-
-void ownsZero_8u(uint8_t* dst, size_t len) { memset(dst, 0, len); }
-
-void ownsSet_32s(int32_t value, int32_t* dst, int len) { kernels<SupportKernels>().set32s(value, dst, len); }
-
-void ownsCopy_8u(const uint8_t* src, uint8_t* dst, size_t len) { memcpy(dst, src, len); }
-
-void owniCopy_8u_C1(const uint8_t* src, uint8_t* dst, size_t len, int past)
-{
-    if (!past) {
-        memcpy(dst, src, len);
-        return;
-    }
-    auto& table = kernels<SupportKernels>();
-    table.copyPast(src, dst, len);
-    table.finishStores();
-}
-
-void owniConvert_8u16u(const uint8_t* src, uint16_t* dst, size_t len, int past)
-{
-    auto& table = kernels<SupportKernels>();
-    (past ? table.convert8u16uPast : table.convert8u16u)(src, dst, len);
-    if (past) table.finishStores();
-}
-
-void ownsMul_16u16s_PosSfs(const uint16_t* table, const int16_t* src, int16_t* dst, int len, int scale)
-{
-    kernels<SupportKernels>().mulScaled(table, src, dst, len, scale);
 }

@@ -1,67 +1,31 @@
 // Kernels of the support primitives.
 #include "core/support.h"
 
-#include "core/simd.h"
+#include "core/walk.h"
 
 namespace qel {
 namespace QEL_BUILD {
 namespace {
 
-// Streaming stores want whole aligned registers; tests without registers of their own use the width of one block.
-constexpr int kStream = QEL_WIDTH < 16 ? 16 : QEL_WIDTH;
-
-// body(i) for the elements before dst + i is aligned, `past(i)` for whole aligned registers, then body(i) again.
-template <class T, class Body, class Past> QEL_INLINE void streamed(T* dst, size_t len, Body body, Past past)
+void copy(const uint8_t* src, uint8_t* dst, size_t len) { __builtin_memcpy(dst, src, len); }
+void copyStreamed(const uint8_t* src, uint8_t* dst, size_t len)
 {
-    constexpr size_t kStep = kStream / sizeof(T);
-    size_t i = 0;
-    for (; i < len && (uintptr_t)(dst + i) % kStream != 0; ++i) body(i);
-    for (; i + kStep <= len; i += kStep) past(i);
-    for (; i < len; ++i) body(i);
+    walkInto<Streamed>(dst, ptrdiff_t(len),
+                       [=](auto lanes, ptrdiff_t i, auto out) QEL_INLINE_BODY { out.put(lanes.load(src + i)); });
 }
 
-void finishStores() { Simd<kStream>::finishStores(); }
-
-void copyPast(const uint8_t* src, uint8_t* dst, size_t len)
+template <class Store> void convert8u16u(const uint8_t* src, uint16_t* dst, size_t len)
 {
-    streamed(
-        dst, len, [=](size_t i) { dst[i] = src[i]; },
-        [=](size_t i) { Simd<kStream>::storePast(dst + i, load<U8<kStream>>(src + i)); });
+    walkInto<Store>(dst, ptrdiff_t(len),
+                    [=](auto lanes, ptrdiff_t i, auto out) QEL_INLINE_BODY { out.put(lanes.widen(src + i)); });
 }
 
-QEL_INLINE void widen(Bytes<1>, const uint8_t* src, uint16_t* dst) { store(dst, uint16_t(*src)); }
-template <int N> QEL_INLINE void widen(Bytes<N>, const uint8_t* src, uint16_t* dst)
-{
-    store(dst, Simd<N>::widen(src));
-    store(dst + N / 2, Simd<N>::widen(src + N / 2));
-}
-
-void convert8u16u(const uint8_t* src, uint16_t* dst, size_t len)
-{
-    inSteps(len, [=](auto width, size_t i) { widen(width, src + i, dst + i); });
-}
-
-void convert8u16uPast(const uint8_t* src, uint16_t* dst, size_t len)
-{
-    // At an odd address no store is ever aligned.
-    if ((uintptr_t)dst % sizeof *dst != 0) return convert8u16u(src, dst, len);
-    streamed(
-        dst, len, [=](size_t i) { widen(Bytes<1>(), src + i, dst + i); },
-        [=](size_t i) { Simd<kStream>::storePast(dst + i, Simd<kStream>::widen(src + i)); });
-}
-
-QEL_INLINE void andStep(Bytes<1>, const int32_t* src, int32_t value, int32_t* dst)
-{
-    store(dst, load<int32_t>(src) & value);
-}
-template <int N> QEL_INLINE void andStep(Bytes<N>, const int32_t* src, int32_t value, int32_t* dst)
-{
-    for (int k = 0; k < N; k += N / 4) store(dst + k, load<S32<N>>(src + k) & value);
-}
+void fence() { Simd < QEL_WIDTH<16 ? 16 : QEL_WIDTH>::fence(); }
 
 void and32s(const int32_t* src, int32_t value, int32_t* dst, int len)
 {
-    inSteps(len, [=](auto width, int i) { andStep(width, src + i, value, dst + i); });
+    walkInto(dst, len,
+             [=](auto lanes, ptrdiff_t i, auto out) QEL_INLINE_BODY { out.put(lanes.load(src + i) & value); });
 }
 
 void set32s(int32_t value, int32_t* dst, int len)
@@ -77,36 +41,40 @@ template <class U, class S> QEL_INLINE S roundToEven(S product, int scale)
     S quotient = product >> scale;
     return quotient + (S)((((U)product & rests) + ((U)quotient & one) + belowHalf) >> scale);
 }
-
-QEL_INLINE void mulStep(Bytes<1>, const uint16_t* table, const int16_t* src, int16_t* dst, int scale)
+template <int N> QEL_INLINE auto mulRounded(Lanes<N> lanes, const uint16_t* table, const int16_t* src, int scale)
 {
-    int32_t product = load<uint16_t>(table) * load<int16_t>(src);
-    store(dst, clampTo<int16_t>(roundToEven<uint32_t>(product, scale), -32768, 32767));
-}
-template <int N> QEL_INLINE void mulStep(Bytes<N>, const uint16_t* table, const int16_t* src, int16_t* dst, int scale)
-{
-    for (int k = 0; k < N; k += N / 2) {
-        auto entry = load<S16<N>>(table + k), value = load<S16<N>>(src + k);
+    auto entry = lanes.load(table);
+    auto value = lanes.load(src);
+    if constexpr (N == 1) {
+        return clampTo<int16_t>(roundToEven<uint32_t>(int32_t(entry * value), scale), -32768, 32767);
+    } else {
         // The unsigned product counts a negative value as 65536 too many.
-        S16<N> high = (S16<N>)Simd<N>::mulHigh((U16<N>)entry, (U16<N>)value) - (entry & (value >> 15));
-        S16<N> low = entry * value;
-        auto first = roundToEven<U32<N>>((S32<N>)Simd<N>::zipLow(low, high), scale);
-        auto second = roundToEven<U32<N>>((S32<N>)Simd<N>::zipHigh(low, high), scale);
-        store(dst + k, Simd<N>::pack(first, second));
+        S16<N> high = (S16<N>)Simd<N>::mulHigh(entry, (U16<N>)value) - ((S16<N>)entry & (value >> 15));
+        S16<N> low = (S16<N>)entry * value;
+        return Simd<N>::pack(roundToEven<U32<N>>((S32<N>)Simd<N>::zipLow(low, high), scale),
+                             roundToEven<U32<N>>((S32<N>)Simd<N>::zipHigh(low, high), scale));
     }
 }
 
 void mulScaled(const uint16_t* table, const int16_t* src, int16_t* dst, int len, int scale)
 {
-    inSteps(len, [=](auto width, int i) { mulStep(width, table + i, src + i, dst + i, scale); });
+    walkInto(dst, len, [=](auto lanes, ptrdiff_t i, auto out) QEL_INLINE_BODY {
+        out.put(mulRounded(lanes, table + i, src + i, scale));
+    });
 }
+
+constexpr SupportKernels kKernels = {
+    .copy = {copy, copyStreamed},
+    .convert8u16u = {convert8u16u<Cached>, convert8u16u<Streamed>},
+    .fence = fence,
+    .and32s = and32s,
+    .set32s = set32s,
+    .mulScaled = mulScaled,
+};
 
 }
 }
 
-const SupportKernels SupportKernels::QEL_BUILD = {qel::QEL_BUILD::copyPast,     qel::QEL_BUILD::finishStores,
-                                                  qel::QEL_BUILD::convert8u16u, qel::QEL_BUILD::convert8u16uPast,
-                                                  qel::QEL_BUILD::and32s,       qel::QEL_BUILD::set32s,
-                                                  qel::QEL_BUILD::mulScaled};
+const SupportKernels SupportKernels::QEL_BUILD = QEL_BUILD::kKernels;
 
 }

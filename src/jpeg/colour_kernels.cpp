@@ -21,13 +21,12 @@ struct Rounding {
 constexpr Rounding kTuned = {8192 - 47, 8192 + 110, 8192 - 57};
 constexpr Rounding kPlain = {8192, 8192, 8192};
 
-template <Rounding kRounding>
-QEL_INLINE void toRgb(Lane, uint8_t y, uint8_t cb, uint8_t cr, uint8_t& r, uint8_t& g, uint8_t& b)
+template <Rounding kRounding> QEL_INLINE Triple<uint8_t> toRgb(Triple<uint8_t> ycc)
 {
-    int blue = cb - 128, red = cr - 128;
-    r = clampToByte(y + ((kCrToRed * red + kRounding.red) >> 14));
-    g = clampToByte(y + ((kCbToGreen * blue + kCrToGreen * red + kRounding.green) >> 14));
-    b = clampToByte(y + ((kCbToBlue * blue + kRounding.blue) >> 14));
+    int y = ycc.a, blue = ycc.b - 128, red = ycc.c - 128;
+    return {clampToByte(y + ((kCrToRed * red + kRounding.red) >> 14)),
+            clampToByte(y + ((kCbToGreen * blue + kCrToGreen * red + kRounding.green) >> 14)),
+            clampToByte(y + ((kCbToBlue * blue + kRounding.blue) >> 14))};
 }
 
 // Not all of what follows is used where an element is a plain int.
@@ -59,63 +58,44 @@ template <Rounding kRounding, int N> QEL_INLINE S16<N> greenChroma(U8<N> pairs)
     return weigh(-kCbToGreen >> 8, -kCrToGreen >> 8) + shiftByProduct<8, N>(lower);
 }
 
-template <Rounding kRounding, int N>
-QEL_INLINE void toRgb(Samples<N>, U8<N> y, U8<N> cb, U8<N> cr, U8<N>& r, U8<N>& g, U8<N>& b)
+template <Rounding kRounding, class V> QEL_INLINE Triple<V> toRgb(Triple<V> ycc)
 {
+    constexpr int N = sizeof(V);
     using Ops = Simd<N>;
+    using Words = S16<N>;
     constexpr int lowRed = lowByteFor(kCrToRed, kRounding.red), lowBlue = lowByteFor(kCbToBlue, kRounding.blue);
     static_assert(lowRed >= 0 && lowBlue >= 0);
-    U8<N> none = {};
-    cb ^= 128, cr ^= 128;
+    V none = {}, y = ycc.a, cb = ycc.b ^ 128, cr = ycc.c ^ 128;
 
-    auto scale = [](S16<N> sum) { return shiftByProduct<6, N>(sum); };
-    auto half = [&](auto zip, S16<N>& red, S16<N>& green, S16<N>& blue) {
-        auto luma = (S16<N>)shiftByProduct<2, N>((U16<N>)zip(none + uint8_t(4 * kLumaBias), y));
-        red = scale(luma + Ops::mulHigh((S16<N>)zip(none + uint8_t(lowRed), cr), S16<N>{} + int16_t(kCrToRed)));
-        green = scale(luma - greenChroma<kRounding, N>(zip(cb, cr)));
-        blue = scale(luma + Ops::mulHigh((S16<N>)zip(none + uint8_t(lowBlue), cb), S16<N>{} + int16_t(kCbToBlue)));
+    auto scale = [](Words sum) { return shiftByProduct<6, N>(sum); };
+    auto half = [&](auto zip) {
+        auto times = [&](V chroma, int low, int factor) {
+            return Ops::mulHigh((Words)zip(none + uint8_t(low), chroma), Words{} + int16_t(factor));
+        };
+        auto luma = (Words)shiftByProduct<2, N>((U16<N>)zip(none + uint8_t(4 * kLumaBias), y));
+        return Triple<Words>{scale(luma + times(cr, lowRed, kCrToRed)),
+                             scale(luma - greenChroma<kRounding, N>(zip(cb, cr))),
+                             scale(luma + times(cb, lowBlue, kCbToBlue))};
     };
-    S16<N> redLow, greenLow, blueLow, redHigh, greenHigh, blueHigh;
-    half([](auto low, auto high) { return Ops::zipLow(low, high); }, redLow, greenLow, blueLow);
-    half([](auto low, auto high) { return Ops::zipHigh(low, high); }, redHigh, greenHigh, blueHigh);
-    r = Ops::packUnsigned(redLow, redHigh);
-    g = Ops::packUnsigned(greenLow, greenHigh);
-    b = Ops::packUnsigned(blueLow, blueHigh);
+    auto low = half([](auto a, auto b) { return Ops::zipLow(a, b); });
+    auto high = half([](auto a, auto b) { return Ops::zipHigh(a, b); });
+    return {Ops::packUnsigned(low.a, high.a), Ops::packUnsigned(low.b, high.b), Ops::packUnsigned(low.c, high.c)};
 }
 
-QEL_INLINE void toRgbByTables(uint8_t y, uint8_t cb, uint8_t cr, uint8_t& r, uint8_t& g, uint8_t& b)
+QEL_INLINE Triple<uint8_t> toRgbByTables(Triple<uint8_t> ycc)
 {
-    r = clampToByte(y + cr_r_tbl[cr]);
-    g = clampToByte(y + ((cb_g_tbl[cb] + cr_g_tbl[cr]) >> 16));
-    b = clampToByte(y + cb_b_tbl[cb]);
+    auto [y, cb, cr] = ycc;
+    return {clampToByte(y + cr_r_tbl[cr]), clampToByte(y + ((cb_g_tbl[cb] + cr_g_tbl[cr]) >> 16)),
+            clampToByte(y + cb_b_tbl[cb])};
 }
 
-// Groups of a row whose output goes into the caches, or past them.
-template <int kGroup, bool kPast, class Body, class To>
-QEL_INLINE ptrdiff_t groups(ptrdiff_t i, int width, To to, Body body)
+template <Rounding kRounding, class Store, class Pixels>
+QEL_INLINE void rowToRgb(Planes3<const uint8_t> ycc, Pixels rgb, int width)
 {
-    if constexpr (kPast)
-        return inGroupsPastCaches<kGroup>(i, width, to, body);
-    else
-        return inGroups<kGroup>(i, width, body);
-}
-
-template <Rounding kRounding, bool kPast, class Pixels>
-QEL_INLINE void rowToRgb(const uint8_t* y, const uint8_t* cb, const uint8_t* cr, Pixels pixels, int width)
-{
-    Planes3<const uint8_t> planes = {y, cb, cr};
-    ptrdiff_t i = groups<4, kPast>(0, width, pixels, [=](auto samples, ptrdiff_t at) QEL_INLINE_BODY {
-        using V = decltype(samples);
-        typename V::Type a, b, c, red, green, blue;
-        planes.get<V>(at, a, b, c);
-        toRgb<kRounding>(samples, a, b, c, red, green, blue);
-        pixels.template put<V>(at, red, green, blue);
+    ptrdiff_t i = walkGroupsInto<Store, 4>(rgb, 0, width, [=](auto lanes, ptrdiff_t at) QEL_INLINE_BODY {
+        rgb.put(lanes, at, toRgb<kRounding>(ycc.get(lanes, at)));
     });
-    for (; i < width; ++i) {
-        uint8_t red, green, blue;
-        toRgbByTables(y[i], cb[i], cr[i], red, green, blue);
-        pixels.template put<Lane>(i, red, green, blue);
-    }
+    for (Lanes<1> one; i < width; ++i) rgb.put(one, i, toRgbByTables(ycc.get(one, i)));
 }
 
 // --- RGB to YCbCr, 15 fraction bits.
@@ -125,14 +105,11 @@ struct ToYcc {
     Planes3<uint8_t> planes;
 
     template <class Visit> QEL_INLINE void atAddresses(ptrdiff_t i, Visit visit) const { planes.atAddresses(i, visit); }
-    template <class V, class Fixed, class Colours> QEL_INLINE void put(ptrdiff_t i, Colours rgb) const
+    template <class Fixed> QEL_INLINE void put(auto lanes, ptrdiff_t i, auto rgb) const
     {
-        planes.put<V>(i, weigh<Fixed::kY>(rgb), weigh<Fixed::kCb>(rgb), weigh<Fixed::kCr>(rgb));
+        planes.put(lanes, i, Triple{weigh<Fixed::kY>(rgb), weigh<Fixed::kCb>(rgb), weigh<Fixed::kCr>(rgb)});
     }
-    QEL_INLINE void putByTables(ptrdiff_t i, Single p) const
-    {
-        planes.put<Lane>(i, lumaByTables(p.r, p.g, p.b), blueByTables(p.r, p.g, p.b), redByTables(p.r, p.g, p.b));
-    }
+    QEL_INLINE void putByTables(ptrdiff_t i, Pixel rgb) const { planes.put(Lanes<1>(), i, yccByTables(rgb)); }
 };
 struct ToYcck {
     ToYcc ycc;
@@ -142,42 +119,38 @@ struct ToYcck {
     {
         ycc.atAddresses(i, visit), visit(k + i);
     }
-    template <class V, class Fixed, class Inks> QEL_INLINE void put(ptrdiff_t i, Inks inks) const
+    template <class Fixed> QEL_INLINE void put(auto lanes, ptrdiff_t i, auto inks) const
     {
-        ycc.put<V, Fixed>(i, inks.rgb), V::store(k + i, inks.black);
+        ycc.put<Fixed>(lanes, i, inks.rgb), lanes.store(k + i, inks.black);
     }
-    template <class Inks> QEL_INLINE void putByTables(ptrdiff_t i, Inks inks) const
-    {
-        ycc.putByTables(i, inks.rgb), k[i] = inks.black;
-    }
+    QEL_INLINE void putByTables(ptrdiff_t i, auto inks) const { ycc.putByTables(i, inks.rgb), k[i] = inks.black; }
 };
 struct ToY {
     uint8_t* row;
 
     template <class Visit> QEL_INLINE void atAddresses(ptrdiff_t i, Visit visit) const { visit(row + i); }
-    template <class V, class Fixed, class Colours> QEL_INLINE void put(ptrdiff_t i, Colours rgb) const
+    template <class Fixed> QEL_INLINE void put(auto lanes, ptrdiff_t i, auto rgb) const
     {
-        V::store(row + i, weigh<Fixed::kY>(rgb));
+        lanes.store(row + i, weigh<Fixed::kY>(rgb));
     }
-    QEL_INLINE void putByTables(ptrdiff_t i, Single p) const { row[i] = lumaByTables(p.r, p.g, p.b); }
+    QEL_INLINE void putByTables(ptrdiff_t i, Pixel rgb) const { row[i] = lumaByTables(rgb); }
 };
 
-template <class Fixed, int kGroup, bool kPast, class Pixels, class To>
+template <class Fixed, int kGroup, class Store, class Pixels, class To>
 QEL_INLINE ptrdiff_t groupsFromRgb(ptrdiff_t i, int width, Pixels pixels, To to)
 {
-    return groups<kGroup, kPast>(i, width, to, [=](auto samples, ptrdiff_t at) QEL_INLINE_BODY {
-        using V = decltype(samples);
-        to.template put<V, Fixed>(at, coloursAt<V>(pixels, at));
+    return walkGroupsInto<Store, kGroup>(to, i, width, [=](auto lanes, ptrdiff_t at) QEL_INLINE_BODY {
+        to.template put<Fixed>(lanes, at, coloursAt(lanes, pixels, at));
     });
 }
 
 // kEights: runs of 8 pixels with 15 fraction bits come first.
-template <bool kEights, bool kPast, class Pixels, class To> QEL_INLINE void rowFromRgb(Pixels pixels, To to, int width)
+template <bool kEights, class Store, class Pixels, class To> QEL_INLINE void rowFromRgb(Pixels pixels, To to, int width)
 {
     ptrdiff_t i = 0;
-    if constexpr (kEights) i = groupsFromRgb<Fixed15, 8, kPast>(i, width, pixels, to);
-    i = groupsFromRgb<Fixed14, 4, kPast>(i, width, pixels, to);
-    for (; i < width; ++i) to.putByTables(i, coloursAt<Lane>(pixels, i));
+    if constexpr (kEights) i = groupsFromRgb<Fixed15, 8, Store>(i, width, pixels, to);
+    i = groupsFromRgb<Fixed14, 4, Store>(i, width, pixels, to);
+    for (; i < width; ++i) to.putByTables(i, coloursAt(Lanes<1>(), pixels, i));
 }
 
 // --- CMYK is inverted RGB and a K that is passed on.
@@ -187,9 +160,10 @@ template <class Inks> struct ToInks {
     const uint8_t* k;
 
     template <class Visit> QEL_INLINE void atAddresses(ptrdiff_t i, Visit visit) const { inks.atAddresses(i, visit); }
-    template <class V, class S> QEL_INLINE void put(ptrdiff_t i, S r, S g, S b) const
+    template <class V> QEL_INLINE void put(auto lanes, ptrdiff_t i, Triple<V> rgb) const
     {
-        inks.template put<V>(i, S(~r), S(~g), S(~b), V::load(k + i));
+        auto [c, m, y] = inverted(rgb);
+        inks.put(lanes, i, Quad<V>{c, m, y, lanes.load(k + i)});
     }
 };
 
@@ -198,99 +172,95 @@ template <class Inks> struct ToInks {
 using From = const uint8_t*;
 using To = uint8_t*;
 
-template <class Pixels, bool kPast>
+template <class Pixels, class Store>
 void yccToPixels(const uint8_t* y, const uint8_t* cb, const uint8_t* cr, uint8_t* dst, int width)
 {
-    rowToRgb<kTuned, kPast>(y, cb, cr, Pixels{dst}, width);
+    rowToRgb<kTuned, Store>({y, cb, cr}, Pixels{dst}, width);
 }
-template <class Pixels, bool kPast>
+template <class Pixels, class Store>
 void yccToPacked(const uint8_t* y, const uint8_t* cb, const uint8_t* cr, uint16_t* dst, int width)
 {
-    rowToRgb<kTuned, kPast>(y, cb, cr, Pixels{(uint8_t*)dst}, width);
+    rowToRgb<kTuned, Store>({y, cb, cr}, Pixels{(uint8_t*)dst}, width);
 }
-template <bool kPast>
+template <class Store>
 void yccToPlanes(const uint8_t* y, const uint8_t* cb, const uint8_t* cr, uint8_t* r, uint8_t* g, uint8_t* b, int width)
 {
-    rowToRgb<kPlain, kPast>(y, cb, cr, Planes3<uint8_t>{r, g, b}, width);
+    rowToRgb<kPlain, Store>({y, cb, cr}, Planes3<uint8_t>{r, g, b}, width);
 }
-template <bool kPast> void ycckToPlanes(const uint8_t* y, const uint8_t* cb, const uint8_t* cr, const uint8_t* k,
-                                        uint8_t* cyan, uint8_t* magenta, uint8_t* yellow, uint8_t* black, int width)
+template <class Store> void ycckToPlanes(const uint8_t* y, const uint8_t* cb, const uint8_t* cr, const uint8_t* k,
+                                         uint8_t* cyan, uint8_t* magenta, uint8_t* yellow, uint8_t* black, int width)
 {
     Planes4<uint8_t> inks = {cyan, magenta, yellow, black};
-    rowToRgb<kPlain, kPast>(y, cb, cr, ToInks<Planes4<uint8_t>>{inks, k}, width);
+    rowToRgb<kPlain, Store>({y, cb, cr}, ToInks<Planes4<uint8_t>>{inks, k}, width);
 }
-template <bool kPast>
+template <class Store>
 void ycckToPixels(const uint8_t* y, const uint8_t* cb, const uint8_t* cr, const uint8_t* k, uint8_t* dst, int width)
 {
-    rowToRgb<kPlain, kPast>(y, cb, cr, ToInks<Cmyk32<To>>{{dst}, k}, width);
+    rowToRgb<kPlain, Store>({y, cb, cr}, ToInks<Cmyk32<To>>{{dst}, k}, width);
 }
 
-template <bool kPast>
+template <class Store>
 void planesToYcc(const uint8_t* r, const uint8_t* g, const uint8_t* b, uint8_t* y, uint8_t* cb, uint8_t* cr, int width)
 {
-    rowFromRgb<true, kPast>(Planes3<const uint8_t>{r, g, b}, ToYcc{{y, cb, cr}}, width);
+    rowFromRgb<true, Store>(Planes3<const uint8_t>{r, g, b}, ToYcc{{y, cb, cr}}, width);
 }
-template <class Pixels, bool kPast>
+template <class Pixels, class Store>
 void pixelsToYcc(const uint8_t* src, uint8_t* y, uint8_t* cb, uint8_t* cr, int width)
 {
-    rowFromRgb<true, kPast>(Pixels{src}, ToYcc{{y, cb, cr}}, width);
+    rowFromRgb<true, Store>(Pixels{src}, ToYcc{{y, cb, cr}}, width);
 }
-template <class Pixels, bool kPast>
+template <class Pixels, class Store>
 void packedToYcc(const uint16_t* src, uint8_t* y, uint8_t* cb, uint8_t* cr, int width)
 {
-    rowFromRgb<false, kPast>(Pixels{(const uint8_t*)src}, ToYcc{{y, cb, cr}}, width);
+    rowFromRgb<false, Store>(Pixels{(const uint8_t*)src}, ToYcc{{y, cb, cr}}, width);
 }
-template <bool kPast> void planesToYcck(const uint8_t* cyan, const uint8_t* magenta, const uint8_t* yellow,
-                                        const uint8_t* black, uint8_t* y, uint8_t* cb, uint8_t* cr, uint8_t* k,
-                                        int width)
+template <class Store> void planesToYcck(const uint8_t* cyan, const uint8_t* magenta, const uint8_t* yellow,
+                                         const uint8_t* black, uint8_t* y, uint8_t* cb, uint8_t* cr, uint8_t* k,
+                                         int width)
 {
-    rowFromRgb<false, kPast>(Planes4<const uint8_t>{cyan, magenta, yellow, black}, ToYcck{{{y, cb, cr}}, k}, width);
+    rowFromRgb<false, Store>(Planes4<const uint8_t>{cyan, magenta, yellow, black}, ToYcck{{{y, cb, cr}}, k}, width);
 }
-template <bool kPast> void pixelsToYcck(const uint8_t* src, uint8_t* y, uint8_t* cb, uint8_t* cr, uint8_t* k, int width)
+template <class Store>
+void pixelsToYcck(const uint8_t* src, uint8_t* y, uint8_t* cb, uint8_t* cr, uint8_t* k, int width)
 {
-    rowFromRgb<false, kPast>(Cmyk32<From>{src}, ToYcck{{{y, cb, cr}}, k}, width);
+    rowFromRgb<false, Store>(Cmyk32<From>{src}, ToYcck{{{y, cb, cr}}, k}, width);
 }
-template <bool kPast> void planesToY(const uint8_t* r, const uint8_t* g, const uint8_t* b, uint8_t* y, int width)
+template <class Store> void planesToY(const uint8_t* r, const uint8_t* g, const uint8_t* b, uint8_t* y, int width)
 {
-    rowFromRgb<false, kPast>(Planes3<const uint8_t>{r, g, b}, ToY{y}, width);
+    rowFromRgb<false, Store>(Planes3<const uint8_t>{r, g, b}, ToY{y}, width);
 }
-template <class Pixels, bool kPast> void pixelsToY(const uint8_t* src, uint8_t* y, int width)
+template <class Pixels, class Store> void pixelsToY(const uint8_t* src, uint8_t* y, int width)
 {
-    rowFromRgb<false, kPast>(Pixels{src}, ToY{y}, width);
+    rowFromRgb<false, Store>(Pixels{src}, ToY{y}, width);
 }
 
-template <bool kPast> constexpr ColourKernels makeTable(const ColourKernels* past)
-{
-    return {
-        .yccToRgb = yccToPixels<Rgb24<To>, kPast>,
-        .yccToBgr = yccToPixels<Bgr24<To>, kPast>,
-        .yccToRgbPlanes = yccToPlanes<kPast>,
-        .yccToRgb555 = yccToPacked<Rgb555<To>, kPast>,
-        .yccToBgr555 = yccToPacked<Bgr555<To>, kPast>,
-        .yccToRgb565 = yccToPacked<Rgb565<To>, kPast>,
-        .yccToBgr565 = yccToPacked<Bgr565<To>, kPast>,
-        .ycckToCmykPlanes = ycckToPlanes<kPast>,
-        .ycckToCmyk = ycckToPixels<kPast>,
-        .rgbPlanesToYcc = planesToYcc<kPast>,
-        .rgbToYcc = pixelsToYcc<Rgb24<From>, kPast>,
-        .bgrToYcc = pixelsToYcc<Bgr24<From>, kPast>,
-        .rgb555ToYcc = packedToYcc<Rgb555<From>, kPast>,
-        .bgr555ToYcc = packedToYcc<Bgr555<From>, kPast>,
-        .rgb565ToYcc = packedToYcc<Rgb565<From>, kPast>,
-        .bgr565ToYcc = packedToYcc<Bgr565<From>, kPast>,
-        .cmykPlanesToYcck = planesToYcck<kPast>,
-        .cmykToYcck = pixelsToYcck<kPast>,
-        .rgbPlanesToY = planesToY<kPast>,
-        .rgbToY = pixelsToY<Rgb24<From>, kPast>,
-        .bgrToY = pixelsToY<Bgr24<From>, kPast>,
-        .past = past,
-    };
-}
-constexpr ColourKernels kTablePastCaches = makeTable<true>(nullptr);
+constexpr ColourKernels kKernels = {
+    .yccToRgb = {yccToPixels<Rgb24<To>, Cached>, yccToPixels<Rgb24<To>, Streamed>},
+    .yccToBgr = {yccToPixels<Bgr24<To>, Cached>, yccToPixels<Bgr24<To>, Streamed>},
+    .yccToRgbPlanes = {yccToPlanes<Cached>, yccToPlanes<Streamed>},
+    .yccToRgb555 = {yccToPacked<Rgb555<To>, Cached>, yccToPacked<Rgb555<To>, Streamed>},
+    .yccToBgr555 = {yccToPacked<Bgr555<To>, Cached>, yccToPacked<Bgr555<To>, Streamed>},
+    .yccToRgb565 = {yccToPacked<Rgb565<To>, Cached>, yccToPacked<Rgb565<To>, Streamed>},
+    .yccToBgr565 = {yccToPacked<Bgr565<To>, Cached>, yccToPacked<Bgr565<To>, Streamed>},
+    .ycckToCmykPlanes = {ycckToPlanes<Cached>, ycckToPlanes<Streamed>},
+    .ycckToCmyk = {ycckToPixels<Cached>, ycckToPixels<Streamed>},
+    .rgbPlanesToYcc = {planesToYcc<Cached>, planesToYcc<Streamed>},
+    .rgbToYcc = {pixelsToYcc<Rgb24<From>, Cached>, pixelsToYcc<Rgb24<From>, Streamed>},
+    .bgrToYcc = {pixelsToYcc<Bgr24<From>, Cached>, pixelsToYcc<Bgr24<From>, Streamed>},
+    .rgb555ToYcc = {packedToYcc<Rgb555<From>, Cached>, packedToYcc<Rgb555<From>, Streamed>},
+    .bgr555ToYcc = {packedToYcc<Bgr555<From>, Cached>, packedToYcc<Bgr555<From>, Streamed>},
+    .rgb565ToYcc = {packedToYcc<Rgb565<From>, Cached>, packedToYcc<Rgb565<From>, Streamed>},
+    .bgr565ToYcc = {packedToYcc<Bgr565<From>, Cached>, packedToYcc<Bgr565<From>, Streamed>},
+    .cmykPlanesToYcck = {planesToYcck<Cached>, planesToYcck<Streamed>},
+    .cmykToYcck = {pixelsToYcck<Cached>, pixelsToYcck<Streamed>},
+    .rgbPlanesToY = {planesToY<Cached>, planesToY<Streamed>},
+    .rgbToY = {pixelsToY<Rgb24<From>, Cached>, pixelsToY<Rgb24<From>, Streamed>},
+    .bgrToY = {pixelsToY<Bgr24<From>, Cached>, pixelsToY<Bgr24<From>, Streamed>},
+};
 
 }
 }
 
-const ColourKernels ColourKernels::QEL_BUILD = qel::QEL_BUILD::makeTable<false>(&qel::QEL_BUILD::kTablePastCaches);
+const ColourKernels ColourKernels::QEL_BUILD = QEL_BUILD::kKernels;
 
 }

@@ -1,5 +1,5 @@
 // The weighted sums that make Y, Cb and Cr from pixels: of one by tables, and with 15 fraction bits of any number,
-// weigh<Fixed15::kY>(coloursAt<V>(pixels, i)).
+// weigh<Fixed15::kY>(coloursAt(lanes, pixels, i)).
 #pragma once
 
 #include "jpeg/colour_tables.h"
@@ -18,21 +18,16 @@ template <int kBits, int N, class V> QEL_INLINE V shiftByProduct(V v)
 
 QEL_INLINE uint8_t clampToByte(int v) { return clampTo<uint8_t>(v, 0, 255); }
 
-QEL_INLINE uint8_t sumOfTerms(uint8_t r, uint8_t g, uint8_t b, ColourTerm red, ColourTerm green, ColourTerm blue)
+// Y, or Y, Cb and Cr, of one pixel by tables.
+QEL_INLINE uint8_t sumOfTerms(Triple<uint8_t> rgb, ColourTerm red, ColourTerm green, ColourTerm blue)
 {
-    return uint8_t((cc_table[red + r] + cc_table[green + g] + cc_table[blue + b]) >> 16);
+    return uint8_t((cc_table[red + rgb.a] + cc_table[green + rgb.b] + cc_table[blue + rgb.c]) >> 16);
 }
-QEL_INLINE uint8_t lumaByTables(uint8_t r, uint8_t g, uint8_t b)
+QEL_INLINE uint8_t lumaByTables(Triple<uint8_t> rgb) { return sumOfTerms(rgb, kRedToY, kGreenToY, kBlueToY); }
+QEL_INLINE Triple<uint8_t> yccByTables(Triple<uint8_t> rgb)
 {
-    return sumOfTerms(r, g, b, kRedToY, kGreenToY, kBlueToY);
-}
-QEL_INLINE uint8_t blueByTables(uint8_t r, uint8_t g, uint8_t b)
-{
-    return sumOfTerms(r, g, b, kRedToCb, kGreenToCb, kBlueToCb);
-}
-QEL_INLINE uint8_t redByTables(uint8_t r, uint8_t g, uint8_t b)
-{
-    return sumOfTerms(r, g, b, kRedToCr, kGreenToCr, kBlueToCr);
+    return {lumaByTables(rgb), sumOfTerms(rgb, kRedToCb, kGreenToCb, kBlueToCb),
+            sumOfTerms(rgb, kRedToCr, kGreenToCr, kBlueToCr)};
 }
 
 // The factors of one sum, the rounding term, and the offset of the result.
@@ -52,95 +47,91 @@ struct Fixed14 {
 };
 
 // Pixels as the sums want them: one by its colours, or a register full, half by half. Pairs are (red, green) and
-// (blue, 1), with red and blue exchanged in Pairs<V, true>. Packed pixels come in 16-bit lanes, times 16.
-struct Single {
-    uint8_t r, g, b;
-};
-template <class V, bool kIsBgr> struct Pairs {
-    typename V::Type firstTwo[2], thirdOne[2];
-};
+// (blue, 1), with red and blue exchanged if kIsBgr. Packed pixels come in 16-bit lanes, times 16.
+using Pixel = Triple<uint8_t>;
+template <class V, bool kIsBgr> struct Pairs : ThreeAsPairs<V> {};
 template <int N> struct Differences {
     S16<N> green[2], greenLessRed[2], blueLessGreen[2];
 };
-
 // Inks as the RGB that they leave, beside the black one.
-template <class Colours, class S> struct Inks {
+template <class Colours, class V> struct Inks {
     Colours rgb;
-    S black;
+    V black;
 };
 
-template <class Pixels> [[maybe_unused]] constexpr bool kIsRgb24 = false;
-template <class Pixels> [[maybe_unused]] constexpr bool kIsBgr24 = false;
-template <class T> [[maybe_unused]] constexpr bool kIsRgb24<Rgb24<T>> = true;
-template <class T> [[maybe_unused]] constexpr bool kIsBgr24<Bgr24<T>> = true;
-template <class Pixels> [[maybe_unused]] constexpr bool kIsPacked = false;
-template <int kGreenBits, class T> [[maybe_unused]] constexpr bool kIsPacked<Rgb16<kGreenBits, T>> = true;
-template <int kGreenBits, class T> [[maybe_unused]] constexpr bool kIsPacked<Bgr16<kGreenBits, T>> = true;
-
-template <class V, class Pixels> QEL_INLINE auto differencesAt(Pixels pixels, ptrdiff_t i)
+template <class V> QEL_INLINE Pairs<V, false> pairsOfColours(Triple<V> rgb)
 {
-    constexpr int N = sizeof(typename V::Type);
-    U16<N> r[2], g[2], b[2];
-    pixels.template getWords<V>(i, r, g, b);
-    auto half = [](U16<N> v) { return (S16<N>)v; };
-    return Differences<N>{
-        {half(g[0]), half(g[1])}, {half(g[0] - r[0]), half(g[1] - r[1])}, {half(b[0] - g[0]), half(b[1] - g[1])}};
+    using Ops = Simd<sizeof(V)>;
+    auto [r, g, b] = rgb;
+    V one = V{} + 1;
+    return {{{Ops::zipLow(r, g), Ops::zipHigh(r, g)}, {Ops::zipLow(b, one), Ops::zipHigh(b, one)}}};
 }
 
-template <class V, class S> QEL_INLINE Pairs<V, false> pairsOfColours(S r, S g, S b)
+template <class V> QEL_INLINE Triple<V> inverted(Triple<V> v) { return {V(~v.a), V(~v.b), V(~v.c)}; }
+
+// The colours of the pixels from i on, by their format: one pixel, or in registers.
+QEL_INLINE Pixel coloursAt(Single auto lanes, auto pixels, ptrdiff_t i) { return pixels.get(lanes, i); }
+template <class Inkwell> QEL_INLINE auto inksAt(Single auto lanes, Inkwell pixels, ptrdiff_t i)
 {
-    using Ops = Simd<sizeof r>;
-    S one = S{} + 1;
-    return {{Ops::zipLow(r, g), Ops::zipHigh(r, g)}, {Ops::zipLow(b, one), Ops::zipHigh(b, one)}};
+    auto [c, m, y, k] = pixels.get(lanes, i);
+    return Inks<Pixel, uint8_t>{inverted(Pixel{c, m, y}), k};
+}
+template <class T> QEL_INLINE auto coloursAt(Single auto lanes, Planes4<T> pixels, ptrdiff_t i)
+{
+    return inksAt(lanes, pixels, i);
+}
+template <class T> QEL_INLINE auto coloursAt(Single auto lanes, Cmyk32<T> pixels, ptrdiff_t i)
+{
+    return inksAt(lanes, pixels, i);
 }
 
-template <class V, class Pixels> QEL_INLINE auto coloursAt(Pixels pixels, ptrdiff_t i)
+template <class T> QEL_INLINE auto coloursAt(Several auto lanes, Planes3<T> pixels, ptrdiff_t i)
 {
-    typename V::Type r, g, b;
-    if constexpr (V::kCount == 1) {
-        pixels.template get<V>(i, r, g, b);
-        return Single{r, g, b};
-    } else if constexpr (kIsPacked<Pixels>) {
-        return differencesAt<V>(pixels, i);
-    } else if constexpr (kIsRgb24<Pixels> || kIsBgr24<Pixels>) {
-        Pairs<V, kIsBgr24<Pixels>> pairs;
-        V::loadPairs3(pixels.row + 3 * i, pairs.firstTwo, pairs.thirdOne);
-        return pairs;
-    } else {
-        pixels.template get<V>(i, r, g, b);
-        return pairsOfColours<V>(r, g, b);
-    }
+    return pairsOfColours(pixels.get(lanes, i));
 }
-template <class V, class T> QEL_INLINE auto coloursAt(Planes4<T> inks, ptrdiff_t i)
+template <class T> QEL_INLINE auto coloursAt(Several auto lanes, Rgb24<T> pixels, ptrdiff_t i)
 {
-    using S = typename V::Type;
-    S c, m, y, k;
-    inks.template get<V>(i, c, m, y, k);
-    if constexpr (V::kCount == 1)
-        return Inks<Single, S>{{S(~c), S(~m), S(~y)}, k};
-    else
-        return Inks<Pairs<V, false>, S>{pairsOfColours<V>(~c, ~m, ~y), k};
+    auto pairs = lanes.loadPairs3(pixels.row + 3 * i);
+    return Pairs<typename decltype(lanes)::Bytes, false>{pairs};
 }
-template <class V, class Row> QEL_INLINE auto coloursAt(Cmyk32<Row> inks, ptrdiff_t i)
+template <class T> QEL_INLINE auto coloursAt(Several auto lanes, Bgr24<T> pixels, ptrdiff_t i)
 {
-    using S = typename V::Type;
-    if constexpr (V::kCount == 1) {
-        S c, m, y, k;
-        inks.template get<V>(i, c, m, y, k);
-        return Inks<Single, S>{{S(~c), S(~m), S(~y)}, k};
-    } else {
-        constexpr int N = sizeof(S);
-        Inks<Pairs<V, false>, S> pairs;
-        auto& [firstTwo, thirdOne] = pairs.rgb;
-        V::loadPairs4(inks.row + 4 * i, firstTwo, thirdOne, pairs.black);
-        for (int k = 0; k < 2; ++k) firstTwo[k] = ~firstTwo[k], thirdOne[k] ^= (S)pairsOf<N>(255, 0);
-        return pairs;
-    }
+    auto pairs = lanes.loadPairs3(pixels.row + 3 * i);
+    return Pairs<typename decltype(lanes)::Bytes, true>{pairs};
+}
+template <Several L, class Packed> QEL_INLINE auto differencesAt(L lanes, Packed pixels, ptrdiff_t i)
+{
+    using V = S16<L::kBytes>;
+    auto [p, q] = pixels.getWords(lanes, i);
+    return Differences<L::kBytes>{{(V)p.b, (V)q.b}, {(V)(p.b - p.a), (V)(q.b - q.a)}, {(V)(p.c - p.b), (V)(q.c - q.b)}};
+}
+template <int kGreenBits, class T>
+QEL_INLINE auto coloursAt(Several auto lanes, Rgb16<kGreenBits, T> pixels, ptrdiff_t i)
+{
+    return differencesAt(lanes, pixels, i);
+}
+template <int kGreenBits, class T>
+QEL_INLINE auto coloursAt(Several auto lanes, Bgr16<kGreenBits, T> pixels, ptrdiff_t i)
+{
+    return differencesAt(lanes, pixels, i);
+}
+template <class T> QEL_INLINE auto coloursAt(Several auto lanes, Planes4<T> pixels, ptrdiff_t i)
+{
+    auto [c, m, y, k] = pixels.get(lanes, i);
+    auto pairs = pairsOfColours(inverted(Triple{c, m, y}));
+    return Inks<decltype(pairs), decltype(k)>{pairs, k};
+}
+template <class T> QEL_INLINE auto coloursAt(Several auto lanes, Cmyk32<T> pixels, ptrdiff_t i)
+{
+    using V = typename decltype(lanes)::Bytes;
+    auto [pairs, black] = lanes.loadPairs4(pixels.row + 4 * i);
+    for (int k = 0; k < 2; ++k) pairs.ab[k] = ~pairs.ab[k], pairs.c1[k] ^= (V)pairsOf<sizeof(V)>(255, 0);
+    return Inks<Pairs<V, false>, V>{{pairs}, black};
 }
 
-template <Weights kWeights> QEL_INLINE uint8_t weigh(Single p)
+template <Weights kWeights> QEL_INLINE uint8_t weigh(Pixel p)
 {
-    int sum = kWeights.red * p.r + kWeights.green * p.g + kWeights.blue * p.b + kWeights.rounding;
+    int sum = kWeights.red * p.a + kWeights.green * p.b + kWeights.blue * p.c + kWeights.rounding;
     return clampToByte((sum >> 15) + kWeights.offset);
 }
 
@@ -163,12 +154,10 @@ QEL_INLINE S16<N> weighHalf(U8<N> firstTwo, U8<N> thirdOne)
     return (S16<N>)((U16<N>)upper >> 7);
 }
 
-template <Weights w, class V, bool kIsBgr> QEL_INLINE typename V::Type weigh(Pairs<V, kIsBgr> p)
+template <Weights w, class V, bool kIsBgr> QEL_INLINE V weigh(Pairs<V, kIsBgr> p)
 {
-    constexpr int N = sizeof(typename V::Type), first = kIsBgr ? w.blue : w.red, third = kIsBgr ? w.red : w.blue;
-    auto half = [&](int k) {
-        return weighHalf<first, w.green, third, w.rounding, w.offset, N>(p.firstTwo[k], p.thirdOne[k]);
-    };
+    constexpr int N = sizeof(V), first = kIsBgr ? w.blue : w.red, third = kIsBgr ? w.red : w.blue;
+    auto half = [&](int k) { return weighHalf<first, w.green, third, w.rounding, w.offset, N>(p.ab[k], p.c1[k]); };
     return Simd<N>::packUnsigned(half(0), half(1));
 }
 

@@ -5,6 +5,7 @@
 #include <stdint.h>
 
 #include "core/exports.h"
+#include "core/kernel_tables.h"
 #include "qeljx/types.h"
 
 namespace qel {
@@ -21,8 +22,7 @@ struct DctKernels {
     void (*inverseClip)(const int16_t* src, uint8_t* dst, int dstStep, int16_t shift, uint8_t min, uint8_t max);
     void (*clip)(const int16_t* src, uint8_t* dst, int dstStep, int16_t shift, uint8_t min, uint8_t max);
 
-    static const DctKernels baseline, avx2, avx512;
-    static const DctKernels scalar, wide16, wide32, wide64;
+    QEL_BUILDS(DctKernels);
 };
 
 }

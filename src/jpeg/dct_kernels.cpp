@@ -2,7 +2,7 @@
 // wide as the machine has, each with the rows of one or two tables side by side.
 #include "jpeg/dct.h"
 
-#include "core/simd.h"
+#include "core/blocks.h"
 #include "jpeg/dct_columns.h"
 #include "jpeg/dct_tables.h"
 
@@ -275,12 +275,20 @@ void inverseClip(const int16_t* src, uint8_t* dst, int dstStep, int16_t shift, u
     clip(values, dst, dstStep, shift, min, max);
 }
 
+constexpr DctKernels kKernels = {
+    .forward = forward,
+    .forwardQuant = forwardQuant,
+    .forwardQuantSamples = forwardQuantSamples,
+    .inverse = inverse,
+    .inverseQuant = inverseQuant,
+    .inverseQuantSamples = inverseQuantSamples,
+    .inverseClip = inverseClip,
+    .clip = clip,
+};
+
 }
 }
 
-const DctKernels DctKernels::QEL_BUILD = {
-    qel::QEL_BUILD::forward,     qel::QEL_BUILD::forwardQuant, qel::QEL_BUILD::forwardQuantSamples,
-    qel::QEL_BUILD::inverse,     qel::QEL_BUILD::inverseQuant, qel::QEL_BUILD::inverseQuantSamples,
-    qel::QEL_BUILD::inverseClip, qel::QEL_BUILD::clip};
+const DctKernels DctKernels::QEL_BUILD = QEL_BUILD::kKernels;
 
 }

@@ -4,6 +4,7 @@
 #include <stdint.h>
 
 #include "core/exports.h"
+#include "core/kernel_tables.h"
 #include "jpeg/huffman_tables.h"
 #include "qeljx/jpeg_entropy.h"
 
@@ -33,8 +34,7 @@ struct HuffmanDecodeKernels {
     int (*longCodeDirect)(const uint8_t* src, int* pos, uint32_t* marker, uint32_t* bits, int* count, int length,
                           const QelDecodeHuffmanSpec* spec);
 
-    static const HuffmanDecodeKernels baseline, avx2, avx512;
-    static const HuffmanDecodeKernels scalar, wide16, wide32, wide64;
+    QEL_BUILDS(HuffmanDecodeKernels);
 };
 
 }

@@ -213,14 +213,21 @@ int longCodeDirect(const uint8_t* src, int* pos, uint32_t* marker, uint32_t* bit
     return DirectReader(src, pos, marker, bits, count).longCode(*spec, length);
 }
 
+constexpr HuffmanDecodeKernels kKernels = {
+    .decodeBlock = decodeBlock,
+    .decodeBlockDirect = decodeBlockDirect,
+    .decodeOne = decodeOne,
+    .fill = fill,
+    .symbol = symbol,
+    .longCode = longCode,
+    .fillDirect = fillDirect,
+    .symbolDirect = symbolDirect,
+    .longCodeDirect = longCodeDirect,
+};
+
 }
 }
 
-const HuffmanDecodeKernels HuffmanDecodeKernels::QEL_BUILD = {
-    qel::QEL_BUILD::decodeBlock,   qel::QEL_BUILD::decodeBlockDirect,
-    qel::QEL_BUILD::decodeOne,     qel::QEL_BUILD::fill,
-    qel::QEL_BUILD::symbol,        qel::QEL_BUILD::longCode,
-    qel::QEL_BUILD::fillDirect,    qel::QEL_BUILD::symbolDirect,
-    qel::QEL_BUILD::longCodeDirect};
+const HuffmanDecodeKernels HuffmanDecodeKernels::QEL_BUILD = QEL_BUILD::kKernels;
 
 }

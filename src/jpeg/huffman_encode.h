@@ -4,6 +4,7 @@
 #include <stdint.h>
 
 #include "core/exports.h"
+#include "core/kernel_tables.h"
 #include "jpeg/huffman_tables.h"
 #include "qeljx/jpeg_entropy.h"
 
@@ -27,8 +28,7 @@ struct HuffmanEncodeKernels {
     // 64 codes and values of 32 bits behind 7 pending ones, each byte stuffed, and a step of 16 bytes behind them.
     static constexpr int kRoomForAnyBlock = 2 * ((7 + 64 * 32) / 8) + 16;
 
-    static const HuffmanEncodeKernels baseline, avx2, avx512;
-    static const HuffmanEncodeKernels scalar, wide16, wide32, wide64;
+    QEL_BUILDS(HuffmanEncodeKernels);
 };
 
 }

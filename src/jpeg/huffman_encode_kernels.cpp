@@ -67,10 +67,15 @@ void countBlock(const int16_t* src, uint32_t* dcStatistics, uint32_t* acStatisti
     walkBlock(src, coefficients, counter);
 }
 
+constexpr HuffmanEncodeKernels kKernels = {
+    .encodeBlock = encodeBlock,
+    .encodeBlockDirect = encodeBlockDirect,
+    .countBlock = countBlock,
+};
+
 }
 }
 
-const HuffmanEncodeKernels HuffmanEncodeKernels::QEL_BUILD = {
-    qel::QEL_BUILD::encodeBlock, qel::QEL_BUILD::encodeBlockDirect, qel::QEL_BUILD::countBlock};
+const HuffmanEncodeKernels HuffmanEncodeKernels::QEL_BUILD = QEL_BUILD::kKernels;
 
 }

@@ -4,6 +4,7 @@
 #include <stdint.h>
 
 #include "core/exports.h"
+#include "core/kernel_tables.h"
 
 namespace qel {
 
@@ -29,8 +30,7 @@ struct McuKernels {
     BySampling<BytesToBlocks> fromCmyk, fromYcc;
     BytesToBlocks* fromPairs422;
 
-    static const McuKernels baseline, avx2, avx512;
-    static const McuKernels scalar, wide16, wide32, wide64;
+    QEL_BUILDS(McuKernels);
 };
 
 }

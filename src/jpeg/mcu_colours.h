@@ -41,7 +41,8 @@ struct RgbStep {
     }
     static QEL_INLINE Three encode(uint8_t r, uint8_t g, uint8_t b)
     {
-        return {lumaByTables(r, g, b) - 128, blueByTables(r, g, b) - 128, redByTables(r, g, b) - 128};
+        auto [y, cb, cr] = yccByTables({r, g, b});
+        return {y - 128, cb - 128, cr - 128};
     }
 
     // Factors beyond 16 bits are 65536 and a rest: (65536 * c) >> 16 is c itself. The rests' terms are at most 25297:

@@ -19,7 +19,7 @@ template <int kHorizontal, int kVertical> struct Sampling {
     // In registers: the pixels of row y and of the rows kV, 2 kV, ... below it, so that their chroma is a register in
     // order. In 444 the upper halves of the blocks are the rows behind these.
     static constexpr int kChromaRows = kH == 1 ? 2 * kBlocks : kBlocks;
-    using V = Tile<kH == 2>;
+    using TileLanes = Tile<kH == 2>;
 
     template <class T> static QEL_INLINE TileRows<T> rows(T* tile, int step, int y)
     {
@@ -50,22 +50,25 @@ template <int kHorizontal, int kVertical> struct Sampling {
     }
 };
 
-template <class Colour, class V, class Pixels, class S>
-QEL_INLINE void putPixels(Pixels pixels, ptrdiff_t i, S a, S b, S c, [[maybe_unused]] S k)
-{
-    if constexpr (Colour::kComponents == 4)
-        pixels.template put<V>(i, S(~a), S(~b), S(~c), k);
-    else
-        pixels.template put<V>(i, a, b, c);
-}
-template <class Colour, class V, class Pixels, class S>
-QEL_INLINE void getPixels(Pixels pixels, ptrdiff_t i, S& a, S& b, S& c, [[maybe_unused]] S& k)
+// Pixels of a format by the channels of a colour step, beside the K of those that have one.
+template <class Colour, class V>
+QEL_INLINE void putPixels(auto pixels, auto lanes, ptrdiff_t i, Triple<V> colours, [[maybe_unused]] V k)
 {
     if constexpr (Colour::kComponents == 4) {
-        pixels.template get<V>(i, a, b, c, k);
-        a = S(~a), b = S(~b), c = S(~c);
+        auto [c, m, y] = inverted(colours);
+        pixels.put(lanes, i, Quad<V>{c, m, y, k});
     } else {
-        pixels.template get<V>(i, a, b, c);
+        pixels.put(lanes, i, colours);
+    }
+}
+template <class Colour, class L> QEL_INLINE auto getPixels(auto pixels, L lanes, ptrdiff_t i)
+{
+    using V = typename L::Bytes;
+    if constexpr (Colour::kComponents == 4) {
+        auto [c, m, y, k] = pixels.get(lanes, i);
+        return Inks<Triple<V>, V>{inverted(Triple<V>{c, m, y}), k};
+    } else {
+        return Inks<Triple<V>, V>{pixels.get(lanes, i), {}};
     }
 }
 
@@ -87,7 +90,7 @@ QEL_INLINE void decodeSingly(const int16_t* const* src, uint8_t* dst, int dstSte
         auto byte = [&](int i) { return clampToByte(sums.at[i] + 128); };
         uint8_t k = Colour::kComponents == 4 ? uint8_t(sample(3, luma) + 128) : 0;
         Pixels<uint8_t*> row = {dst + (ptrdiff_t)y * dstStep};
-        putPixels<Colour, Lane>(row, x, byte(0), byte(1), byte(2), k);
+        putPixels<Colour>(row, Lanes<1>(), x, Triple{byte(0), byte(1), byte(2)}, k);
     });
 }
 
@@ -96,10 +99,9 @@ QEL_INLINE void encodeSingly(const uint8_t* src, int srcStep, int16_t* const* ds
 {
     int sums[2][64] = {};
     eachPixel<S>([&](int x, int y) {
-        uint8_t a, b, c, k;
         Pixels<const uint8_t*> row = {src + (ptrdiff_t)y * srcStep};
-        getPixels<Colour, Lane>(row, x, a, b, c, k);
-        auto samples = Colour::encode(a, b, c);
+        auto [colours, k] = getPixels<Colour>(row, Lanes<1>(), x);
+        auto samples = Colour::encode(colours.a, colours.b, colours.c);
         store(dst[0] + S::lumaAt(x, y), int16_t(samples.at[0]));
         if (Colour::kComponents == 4) store(dst[3] + S::lumaAt(x, y), int16_t(k - 128));
         for (int i = 0; i < 2; ++i) sums[i][S::chromaAt(x, y)] += samples.at[1 + i];
@@ -147,7 +149,7 @@ QEL_INLINE void decodeWide(const int16_t* const* src, uint8_t* dst, int dstStep)
                 k = Op::packUnsigned(word(0), word(1)) ^ 128;
             }
             Pixels<TileRows<uint8_t>> pixels = {S::rows(dst, dstStep, row)};
-            putPixels<Colour, typename S::V>(pixels, 0, bytes(0), bytes(1), bytes(2), k);
+            putPixels<Colour>(pixels, typename S::TileLanes(), 0, Triple{bytes(0), bytes(1), bytes(2)}, k);
         }
     }
 }
@@ -173,9 +175,9 @@ QEL_INLINE void encodeWide(const uint8_t* src, int srcStep, int16_t* const* dst)
         [[maybe_unused]] Wide sums[2] = {};
 #pragma GCC unroll 2
         for (int row = y; row < y + S::kV; ++row) {
-            U8<kWidth> a, b, c, k = {};
             Pixels<TileRows<const uint8_t>> pixels = {S::rows(src, srcStep, row)};
-            getPixels<Colour, typename S::V>(pixels, 0, a, b, c, k);
+            auto [colours, k] = getPixels<Colour>(pixels, typename S::TileLanes(), 0);
+            auto [a, b, c] = colours;
             auto first = Colour::encode(words<S>(a, 0), words<S>(b, 0), words<S>(c, 0));
             auto second = Colour::encode(words<S>(a, 1), words<S>(b, 1), words<S>(c, 1));
             storeWords<S>(dst[0], row, first.at[0], second.at[0]);
@@ -210,7 +212,7 @@ void decode(const int16_t* const* src, Pixel* dst, int dstStep)
 {
     // Rows that overlap are to come out as if written one after the other. Wide registers write them in another order,
     // except where each of their blocks is one row.
-    constexpr int kRow = 8 * S::kH * Pixels<uint8_t*>::kBytes;
+    constexpr int kRow = 8 * S::kH * Pixels<uint8_t*>::kElements;
     constexpr bool kMixesRows = QEL_WIDTH > 16 && S::kH == S::kV;
     if (kMixesRows && dstStep < kRow)
         return decodeApart<kRow, 8 * S::kV>(decode<S, Colour, Pixels, Pixel>, src, (uint8_t*)dst, dstStep);
@@ -261,6 +263,6 @@ constexpr McuKernels kKernels = {
 }
 }
 
-const McuKernels McuKernels::QEL_BUILD = qel::QEL_BUILD::kKernels;
+const McuKernels McuKernels::QEL_BUILD = QEL_BUILD::kKernels;
 
 }

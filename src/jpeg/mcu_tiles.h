@@ -2,6 +2,7 @@
 // of 16, or in tiles of 8 columns the halves of two rows.
 #pragma once
 
+#include "core/blocks.h"
 #include "jpeg/pixel_formats.h"
 
 namespace qel {
@@ -21,13 +22,13 @@ template <class T> struct TileRows {
     QEL_INLINE TileRows operator+(ptrdiff_t bytes) const { return {first + bytes, blockStep, upperStep}; }
 };
 
-// The samples V of a format: a register of each channel, of pixels in rows of 16 (kIsWide) or 8.
+// The lanes of a tile: a register of each channel, of pixels in rows of 16 (kIsWide) or 8.
 template <bool kIsWide> struct Tile {
-    using Type = U8<kWidth>;
-    static constexpr int kCount = kWidth;
+    using Bytes = U8<kWidth>;
+    static constexpr int kSamples = kWidth;
 
     // kParts registers, one after another in each block: 16 * kParts bytes of a wide row, or 8 * kParts of two rows.
-    template <int kParts> static QEL_INLINE void store(TileRows<uint8_t> rows, const Type (&parts)[kParts])
+    template <int kParts> static QEL_INLINE void store(TileRows<uint8_t> rows, const Bytes (&parts)[kParts])
     {
         U8<16> blocks[kParts][kBlocks];
 #pragma GCC unroll 4
@@ -46,7 +47,7 @@ template <bool kIsWide> struct Tile {
             }
         }
     }
-    template <int kParts> static QEL_INLINE void load(TileRows<const uint8_t> rows, Type (&parts)[kParts])
+    template <int kParts> static QEL_INLINE void load(TileRows<const uint8_t> rows, Bytes (&parts)[kParts])
     {
         U8<16> blocks[kParts][kBlocks];
 #pragma GCC unroll 4
@@ -65,81 +66,81 @@ template <bool kIsWide> struct Tile {
             }
         }
 #pragma GCC unroll 4
-        for (int k = 0; k < kParts; ++k) parts[k] = (Type)joinBlocks<kWidth>(blocks[k]);
+        for (int k = 0; k < kParts; ++k) parts[k] = (Bytes)joinBlocks<kWidth>(blocks[k]);
     }
 
-    static QEL_INLINE Type evenBytes(Type a, Type b) { return Op::packUnsigned((Wide)a & 0xFF, (Wide)b & 0xFF); }
-    static QEL_INLINE Type oddBytes(Type a, Type b)
+    static QEL_INLINE Bytes evenBytes(Bytes a, Bytes b) { return Op::packUnsigned((Wide)a & 0xFF, (Wide)b & 0xFF); }
+    static QEL_INLINE Bytes oddBytes(Bytes a, Bytes b)
     {
         return Op::packUnsigned((Wide)((U16<kWidth>)a >> 8), (Wide)((U16<kWidth>)b >> 8));
     }
 
-    static QEL_INLINE void store2(TileRows<uint8_t> rows, Type a, Type b)
+    static QEL_INLINE void store2(TileRows<uint8_t> rows, Pair<Bytes> v)
     {
-        store<2>(rows, {Op::zipLow(a, b), Op::zipHigh(a, b)});
+        store<2>(rows, {Op::zipLow(v.a, v.b), Op::zipHigh(v.a, v.b)});
     }
-    static QEL_INLINE void load2(TileRows<const uint8_t> rows, Type& a, Type& b)
+    static QEL_INLINE Pair<Bytes> load2(TileRows<const uint8_t> rows)
     {
-        Type parts[2];
+        Bytes parts[2];
         load(rows, parts);
-        a = evenBytes(parts[0], parts[1]);
-        b = oddBytes(parts[0], parts[1]);
+        return {evenBytes(parts[0], parts[1]), oddBytes(parts[0], parts[1])};
     }
-    static QEL_INLINE void store3(TileRows<uint8_t> rows, Type a, Type b, Type c)
+    static QEL_INLINE void store3(TileRows<uint8_t> rows, Triple<Bytes> v)
     {
-        Op::zip3(a, b, c);
-        store<3>(rows, {a, b, c});
+        Op::zip3(v.a, v.b, v.c);
+        store<3>(rows, {v.a, v.b, v.c});
     }
-    static QEL_INLINE void load3(TileRows<const uint8_t> rows, Type& a, Type& b, Type& c)
+    static QEL_INLINE Triple<Bytes> load3(TileRows<const uint8_t> rows)
     {
-        Type parts[3];
+        Bytes parts[3];
         load(rows, parts);
-        a = parts[0], b = parts[1], c = parts[2];
-        Op::unzip3(a, b, c);
+        Op::unzip3(parts[0], parts[1], parts[2]);
+        return {parts[0], parts[1], parts[2]};
     }
-    static QEL_INLINE void store4(TileRows<uint8_t> rows, Type a, Type b, Type c, Type d)
+    static QEL_INLINE void store4(TileRows<uint8_t> rows, Quad<Bytes> v)
     {
-        zip4<kWidth>(a, b, c, d);
-        store<4>(rows, {a, b, c, d});
+        zip4<kWidth>(v.a, v.b, v.c, v.d);
+        store<4>(rows, {v.a, v.b, v.c, v.d});
     }
-    static QEL_INLINE void load4(TileRows<const uint8_t> rows, Type& a, Type& b, Type& c, Type& d)
+    static QEL_INLINE Quad<Bytes> load4(TileRows<const uint8_t> rows)
     {
-        Type parts[4];
+        Bytes parts[4];
         load(rows, parts);
-        Type ac[2], bd[2];
+        Bytes ac[2], bd[2];
 #pragma GCC unroll 4
         for (int k = 0; k < 2; ++k) {
             ac[k] = evenBytes(parts[2 * k], parts[2 * k + 1]);
             bd[k] = oddBytes(parts[2 * k], parts[2 * k + 1]);
         }
-        a = evenBytes(ac[0], ac[1]), c = oddBytes(ac[0], ac[1]);
-        b = evenBytes(bd[0], bd[1]), d = oddBytes(bd[0], bd[1]);
+        return {evenBytes(ac[0], ac[1]), evenBytes(bd[0], bd[1]), oddBytes(ac[0], ac[1]), oddBytes(bd[0], bd[1])};
     }
 };
 
 // Y0, Cb, Y1, Cr for each pair of pixels.
 template <class Row> struct YccPairs {
-    static constexpr int kBytes = 2;
+    static constexpr int kElements = 2;
     Row row;
 
-    template <class V, class S> QEL_INLINE void get(ptrdiff_t i, S& y, S& cb, S& cr) const
+    QEL_INLINE auto get(Single auto, ptrdiff_t i) const
     {
-        if constexpr (V::kCount == 1) {
-            auto pair = row + 4 * (i / 2);
-            y = row[2 * i], cb = pair[1], cr = pair[3];
-        } else {
-            V::load2(row + 2 * i, y, cb);
-            auto words = (Wide)cb;
-            cb = (S)((words & 0xFF) | words << 8);
-            cr = (S)((words & -256) | (words >> 8 & 0xFF));
-        }
+        auto pair = row + 4 * (i / 2);
+        return Triple<uint8_t>{row[2 * i], pair[1], pair[3]};
     }
-    template <class V, class S> QEL_INLINE void put(ptrdiff_t i, S y, S cb, S cr) const
+    QEL_INLINE auto get(Several auto lanes, ptrdiff_t i) const
     {
-        if constexpr (V::kCount == 1)
-            V::store2(row + 2 * i, y, i % 2 == 0 ? cb : cr);
-        else
-            V::store2(row + 2 * i, y, (S)(((Wide)cb & 0xFF) | ((Wide)cr & -256)));
+        using V = typename decltype(lanes)::Bytes;
+        auto [y, chroma] = lanes.load2(row + 2 * i);
+        auto words = (Wide)chroma;
+        return Triple<V>{y, (V)((words & 0xFF) | words << 8), (V)((words & -256) | (words >> 8 & 0xFF))};
+    }
+    QEL_INLINE void put(Single auto lanes, ptrdiff_t i, auto ycc) const
+    {
+        lanes.store2(row + 2 * i, {ycc.a, i % 2 == 0 ? ycc.b : ycc.c});
+    }
+    QEL_INLINE void put(Several auto lanes, ptrdiff_t i, auto ycc) const
+    {
+        using V = typename decltype(lanes)::Bytes;
+        lanes.store2(row + 2 * i, {ycc.a, (V)(((Wide)ycc.b & 0xFF) | ((Wide)ycc.c & -256))});
     }
 };
 

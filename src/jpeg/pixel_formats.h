@@ -1,174 +1,90 @@
-// Pixel formats for kernels. A format is a row with get<V>(i, ...) and put<V>(i, ...) of the V::kCount pixels from i
-// on, channels as V::Type, and atAddresses(i, visit), which calls visit(p) for each address p where a part of pixel i
-// begins; interleaved ones know the kBytes of a pixel. Row is a pointer to bytes, or whatever else V loads from and
-// stores to.
+// Pixel formats of colours (core/channels.h), of 8 bits for each channel or packed into 16. Interleaved ones know the
+// bytes of a pixel.
 #pragma once
 
+#include "core/channels.h"
 #include "jpeg/samples.h"
 
 namespace qel {
 namespace QEL_BUILD {
 namespace {
 
-template <class Row> struct Rgb24 {
-    static constexpr int kBytes = 3;
-    Row row;
+// R, G, B, and C, M, Y, K.
+template <class Row> using Rgb24 = Pixels3<Row>;
+template <class Row> using Cmyk32 = Pixels4<Row>;
 
-    template <class Visit> QEL_INLINE void atAddresses(ptrdiff_t i, Visit visit) const { visit(row + 3 * i); }
-    template <class V, class S> QEL_INLINE void get(ptrdiff_t i, S& r, S& g, S& b) const
-    {
-        V::load3(row + 3 * i, r, g, b);
-    }
-    template <class V, class S> QEL_INLINE void put(ptrdiff_t i, S r, S g, S b) const
-    {
-        V::store3(row + 3 * i, r, g, b);
-    }
-};
+template <class V> QEL_INLINE Triple<V> reversed(Triple<V> v) { return {v.c, v.b, v.a}; }
+
 template <class Row> struct Bgr24 {
-    static constexpr int kBytes = 3;
+    static constexpr int kElements = 3;
     Row row;
 
     template <class Visit> QEL_INLINE void atAddresses(ptrdiff_t i, Visit visit) const { visit(row + 3 * i); }
-    template <class V, class S> QEL_INLINE void get(ptrdiff_t i, S& r, S& g, S& b) const
-    {
-        V::load3(row + 3 * i, b, g, r);
-    }
-    template <class V, class S> QEL_INLINE void put(ptrdiff_t i, S r, S g, S b) const
-    {
-        V::store3(row + 3 * i, b, g, r);
-    }
-};
-
-template <class T> struct Planes3 {
-    T *first, *second, *third;
-
-    template <class Visit> QEL_INLINE void atAddresses(ptrdiff_t i, Visit visit) const
-    {
-        visit(first + i), visit(second + i), visit(third + i);
-    }
-    template <class V, class S> QEL_INLINE void get(ptrdiff_t i, S& a, S& b, S& c) const
-    {
-        a = V::load(first + i), b = V::load(second + i), c = V::load(third + i);
-    }
-    template <class V, class S> QEL_INLINE void put(ptrdiff_t i, S a, S b, S c) const
-    {
-        V::store(first + i, a), V::store(second + i, b), V::store(third + i, c);
-    }
+    QEL_INLINE auto get(auto lanes, ptrdiff_t i) const { return reversed(lanes.load3(row + 3 * i)); }
+    QEL_INLINE void put(auto lanes, ptrdiff_t i, auto rgb) const { lanes.store3(row + 3 * i, reversed(rgb)); }
 };
 
 // Pixels of 16 bits, little-endian: one colour in bits 0 to 4, green in the middle, one in the upper bits. Channels are
-// cut to their upper bits, and read with zeros below.
-template <int kGreenBits, class S> QEL_INLINE void unpack16(S lower, S upper, S& low, S& green, S& high)
+// cut to their upper bits, and read with zeros below. As pairs of bytes (lower, upper):
+template <int kGreenBits, class V> QEL_INLINE Triple<V> unpack16(Pair<V> bytes)
 {
-    low = S(lower << 3);
-    if (kGreenBits == 5) {
-        green = S((lower >> 2 & 0x38) | upper << 6);
-        high = S(upper << 1 & 0xF8);
-    } else {
-        green = S((lower >> 3 & 0x1C) | upper << 5);
-        high = S(upper & 0xF8);
-    }
+    auto [lower, upper] = bytes;
+    if constexpr (kGreenBits == 5)
+        return {V(lower << 3), V((lower >> 2 & 0x38) | upper << 6), V(upper << 1 & 0xF8)};
+    else
+        return {V(lower << 3), V((lower >> 3 & 0x1C) | upper << 5), V(upper & 0xF8)};
 }
-template <int kGreenBits, class S> QEL_INLINE void pack16(S low, S green, S high, S& lower, S& upper)
+template <int kGreenBits, class V> QEL_INLINE Pair<V> pack16(Triple<V> colours)
 {
-    if (kGreenBits == 5) {
-        lower = S(low >> 3 | (green << 2 & 0xE0));
-        upper = S(green >> 6 | (high >> 1 & 0x7C));
-    } else {
-        lower = S(low >> 3 | (green << 3 & 0xE0));
-        upper = S(green >> 5 | (high & 0xF8));
-    }
+    auto [low, green, high] = colours;
+    if constexpr (kGreenBits == 5)
+        return {V(low >> 3 | (green << 2 & 0xE0)), V(green >> 6 | (high >> 1 & 0x7C))};
+    else
+        return {V(low >> 3 | (green << 3 & 0xE0)), V(green >> 5 | (high & 0xF8))};
 }
 
 // From whole words, each channel times 16.
-template <int kGreenBits, class Words> QEL_INLINE void unpackWords(Words w, Words& low, Words& green, Words& high)
+template <int kGreenBits, class Words> QEL_INLINE Triple<Words> unpackWords(Words w)
 {
-    low = w << 7 & 0xF80;
-    green = kGreenBits == 5 ? w << 2 & 0xF80 : w << 1 & 0xFC0;
-    high = w >> (kGreenBits - 2) & 0xF80;
+    return {w << 7 & 0xF80, kGreenBits == 5 ? w << 2 & 0xF80 : w << 1 & 0xFC0, w >> (kGreenBits - 2) & 0xF80};
 }
 
 // Red in the lowest bits.
 template <int kGreenBits, class Row> struct Rgb16 {
-    static constexpr int kBytes = 2;
+    static constexpr int kElements = 2;
     Row row;
 
     template <class Visit> QEL_INLINE void atAddresses(ptrdiff_t i, Visit visit) const { visit(row + 2 * i); }
-    template <class V, class S> QEL_INLINE void get(ptrdiff_t i, S& r, S& g, S& b) const
+    QEL_INLINE auto get(auto lanes, ptrdiff_t i) const { return unpack16<kGreenBits>(lanes.load2(row + 2 * i)); }
+    QEL_INLINE void put(auto lanes, ptrdiff_t i, auto rgb) const { lanes.store2(row + 2 * i, pack16<kGreenBits>(rgb)); }
+    // Words by turns of 16 bytes, so that a pack of both halves is in order.
+    QEL_INLINE auto getWords(auto lanes, ptrdiff_t i) const
     {
-        S lower, upper;
-        V::load2(row + 2 * i, lower, upper);
-        unpack16<kGreenBits>(lower, upper, r, g, b);
-    }
-    template <class V, class S> QEL_INLINE void getWords(ptrdiff_t i, S* r, S* g, S* b) const
-    {
-        S words[2];
-        V::loadWords(row + 2 * i, words);
-        for (int k = 0; k < 2; ++k) unpackWords<kGreenBits>(words[k], r[k], g[k], b[k]);
-    }
-    template <class V, class S> QEL_INLINE void put(ptrdiff_t i, S r, S g, S b) const
-    {
-        S lower, upper;
-        pack16<kGreenBits>(r, g, b, lower, upper);
-        V::store2(row + 2 * i, lower, upper);
+        auto [first, second] = lanes.loadWords(row + 2 * i);
+        return Pair{unpackWords<kGreenBits>(first), unpackWords<kGreenBits>(second)};
     }
 };
 // Blue in the lowest bits.
 template <int kGreenBits, class Row> struct Bgr16 {
-    static constexpr int kBytes = 2;
+    static constexpr int kElements = 2;
     Row row;
 
     template <class Visit> QEL_INLINE void atAddresses(ptrdiff_t i, Visit visit) const { visit(row + 2 * i); }
-    template <class V, class S> QEL_INLINE void get(ptrdiff_t i, S& r, S& g, S& b) const
+    QEL_INLINE auto get(auto lanes, ptrdiff_t i) const { return reversed(opposite().get(lanes, i)); }
+    QEL_INLINE void put(auto lanes, ptrdiff_t i, auto rgb) const { opposite().put(lanes, i, reversed(rgb)); }
+    QEL_INLINE auto getWords(auto lanes, ptrdiff_t i) const
     {
-        Rgb16<kGreenBits, Row>{row}.template get<V>(i, b, g, r);
+        auto [first, second] = opposite().getWords(lanes, i);
+        return Pair{reversed(first), reversed(second)};
     }
-    template <class V, class S> QEL_INLINE void getWords(ptrdiff_t i, S* r, S* g, S* b) const
-    {
-        Rgb16<kGreenBits, Row>{row}.template getWords<V>(i, b, g, r);
-    }
-    template <class V, class S> QEL_INLINE void put(ptrdiff_t i, S r, S g, S b) const
-    {
-        Rgb16<kGreenBits, Row>{row}.template put<V>(i, b, g, r);
-    }
+
+private:
+    QEL_INLINE Rgb16<kGreenBits, Row> opposite() const { return {row}; }
 };
 template <class Row> using Rgb555 = Rgb16<5, Row>;
 template <class Row> using Bgr555 = Bgr16<5, Row>;
 template <class Row> using Rgb565 = Rgb16<6, Row>;
 template <class Row> using Bgr565 = Bgr16<6, Row>;
-
-template <class T> struct Planes4 {
-    T *first, *second, *third, *fourth;
-
-    template <class Visit> QEL_INLINE void atAddresses(ptrdiff_t i, Visit visit) const
-    {
-        visit(first + i), visit(second + i), visit(third + i), visit(fourth + i);
-    }
-    template <class V, class S> QEL_INLINE void get(ptrdiff_t i, S& a, S& b, S& c, S& d) const
-    {
-        a = V::load(first + i), b = V::load(second + i), c = V::load(third + i), d = V::load(fourth + i);
-    }
-    template <class V, class S> QEL_INLINE void put(ptrdiff_t i, S a, S b, S c, S d) const
-    {
-        V::store(first + i, a), V::store(second + i, b), V::store(third + i, c), V::store(fourth + i, d);
-    }
-};
-
-// Interleaved C, M, Y, K.
-template <class Row> struct Cmyk32 {
-    static constexpr int kBytes = 4;
-    Row row;
-
-    template <class Visit> QEL_INLINE void atAddresses(ptrdiff_t i, Visit visit) const { visit(row + 4 * i); }
-    template <class V, class S> QEL_INLINE void get(ptrdiff_t i, S& c, S& m, S& y, S& k) const
-    {
-        V::load4(row + 4 * i, c, m, y, k);
-    }
-    template <class V, class S> QEL_INLINE void put(ptrdiff_t i, S c, S m, S y, S k) const
-    {
-        V::store4(row + 4 * i, c, m, y, k);
-    }
-};
 
 }
 }

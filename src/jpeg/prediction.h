@@ -1,9 +1,9 @@
-// Lossless prediction: the table of its row kernels, and their exported doors.
+// Lossless prediction: the table of its row kernels.
 #pragma once
 
 #include <stdint.h>
 
-#include "core/exports.h"
+#include "core/kernel_tables.h"
 
 namespace qel {
 
@@ -14,23 +14,7 @@ struct PredictionKernels {
     PredictionRow* diff[7];
     PredictionRow* reconstruct[7];
 
-    static const PredictionKernels baseline, avx2, avx512;
-    static const PredictionKernels scalar, wide16, wide32, wide64;
+    QEL_BUILDS(PredictionKernels);
 };
 
 }
-
-QEL_KERNEL qel::PredictionRow ownqj_DiffRow_PRED1_JPEG_16s_C1;
-QEL_KERNEL qel::PredictionRow ownqj_DiffRow_PRED2_JPEG_16s_C1;
-QEL_KERNEL qel::PredictionRow ownqj_DiffRow_PRED3_JPEG_16s_C1;
-QEL_KERNEL qel::PredictionRow ownqj_DiffRow_PRED4_JPEG_16s_C1;
-QEL_KERNEL qel::PredictionRow ownqj_DiffRow_PRED5_JPEG_16s_C1;
-QEL_KERNEL qel::PredictionRow ownqj_DiffRow_PRED6_JPEG_16s_C1;
-QEL_KERNEL qel::PredictionRow ownqj_DiffRow_PRED7_JPEG_16s_C1;
-QEL_KERNEL qel::PredictionRow ownqj_ReconstructRow_PRED1_JPEG_16s_C1;
-QEL_KERNEL qel::PredictionRow ownqj_ReconstructRow_PRED2_JPEG_16s_C1;
-QEL_KERNEL qel::PredictionRow ownqj_ReconstructRow_PRED3_JPEG_16s_C1;
-QEL_KERNEL qel::PredictionRow ownqj_ReconstructRow_PRED4_JPEG_16s_C1;
-QEL_KERNEL qel::PredictionRow ownqj_ReconstructRow_PRED5_JPEG_16s_C1;
-QEL_KERNEL qel::PredictionRow ownqj_ReconstructRow_PRED6_JPEG_16s_C1;
-QEL_KERNEL qel::PredictionRow ownqj_ReconstructRow_PRED7_JPEG_16s_C1;

@@ -2,8 +2,7 @@
 // predictors 1, 4 and 5, without any dependence by 2 and 3, and one after the other by 6 and 7.
 #include "jpeg/prediction.h"
 
-#include "core/simd.h"
-#include "core/steps.h"
+#include "core/walk.h"
 
 namespace qel {
 namespace QEL_BUILD {
@@ -69,16 +68,11 @@ template <int kPredictor> QEL_INLINE bool overlapsPrevious(const int16_t* prev, 
     return kPredictor != 1 && overlap(prev, dst, width);
 }
 
-template <int kPredictor> QEL_INLINE void diffStep(Bytes<1>, const int16_t* src, const int16_t* prev, int16_t* dst)
-{
-    store(dst, int16_t(at(src) - predictAt<kPredictor, int16_t>(src, prev)));
-}
 template <int kPredictor, int N>
-QEL_INLINE void diffStep(Bytes<N>, const int16_t* src, const int16_t* prev, int16_t* dst)
+QEL_INLINE void diffStep(Lanes<N> lanes, const int16_t* src, const int16_t* prev, int16_t* dst)
 {
-#pragma GCC unroll 2
-    for (int i = 0; i < N; i += N / 2)
-        store(dst + i, load<S16<N>>(src + i) - predictAt<kPredictor, S16<N>>(src + i, prev + i));
+    using V = typename Lanes<N>::template Of<int16_t>;
+    lanes.store(dst, V(lanes.load(src) - predictAt<kPredictor, V>(src, prev)));
 }
 
 // Predictors 4, 5 and 6 in wide registers: what the neighbours to the left give comes from the registers before, as
@@ -93,9 +87,9 @@ template <int kPredictor, int N>
 QEL_INLINE void diffLong(const int16_t* src, const int16_t* prev, int16_t* dst, ptrdiff_t width)
 {
     using V = S16<N>;
-    auto step = [=](ptrdiff_t i) { diffStep<kPredictor>(Bytes<N>(), src + i, prev + i, dst + i); };
+    auto step = [=](ptrdiff_t i) { diffStep<kPredictor>(Lanes<N>(), src + i, prev + i, dst + i); };
     step(1);
-    ptrdiff_t i = 1 + N - ((1 + (ptrdiff_t)((uintptr_t)dst / 2)) & (N / 2 - 1)), last = width - N;
+    ptrdiff_t i = 1 + N / 2 - ((1 + (ptrdiff_t)((uintptr_t)dst / 2)) & (N / 2 - 1)), last = width - N / 2;
     V before = carried<kPredictor>(V{} + at(src + i - 1), V{} + at(prev + i - 1));
 #pragma GCC unroll 2
     for (; i < last; i += N / 2) {
@@ -116,9 +110,10 @@ template <int kPredictor> void diff(const int16_t* src, const int16_t* prev, int
     store(dst, int16_t(at(src) - at(prev)));
     if constexpr (QEL_WIDTH > 16 && kPredictor >= 4 && kPredictor <= 6)
         if (!inTurn && width > 3 * QEL_WIDTH) return diffLong<kPredictor, QEL_WIDTH>(src, prev, dst, width);
-    auto step = [=](auto bytes, ptrdiff_t i) { diffStep<kPredictor>(bytes, src + i, prev + i, dst + i); };
-    if (!inTurn) return inOverlappingSteps(1, width, (ptrdiff_t)((uintptr_t)dst / 2), step);
-    for (ptrdiff_t i = 1; i < width; ++i) step(Bytes<1>(), i);
+    auto step = [=](auto lanes, ptrdiff_t i)
+                    QEL_INLINE_BODY { diffStep<kPredictor>(lanes, src + i, prev + i, dst + i); };
+    if (!inTurn) return walkOverlapping<int16_t>(1, width, (ptrdiff_t)((uintptr_t)dst / 2), step);
+    for (ptrdiff_t i = 1; i < width; ++i) step(Lanes<1>(), i);
 }
 
 // One sample after the other, through memory.
@@ -131,22 +126,14 @@ QEL_INLINE void reconstructInTurn(const int16_t* src, const int16_t* prev, int16
 }
 
 // Predictors 2 and 3: a sum of two registers.
-template <int kPredictor> QEL_INLINE void addStep(Bytes<1>, const int16_t* src, const int16_t* prev, int16_t* dst)
-{
-    store(dst, int16_t(at(src) + predictAt<kPredictor, int16_t>(dst, prev)));
-}
-template <int kPredictor, int N>
-QEL_INLINE void addStep(Bytes<N>, const int16_t* src, const int16_t* prev, int16_t* dst)
-{
-#pragma GCC unroll 2
-    for (int i = 0; i < N; i += N / 2)
-        store(dst + i, load<S16<N>>(src + i) + predictAt<kPredictor, S16<N>>(dst + i, prev + i));
-}
 template <int kPredictor> QEL_INLINE void addRow(const int16_t* src, const int16_t* prev, int16_t* dst, int width)
 {
     store(dst, int16_t(at(src) + at(prev)));
     ++src, ++prev, ++dst;
-    inSteps(width - 1, [=](auto bytes, int i) { addStep<kPredictor>(bytes, src + i, prev + i, dst + i); });
+    walk<int16_t>(width - 1, [=](auto lanes, ptrdiff_t i) QEL_INLINE_BODY {
+        using V = typename decltype(lanes)::template Of<int16_t>;
+        lanes.store(dst + i, V(lanes.load(src + i) + predictAt<kPredictor, V>(dst + i, prev + i)));
+    });
 }
 
 // Predictors 1, 4 and 5: what is summed up along the row, and what is added to the sum.
@@ -257,14 +244,14 @@ template <int kPredictor> void reconstruct(const int16_t* src, const int16_t* pr
     if constexpr (kPredictor >= 6) return chainRow<kPredictor>(src, prev, dst, width);
 }
 
+template <int... kPredictors> constexpr PredictionKernels kKernels = {
+    .diff = {diff<kPredictors>...},
+    .reconstruct = {reconstruct<kPredictors>...},
+};
+
 }
 }
 
-const PredictionKernels PredictionKernels::QEL_BUILD = {
-    {qel::QEL_BUILD::diff<1>, qel::QEL_BUILD::diff<2>, qel::QEL_BUILD::diff<3>, qel::QEL_BUILD::diff<4>,
-     qel::QEL_BUILD::diff<5>, qel::QEL_BUILD::diff<6>, qel::QEL_BUILD::diff<7>},
-    {qel::QEL_BUILD::reconstruct<1>, qel::QEL_BUILD::reconstruct<2>, qel::QEL_BUILD::reconstruct<3>,
-     qel::QEL_BUILD::reconstruct<4>, qel::QEL_BUILD::reconstruct<5>, qel::QEL_BUILD::reconstruct<6>,
-     qel::QEL_BUILD::reconstruct<7>}};
+const PredictionKernels PredictionKernels::QEL_BUILD = QEL_BUILD::kKernels<1, 2, 3, 4, 5, 6, 7>;
 
 }

@@ -4,6 +4,7 @@
 #include <stdint.h>
 
 #include "core/exports.h"
+#include "core/kernel_tables.h"
 #include "jpeg/huffman_tables.h"
 #include "qeljx/jpeg_progressive.h"
 
@@ -20,8 +21,7 @@ struct ProgressiveDecodeKernels {
     QelStatus (*acRefine)(const uint8_t* src, int srcLen, int* pos, int16_t* block, uint32_t* marker, int ss, int se,
                           int al, const QelDecodeHuffmanSpec* table, QelDecodeHuffmanState* state);
 
-    static const ProgressiveDecodeKernels baseline, avx2, avx512;
-    static const ProgressiveDecodeKernels scalar, wide16, wide32, wide64;
+    QEL_BUILDS(ProgressiveDecodeKernels);
 };
 
 }

@@ -300,10 +300,16 @@ QelStatus acRefine(const uint8_t* src, int srcLen, int* pos, int16_t* block, uin
     return finishAcRefine(src, srcLen, pos, block, marker, at, se, al, table, state);
 }
 
+constexpr ProgressiveDecodeKernels kKernels = {
+    .dcFirst = dcFirst,
+    .dcRefine = dcRefine,
+    .acFirst = acFirst,
+    .acRefine = acRefine,
+};
+
 }
 }
 
-const ProgressiveDecodeKernels ProgressiveDecodeKernels::QEL_BUILD = {
-    qel::QEL_BUILD::dcFirst, qel::QEL_BUILD::dcRefine, qel::QEL_BUILD::acFirst, qel::QEL_BUILD::acRefine};
+const ProgressiveDecodeKernels ProgressiveDecodeKernels::QEL_BUILD = QEL_BUILD::kKernels;
 
 }

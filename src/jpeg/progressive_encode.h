@@ -4,6 +4,7 @@
 #include <stdint.h>
 
 #include "core/exports.h"
+#include "core/kernel_tables.h"
 #include "jpeg/huffman_tables.h"
 #include "qeljx/jpeg_progressive.h"
 
@@ -40,8 +41,7 @@ struct ProgressiveEncodeKernels {
 
     static constexpr int kRoomForBlock = 16;
 
-    static const ProgressiveEncodeKernels baseline, avx2, avx512;
-    static const ProgressiveEncodeKernels scalar, wide16, wide32, wide64;
+    QEL_BUILDS(ProgressiveEncodeKernels);
 };
 
 }

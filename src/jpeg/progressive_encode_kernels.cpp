@@ -293,11 +293,17 @@ QelStatus countRun(uint32_t* statistics, QelEncodeHuffmanState* state)
     return count(statistics, state, [](auto& counter, auto& pending) { endRun(counter, pending); });
 }
 
+constexpr ProgressiveEncodeKernels kKernels = {
+    .encodeFirst = encodeFirst,
+    .encodeRefinement = encodeRefinement,
+    .countFirst = countFirst,
+    .countRefinement = countRefinement,
+    .countRun = countRun,
+};
+
 }
 }
 
-const ProgressiveEncodeKernels ProgressiveEncodeKernels::QEL_BUILD = {
-    qel::QEL_BUILD::encodeFirst, qel::QEL_BUILD::encodeRefinement, qel::QEL_BUILD::countFirst,
-    qel::QEL_BUILD::countRefinement, qel::QEL_BUILD::countRun};
+const ProgressiveEncodeKernels ProgressiveEncodeKernels::QEL_BUILD = QEL_BUILD::kKernels;
 
 }

@@ -4,6 +4,7 @@
 #include <stdint.h>
 
 #include "core/exports.h"
+#include "core/kernel_tables.h"
 
 namespace qel {
 
@@ -12,8 +13,7 @@ struct QuantizationKernels {
     void (*forward)(const int16_t* src, int16_t* dst, const uint16_t* encTable);
     void (*inverse)(const int16_t* src, int16_t* dst, const uint16_t* decTable);
 
-    static const QuantizationKernels baseline, avx2, avx512;
-    static const QuantizationKernels scalar, wide16, wide32, wide64;
+    QEL_BUILDS(QuantizationKernels);
 };
 
 }

@@ -25,9 +25,14 @@ void inverse(const int16_t* src, int16_t* dst, const uint16_t* decTable)
     for (int i = 0; i < 64; i += kLanes) store(dst + i, load<S16<kWidth>>(src + i) * load<S16<kWidth>>(decTable + i));
 }
 
+constexpr QuantizationKernels kKernels = {
+    .forward = forward,
+    .inverse = inverse,
+};
+
 }
 }
 
-const QuantizationKernels QuantizationKernels::QEL_BUILD = {qel::QEL_BUILD::forward, qel::QEL_BUILD::inverse};
+const QuantizationKernels QuantizationKernels::QEL_BUILD = QEL_BUILD::kKernels;
 
 }

@@ -1,33 +1,11 @@
-// Samples V of a row, for formulas and pixel formats that are written once: one sample in a byte (Lane), a register
-// full (Samples<N>), or the first few of a register (Few<kCount>). V::Type is the value; its arithmetic wraps, so that
-// plain code casts intermediates back, V::Type(a + b). Addresses may be anything; only V::kCount samples are touched.
+// Rows of pixels in groups of 4 or 8: the lanes that they are walked in beside Lanes<N>, and the walk.
 #pragma once
 
-#include "core/simd.h"
+#include "core/walk.h"
 
 namespace qel {
 namespace QEL_BUILD {
 namespace {
-
-struct Lane {
-    using Type = uint8_t;
-    static constexpr int kCount = 1;
-
-    static QEL_INLINE Type load(const uint8_t* p) { return *p; }
-    static QEL_INLINE void store(uint8_t* p, Type a) { *p = a; }
-    static QEL_INLINE void load2(const uint8_t* p, Type& a, Type& b) { a = p[0], b = p[1]; }
-    static QEL_INLINE void store2(uint8_t* p, Type a, Type b) { p[0] = a, p[1] = b; }
-    static QEL_INLINE void load3(const uint8_t* p, Type& a, Type& b, Type& c) { a = p[0], b = p[1], c = p[2]; }
-    static QEL_INLINE void store3(uint8_t* p, Type a, Type b, Type c) { p[0] = a, p[1] = b, p[2] = c; }
-    static QEL_INLINE void load4(const uint8_t* p, Type& a, Type& b, Type& c, Type& d)
-    {
-        a = p[0], b = p[1], c = p[2], d = p[3];
-    }
-    static QEL_INLINE void store4(uint8_t* p, Type a, Type b, Type c, Type d)
-    {
-        p[0] = a, p[1] = b, p[2] = c, p[3] = d;
-    }
-};
 
 template <int N> QEL_INLINE auto everyOtherBlock(const uint8_t* p)
 {
@@ -37,59 +15,66 @@ template <int N> QEL_INLINE auto everyOtherBlock(const uint8_t* p)
         return Simd<N>::join(everyOtherBlock<N / 2>(p), everyOtherBlock<N / 2>(p + N));
 }
 
-template <int N> struct Samples {
-    using Type = U8<N>;
-    static constexpr int kCount = N;
-
-    static QEL_INLINE Type load(const uint8_t* p) { return qel::QEL_BUILD::load<Type>(p); }
-    static QEL_INLINE void store(uint8_t* p, Type a) { qel::QEL_BUILD::store(p, a); }
-    // Words by turns of 16 bytes, so that a pack of both registers is in order.
-    template <class Words> static QEL_INLINE void loadWords(const uint8_t* p, Words* words)
-    {
-        words[0] = (Words)everyOtherBlock<N>(p), words[1] = (Words)everyOtherBlock<N>(p + 16);
-    }
-    static QEL_INLINE void load2(const uint8_t* p, Type& a, Type& b) { Simd<N>::load2(p, a, b); }
-    static QEL_INLINE void store2(uint8_t* p, Type a, Type b) { Simd<N>::store2(p, a, b); }
-    static QEL_INLINE void load3(const uint8_t* p, Type& a, Type& b, Type& c)
-    {
-        fetchAhead<3 * N>(p);
-        Simd<N>::load3(p, a, b, c);
-    }
-    static QEL_INLINE void store3(uint8_t* p, Type a, Type b, Type c) { Simd<N>::store3(p, a, b, c); }
-    static QEL_INLINE void loadPairs3(const uint8_t* p, Type* ab, Type* c1)
-    {
-        fetchAhead<3 * N>(p);
-        Simd<N>::loadPairs3(p, ab, c1);
-    }
-    static QEL_INLINE void loadPairs4(const uint8_t* p, Type* ab, Type* c1, Type& d)
-    {
-        fetchAhead<4 * N>(p);
-        Simd<N>::loadPairs4(p, ab, c1, d);
-    }
-    static QEL_INLINE void load4(const uint8_t* p, Type& a, Type& b, Type& c, Type& d)
-    {
-        fetchAhead<4 * N>(p);
-        Simd<N>::load4(p, a, b, c, d);
-    }
-    static QEL_INLINE void store4(uint8_t* p, Type a, Type b, Type c, Type d) { Simd<N>::store4(p, a, b, c, d); }
+// Three interleaved channels as pairs of neighbours, half by half, and four of which the last is by itself.
+template <class V> struct ThreeAsPairs {
+    V ab[2], c1[2];
+};
+template <class V> struct FourAsPairs {
+    ThreeAsPairs<V> three;
+    V d;
 };
 
-// A register full that is stored past the caches, where its address is aligned.
-template <int N> struct SamplesPastCaches : Samples<N> {
-    using Type = U8<N>;
+// A register full of a long row, which is prefetched.
+template <int N> struct Samples : Lanes<N> {
+    using Bytes = U8<N>;
 
-    static QEL_INLINE void store(uint8_t* p, Type a) { PastCaches::store(p, a); }
-    static QEL_INLINE void store2(uint8_t* p, Type a, Type b)
+    // Words by turns of 16 bytes, so that a pack of both registers is in order.
+    static QEL_INLINE Pair<U16<N>> loadWords(const uint8_t* p)
     {
-        sendOn<2>(p, [=](uint8_t* room) { Simd<N>::store2(room, a, b); });
+        return {(U16<N>)everyOtherBlock<N>(p), (U16<N>)everyOtherBlock<N>(p + 16)};
     }
-    static QEL_INLINE void store3(uint8_t* p, Type a, Type b, Type c)
+    static QEL_INLINE Triple<Bytes> load3(const uint8_t* p)
     {
-        sendOn<3>(p, [=](uint8_t* room) { Simd<N>::store3(room, a, b, c); });
+        fetchAhead<3 * N>(p);
+        return Lanes<N>::load3(p);
     }
-    static QEL_INLINE void store4(uint8_t* p, Type a, Type b, Type c, Type d)
+    static QEL_INLINE Quad<Bytes> load4(const uint8_t* p)
     {
-        sendOn<4>(p, [=](uint8_t* room) { Simd<N>::store4(room, a, b, c, d); });
+        fetchAhead<4 * N>(p);
+        return Lanes<N>::load4(p);
+    }
+    static QEL_INLINE ThreeAsPairs<Bytes> loadPairs3(const uint8_t* p)
+    {
+        fetchAhead<3 * N>(p);
+        ThreeAsPairs<Bytes> v;
+        Simd<N>::loadPairs3(p, v.ab, v.c1);
+        return v;
+    }
+    static QEL_INLINE FourAsPairs<Bytes> loadPairs4(const uint8_t* p)
+    {
+        fetchAhead<4 * N>(p);
+        FourAsPairs<Bytes> v;
+        Simd<N>::loadPairs4(p, v.three.ab, v.three.c1, v.d);
+        return v;
+    }
+};
+
+// The same, streamed where the address is aligned.
+template <int N> struct StreamedSamples : Samples<N> {
+    using Bytes = U8<N>;
+
+    static QEL_INLINE void store(uint8_t* p, Bytes v) { Streamed::store(p, v); }
+    static QEL_INLINE void store2(uint8_t* p, Pair<Bytes> v)
+    {
+        sendOn<2>(p, [=](uint8_t* room) { Lanes<N>::store2(room, v); });
+    }
+    static QEL_INLINE void store3(uint8_t* p, Triple<Bytes> v)
+    {
+        sendOn<3>(p, [=](uint8_t* room) { Lanes<N>::store3(room, v); });
+    }
+    static QEL_INLINE void store4(uint8_t* p, Quad<Bytes> v)
+    {
+        sendOn<4>(p, [=](uint8_t* room) { Lanes<N>::store4(room, v); });
     }
 
 private:
@@ -98,77 +83,69 @@ private:
     {
         uint8_t room[kRegisters * N];
         storeTo(room);
-        for (int i = 0; i < kRegisters * N; i += N) store(p + i, Samples<N>::load(room + i));
+        for (int i = 0; i < kRegisters * N; i += N) store(p + i, Lanes<N>::load(room + i));
     }
 };
 
 // 4 or 8 samples, so that short rows and the ends of rows need no loop over single pixels.
-template <int kFew> struct Few : Samples<16> {
-    static constexpr int kCount = kFew;
+template <int kFew> struct Few {
+    using Whole = Samples<16>;
+    using Bytes = U8<16>;
+    static constexpr int kBytes = 16, kSamples = kFew;
 
-    // kChannels * kCount bytes, with room to load or store whole registers.
+    static QEL_INLINE Bytes load(const uint8_t* p) { return Whole::load(Room<1>(p).bytes); }
+    static QEL_INLINE Pair<Bytes> load2(const uint8_t* p) { return Whole::load2(Room<2>(p).bytes); }
+    static QEL_INLINE Triple<Bytes> load3(const uint8_t* p)
+    {
+        return Lanes<16>::load3((const uint8_t*)Room<3>(p).bytes);
+    }
+    static QEL_INLINE Quad<Bytes> load4(const uint8_t* p) { return Lanes<16>::load4(Room<4>(p).bytes); }
+    static QEL_INLINE Pair<U16<16>> loadWords(const uint8_t* p) { return Whole::loadWords(Room<2>(p).bytes); }
+    static QEL_INLINE ThreeAsPairs<Bytes> loadPairs3(const uint8_t* p) { return Whole::loadPairs3(Room<3>(p).bytes); }
+    static QEL_INLINE FourAsPairs<Bytes> loadPairs4(const uint8_t* p) { return Whole::loadPairs4(Room<4>(p).bytes); }
+
+    static QEL_INLINE void store(uint8_t* p, Bytes v)
+    {
+        Room<1> room;
+        Whole::store(room.bytes, v);
+        room.copyTo(p);
+    }
+    static QEL_INLINE void store2(uint8_t* p, Pair<Bytes> v)
+    {
+        Room<2> room;
+        Whole::store2(room.bytes, v);
+        room.copyTo(p);
+    }
+    static QEL_INLINE void store3(uint8_t* p, Triple<Bytes> v)
+    {
+        Room<3> room;
+        Whole::store3((uint8_t*)room.bytes, v);
+        room.copyTo(p);
+    }
+    static QEL_INLINE void store4(uint8_t* p, Quad<Bytes> v)
+    {
+        Room<4> room;
+        Whole::store4(room.bytes, v);
+        room.copyTo(p);
+    }
+
+private:
+    // kChannels * kSamples bytes, with room to load or store whole registers.
     template <int kChannels> struct Room {
         uint8_t bytes[16 * kChannels] = {};
 
         Room() = default;
-        explicit QEL_INLINE Room(const uint8_t* p) { __builtin_memcpy(bytes, p, kChannels * kCount); }
-        QEL_INLINE void copyTo(uint8_t* p) const { __builtin_memcpy(p, bytes, kChannels * kCount); }
+        explicit QEL_INLINE Room(const uint8_t* p) { __builtin_memcpy(bytes, p, kChannels * kSamples); }
+        QEL_INLINE void copyTo(uint8_t* p) const { __builtin_memcpy(p, bytes, kChannels * kSamples); }
     };
-
-    static QEL_INLINE Type load(const uint8_t* p) { return Samples<16>::load(Room<1>(p).bytes); }
-    template <class Words> static QEL_INLINE void loadWords(const uint8_t* p, Words* words)
-    {
-        Samples<16>::loadWords(Room<2>(p).bytes, words);
-    }
-    static QEL_INLINE void load2(const uint8_t* p, Type& a, Type& b) { Samples<16>::load2(Room<2>(p).bytes, a, b); }
-    static QEL_INLINE void load3(const uint8_t* p, Type& a, Type& b, Type& c)
-    {
-        Samples<16>::load3(Room<3>(p).bytes, a, b, c);
-    }
-    static QEL_INLINE void loadPairs3(const uint8_t* p, Type* ab, Type* c1)
-    {
-        Samples<16>::loadPairs3(Room<3>(p).bytes, ab, c1);
-    }
-    static QEL_INLINE void loadPairs4(const uint8_t* p, Type* ab, Type* c1, Type& d)
-    {
-        Samples<16>::loadPairs4(Room<4>(p).bytes, ab, c1, d);
-    }
-    static QEL_INLINE void load4(const uint8_t* p, Type& a, Type& b, Type& c, Type& d)
-    {
-        Samples<16>::load4(Room<4>(p).bytes, a, b, c, d);
-    }
-    static QEL_INLINE void store(uint8_t* p, Type a)
-    {
-        Room<1> room;
-        Samples<16>::store(room.bytes, a);
-        room.copyTo(p);
-    }
-    static QEL_INLINE void store2(uint8_t* p, Type a, Type b)
-    {
-        Room<2> room;
-        Samples<16>::store2(room.bytes, a, b);
-        room.copyTo(p);
-    }
-    static QEL_INLINE void store3(uint8_t* p, Type a, Type b, Type c)
-    {
-        Room<3> room;
-        Samples<16>::store3(room.bytes, a, b, c);
-        room.copyTo(p);
-    }
-    static QEL_INLINE void store4(uint8_t* p, Type a, Type b, Type c, Type d)
-    {
-        Room<4> room;
-        Samples<16>::store4(room.bytes, a, b, c, d);
-        room.copyTo(p);
-    }
 };
 
-// Walks a row from sample i on in whole groups of kGroup (4 or 8) samples: body(V(), i) is to do the V::kCount samples
-// from i on. The widest registers that fit come first. Returns where the last group ends.
-template <int kGroup, class Body> QEL_INLINE ptrdiff_t inGroups(ptrdiff_t i, ptrdiff_t n, Body body)
+// Walks a row from sample i on in whole groups of kGroup (4 or 8) samples: body(lanes, i) is to do the samples from i
+// on, lanes.kSamples of them. The widest registers that fit come first. Returns where the last group ends.
+template <int kGroup, class Body> QEL_INLINE ptrdiff_t walkGroups(ptrdiff_t i, ptrdiff_t n, Body body)
 {
-    [[maybe_unused]] auto run = [&](auto samples) {
-        for (; n - i >= samples.kCount; i += samples.kCount) body(samples, i);
+    [[maybe_unused]] auto run = [&](auto lanes) QEL_INLINE_BODY {
+        for (; n - i >= lanes.kSamples; i += lanes.kSamples) body(lanes, i);
     };
     if constexpr (QEL_WIDTH > 16) run(Samples<QEL_WIDTH>());
     if constexpr (QEL_WIDTH >= 16) {
@@ -176,33 +153,33 @@ template <int kGroup, class Body> QEL_INLINE ptrdiff_t inGroups(ptrdiff_t i, ptr
         run(Few<8>());
         if constexpr (kGroup == 4) run(Few<4>());
     } else {
-        for (ptrdiff_t end = n - (n - i) % kGroup; i < end; ++i) body(Lane(), i);
+        for (ptrdiff_t end = n - (n - i) % kGroup; i < end; ++i) body(Lanes<1>(), i);
     }
     return i;
 }
 
-// The same with output past the caches, in whole lines, if all of it can be brought to begin with one:
-// to.atAddresses(i, visit) tells where the output of sample i begins. The lines at the end are asked for early, as they
-// are read first.
-template <int kGroup, class To, class Body>
-QEL_INLINE ptrdiff_t inGroupsPastCaches(ptrdiff_t i, ptrdiff_t n, To to, Body body)
+// The same for output in `to`, in whole cache lines if Streamed and if all of it can be brought to begin with one:
+// to.atAddresses(i, visit) tells where the output of sample i begins. The lines at the end are prefetched, as they are
+// read first.
+template <class Store, int kGroup, class To, class Body>
+QEL_INLINE ptrdiff_t walkGroupsInto(To to, ptrdiff_t i, ptrdiff_t n, Body body)
 {
-    if constexpr (QEL_WIDTH >= 16) {
+    if constexpr (QEL_WIDTH >= 16 && __is_same(Store, Streamed)) {
         auto beginsLines = [=](ptrdiff_t at) {
             uintptr_t bits = 0;
             to.atAddresses(at, [&](const uint8_t* p) QEL_INLINE_BODY { bits |= (uintptr_t)p; });
-            return bits % kLine == 0;
+            return bits % kCacheLine == 0;
         };
         to.atAddresses(n, [](const uint8_t* p) QEL_INLINE_BODY { __builtin_prefetch(p, 1); });
         ptrdiff_t start = i;
-        while (start < i + kLine && !beginsLines(start)) start += 8;
+        while (start < i + kCacheLine && !beginsLines(start)) start += 8;
         if (beginsLines(start)) {
             for (; i < start && n - i >= 8; i += 8) body(Few<8>(), i);
-            for (ptrdiff_t end = i + (n - i) / kLine * kLine; i < end; i += QEL_WIDTH)
-                body(SamplesPastCaches<QEL_WIDTH>(), i);
+            for (ptrdiff_t end = i + (n - i) / kCacheLine * kCacheLine; i < end; i += QEL_WIDTH)
+                body(StreamedSamples<QEL_WIDTH>(), i);
         }
     }
-    return inGroups<kGroup>(i, n, body);
+    return walkGroups<kGroup>(i, n, body);
 }
 
 }

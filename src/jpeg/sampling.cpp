@@ -1,9 +1,8 @@
-// Chroma sampling by two: exported functions.
+// Chroma sampling by two: public functions.
 #include "jpeg/sampling.h"
 
 #include "core/checks.h"
-#include "core/dispatch.h"
-#include "core/past_caches.h"
+#include "core/streaming.h"
 #include "qeljx/jpeg_sampling.h"
 
 using namespace qel;
@@ -41,7 +40,7 @@ QelStatus qeliSampleDownH2V2_JPEG_8u_C1R(const uint8_t* pSrc, int srcStep, QelSi
 {
     if (QelStatus bad = checkPlanes(pSrc, srcStep, srcSize, pDst, dstStep, dstSize)) return bad;
     auto down = kernels<SamplingKernels>().downH2V2;
-    forRowsInParallel(dstSize, [=](int r) {
+    forRows<Threads::all>(dstSize, [=](int r) {
         const uint8_t* upper = rowAt(rowAt(pSrc, srcStep, r), srcStep, r);
         down(upper, rowAt(upper, srcStep, 1), rowAt(pDst, dstStep, r), dstSize.width);
     });
@@ -52,12 +51,12 @@ QelStatus qeliSampleUpH2V1_JPEG_8u_C1R(const uint8_t* pSrc, int srcStep, QelSize
                                        QelSize dstSize)
 {
     if (QelStatus bad = checkPlanes(pSrc, srcStep, srcSize, pDst, dstStep, dstSize)) return bad;
-    auto& table = kernels<SamplingKernels>();
-    bool goesPast = isBeyondCaches(dstSize, 1);
-    auto up = goesPast ? table.upH2V1Past : table.upH2V1;
-    forRowsOfOutput<kSerial>(dstSize, goesPast, [=](int r) {
-        int from = r < srcSize.height ? r : srcSize.height - 1;
-        up(rowAt(pSrc, srcStep, from), rowAt(pDst, dstStep, r), dstSize.width);
+    auto kernels = qel::kernels<SamplingKernels>().upH2V1;
+    forBlocksOfOutput<Threads::one>(dstSize, isStreamed(dstSize, 1), kernels, [=](auto* up, int r, int end) {
+        for (; r < end; ++r) {
+            int from = r < srcSize.height ? r : srcSize.height - 1;
+            up(rowAt(pSrc, srcStep, from), rowAt(pDst, dstStep, r), dstSize.width);
+        }
     });
     return qelStsNoErr;
 }
@@ -66,14 +65,12 @@ QelStatus qeliSampleUpH2V2_JPEG_8u_C1R(const uint8_t* pSrc, int srcStep, QelSize
                                        QelSize dstSize)
 {
     if (QelStatus bad = checkPlanes(pSrc, srcStep, srcSize, pDst, dstStep, dstSize)) return bad;
-    bool goesPast = isBeyondCaches(dstSize, 1);
     auto& table = kernels<SamplingKernels>();
-    auto up = goesPast ? table.upH2V2Past : table.upH2V2;
     auto both = table.upBothH2V2;
     // Two rows at a time halve the work of loading, but two streams past the caches are slower than one, and rows that
     // overlap have to be written one after the other.
-    bool inPairs = !goesPast && dstStep >= dstSize.width;
-    forBlocksOfOutput<kParallel>(dstSize, goesPast, [=](int r, int end) {
+    bool streams = isStreamed(dstSize, 1), inPairs = !streams && dstStep >= dstSize.width;
+    forBlocksOfOutput<Threads::all>(dstSize, streams, table.upH2V2, [=](auto* up, int r, int end) {
         while (r < end) {
             auto near = rowAt(pSrc, srcStep, nearRow(r, srcSize.height)),
                  far = rowAt(pSrc, srcStep, farRow(r, srcSize.height));
@@ -90,21 +87,21 @@ QelStatus qeliSampleUpH2V2_JPEG_8u_C1R(const uint8_t* pSrc, int srcStep, QelSize
 QelStatus qeliSampleDownRowH2V1_Box_JPEG_8u_C1(const uint8_t* pSrc, int srcWidth, uint8_t* pDst)
 {
     if (QelStatus bad = first(pointers(pSrc, pDst), length(srcWidth))) return bad;
-    ownqj_SampleDownRowH2V1_Box_JPEG_8u_C1(pSrc, srcWidth, pDst);
+    kernels<SamplingKernels>().downRowH2V1(pSrc, srcWidth, pDst);
     return qelStsNoErr;
 }
 
 QelStatus qeliSampleDownRowH2V2_Box_JPEG_8u_C1(const uint8_t* pSrc1, const uint8_t* pSrc2, int srcWidth, uint8_t* pDst)
 {
     if (QelStatus bad = first(pointers(pSrc1, pSrc2, pDst), length(srcWidth))) return bad;
-    ownqj_SampleDownRowH2V2_Box_JPEG_8u_C1(pSrc1, pSrc2, srcWidth, pDst);
+    kernels<SamplingKernels>().downRowH2V2(pSrc1, pSrc2, srcWidth, pDst);
     return qelStsNoErr;
 }
 
 QelStatus qeliSampleUpRowH2V1_Triangle_JPEG_8u_C1(const uint8_t* pSrc, int srcWidth, uint8_t* pDst)
 {
     if (QelStatus bad = first(pointers(pSrc, pDst), length(srcWidth))) return bad;
-    ownqj_SampleUpRowH2V1_Triangle_JPEG_8u_C1(pSrc, srcWidth, pDst);
+    kernels<SamplingKernels>().upRowH2V1(pSrc, srcWidth, pDst);
     return qelStsNoErr;
 }
 
@@ -112,51 +109,6 @@ QelStatus qeliSampleUpRowH2V2_Triangle_JPEG_8u_C1(const uint8_t* pSrcNear, const
                                                   uint8_t* pDst)
 {
     if (QelStatus bad = first(pointers(pSrcNear, pSrcFar, pDst), length(srcWidth))) return bad;
-    ownqj_SampleUpRowH2V2_Triangle_JPEG_8u_C1(pSrcNear, pSrcFar, srcWidth, pDst);
+    kernels<SamplingKernels>().upRowH2V2(pSrcNear, pSrcFar, srcWidth, pDst);
     return qelStsNoErr;
-}
-
-void ownqj_SampleDownH2V1_JPEG_8u_C1(const uint8_t* src, uint8_t* dst, int dstWidth)
-{
-    kernels<SamplingKernels>().downH2V1(src, dst, dstWidth);
-}
-
-void ownqj_SampleDownH2V2_JPEG_8u_C1(const uint8_t* src1, const uint8_t* src2, uint8_t* dst, int dstWidth)
-{
-    kernels<SamplingKernels>().downH2V2(src1, src2, dst, dstWidth);
-}
-
-void ownqj_SampleUpH2V1_JPEG_8u_C1(const uint8_t* src, uint8_t* dst, int dstWidth)
-{
-    kernels<SamplingKernels>().upH2V1(src, dst, dstWidth);
-}
-
-void ownqj_SampleUpH2V2_JPEG_8u_C1(const uint8_t* near, const uint8_t* far, uint8_t* dst, int dstWidth)
-{
-    kernels<SamplingKernels>().upH2V2(near, far, dst, dstWidth);
-}
-
-void ownqj_SampleDownRowH2V1_Box_JPEG_8u_C1(const uint8_t* src, int srcWidth, uint8_t* dst)
-{
-    kernels<SamplingKernels>().downRowH2V1(src, srcWidth, dst);
-}
-
-void ownqj_SampleDownRowH2V1_Box_JPEG_8u_C1_SSE2(const uint8_t* src, int srcWidth, uint8_t* dst)
-{
-    kernels<SamplingKernels>().downRowH2V1(src, srcWidth, dst);
-}
-
-void ownqj_SampleDownRowH2V2_Box_JPEG_8u_C1(const uint8_t* src1, const uint8_t* src2, int srcWidth, uint8_t* dst)
-{
-    kernels<SamplingKernels>().downRowH2V2(src1, src2, srcWidth, dst);
-}
-
-void ownqj_SampleUpRowH2V1_Triangle_JPEG_8u_C1(const uint8_t* src, int srcWidth, uint8_t* dst)
-{
-    kernels<SamplingKernels>().upRowH2V1(src, srcWidth, dst);
-}
-
-void ownqj_SampleUpRowH2V2_Triangle_JPEG_8u_C1(const uint8_t* near, const uint8_t* far, int srcWidth, uint8_t* dst)
-{
-    kernels<SamplingKernels>().upRowH2V2(near, far, srcWidth, dst);
 }

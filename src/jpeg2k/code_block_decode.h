@@ -4,6 +4,7 @@
 #include <stddef.h>
 #include <stdint.h>
 
+#include "core/kernel_tables.h"
 #include "jpeg2k/mq_decoder.h"
 #include "jpeg2k/sample_flags.h"
 #include "qeljx/jpeg2k_coding.h"
@@ -59,8 +60,7 @@ struct CodeBlockDecodeKernels {
     void (*significancePropagationRaw)(DecodeCBProgrState* state);
     void (*magnitudeRefinementRaw)(DecodeCBProgrState* state);
 
-    static const CodeBlockDecodeKernels baseline, avx2, avx512;
-    static const CodeBlockDecodeKernels scalar, wide16, wide32, wide64;
+    QEL_BUILDS(CodeBlockDecodeKernels);
 };
 
 }

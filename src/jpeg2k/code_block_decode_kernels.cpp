@@ -252,11 +252,17 @@ void magnitudeRefinement(DecodeCBProgrState* state) { refineMagnitudes<MqSource>
 void significancePropagationRaw(DecodeCBProgrState* state) { propagateSignificance<RawSource>(state); }
 void magnitudeRefinementRaw(DecodeCBProgrState* state) { refineMagnitudes<RawSource>(state); }
 
+constexpr CodeBlockDecodeKernels kKernels = {
+    .significancePropagation = significancePropagation,
+    .magnitudeRefinement = magnitudeRefinement,
+    .cleanup = cleanup,
+    .significancePropagationRaw = significancePropagationRaw,
+    .magnitudeRefinementRaw = magnitudeRefinementRaw,
+};
+
 }
 }
 
-const CodeBlockDecodeKernels CodeBlockDecodeKernels::QEL_BUILD = {
-    qel::QEL_BUILD::significancePropagation, qel::QEL_BUILD::magnitudeRefinement, qel::QEL_BUILD::cleanup,
-    qel::QEL_BUILD::significancePropagationRaw, qel::QEL_BUILD::magnitudeRefinementRaw};
+const CodeBlockDecodeKernels CodeBlockDecodeKernels::QEL_BUILD = QEL_BUILD::kKernels;
 
 }

@@ -4,6 +4,7 @@
 #include <stddef.h>
 #include <stdint.h>
 
+#include "core/kernel_tables.h"
 #include "jpeg2k/mq_encoder.h"
 #include "jpeg2k/raw_packer.h"
 #include "qeljx/types.h"
@@ -63,8 +64,7 @@ struct CodeBlockEncodeKernels {
     static constexpr int kRecordSlack = 64;
     static constexpr int kBytesPerDecision = 3;
 
-    static const CodeBlockEncodeKernels baseline, avx2, avx512;
-    static const CodeBlockEncodeKernels scalar, wide16, wide32, wide64;
+    QEL_BUILDS(CodeBlockEncodeKernels);
 };
 
 }

@@ -355,11 +355,18 @@ uint8_t* pack(RawPacker& raw, const uint8_t* decisions, int count, uint8_t* next
     return next;
 }
 
+constexpr CodeBlockEncodeKernels kKernels = {
+    .load = loadMaps,
+    .significance = significance,
+    .refinement = refinement,
+    .cleanup = cleanup,
+    .encode = encode,
+    .pack = pack,
+};
+
 }
 }
 
-const CodeBlockEncodeKernels CodeBlockEncodeKernels::QEL_BUILD = {
-    qel::QEL_BUILD::loadMaps, qel::QEL_BUILD::significance, qel::QEL_BUILD::refinement,
-    qel::QEL_BUILD::cleanup,  qel::QEL_BUILD::encode,       qel::QEL_BUILD::pack};
+const CodeBlockEncodeKernels CodeBlockEncodeKernels::QEL_BUILD = QEL_BUILD::kKernels;
 
 }

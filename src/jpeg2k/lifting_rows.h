@@ -1,6 +1,7 @@
 // The walk of the lifting steps along a row: single pairs at its ends, registers of pairs between them.
 #pragma once
 
+#include "core/blocks.h"
 #include "jpeg2k/lifting.h"
 #include "jpeg2k/wavelet.h"
 

@@ -1,6 +1,7 @@
 // The walk of the lifting steps down columns, by pairs of rows; and the table of all walks.
 #pragma once
 
+#include "core/walk.h"
 #include "jpeg2k/lifting_rows.h"
 
 namespace qel {
@@ -10,8 +11,8 @@ namespace {
 template <class F, int kPairs, class T>
 QEL_INLINE void liftRows(const T* const* src, T* const* dst, T* kept, ptrdiff_t width)
 {
-    inRegisters<T>(width, [&](auto bytes, ptrdiff_t i) QEL_INLINE_BODY {
-        constexpr int N = bytes.value;
+    walk<T>(width, [&](auto lanes, ptrdiff_t i) QEL_INLINE_BODY {
+        constexpr int N = lanes.kBytes;
         using V = ValueOf<F, N>;
         AboveLanes<V, F::kSteps> before;
         V first[kPairs], second[kPairs];
@@ -33,8 +34,13 @@ template <class Step, class T> void liftPairs(const T* const* src, T* const* dst
     for (int k = 0; k < pairs; ++k) liftRows<Step, 1>(src + 2 * k, dst + 2 * k, kept, width);
 }
 
-template <class F, class I, class T = typename F::Sample>
-constexpr LiftingKernels<T> kLifting = {F::kLag, forwardRow<F>, inverseRow<I>, liftPairs<F, T>, liftPairs<I, T>};
+template <class F, class I, class T = typename F::Sample> constexpr LiftingKernels<T> kLifting = {
+    .lag = F::kLag,
+    .forwardRow = forwardRow<F>,
+    .inverseRow = inverseRow<I>,
+    .forwardPairs = liftPairs<F, T>,
+    .inversePairs = liftPairs<I, T>,
+};
 
 }
 }

@@ -3,9 +3,17 @@
 #include "jpeg2k/wavelet53.h"
 
 namespace qel {
+namespace QEL_BUILD {
+namespace {
 
-const Wavelet53Kernels Wavelet53Kernels::QEL_BUILD = {
-    QEL_BUILD::kLifting<QEL_BUILD::Forward53<int16_t>, QEL_BUILD::Inverse53<int16_t>>,
-    QEL_BUILD::kLifting<QEL_BUILD::Forward53<int32_t>, QEL_BUILD::Inverse53<int32_t>>};
+constexpr Wavelet53Kernels kKernels = {
+    .of16s = kLifting<Forward53<int16_t>, Inverse53<int16_t>>,
+    .of32s = kLifting<Forward53<int32_t>, Inverse53<int32_t>>,
+};
+
+}
+}
+
+const Wavelet53Kernels Wavelet53Kernels::QEL_BUILD = QEL_BUILD::kKernels;
 
 }

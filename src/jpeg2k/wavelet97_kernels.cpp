@@ -3,10 +3,18 @@
 #include "jpeg2k/wavelet97.h"
 
 namespace qel {
+namespace QEL_BUILD {
+namespace {
 
-const Wavelet97Kernels Wavelet97Kernels::QEL_BUILD = {
-    QEL_BUILD::kLifting<QEL_BUILD::Forward97<QEL_BUILD::Fixed97>, QEL_BUILD::Inverse97<QEL_BUILD::Fixed97>>,
-    QEL_BUILD::kLifting<QEL_BUILD::Forward97<QEL_BUILD::Rounded97>, QEL_BUILD::Inverse97<QEL_BUILD::Rounded97>>,
-    QEL_BUILD::kLifting<QEL_BUILD::Forward97<QEL_BUILD::Float97>, QEL_BUILD::Inverse97<QEL_BUILD::Float97>>};
+constexpr Wavelet97Kernels kKernels = {
+    .of16s = kLifting<Forward97<Fixed97>, Inverse97<Fixed97>>,
+    .of32s = kLifting<Forward97<Rounded97>, Inverse97<Rounded97>>,
+    .of32f = kLifting<Forward97<Float97>, Inverse97<Float97>>,
+};
+
+}
+}
+
+const Wavelet97Kernels Wavelet97Kernels::QEL_BUILD = QEL_BUILD::kKernels;
 
 }

@@ -1,9 +1,9 @@
-// What the exported functions of both filters do: one template for each shape of arguments, with its checks.
+// What the public functions of both filters do: one template for each shape of arguments, with its checks.
 #pragma once
 
 #include "core/checks.h"
 #include "core/dispatch.h"
-#include "core/past_caches.h"
+#include "core/rows.h"
 #include "jpeg2k/wavelet_tiles.h"
 
 namespace qel {
@@ -59,32 +59,6 @@ template <class T> void liftLine(const LiftingKernels<T>& kernels, Direction dir
 {
     auto samples = inTurns(line, sizeof(T));
     liftColumns<T>(kernels, direction, {len, phase != 0, false}, samples, samples, 1);
-}
-
-// Rows of pairs whose results go past the caches, in pieces: each is an extended line of its own.
-template <class T>
-void forwardRowPastCaches(const LiftingKernels<T>& kernels, const T* src, T* low, T* high, int len, int phase)
-{
-    RowPastCaches lows(low), highs(high);
-    eachPiece(len, [&](int first, int count) {
-        kernels.forwardRow(src + 2 * (ptrdiff_t)first, extendedLine(count, phase), (T*)lows.room(), (T*)highs.room());
-        lows.add(count * sizeof(T)), highs.add(count * sizeof(T));
-    });
-    lows.finish(), highs.finish();
-    qel::kernels<SupportKernels>().finishStores();
-}
-template <class T>
-void inverseRowPastCaches(const LiftingKernels<T>& kernels, const T* low, const T* high, T* dst, int len, int phase)
-{
-    constexpr int kPiece = kPieceElements / 2;
-    RowPastCaches out(dst);
-    for (int i = 0, count; i < len; i += count) {
-        count = len - i < kPiece ? len - i : kPiece;
-        kernels.inverseRow(low + i, high + i, extendedLine(count, phase), (T*)out.room());
-        out.add(2 * count * sizeof(T));
-    }
-    out.finish();
-    qel::kernels<SupportKernels>().finishStores();
 }
 
 // Sizes that an int cannot hold are no sizes.

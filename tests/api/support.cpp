@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "argument_faults.h"
-#include "core/support.h"
+#include "core/support_doors.h"
 #include "jpeg/zigzag.h"
 #include "random.h"
 

@@ -5,8 +5,7 @@
 #include "argument_faults.h"
 #include "guarded.h"
 #include "jpeg2k/line_movers.h"
-#include "jpeg2k/wavelet53.h"
-#include "jpeg2k/wavelet97.h"
+#include "jpeg2k/wavelet_doors.h"
 #include "random.h"
 #include "wavelet_functions.h"
 

@@ -1,5 +1,5 @@
 // Colour conversion kernels: every build equals the scalar one, and every door leads to its kernel.
-#include "jpeg/colour.h"
+#include "jpeg/colour_doors.h"
 
 #include <array>
 #include <utility>
@@ -14,7 +14,7 @@ namespace {
 template <class... Arguments> using Row = void(Arguments...);
 
 // A kernel of rows that have so many bytes a pixel, and its doors for whole rows and for multiples of four pixels.
-template <class... Arguments> void check(Row<Arguments...>* ColourKernels::*entry, Row<Arguments...>* whole,
+template <class... Arguments> void check(Streamable<Row<Arguments...>> ColourKernels::*entry, Row<Arguments...>* whole,
                                          Row<Arguments...>* multipleOfFour,
                                          const std::array<size_t, sizeof...(Arguments) - 1>& bytes)
 {
@@ -23,15 +23,14 @@ template <class... Arguments> void check(Row<Arguments...>* ColourKernels::*entr
         for (size_t n : bytes) rooms.push_back(room<uint8_t>(n * width));
         return rooms;
     };
-    auto run = [&](Row<Arguments...>* kernel, Rooms& rooms, int width) {
+    auto run = [&](auto kernel, Rooms& rooms, int width) {
         [&]<size_t... k>(std::index_sequence<k...>) { kernel(rooms[k]..., width); }
         (std::make_index_sequence<sizeof...(Arguments) - 1>());
     };
     everyRowEqualsScalar<ColourKernels>(roomsOf,
                                         [&](auto& table, Rooms& r, int width) { run(table.*entry, r, width); });
-    everyRowEqualsScalar<ColourKernels>(roomsOf, [&](auto& table, Rooms& r, int width) {
-        run(&table == &ColourKernels::scalar ? table.*entry : table.past->*entry, r, width);
-    });
+    everyRowEqualsScalar<ColourKernels>(
+        roomsOf, [&](auto& table, Rooms& r, int width) { run((table.*entry).streamed, r, width); });
     Random random(2);
     auto expectDoor = [&](Row<Arguments...>* door, int width) {
         expectSame(

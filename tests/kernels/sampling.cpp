@@ -39,9 +39,8 @@ TEST(SamplingKernels, Triangle)
                                               table.upH2V1(r[0] + 1, r[2], n);
                                               table.upH2V2(r[0] + 1, r[1] + 1, r[3], n);
                                               table.upBothH2V2(r[0] + 1, r[1] + 1, r[6], r[7], n);
-                                              bool isScalar = &table == &SamplingKernels::scalar;
-                                              (isScalar ? table.upH2V1 : table.upH2V1Past)(r[0] + 1, r[4], n);
-                                              (isScalar ? table.upH2V2 : table.upH2V2Past)(r[0] + 1, r[1] + 1, r[5], n);
+                                              table.upH2V1.streamed(r[0] + 1, r[4], n);
+                                              table.upH2V2.streamed(r[0] + 1, r[1] + 1, r[5], n);
                                           });
     everyRowEqualsScalar<SamplingKernels>([](size_t n) { return rowsOf(n, 2 * n); },
                                           [](auto& table, Rooms& r, int n) {

@@ -19,9 +19,9 @@ TEST(SupportKernels, Copies)
                                room<uint16_t>(n), room<int32_t>(n), room<int32_t>(n)};
         },
         [](auto& table, Rooms& r, int n) {
-            table.copyPast(r[0], r[1], n);
+            table.copy.streamed(r[0], r[1], n);
             table.convert8u16u(r[0], r[2], n);
-            table.convert8u16uPast(r[0], r[3], n);
+            table.convert8u16u.streamed(r[0], r[3], n);
             table.and32s(r[4], 0x7FFF00FF, r[5], n);
         });
 }

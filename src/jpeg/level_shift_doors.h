@@ -1,0 +1,15 @@
+// Level shift: the internal functions that the library exports beside its interface. They check nothing.
+#pragma once
+
+#include <stdint.h>
+
+#include "core/exports.h"
+#include "qeljx/types.h"
+
+QEL_KERNEL void ownqj_Sub128_JPEG_8u16s_C1R(const uint8_t* src, int srcStep, int16_t* dst, int dstStep, QelSize roi);
+QEL_KERNEL void ownqj_Add128_JPEG_16s8u_C1R(const int16_t* src, int srcStep, uint8_t* dst, int dstStep, QelSize roi);
+QEL_KERNEL void ownqj_Sub128_JPEG_8u16s_C1(const uint8_t* src, int16_t* dst, int len);
+QEL_KERNEL void ownqj_Add128_JPEG_16s8u_C1(const int16_t* src, uint8_t* dst, int len);
+// 8 rows of 8 samples to and from a contiguous block.
+QEL_KERNEL void ownqj_Sub128_8x8_8u16s(const uint8_t* src, int srcStep, int16_t* dst);
+QEL_KERNEL void ownqj_Add128_8x8_16s8u(const int16_t* src, uint8_t* dst, int dstStep);
