@@ -3,10 +3,14 @@
 
 #include <gtest/gtest.h>
 #include <malloc.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 #include <atomic>
+#include <climits>
 #include <cstring>
 #include <string>
+#include <vector>
 
 #include "core/rows.h"
 
@@ -59,11 +63,48 @@ TEST(Threads, StartInsideOthersIfAllowed)
         omp_set_max_active_levels(allowed);
         std::atomic<int> blocks = 0;
 #pragma omp parallel num_threads(2)
-        qel::forBlocksInParallel({1 << 24, 64}, [&](int, int) { ++blocks; });
+        qel::forBlocks<qel::Threads::all>({1 << 24, 64}, [&](int, int) { ++blocks; });
         EXPECT_EQ(blocks, 2 * allowed);
     }
     omp_set_num_threads(threads);
     omp_set_max_active_levels(levels);
+}
+
+// No thread gets less than its work is worth: regions of pictures for a screen stay on the calling thread.
+TEST(Threads, TeamsGrowWithTheRegion)
+{
+    const int threads = omp_get_max_threads();
+    omp_set_num_threads(4);
+    EXPECT_EQ(qel::threadsFor({1920, 1080}), 1);
+    EXPECT_EQ(qel::threadsFor({3840, 2160}), 3);
+    EXPECT_EQ(qel::threadsFor({30000, 20000}), 4);
+    EXPECT_EQ(qel::threadsFor({INT_MAX, 3}), 3);
+    omp_set_num_threads(threads);
+}
+
+// The workers of OpenMP do not come along through fork(): without the pause the child would wait for them for ever.
+TEST(Threads, AChildMayCallAfterAPause)
+{
+    const QelSize roi = {4096, 2048};
+    std::vector<uint8_t> rgb(size_t(3) * roi.width * roi.height, 7), grey(rgb.size() / 3);
+    auto convert = [&] { return qeliRGBToY_JPEG_8u_C3C1R(rgb.data(), 3 * roi.width, grey.data(), roi.width, roi); };
+    const int threads = omp_get_max_threads();
+    omp_set_num_threads(2);
+    ASSERT_EQ(qel::threadsFor(roi), 2);
+    ASSERT_EQ(convert(), qelStsNoErr);
+    ASSERT_EQ(omp_pause_resource_all(omp_pause_hard), 0);
+    pid_t child = fork();
+    ASSERT_GE(child, 0);
+    if (child == 0) {
+        alarm(60);
+        grey.assign(grey.size(), 0);
+        bool isRight = convert() == qelStsNoErr && grey.front() == 7 && grey.back() == 7;
+        _exit(isRight ? 0 : 1);
+    }
+    int status = -1;
+    ASSERT_EQ(waitpid(child, &status, 0), child);
+    EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << status;
+    omp_set_num_threads(threads);
 }
 #endif
 

@@ -63,7 +63,7 @@ template <class Table, class T> void pairs(LiftingKernels<T> Table::*of)
     });
 }
 
-// Loops over as many columns and elements as an int can count: without memory, as the kernel only adds widths up.
+// The loop over as many columns as an int can count: without memory, as the kernel only adds widths up.
 TEST(WaveletLoops, EndAtTheWidestLines)
 {
     static int64_t columns;
@@ -73,9 +73,6 @@ TEST(WaveletLoops, EndAtTheWidestLines)
     auto rows = inTurns((int32_t*)nullptr, INT_MAX);
     liftColumns<int32_t>(kernels, Direction::forward, extendedLine(1, 0), rows, rows, INT_MAX);
     EXPECT_EQ(columns, INT_MAX);
-    int64_t elements = 0;
-    eachPiece(INT_MAX, [&](int first, int n) { elements += first >= 0 ? n : 0; });
-    EXPECT_EQ(elements, INT_MAX);
 }
 
 TEST(Wavelet53Kernels, Rows16) { rows(&Wavelet53Kernels::of16s); }
