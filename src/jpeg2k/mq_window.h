@@ -44,7 +44,7 @@ inline bool takeByte(MqBits& bits, MqInput* in)
 
 __attribute__((noinline)) MqBits refill(uint64_t code, int64_t count, MqInput* in)
 {
-    if (in->position + 8 <= in->length) {
+    if (in->length - in->position >= 8) {
         uint64_t word = loadBig64(in->buffer + in->position);
         if (!hasFF(word)) {
             in->position += 6;
