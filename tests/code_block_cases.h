@@ -21,13 +21,13 @@ inline std::vector<uint8_t> randomSegment(Random& random, int length)
     return bytes;
 }
 
-// Of any style. The bytes of most segments end before their passes do.
+// Of any style, also with planes that have no place. The bytes of most segments end before their passes do.
 inline CodedBlock randomBlock(Random& random)
 {
     static const QelSize sizes[] = {{1, 1},   {2, 3},   {16, 4},   {17, 3},   {5, 9},   {32, 32}, {64, 64},
                                     {13, 40}, {40, 13}, {4, 1024}, {1024, 4}, {1, 300}, {300, 1}};
     QelSize size = sizes[random.between(0, 12)];
-    CodedBlock block = {size.width, size.height, random.between(0, 3), random.between(0, random.between(1, 31))};
+    CodedBlock block = {size.width, size.height, random.between(0, 3), random.between(0, random.between(1, 36))};
     block.passes = random.between(-1, 3 * block.planes + 2);
     // Most blocks have a few modes.
     for (int bit = 1; bit <= JPEG2K_SEGMENTATION_SYMBOLS; bit *= 2) block.style |= random.between(0, 2) == 0 ? bit : 0;

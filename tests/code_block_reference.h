@@ -14,11 +14,10 @@ namespace qel::test {
 // The library's own steps, one decision at a time: what all bytes mean, also those that no encoder writes.
 struct StepwiseMq {
     MqDecoderState state = {};
-    int decisions = 0; // since it was made
 
     void start(const uint8_t* src, int length) { mqDecoderInit(&state, src, length); }
     void reset() { mqDecoderResetCtx(&state); }
-    int next(int context) { return ++decisions, ownqj_DecoderDecode_asm(&state, context, owniEstimator_JPEG2K); }
+    int next(int context) { return ownqj_DecoderDecode_asm(&state, context, owniEstimator_JPEG2K); }
     int checkTermination() { return mqDecoderCheckErrPredTerm(&state); }
 };
 
@@ -47,9 +46,14 @@ public:
 
     StepwiseMq mq;
     RawBits raw;
-    bool isRaw = false; // where the decisions of the next pass come from
+    bool isRaw = false;             // where the decisions of the next pass come from
+    std::vector<uint8_t> decisions; // each (context << 1) | decision
 
-    uint32_t coefficient(int x, int y) const { return at(x, y).value; }
+    // Planes above 30 have no place but in the sign.
+    uint32_t coefficient(int x, int y) const
+    {
+        return uint32_t(at(x, y).isNegative) << 31 | uint32_t(at(x, y).magnitude & 0x7FFFFFFF);
+    }
 
     void significancePropagation(int plane)
     {
@@ -66,8 +70,8 @@ public:
             Sample& sample = at(x, y);
             if (!sample.isSignificant || sample.isVisited) return;
             int context = sample.isRefined ? 18 : zeroContext(x, y) == 2 ? 16 : 17;
-            uint32_t bit = uint32_t(next(context)), unit = 1u << plane;
-            sample.value = (sample.value & -2 * unit) + bit * unit + unit / 2;
+            uint64_t bit = uint64_t(next(context)), unit = uint64_t(1) << plane;
+            sample.magnitude = (sample.magnitude & -2 * unit) + bit * unit + unit / 2;
             sample.isRefined = true;
         });
     }
@@ -78,9 +82,9 @@ public:
         inScanOrder([&](int x, int y) {
             if (skipped > 0) return void(--skipped);
             if (y % 4 == 0 && y + 3 < height_ && isQuiet(x, y)) {
-                if (!mq.next(1)) return void(skipped = 3);
-                skipped = mq.next(0) * 2;
-                skipped += mq.next(0);
+                if (!next(1)) return void(skipped = 3);
+                skipped = next(0) * 2;
+                skipped += next(0);
                 decodeSign(x, y + skipped, plane);
                 return;
             }
@@ -92,19 +96,24 @@ public:
     bool segmentationSymbolIsWrong()
     {
         int symbol = 0;
-        for (int i = 0; i < 4; ++i) symbol = symbol * 2 + mq.next(0);
+        for (int i = 0; i < 4; ++i) symbol = symbol * 2 + next(0);
         return symbol != 0b1010;
     }
 
 private:
     struct Sample {
-        uint32_t value = 0;
-        bool isSignificant = false, isVisited = false, isRefined = false;
+        uint64_t magnitude = 0;
+        bool isNegative = false, isSignificant = false, isVisited = false, isRefined = false;
     };
 
     Sample& at(int x, int y) { return samples[size_t(y) * width_ + x]; }
     const Sample& at(int x, int y) const { return samples[size_t(y) * width_ + x]; }
-    int next(int context) { return isRaw ? raw.take() : mq.next(context); }
+    int next(int context)
+    {
+        int decision = isRaw ? raw.take() : mq.next(context);
+        decisions.push_back(uint8_t(context << 1 | decision));
+        return decision;
+    }
 
     // The neighbour at (x + dx, y + dy): 0 if it is not significant, else its sign.
     int neighbour(int x, int y, int dx, int dy) const
@@ -112,7 +121,7 @@ private:
         if (isCausal_ && dy > 0 && y % 4 == 3) return 0;
         x += dx, y += dy;
         if (x < 0 || y < 0 || x >= width_ || y >= height_ || !at(x, y).isSignificant) return 0;
-        return at(x, y).value >> 31 ? -1 : 1;
+        return at(x, y).isNegative ? -1 : 1;
     }
     int count(int x, int y, int dx, int dy) const
     {
@@ -146,8 +155,8 @@ private:
         };
         static const int contexts[3][3] = {{15, 14, 13}, {12, 11, 12}, {13, 14, 15}}; // by h, v from -1 up
         int h = sum(1, 0), v = sum(0, 1), flip = h < 0 || (h == 0 && v < 0);
-        uint32_t sign = uint32_t(isRaw ? raw.take() : mq.next(contexts[h + 1][v + 1]) ^ flip);
-        at(x, y).value = sign << 31 | uint32_t((uint64_t(3) << plane) / 2);
+        at(x, y).isNegative = next(contexts[h + 1][v + 1]) ^ (isRaw ? 0 : flip);
+        at(x, y).magnitude = (uint64_t(3) << plane) / 2;
         at(x, y).isSignificant = true;
     }
 
@@ -180,7 +189,8 @@ struct DecodedBlock {
     std::vector<uint32_t> coefficients;
     QelStatus status = qelStsNoErr;
     int errorPlane = -1;
-    int decisions = 0; // of the MQ coder; raw bits do not count
+    int decisions = 0;                             // of the MQ coder; raw bits do not count
+    std::vector<std::vector<uint8_t>> passes = {}; // with raw ones, their decisions
 };
 
 // Pass i of a block: the first is a cleanup pass; three follow for every further plane.
@@ -215,6 +225,9 @@ inline DecodedBlock decodeReference(const CodedBlock& block)
         if (kind == PassKind::magnitudeRefinement) reference.magnitudeRefinement(plane);
         if (isCleanup) reference.cleanup(plane);
         if (isCleanup && block.style & JPEG2K_SEGMENTATION_SYMBOLS) failed = reference.segmentationSymbolIsWrong();
+        decoded.decisions += reference.isRaw ? 0 : int(reference.decisions.size());
+        decoded.passes.push_back(std::move(reference.decisions));
+        reference.decisions.clear();
         // Only an MQ segment that can have ended is looked at.
         bool isLastPlane = plane == (bypasses ? std::max(block.planes - 4, 0) : 0), endsByStyle = bypasses && pass > 9;
         if (block.style & JPEG2K_PREDICTABLE_TERMINATION && !reference.isRaw &&
@@ -228,10 +241,9 @@ inline DecodedBlock decodeReference(const CodedBlock& block)
             current = plane - 1;
         }
     }
-    decoded.decisions = reference.mq.decisions;
     for (int y = 0; y < block.height; ++y)
         for (int x = 0; x < block.width; ++x) {
-            uint32_t value = reference.coefficient(x, y), kept = ~0u << std::max(current, 0);
+            uint32_t value = reference.coefficient(x, y), kept = uint32_t(~uint64_t(0) << std::max(current, 0));
             if (decoded.errorPlane >= 0 && block.style & JPEG2K_CONCEAL_ERRORS)
                 value = (value & kept & 0x7FFFFFFF) ? (value & kept) | 1u << current : 0;
             if (!(block.style & JPEG2K_KEEP_LOW_BITS)) value &= kept;

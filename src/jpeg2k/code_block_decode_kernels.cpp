@@ -56,8 +56,9 @@ struct RawSource {
     QEL_INLINE unsigned isNegative(unsigned, unsigned) { return next(); }
 };
 
-// The value of a sample that becomes significant in a plane.
-constexpr uint32_t bitAndHalf(int plane) { return plane > 31 ? 0 : uint32_t(uint64_t(3) << plane >> 1) & INT32_MAX; }
+// A bit of magnitudes, and half of it for what lies below; bits above 30 have no place.
+constexpr uint32_t bitOf(int plane) { return plane > 30 ? 0 : 1u << plane; }
+constexpr uint32_t halfOf(int plane) { return plane > 31 ? 0 : 1u << plane >> 1; }
 
 // By row, the neighbours of a sample that come later in the scan.
 constexpr uint64_t kLaterNeighbours[kStripeHeight] = {0b110010, 0b111010, 0b111010, 0b011000};
@@ -133,7 +134,7 @@ template <class Visit> QEL_INLINE void forGroups(DecodeCBProgrState* state, Visi
     const auto pitch = ptrdiff_t(state->flagPitch);
     Group group;
     group.rowStep = state->dstStep;
-    group.significantValue = bitAndHalf(state->plane);
+    group.significantValue = bitOf(state->plane) | halfOf(state->plane);
     for (int y = 0; y < state->height; y += kStripeHeight) {
         int left = state->height - y;
         group.isWholeStripe = left >= kStripeHeight;
@@ -187,8 +188,7 @@ template <class Source> QEL_INLINE void propagateSignificance(DecodeCBProgrState
 
 template <class Source> QEL_INLINE void refineMagnitudes(DecodeCBProgrState* state)
 {
-    int plane = state->plane;
-    const uint32_t kept = plane > 30 ? 0 : ~0u << plane << 1, bit = plane > 30 ? 0 : 1u << plane, half = bit >> 1;
+    const uint32_t bit = bitOf(state->plane), half = halfOf(state->plane), kept = ~(bit ? 2 * bit - 1 : INT32_MAX);
     typename Source::Memory memory(state->mq);
     Source source(*state, &memory);
     forGroups(state, [&](Group& group, GroupMasks masks) QEL_INLINE_BODY -> uint64_t {
