@@ -30,7 +30,7 @@ typedef struct QelDecodeCBProgrState QelDecodeCBProgrState;
 
 /* Bytes of the buffer for code-blocks of up to this size: round-up-to-32(4 * width + 8) * (ceil(height / 2) + 2) + 388,
  * 10180 for 64x64. The buffer may lie at any address, but stays there from Init on. Returns qelStsNullPtrErr if pSize
- * is null, qelStsSizeErr if width or height is less than 1 or the bytes do not fit an int. */
+ * is null, qelStsSizeErr, with *pSize left alone, if a side is less than 1 or the bytes do not fit an int. */
 QEL_API QelStatus qeliDecodeGetBufSize_JPEG2K(QelSize maxSize, int* pSize);
 
 /* Decodes a code-block (T.800 D.1 to D.7) whose segments are all at hand.
@@ -38,25 +38,29 @@ QEL_API QelStatus qeliDecodeGetBufSize_JPEG2K(QelSize maxSize, int* pSize);
  * pSrc has the segments one after the other, pSegLengths their nSegments lengths in bytes; a byte behind the end of a
  * segment counts as 0xFF, and none is read. pDst takes size.height rows of size.width coefficients, dstStep bytes
  * apart, each as sign and magnitude: bit 31 is 1 for a negative one, bit p of the others is magnitude bit plane p.
- * bandType is 0 for LL, 1 for LH (low-pass horizontally), 2 for HL, 3 for HH. nBitPlanes is the number of magnitude bit
- * planes that are coded, the zero ones at the top not counted: the first pass is the cleanup pass of plane
- * nBitPlanes - 1; planes above 30 are decoded, but have no place in a coefficient. nPasses is the number of coding
- * passes in all segments; those below plane 0 are not decoded. style is a sum of QelCodeBlockStyle. Which passes a
- * segment holds follows from it: with JPEG2K_TERMINATE_EVERY_PASS each has one; else with JPEG2K_BYPASS the first
- * segment ends with the fourth plane (its first ten passes), and then segments with the raw significance propagation
- * and refinement passes of a plane and segments with its cleanup pass take turns; else there is one segment.
+ * bandType is 0 for LL, 1 for LH (low-pass horizontally), 2 for HL, 3 for HH; any other is like 0 and 1. nBitPlanes is
+ * the number of magnitude bit planes that are coded, the zero ones at the top not counted (Mb less those of the packet
+ * header): the first pass is the cleanup pass of plane nBitPlanes - 1. Below 1 nothing is decoded; planes above 30 are,
+ * but only signs and the half below plane 31 have a place in a coefficient. nPasses is the number of coding passes in
+ * all segments; those below plane 0 are not decoded. style is a sum of QelCodeBlockStyle. Which passes a segment holds
+ * follows from it: with JPEG2K_TERMINATE_EVERY_PASS each has one; else with JPEG2K_BYPASS the first segment ends with
+ * the fourth plane (its first ten passes), and then segments with the raw significance propagation and refinement
+ * passes of a plane and segments with its cleanup pass take turns; else there is one segment.
  *
- * A magnitude has its decoded bits, and below them a one: half of what is not known. The last plane that was decoded
- * ends it: after a whole number of planes down to plane p all bits below p are cleared, with that one, unless the style
- * has JPEG2K_KEEP_LOW_BITS; a coefficient that has no bit of plane p yet keeps the one that stands there for it.
+ * A magnitude has its decoded bits, and below them a one: half of what is not known. Unless the style has
+ * JPEG2K_KEEP_LOW_BITS, all bits below the current plane are cleared in the end. That is the plane p of the last pass,
+ * so that the one goes; but a coefficient that has no bit of plane p yet keeps the one that stands there for it. Where
+ * a cleanup pass ends a segment for another one to follow, so with every pass terminated behind each cleanup pass, the
+ * current plane is p - 1 already, and the one stays (see qeliDecodeCBProgrGetCurBitPlaneNum_JPEG2K).
  *
  * Checks, in this order: pSrc and pState (qelStsNullPtrErr), the size (qelStsSizeErr), pSegLengths and pDst
  * (qelStsNullPtrErr), dstStep below 1 (qelStsStepErr). Then qelStsNoErr; or, if a segmentation symbol or, with
  * JPEG2K_PREDICTABLE_TERMINATION, the end of a segment is wrong, qelStsJPEG2KCodeBlockIsFinished: the plane of that
  * pass goes to *pErrorBitPlane, which may be null and is otherwise not written, and the coefficients have what was
- * decoded up to and with that pass; with JPEG2K_CONCEAL_ERRORS they are cut off above it as
- * qeliDecodeCBProgrConcealError_JPEG2K does. Where a style asks for both checks, that of the termination decides. All
- * other damage goes unnoticed, and does no harm.
+ * decoded up to and with that pass; with JPEG2K_CONCEAL_ERRORS they are cut off below that plane, which stays, as
+ * qeliDecodeCBProgrConcealError_JPEG2K does. Where a style asks for both checks, that of the termination decides. It is
+ * made behind arithmetic coded passes that end their segment; where the first segment has several passes, only if these
+ * go down to the last plane that it may have. All other damage goes unnoticed, and does no harm.
  *
  * Worked: the byte 0x00 with one plane and one pass, of a block of 1x1, decodes to 1. */
 QEL_API QelStatus qeliDecodeCodeBlock_JPEG2K_1u32s_C1R(const uint8_t* pSrc, int32_t* pDst, int dstStep, QelSize size,
@@ -68,8 +72,8 @@ QEL_API QelStatus qeliDecodeCodeBlock_JPEG2K_1u32s_C1R(const uint8_t* pSrc, int3
  * Meanwhile the coefficients are what has been decoded, and ClearLeastSfBits or ConcealError may end the block.
  *
  * Each returns qelStsNullPtrErr if pState is null, and all but Init qelStsContextMatchErr if Init has not been called.
- * Then Attach returns qelStsNullPtrErr for a null pDst, qelStsSizeErr, qelStsStepErr; Step returns
- * qelStsJPEG2KCodeBlockIsNotAttached before Attach, qelStsNullPtrErr for a null pSrc. */
+ * Then Attach returns qelStsNullPtrErr for a null pDst, qelStsStepErr if dstStep is less than 1, qelStsSizeErr if a
+ * side is; Step returns qelStsJPEG2KCodeBlockIsNotAttached before Attach, qelStsNullPtrErr for a null pSrc. */
 QEL_API QelStatus qeliDecodeCBProgrInit_JPEG2K(QelDecodeCBProgrState* pState);
 /* Size, bandType, nBitPlanes, nPasses and style as above. The size may be any for which the buffer suffices. */
 QEL_API QelStatus qeliDecodeCBProgrAttach_JPEG2K_32s_C1R(int32_t* pDst, int dstStep, QelSize size, int bandType,
@@ -78,11 +82,14 @@ QEL_API QelStatus qeliDecodeCBProgrAttach_JPEG2K_32s_C1R(int32_t* pDst, int dstS
 /* Decodes the next segment. With no passes left it does nothing. Returns qelStsJPEG2KCodeBlockIsFinished as above, then
  * also for all later segments. */
 QEL_API QelStatus qeliDecodeCBProgrStep_JPEG2K(const uint8_t* pSrc, int segmentLength, QelDecodeCBProgrState* pState);
-/* The plane that the last pass belonged to, or that of the next one where the style has the pass followed by another
- * segment; -1 behind the last plane. */
+/* The plane of the last pass; before the first one nBitPlanes - 1, or -1 if there are no planes. Where a cleanup pass
+ * ends its segment it is the next lower plane already: with JPEG2K_TERMINATE_EVERY_PASS behind each of them; else with
+ * JPEG2K_BYPASS behind that of the fourth plane, or of the last if there are fewer, and behind later ones if passes are
+ * left. So behind all planes it is -1, or 0 where no segment could follow; with more passes than planes can have, -1.
+ * Returns qelStsNullPtrErr for a null pBitPlane. */
 QEL_API QelStatus qeliDecodeCBProgrGetCurBitPlaneNum_JPEG2K(int* pBitPlane, QelDecodeCBProgrState* pState);
-/* Of each coefficient the bits from the current plane up are kept; if its magnitude then is not 0, the bit of that
- * plane is set, and else the coefficient becomes 0. */
+/* Of each coefficient the bits from the current plane up, those of that plane too, are kept; if its magnitude then is
+ * not 0, the bit of that plane is set, and else the coefficient becomes 0. */
 QEL_API QelStatus qeliDecodeCBProgrConcealError_JPEG2K(QelDecodeCBProgrState* pState);
 /* Clears the bits of all coefficients below the current plane. */
 QEL_API QelStatus qeliDecodeCBProgrClearLeastSfBits_JPEG2K(QelDecodeCBProgrState* pState);
@@ -101,20 +108,22 @@ QEL_API QelStatus qeliEncodeFree_JPEG2K(QelEncodeState* pState);
 /* Encodes a code-block (T.800 D.1 to D.7), to be asked for by the functions below until the next one is loaded.
  *
  * pSrc has `height` rows of `width` coefficients, srcStep bytes apart, each as sign and magnitude: bit 31 is 1 for a
- * negative one. bandType is 0 for LL, 1 for LH (low-pass horizontally), 2 for HL, 3 for HH. nBitPlanes says which
- * planes of magnitude bits are coded: those from bit 30 down to bit 31 - nBitPlanes, but for those at the top that are
- * 0 throughout. The bits below count for distortions. `reserved` is not read. style is a sum of
- * JPEG2K_VERTICALLY_CAUSAL, JPEG2K_BYPASS, JPEG2K_TERMINATE_EVERY_PASS, JPEG2K_RESET_EVERY_PASS,
- * JPEG2K_SEGMENTATION_SYMBOLS and JPEG2K_LOSSLESS; other bits do not matter.
+ * negative one. bandType is that of decoding. nBitPlanes says which planes of magnitude bits are coded: those from bit
+ * 30 down to bit 31 - nBitPlanes, but for those at the top that are 0 throughout; none if it is less than 1. The bits
+ * below count for distortions. `reserved` is not read. style is a sum of JPEG2K_VERTICALLY_CAUSAL, JPEG2K_BYPASS,
+ * JPEG2K_TERMINATE_EVERY_PASS, JPEG2K_RESET_EVERY_PASS, JPEG2K_SEGMENTATION_SYMBOLS and JPEG2K_LOSSLESS; other
+ * bits do not matter.
  *
  * terminationMethod is how arithmetic coded segments end: 0 with the flush of T.800 C.2.9, 1 with the fewest bytes that
  * decode to the same, 2 predictably (D.4.2). Raw segments always end predictably; if there is no bit left to fill,
  * their last byte may be 0xFF, which a file must not have at the end of a segment (D.6) and a decoder supplies: leave
  * it out.
  *
- * *pNumBitPlanes becomes the number of magnitude bits of the largest magnitude, which is what a decoder is to be told;
- * *pNumPasses the number of coding passes, three for each plane that is coded but the first, which has one;
- * *pNumSegments the number of codeword segments, 0 without a pass.
+ * *pNumBitPlanes becomes the number of magnitude bits of the largest magnitude; *pNumPasses the number of coding
+ * passes, three for each plane that is coded but the first, which has one; *pNumSegments the number of codeword
+ * segments, 0 without a pass. A decoder that is told *pNumBitPlanes puts coefficients where they were; one that is told
+ * as many less 31 - nBitPlanes puts the lowest plane at bit 0. If nBitPlanes is Mb of the band (T.800 E-2), packet
+ * headers count 31 - *pNumBitPlanes zero bit planes.
  *
  * Returns, in this order: qelStsNullPtrErr for a null pState, qelStsContextMatchErr for one that InitAlloc has not
  * made, qelStsNullPtrErr for a null output, qelStsSizeErr if a side is less than 1, qelStsNullPtrErr for a null pSrc,

@@ -296,7 +296,7 @@ QelStatus qeliDecodeCBProgrInit_JPEG2K(QelDecodeCBProgrState* pState)
 QelStatus qeliDecodeCBProgrAttach_JPEG2K_32s_C1R(int32_t* pDst, int dstStep, QelSize size, int bandType, int nBitPlanes,
                                                  int nPasses, int style, QelDecodeCBProgrState* pState)
 {
-    if (QelStatus bad = first(initialised(pState), pointers(pDst), qel::size(size), steps(dstStep))) return bad;
+    if (QelStatus bad = first(initialised(pState), pointers(pDst), steps(dstStep), qel::size(size))) return bad;
     DecodeCBProgrState state = stateIn(pState);
     attach(state, pDst, dstStep, size, bandType, nBitPlanes, nPasses, style);
     put(pState, state);

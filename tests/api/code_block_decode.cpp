@@ -102,7 +102,7 @@ TEST(DecodeBySteps, OrderOfFaults)
     EXPECT_EQ(qeliDecodeCBProgrInit_JPEG2K(one.state()), qelStsNoErr);
     EXPECT_EQ(qeliDecodeCBProgrStep_JPEG2K(nullptr, -1, one.state()), qelStsJPEG2KCodeBlockIsNotAttached);
     expectFaults(qeliDecodeCBProgrAttach_JPEG2K_32s_C1R, {&one.dst, 4, {1, 1}, 0, 1, 1, 0, one.state()}, null<7>,
-                 null<0>, size<2>, step<1>);
+                 null<0>, step<1>, size<2>);
     EXPECT_EQ(qeliDecodeCBProgrStep_JPEG2K(one.src, 1, one.state()), qelStsJPEG2KCodeBlockIsNotAttached);
     EXPECT_EQ(one.dst, 7);
     EXPECT_EQ(attach(&one.dst, 4, {1, 1}, one.state()), qelStsNoErr);
