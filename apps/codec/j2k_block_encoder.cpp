@@ -49,7 +49,7 @@ int libraryStyle(const J2kBandCoding& band)
         {j2k_style::kTerminateEvery, JPEG2K_TERMINATE_EVERY_PASS},      {j2k_style::kReset, JPEG2K_RESET_EVERY_PASS},
         {j2k_style::kSegmentationSymbols, JPEG2K_SEGMENTATION_SYMBOLS},
     };
-    int style = band.isLossless ? JPEG2K_LOSSLESS : 0;
+    int style = JPEG2K_LEAST_RATES | (band.isLossless ? JPEG2K_LOSSLESS : 0);
     for (auto [ours, theirs] : kStyles)
         if (band.style & ours) style |= theirs;
     return style;

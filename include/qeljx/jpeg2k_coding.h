@@ -12,17 +12,18 @@ extern "C" {
  * places (T.800 Table A.19): there bypass is 0x1, reset 0x2, termination 0x4, causal contexts 0x8, predictable
  * termination 0x10, segmentation symbols 0x20. */
 typedef enum {
-    JPEG2K_VERTICALLY_CAUSAL = 0x1,           /* contexts do not look into the stripe below (T.800 D.7) */
-    JPEG2K_BYPASS = 0x2,                      /* raw bits in the lower planes (D.6) */
-    JPEG2K_TERMINATE_EVERY_PASS = 0x4,        /* every pass is a segment of its own (D.4.2) */
-    JPEG2K_RESET_EVERY_PASS = 0x8,            /* contexts start anew with every pass (D.4.1) */
-    JPEG2K_SEGMENTATION_SYMBOLS = 0x10,       /* four symbols follow each cleanup pass (D.5) */
-    JPEG2K_LOSSLESS = 0x20,                   /* encoding: the lowest plane makes coefficients exact, for distortions */
-    JPEG2K_CONCEAL_ERRORS = 0x10000,          /* decoding of whole blocks: hide what an error may have spoilt */
-    JPEG2K_KEEP_DESTINATION = 0x20000,        /* the coefficients are not set to 0 first */
-    JPEG2K_KEEP_LOW_BITS = 0x40000,           /* decoding of whole blocks: planes that are not there are not cleared */
-    JPEG2K_KEEP_FLAGS = 0x80000,              /* what the buffer knows of significant samples is not cleared first */
-    JPEG2K_PREDICTABLE_TERMINATION = 0x100000 /* the ends of segments tell of errors (D.4.2) */
+    JPEG2K_VERTICALLY_CAUSAL = 0x1,     /* contexts do not look into the stripe below (T.800 D.7) */
+    JPEG2K_BYPASS = 0x2,                /* raw bits in the lower planes (D.6) */
+    JPEG2K_TERMINATE_EVERY_PASS = 0x4,  /* every pass is a segment of its own (D.4.2) */
+    JPEG2K_RESET_EVERY_PASS = 0x8,      /* contexts start anew with every pass (D.4.1) */
+    JPEG2K_SEGMENTATION_SYMBOLS = 0x10, /* four symbols follow each cleanup pass (D.5) */
+    JPEG2K_LOSSLESS = 0x20,             /* encoding: the lowest plane makes coefficients exact, for distortions */
+    JPEG2K_CONCEAL_ERRORS = 0x10000,    /* decoding of whole blocks: hide what an error may have spoilt */
+    JPEG2K_KEEP_DESTINATION = 0x20000,  /* the coefficients are not set to 0 first */
+    JPEG2K_KEEP_LOW_BITS = 0x40000,     /* decoding of whole blocks: planes that are not there are not cleared */
+    JPEG2K_KEEP_FLAGS = 0x80000,        /* what the buffer knows of significant samples is not cleared first */
+    JPEG2K_PREDICTABLE_TERMINATION = 0x100000, /* decoding: the ends of segments tell of errors (D.4.2) */
+    JPEG2K_LEAST_RATES = 0x200000              /* encoding: rates are not bounds, but the least numbers of bytes */
 } QelCodeBlockStyle;
 
 /* The decoder of one code-block, in the caller's buffer. */
@@ -111,8 +112,8 @@ QEL_API QelStatus qeliEncodeFree_JPEG2K(QelEncodeState* pState);
  * negative one. bandType is that of decoding. nBitPlanes says which planes of magnitude bits are coded: those from bit
  * 30 down to bit 31 - nBitPlanes, but for those at the top that are 0 throughout; none if it is less than 1. The bits
  * below count for distortions. `reserved` is not read. style is a sum of JPEG2K_VERTICALLY_CAUSAL, JPEG2K_BYPASS,
- * JPEG2K_TERMINATE_EVERY_PASS, JPEG2K_RESET_EVERY_PASS, JPEG2K_SEGMENTATION_SYMBOLS and JPEG2K_LOSSLESS; other
- * bits do not matter.
+ * JPEG2K_TERMINATE_EVERY_PASS, JPEG2K_RESET_EVERY_PASS, JPEG2K_SEGMENTATION_SYMBOLS, JPEG2K_LOSSLESS and
+ * JPEG2K_LEAST_RATES; other bits do not matter.
  *
  * terminationMethod is how arithmetic coded segments end: 0 with the flush of T.800 C.2.9, 1 with the fewest bytes that
  * decode to the same, 2 predictably (D.4.2). Raw segments always end predictably; if there is no bit left to fill,
@@ -140,8 +141,16 @@ QEL_API QelStatus qeliEncodeLoadCodeBlock_JPEG2K_32s_C1R(const int32_t* pSrc, in
  * has not made, qelStsNullPtrErr for a null output, then qelStsJPEG2KBadPassNumber for an index outside 0 to the number
  * of passes or segments less 1; the output is left alone then. */
 
-/* The number of bytes, from the first one of the block on, that decode to all of this and the earlier passes. It is the
- * least but where a segment ends, never decreases, and never ends with 0xFF, which a decoder supplies. */
+/* A number of bytes, from the first one of the block on, that decodes to all of this and the earlier passes; it never
+ * decreases from one to the next.
+ *
+ * It counts what the coder has put out when the pass ends, and what its registers take at most: mostly two bytes more
+ * than needed. So it may be up to four bytes beyond the end of the segment, or of the block: callers cut it off there.
+ * When qeliEncodeStoreBits_JPEG2K_1u stores the byte that it ends with, and that is 0xFF, which decoders supply, it
+ * becomes one less.
+ *
+ * With JPEG2K_LEAST_RATES it is at once the least that will do, but for the last pass of a segment, which gets all of
+ * that; and it never ends with 0xFF. */
 QEL_API QelStatus qeliEncodeGetRate_JPEG2K(const QelEncodeState* pState, int passIndex, uint32_t* pRate);
 /* By how much the pass reduces the block's squared error (J.14.4): *pMantissa * 2^*pExponent, in units of the square of
  * the step of plane 31 - nBitPlanes. It may be negative. */

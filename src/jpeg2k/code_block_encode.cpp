@@ -24,7 +24,8 @@ constexpr int kMostPasses = 3 * kMagnitudeBits - 2;
 struct Pass {
     int32_t mantissa, exponent;
     uint32_t rate;
-    MqInterval interval;
+    uint32_t emitted;    // bytes of the block before those that are still in the coder's registers
+    MqInterval interval; // what these amount to
 };
 
 }
@@ -119,42 +120,51 @@ void setReduction(Pass& pass, int64_t reduction, int exponent)
     pass.exponent = exponent;
 }
 
-// A truncation never ends on 0xFF: decoders supply that byte.
-uint32_t withoutLastFF(const uint8_t* coded, uint32_t length)
+// What is in the coder's registers after a pass takes at most so many bytes; the last of the MQ coder's need not be in
+// the segment. The byte before the first one of a segment is none.
+uint32_t bytesHeld(const DecisionCoder& coder, bool isRaw)
 {
-    while (length > 0 && coded[length - 1] == 0xFF) --length;
-    return length;
+    if (isRaw) return coder.raw.isPending();
+    const MqEncoder& mq = coder.mq;
+    return (27 - mq.ct > (mq.b < 254 ? 23 : 22) ? 5u : 4u) - mq.isFirst;
 }
 
-// Codes what a pass has recorded, behind what is coded.
-void code(QelEncodeState& state, bool isRaw, bool atEnd, const PassRecord& record, Pass& pass)
+// Bytes that decode to a pass do so to all earlier ones.
+void setRate(QelEncodeState& state, int pass, uint32_t rate)
 {
-    DecisionCoder& coder = state.coder;
-    coder.record(state.decisions, int(record.end - state.decisions));
+    state.passes[pass].rate = rate;
+    for (; pass > 0 && state.passes[pass - 1].rate > rate; --pass) state.passes[pass - 1].rate = rate;
+}
+
+// Codes decisions, or ends the segment, behind what is coded.
+void code(QelEncodeState& state, int (*encode)(DecisionCoder& coder, uint8_t* dst, int* pCount))
+{
     int count = (int)(Sizes(state.largest).coded - state.codedLength);
-    auto encode = isRaw ? (atEnd ? decEncoderRawEncodeAndTerminate : decEncoderRawEncode)
-                        : (atEnd ? decEncoderMQEncodeAndTerminate : decEncoderMQEncode);
-    encode(coder, state.coded + state.codedLength, &count);
+    encode(state.coder, state.coded + state.codedLength, &count);
     state.codedLength += (uint32_t)count;
-    // The byte that is pending has the pass's last bits.
-    pass.rate = state.codedLength + (isRaw && coder.raw.isPending());
-    pass.interval = intervalOf(coder.mq);
 }
 
-// Ends a segment that began behind `begin` with the pass `first`. Its other passes end where the bytes that follow in
-// the segment do not matter any more to their decisions.
-void endSegment(QelEncodeState& state, int first, int last, uint32_t begin, bool isRaw)
+void endSegment(QelEncodeState& state, uint32_t begin, bool isRaw)
 {
+    code(state, isRaw ? decEncoderRawEncodeAndTerminate : decEncoderMQEncodeAndTerminate);
     uint32_t& end = state.codedLength;
     while (!isRaw && end > begin && state.coded[end - 1] == 0xFF) --end;
-    state.passes[last].rate = end;
-    for (int i = first; i <= last; ++i) {
-        Pass& pass = state.passes[i];
-        if (!isRaw && i < last)
-            pass.rate += (uint32_t)neededBytes(pass.interval, state.coded + pass.rate, int(end - pass.rate));
-        pass.rate = withoutLastFF(state.coded, pass.rate);
-    }
     state.segmentLengths[state.segmentCount++] = end - begin;
+}
+
+// Passes of a segment end where the bytes that follow in it do not matter any more to their decisions.
+void setLeastRates(QelEncodeState& state, int first, int last, bool isRaw)
+{
+    const uint32_t end = state.codedLength;
+    for (int i = first; i <= last; ++i) {
+        const Pass& pass = state.passes[i];
+        uint32_t rate = i == last ? end : pass.rate;
+        if (!isRaw && i < last)
+            rate = pass.emitted +
+                   (uint32_t)neededBytes(pass.interval, state.coded + pass.emitted, int(end - pass.emitted));
+        while (rate > 0 && state.coded[rate - 1] == 0xFF) --rate;
+        setRate(state, i, rate);
+    }
 }
 
 void encode(QelEncodeState& state, const BlockMaps& maps, const Sequence& sequence, int bandType)
@@ -163,17 +173,31 @@ void encode(QelEncodeState& state, const BlockMaps& maps, const Sequence& sequen
     uint32_t segmentBegin = 0;
     for (int i = 0; i < sequence.count(); ++i) {
         Pass& pass = state.passes[i];
-        bool isRaw = sequence.isRaw(i), atEnd = sequence.endsSegment(i);
+        bool isRaw = sequence.isRaw(i);
         PassRecord recorded = record(sequence, i, bandType, maps, state.decisions);
         setReduction(pass, recorded.reduction, 2 * (sequence.planeOf(i) - sequence.low) - kDistortionFractionBits);
-        code(state, isRaw, atEnd, recorded, pass);
+        state.coder.record(state.decisions, int(recorded.end - state.decisions));
+        code(state, isRaw ? decEncoderRawEncode : decEncoderMQEncode);
+        pass.emitted = state.codedLength;
+        pass.interval = intervalOf(state.coder.mq);
+        setRate(state, i, state.codedLength + bytesHeld(state.coder, isRaw));
         if (sequence.style & JPEG2K_RESET_EVERY_PASS) resetContexts(state.coder.mq);
-        if (!atEnd) continue;
-        endSegment(state, firstOfSegment, i, segmentBegin, isRaw);
+        if (!sequence.endsSegment(i)) continue;
+        endSegment(state, segmentBegin, isRaw);
+        if (sequence.style & JPEG2K_LEAST_RATES) setLeastRates(state, firstOfSegment, i, isRaw);
         firstOfSegment = i + 1;
         segmentBegin = state.codedLength;
     }
     state.passCount = sequence.count();
+}
+
+// A truncation does not end on 0xFF, which decoders supply: of the rates that end in a part of the bytes.
+void lowerRates(QelEncodeState& state, uint32_t begin, uint32_t end)
+{
+    for (int i = 0; i < state.passCount; ++i) {
+        uint32_t& rate = state.passes[i].rate;
+        if (rate > begin && rate <= end && state.coded[rate - 1] == 0xFF) --rate;
+    }
 }
 
 QelStatus checkState(const QelEncodeState* state)
@@ -292,6 +316,7 @@ QelStatus qeliEncodeStoreBits_JPEG2K_1u(uint8_t* pDst, int* pDstLen, QelEncodeSt
     if (QelStatus bad = length(*pDstLen)) return bad;
     auto count = (int)std::min<uint32_t>((uint32_t)*pDstLen, pState->codedLength - pState->storedLength);
     memcpy(pDst, pState->coded + pState->storedLength, (size_t)count);
+    lowerRates(*pState, pState->storedLength, pState->storedLength + (uint32_t)count);
     pState->storedLength += (uint32_t)count;
     *pDstLen = count;
     *pIsNotLast = pState->storedLength < pState->codedLength;

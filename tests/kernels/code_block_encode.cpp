@@ -1,8 +1,9 @@
-// Code-block encoding: every build of its kernels equals the scalar one, and the coders of decisions.
+// Code-block encoding: every build of its kernels equals the scalar one; the coders of decisions; the rates of passes.
 #include "jpeg2k/code_block_encode.h"
 
 #include <vector>
 
+#include "code_block_reference.h"
 #include "jpeg2k/decision_coder.h"
 #include "jpeg2k/mq_decoder.h"
 #include "kernels/every_build.h"
@@ -186,6 +187,129 @@ TEST(DecisionCoder, ShortestTermination)
         }
     }
     EXPECT_GT(saved, 0);
+}
+
+// The MQ encoder of T.800 Figures C.5 to C.8, and its registers as they stand behind a decision.
+struct PlainMq {
+    uint32_t a = 0x8000, c = 0, ct = 12;
+    Bytes bytes = {0}; // B is the last; the first is none of the segment
+    std::vector<uint32_t> index = {46, 3, 4}, mps = {};
+
+    PlainMq() { index.resize(kContexts), mps.resize(kContexts); }
+
+    void encode(int context, uint32_t decision)
+    {
+        const auto& [qe, afterMps, afterLps, isSwitched] = owniEstimator_JPEG2K[index[context]];
+        bool isMps = decision == mps[context];
+        a -= qe;
+        if (isMps == (a >= qe))
+            c += qe;
+        else
+            a = qe;
+        if (isMps && a >= 0x8000) return;
+        index[context] = isMps ? afterMps : afterLps;
+        mps[context] ^= isMps ? 0 : isSwitched;
+        for (; a < 0x8000; a *= 2) {
+            c *= 2;
+            if (--ct == 0) byteOut();
+        }
+    }
+    void byteOut()
+    {
+        if (bytes.back() != 0xFF && c >> 27) ++bytes.back(), c &= 0x7FFFFFF;
+        ct = bytes.back() == 0xFF ? 7 : 8;
+        bytes.push_back(uint8_t(c >> (27 - ct)));
+        c &= (1u << (27 - ct)) - 1;
+    }
+    uint32_t rate() const
+    {
+        auto outs = uint32_t(bytes.size()) - 1, more = 27 - ct > (bytes.back() < 254 ? 23 : 22) ? 5u : 4u;
+        return outs == 0 ? more - 1 : outs - 1 + more;
+    }
+};
+
+// Bytes of raw bits, also of one that has not got all of them.
+struct PlainRaw {
+    uint32_t bytes = 0, last = 0, free = 0;
+
+    void put(uint32_t bit)
+    {
+        if (free == 0) free = last == 0xFF ? 7 : 8, last = 0, ++bytes;
+        last |= bit << --free;
+    }
+};
+
+// What the bytes of a block decode to, coded again pass by pass.
+std::vector<uint32_t> ratesOf(const CodedBlock& block)
+{
+    DecodedBlock decoded = decodeReference(block);
+    PlainMq mq;
+    PlainRaw raw;
+    std::vector<uint32_t> rates;
+    uint32_t base = 0;
+    for (int pass = 0; pass < block.passes; ++pass) {
+        int segment = segmentOf(pass, block.style);
+        if (pass > 0 && segment != segmentOf(pass - 1, block.style)) {
+            base += uint32_t(block.segments[segment - 1].size());
+            mq.a = 0x8000, mq.c = 0, mq.ct = 12, mq.bytes = {0}, raw = {};
+        }
+        bool isRaw = block.style & JPEG2K_BYPASS && pass > 9 && kindOf(pass) != PassKind::cleanup;
+        for (uint8_t coded : decoded.passes[pass]) isRaw ? raw.put(coded & 1) : mq.encode(coded >> 1, coded & 1);
+        rates.push_back(base + (isRaw ? raw.bytes : mq.rate()));
+        for (int i = pass; i > 0; --i) rates[i - 1] = std::min(rates[i - 1], rates[i]);
+        if (block.style & JPEG2K_RESET_EVERY_PASS)
+            std::tie(mq.index, mq.mps) = std::tuple(PlainMq().index, PlainMq().mps);
+    }
+    return rates;
+}
+
+// Of all styles and terminations, before and after the bytes are stored.
+TEST(CodeBlockRates, FollowFromTheRegisters)
+{
+    Random random(5);
+    QelEncodeState* state = nullptr;
+    ASSERT_EQ(qeliEncodeInitAlloc_JPEG2K(&state, 64, 64), qelStsNoErr);
+    auto rates = [&](int passes) {
+        std::vector<uint32_t> all(static_cast<size_t>(passes));
+        for (int i = 0; i < passes; ++i) EXPECT_EQ(qeliEncodeGetRate_JPEG2K(state, i, &all[i]), qelStsNoErr);
+        return all;
+    };
+    int lowered = 0, beyond = 0;
+    for (int round = 0; round < 32 * 12; ++round) {
+        CodedBlock block = {
+            random.between(1, 64), random.between(1, round % 3 ? 64 : 3), random.between(0, 3), 0, 0, round % 32};
+        std::vector<int32_t> values(size_t(block.width * block.height));
+        for (int32_t& value : values)
+            value = int32_t(uint32_t(random.between(0, 1)) << 31) | random.between(0, 0xFFFF) >> random.between(0, 17);
+        int segments = 0;
+        ASSERT_EQ(qeliEncodeLoadCodeBlock_JPEG2K_32s_C1R(values.data(), 4 * block.width, block.width, block.height,
+                                                         state, block.bandType, 31, round / 32 % 3, 0, block.style,
+                                                         &block.planes, &block.passes, &segments),
+                  qelStsNoErr);
+        auto before = rates(block.passes);
+        Bytes bytes(1 << 16);
+        int count = 0;
+        for (int more = 1, piece; more; count += piece) {
+            piece = random.between(1, round % 2 ? 3 : 300);
+            ASSERT_EQ(qeliEncodeStoreBits_JPEG2K_1u(bytes.data() + count, &piece, state, &more), qelStsNoErr);
+        }
+        auto begin = bytes.begin();
+        for (int i = 0; i < segments; ++i) {
+            uint32_t length = 0;
+            ASSERT_EQ(qeliEncodeGetTermPassLen_JPEG2K(state, i, &length), qelStsNoErr);
+            block.segments.emplace_back(begin, begin + length);
+            begin += length;
+        }
+        auto expected = ratesOf(block);
+        ASSERT_EQ(before, expected) << "style " << block.style;
+        for (uint32_t& rate : expected) {
+            beyond += rate > uint32_t(count);
+            if (rate <= uint32_t(count) && bytes[rate - 1] == 0xFF) --rate, ++lowered;
+        }
+        ASSERT_EQ(rates(block.passes), expected) << "style " << block.style;
+    }
+    EXPECT_TRUE(lowered > 0 && beyond > 0);
+    EXPECT_EQ(qeliEncodeFree_JPEG2K(state), qelStsNoErr);
 }
 
 }
