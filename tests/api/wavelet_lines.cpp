@@ -215,8 +215,8 @@ int mirrored(int i, int len)
     while (len > 1 && (i < 0 || i >= len)) i = i < 0 ? -i : 2 * (len - 1) - i;
     return len > 1 ? i : 0;
 }
-// Line movers write the line with as much extension as the filter needs and not a sample more; every phase but 0 is odd,
-// and a single sample is its own extension.
+// Line movers write the line with as much extension as the filter needs and not a sample more; every phase but 0 is
+// odd, and a single sample is its own extension.
 TEST(WaveletDoors, ExtensionsAreExact)
 {
     for (int len = 1; len < 10; ++len)

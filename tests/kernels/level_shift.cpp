@@ -28,20 +28,16 @@ TEST(LevelShiftKernels, Blocks)
     everyBuild<LevelShiftKernels>([](const LevelShiftKernels& table) {
         Random random(2);
         for (int step : {8, 9, 24}) {
-            Guarded<uint8_t> samples(7 * step + 8);
-            Guarded<int16_t> block(64);
-            random.fill(samples.data(), samples.size());
-            table.sub128Block(samples.data(), step, block.data());
-            for (int i = 0; i < 64; ++i) ASSERT_EQ(block.data()[i], samples.data()[i / 8 * step + i % 8] - 128);
-
-            random.fill(block.data(), 64);
-            Guarded<uint8_t> expected(samples.size());
-            memcpy(expected.data(), samples.data(), samples.size());
-            for (int r = 0; r < 8; ++r)
-                LevelShiftKernels::scalar.add128(block.data() + 8 * r, expected.data() + r * step, 8);
-            table.add128Block(block.data(), samples.data(), step);
-            ASSERT_EQ(memcmp(samples.data(), expected.data(), samples.size()), 0) << step;
-            ASSERT_TRUE(samples.intact() && block.intact());
+            const std::vector<Room> rooms = {room<uint8_t>(size_t(7 * step + 8)), room<int16_t>(64), room<int16_t>(64)};
+            auto rows = [=](Rooms& r) {
+                for (int i = 0; i < 8; ++i) {
+                    LevelShiftKernels::scalar.sub128(r[0] + size_t(i * step), r[1] + size_t(16 * i), 8);
+                    LevelShiftKernels::scalar.add128(r[2] + size_t(16 * i), r[0] + size_t(i * step), 8);
+                }
+            };
+            expectSame(
+                random, rooms, Fault::behind, 1,
+                [&](Rooms& r) { table.sub128Block(r[0], step, r[1]), table.add128Block(r[2], r[0], step); }, rows);
         }
     });
 }
