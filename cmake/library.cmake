@@ -20,11 +20,12 @@ if(QELJX_OPENMP)
 endif()
 
 # The version script: the interface and the internal functions are exported by name, whatever the compiler would add.
+# The interface bears the number of the ABI; nobody but the tests is to rely on the internal names.
 file(GLOB QELJX_HEADERS CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/include/qeljx/*.h)
 set(QELJX_INTERNAL_EXPORTS ${PROJECT_SOURCE_DIR}/cmake/internal_exports.txt)
 set(QELJX_EXPORT_MAP ${PROJECT_BINARY_DIR}/qeljx.map)
 set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${QELJX_HEADERS} ${QELJX_INTERNAL_EXPORTS})
-file(STRINGS ${QELJX_INTERNAL_EXPORTS} exports)
+file(STRINGS ${QELJX_INTERNAL_EXPORTS} internal_exports)
 foreach(header ${QELJX_HEADERS})
     file(READ ${header} text)
     string(REGEX MATCHALL "QEL_API [A-Za-z0-9_ *]*[ *]qel[ijs][A-Za-z0-9_]*\\(" declarations "${text}")
@@ -34,13 +35,15 @@ foreach(header ${QELJX_HEADERS})
     endforeach()
 endforeach()
 list(JOIN exports "$<SEMICOLON>\n    " exports)
+list(JOIN internal_exports "$<SEMICOLON>\n    " internal_exports)
 file(GENERATE OUTPUT ${QELJX_EXPORT_MAP} CONTENT
-    "{\nglobal:\n    ${exports}$<SEMICOLON>\nlocal:\n    *$<SEMICOLON>\n}$<SEMICOLON>\n")
+    "QELJX_${QELJX_ABI} {\nglobal:\n    ${exports}$<SEMICOLON>\nlocal:\n    *$<SEMICOLON>\n}$<SEMICOLON>
+QELJX_PRIVATE {\nglobal:\n    ${internal_exports}$<SEMICOLON>\n}$<SEMICOLON>\n")
 
 add_library(qeljx SHARED $<TARGET_OBJECTS:qeljx_objects> ${QELJX_KERNEL_OBJECTS})
 add_library(qeljx_static STATIC $<TARGET_OBJECTS:qeljx_objects> ${QELJX_KERNEL_OBJECTS})
 set_target_properties(qeljx PROPERTIES
-    VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR} LINKER_LANGUAGE C
+    VERSION ${PROJECT_VERSION} SOVERSION ${QELJX_ABI} LINKER_LANGUAGE C
     LINK_DEPENDS ${QELJX_EXPORT_MAP})
 set_target_properties(qeljx_static PROPERTIES OUTPUT_NAME qeljx EXPORT_NAME qeljx_static)
 target_link_options(qeljx PRIVATE
