@@ -1,5 +1,10 @@
-/* Compiles as C99 with -pedantic-errors, or the public header is not C99. */
+/* Compiles as C99 with -pedantic-errors, or the public headers are not C99. */
 #include "qeljx.h"
+#include "qeljx/status.h"
+
+const char* describe(QelStatus status);
+
+const char* describe(QelStatus status) { return *qelStatusText(status) ? qelStatusName(status) : ""; }
 
 QelStatus shiftOneSample(const uint8_t* sample, int16_t* shifted);
 
