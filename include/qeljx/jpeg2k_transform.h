@@ -123,6 +123,8 @@ QEL_API QelStatus qeliWTInvCol_D97_JPEG2K_32f_C1R(const float* pSrcLow, int srcL
                                                   int srcHighStep, QelSize srcSize, float* pDst, int dstStep,
                                                   int phase);
 
+/* Tiles, one level in both directions, with symmetric extension. */
+
 /* Bytes that the in-place functions need for a tile. `pTileRect` is the tile's place in the reference grid: x and y
  * matter by their parity alone. For 5/3 that is 0 if width and height are below 3, else 2 * m + 8 (16s) or 4 * m + 16
  * (32s) with m the larger of width and height; for 9/7, 0 if both are below 2, else 2 * m + 16 (16s) or 4 * m + 32

@@ -40,24 +40,24 @@ typedef enum {
 
 /* Size of a region: elements (pixels) per row, and rows. */
 typedef struct {
-    int width;
-    int height;
+    int width;  /* elements in a row */
+    int height; /* rows */
 } QelSize;
 
 /* A rectangle of the reference grid, in samples: a tile's place and size. */
 typedef struct {
-    int x;
-    int y;
-    int width;
-    int height;
+    int x;      /* column of the first sample */
+    int y;      /* row of the first sample */
+    int width;  /* samples in a row */
+    int height; /* rows */
 } QelRect;
 
 /* What this build of the library is; see qeljGetLibVersion. */
 typedef struct {
-    int major;
-    int minor;
-    int buildMajor;
-    int buildNumber;
+    int major;             /* of the version: 0 in 0.1.2 */
+    int minor;             /* 1 in 0.1.2 */
+    int buildMajor;        /* 2 in 0.1.2 */
+    int buildNumber;       /* of builds of the same version */
     char cpuCode[4];       /* best instruction set in this build: two letters and two zero bytes */
     const char* name;      /* "libqeljx.so" */
     const char* version;   /* for example "0.1.0" */
