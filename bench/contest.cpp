@@ -8,6 +8,7 @@
 
 #include <benchmark/benchmark.h>
 
+#include "codec/parallel.h"
 #include "mispredictions.h"
 
 namespace qel::bench {
@@ -170,6 +171,7 @@ std::function<void()> onThreads(int threads, std::function<void()> work)
 {
     return [=] {
         omp_set_num_threads(threads);
+        codec::ThreadLimit limit(threads);
         work();
         omp_set_num_threads(1);
     };

@@ -35,7 +35,7 @@ struct Contest {
     bool countsMispredictions = false; // of branches, where the machine can
 };
 
-// `work`, in which the library has so many threads.
+// `work`, in which the library and the codec have so many threads.
 std::function<void()> onThreads(int threads, std::function<void()> work);
 // The library with two threads against itself with one.
 Contest oneAgainstTwo(const std::string& unit, double units, std::function<void()> work);

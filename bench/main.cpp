@@ -13,6 +13,7 @@
 #include <benchmark/benchmark.h>
 
 #include "cases.h"
+#include "codec/parallel.h"
 #include "contest.h"
 
 namespace {
@@ -94,6 +95,7 @@ int main(int argc, char** argv)
     mallopt(M_TRIM_THRESHOLD, -1);
     mallopt(M_TOP_PAD, 64 << 20);
     omp_set_num_threads(1);
+    qel::codec::ThreadLimit alone(1);
     double rounds = option(argc, argv, "rounds", 9), turn = option(argc, argv, "turn_ms", 20);
     if (!(rounds >= 1 && rounds <= 1000 && turn > 0 && turn <= 10000)) {
         fprintf(stderr, "qelbench: --rounds takes 1 to 1000, --turn_ms more than 0 and up to 10000\n");

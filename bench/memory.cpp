@@ -11,11 +11,11 @@
 #include <memory>
 #include <string>
 
-#include <omp.h>
 #include <turbojpeg.h>
 
 #include "codec/jpeg_reader.h"
 #include "codec/jpeg_writer.h"
+#include "codec/parallel.h"
 #include "contest.h"
 #include "samples.h"
 
@@ -35,7 +35,7 @@ void measure(const char* what, int threads, const std::function<void()>& work)
 {
     fflush(stdout);
     if (fork() == 0) {
-        omp_set_num_threads(threads);
+        codec::ThreadLimit limit(threads);
         malloc_trim(0);
         std::ofstream("/proc/self/clear_refs") << 5;
         double before = statusInMb("VmRSS");
@@ -62,7 +62,7 @@ codec::Picture largePicture()
 void run()
 {
     // A process that has started threads cannot fork those that would.
-    omp_set_num_threads(1);
+    codec::ThreadLimit alone(1);
     codec::Picture picture = largePicture();
     printf("%d x %d pixels, %.1f MB\n", picture.width(), picture.height(), double(picture.sizeInBytes()) / (1 << 20));
     codec::JpegEncodeOptions options;

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <mutex>
 #include <string>
 
 #include "codec/j2k_tile_decoder.h"
@@ -20,8 +21,6 @@ constexpr uint64_t kMaxTileComponents = 1 << 16; // and one for each byte
 constexpr uint32_t kMaxSide = 1 << 28;
 // What a row of a plane may take beside its samples.
 constexpr uint32_t kRowOverhead = 32;
-// A sample costs many times what one in a JPEG file does.
-constexpr uint64_t kWorkPerSample = 16;
 // Tiles of fewer samples are decoded several at once.
 constexpr uint64_t kLargeTile = 1 << 20;
 
@@ -93,7 +92,7 @@ void fillTile(const J2kSize& size, uint32_t tile, int reduce, J2kImage& image)
     }
 }
 
-// Tells how far the work is, in samples.
+// Tells how far the work is, in samples. Threads that find another one telling it do not wait.
 class Progress {
 public:
     Progress(const J2kImage& image, const std::function<void(double)>& callback) : callback_(callback)
@@ -103,13 +102,15 @@ public:
     void add(uint64_t samples)
     {
         uint64_t done = done_ += samples;
-        if (callback_ && isFirstThread()) callback_(double(done) / double(all_));
+        if (!callback_) return;
+        if (std::unique_lock lock(mutex_, std::try_to_lock); lock) callback_(double(done) / double(all_));
     }
 
 private:
     const std::function<void(double)>& callback_;
     std::atomic<uint64_t> done_ = 0;
     uint64_t all_ = 0;
+    std::mutex mutex_;
 };
 
 }
@@ -120,7 +121,7 @@ J2kImage decodeJ2kComponents(const J2kCodestream& codestream, const J2kDecodeOpt
     const J2kSize& size = codestream.size();
     J2kImage image = makeImage(codestream, options, component);
     Progress progress(image, options.progress);
-    int tiles = int(size.tiles()), threads = threadsFor(kWorkPerSample * size.picture.area());
+    int tiles = int(size.tiles()), threads = threadsForJ2k(size.picture.area());
     bool areSmall = tiles > 1 && size.firstTile.area() * size.components.size() < kLargeTile;
     std::vector<Warnings> warnings(size_t(tiles) + 1);
     std::vector<char> isDone(size_t(tiles), false);

@@ -2,6 +2,7 @@
 #include "codec/j2k_reader.h"
 
 #include "codec/j2k_channels.h"
+#include "codec/parallel.h"
 
 namespace qel::codec {
 
@@ -9,11 +10,10 @@ namespace {
 
 void append(Warnings& warnings, const Warnings& more) { warnings.insert(warnings.end(), more.begin(), more.end()); }
 
-}
+int threadsOf(const J2kFile& file) { return threadsForJ2k(file.codestream->size().picture.area()); }
 
-DecodedJ2k decodeJ2k(Bytes file, const J2kDecodeOptions& options)
+DecodedJ2k decode(const J2kFile& opened, const J2kDecodeOptions& options)
 {
-    J2kFile opened = openJ2k(file);
     DecodedJ2k decoded;
     decoded.warnings = opened.warnings;
     J2kImage image = decodeJ2kComponents(*opened.codestream, options);
@@ -23,9 +23,8 @@ DecodedJ2k decodeJ2k(Bytes file, const J2kDecodeOptions& options)
     return decoded;
 }
 
-DecodedJ2kComponent decodeJ2kComponent(Bytes file, size_t component, const J2kDecodeOptions& options)
+DecodedJ2kComponent decodeComponent(const J2kFile& opened, size_t component, const J2kDecodeOptions& options)
 {
-    J2kFile opened = openJ2k(file);
     DecodedJ2kComponent decoded;
     decoded.warnings = opened.warnings;
     J2kImage image = decodeJ2kComponents(*opened.codestream, options, component);
@@ -37,6 +36,20 @@ DecodedJ2kComponent decodeJ2kComponent(Bytes file, size_t component, const J2kDe
     for (uint32_t y = 0; y < samples.rect.height(); ++y)
         pgx.samples.insert(pgx.samples.end(), samples.plane.row(y), samples.plane.row(y) + pgx.width);
     return decoded;
+}
+
+}
+
+DecodedJ2k decodeJ2k(Bytes file, const J2kDecodeOptions& options)
+{
+    J2kFile opened = openJ2k(file);
+    return withThreads(threadsOf(opened), [&] { return decode(opened, options); });
+}
+
+DecodedJ2kComponent decodeJ2kComponent(Bytes file, size_t component, const J2kDecodeOptions& options)
+{
+    J2kFile opened = openJ2k(file);
+    return withThreads(threadsOf(opened), [&] { return decodeComponent(opened, component, options); });
 }
 
 }

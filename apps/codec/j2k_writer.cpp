@@ -24,16 +24,16 @@ constexpr uint32_t kTilesPerThread = 4;
 // estimate, a part of the usual step, nearly always gives.
 constexpr double kFirstStep = 0.4, kLeastCoarsening = 2.3, kFinestStep = 0.125;
 
-// Beside the work for a pixel of a JPEG file.
-constexpr uint64_t kWorkPerSample = 16;
-
 using Tiles = std::vector<J2kEncodedTile>;
+
+double samplesOf(const Picture& picture) { return double(picture.width()) * picture.height() * picture.channels(); }
 
 class Encoder {
 public:
     Encoder(const Picture& picture, const J2kEncodeOptions& options);
 
     std::vector<uint8_t> encode();
+    int threads() const { return threadsForJ2k(uint64_t(samplesOf(picture_))); }
 
 private:
     void setStep(double step);
@@ -48,8 +48,6 @@ private:
 };
 
 double peakOf(const Picture& picture) { return (1 << picture.precision()) - 1; }
-
-double samplesOf(const Picture& picture) { return double(picture.width()) * picture.height() * picture.channels(); }
 
 double meanSquaredError(const Picture& picture, double psnr)
 {
@@ -99,7 +97,7 @@ Tiles Encoder::encodeTiles() const
         blocks += countBlocks(tiles[i]);
     }
     Progress progress(options_.progress, int(blocks));
-    int threads = threadsFor(uint64_t(samplesOf(picture_)) * kWorkPerSample);
+    int threads = this->threads();
     bool isTileByTile = tiles.size() < kTilesPerThread * size_t(threads);
     forEachInParallel(int(tiles.size()), isTileByTile ? 1 : threads, [&](int i) {
         encodeTile(picture_, coding_, isTileByTile ? threads : 1, progress, tiles[size_t(i)]);
@@ -156,7 +154,8 @@ std::vector<uint8_t> Encoder::encode()
 
 std::vector<uint8_t> encodeJ2k(const Picture& picture, const J2kEncodeOptions& options)
 {
-    return Encoder(picture, options).encode();
+    Encoder encoder(picture, options);
+    return withThreads(encoder.threads(), [&] { return encoder.encode(); });
 }
 
 }

@@ -6,10 +6,11 @@
 #include <array>
 #include <vector>
 
+#include <tbb/parallel_pipeline.h>
+
 #include "codec/jpeg_block_store.h"
 #include "codec/jpeg_row_stream.h"
 #include "codec/jpeg_scan.h"
-#include "codec/parallel.h"
 
 namespace qel::codec {
 
@@ -25,29 +26,21 @@ public:
     // Calls `report()` now and then.
     template <class Report> void run(Report report)
     {
-        FirstFailure failure;
-        int count = (coder_.layout().mcusDown + kRows - 1) / kRows;
-        // What tasks wait for: each group is decoded behind the one before it, and written likewise.
-        [[maybe_unused]] char decoded = 0, written = 0;
-#ifdef _OPENMP
-#pragma omp parallel num_threads(2)
-#pragma omp single
-#endif
-        for (int g = 0; g < count; ++g) {
-            Group* group = &groups_[g % groups_.size()];
-#ifdef _OPENMP
-#pragma omp task default(shared) firstprivate(group) depend(inout : decoded) depend(inout : *group)
-#endif
-            failure.guard([&] {
-                decode(*group);
-                report();
-            });
-#ifdef _OPENMP
-#pragma omp task default(shared) firstprivate(group) depend(inout : written) depend(inout : *group)
-#endif
-            failure.guard([&] { write(*group); });
-        }
-        failure.rethrow();
+        int count = (coder_.layout().mcusDown + kRows - 1) / kRows, begun = 0;
+        auto decodeNext = [&](tbb::flow_control& flow) -> Group* {
+            if (begun == count) {
+                flow.stop();
+                return nullptr;
+            }
+            Group& group = groups_[begun++ % groups_.size()];
+            decode(group);
+            report();
+            return &group;
+        };
+        constexpr auto kInOrder = tbb::filter_mode::serial_in_order;
+        tbb::parallel_pipeline(groups_.size(),
+                               tbb::make_filter<void, Group*>(kInOrder, decodeNext) &
+                                   tbb::make_filter<Group*, void>(kInOrder, [&](Group* group) { write(*group); }));
     }
 
 private:

@@ -35,12 +35,12 @@ public:
     std::vector<JpegCoefficients> coefficients();
 
     const JpegInfo& info() const { return headers_.info(); }
+    int threads() const { return threadsFor(uint64_t(info().width) * info().height); }
     Warnings takeWarnings() { return std::move(warnings_); }
 
 private:
     bool isProgressive() const { return info().process == JpegProcess::progressive; }
     bool isLossless() const { return info().process == JpegProcess::lossless; }
-    int threads() const { return threadsFor(uint64_t(info().width) * info().height); }
     void checkSupported() const;
     void checkHasBlocks() const;
     void checkMemory(uint64_t bytes) const;
@@ -369,21 +369,21 @@ std::vector<JpegCoefficients> Decoder::coefficients()
 DecodedJpeg decodeJpeg(Bytes file, const JpegDecodeOptions& options)
 {
     Decoder decoder(file, options);
-    Picture picture = decoder.picture();
+    Picture picture = withThreads(decoder.threads(), [&] { return decoder.picture(); });
     return {std::move(picture), decoder.info(), decoder.takeWarnings()};
 }
 
 DecodedJpegPlanes decodeJpegPlanes(Bytes file, const JpegDecodeOptions& options)
 {
     Decoder decoder(file, options);
-    std::vector<JpegPlane> planes = decoder.separatePlanes();
+    std::vector<JpegPlane> planes = withThreads(decoder.threads(), [&] { return decoder.separatePlanes(); });
     return {std::move(planes), decoder.info(), decoder.takeWarnings()};
 }
 
 DecodedJpegCoefficients decodeJpegCoefficients(Bytes file, const JpegDecodeOptions& options)
 {
     Decoder decoder(file, options);
-    std::vector<JpegCoefficients> components = decoder.coefficients();
+    auto components = withThreads(decoder.threads(), [&] { return decoder.coefficients(); });
     return {std::move(components), decoder.info(), decoder.takeWarnings()};
 }
 

@@ -58,6 +58,7 @@ class Encoder {
 public:
     Encoder(const Picture& picture, const JpegEncodeOptions& options);
     std::vector<uint8_t> file();
+    int threads() const { return threadsFor(uint64_t(info_.width) * info_.height); }
 
 private:
     void checkOptions() const;
@@ -79,7 +80,6 @@ private:
     void beginScan(const ScanHeader& scan, const std::array<HuffmanPair, 2>& tables, int interval);
     std::vector<int> allComponents() const;
     ScanHeader headerOf(const JpegScan& scan) const;
-    int threads() const { return threadsFor(uint64_t(info_.width) * info_.height); }
     bool needsStatistics(const ScanHeader& scan) const;
     int restartInterval(const ScanLayout& layout) const;
 
@@ -312,7 +312,9 @@ Encoder::CodedScan Encoder::codeStored(const JpegScan& described, std::vector<Bl
 
 std::vector<uint8_t> encodeJpeg(const Picture& picture, const JpegEncodeOptions& options)
 {
-    return options.lossless ? encodeLosslessJpeg(picture, options) : Encoder(picture, options).file();
+    if (options.lossless) return encodeLosslessJpeg(picture, options);
+    Encoder encoder(picture, options);
+    return withThreads(encoder.threads(), [&] { return encoder.file(); });
 }
 
 }

@@ -7,6 +7,7 @@
 #include <cstdlib>
 
 #include "codec/error.h"
+#include "codec/parallel.h"
 #include "codec/picture_file.h"
 
 namespace {
@@ -130,17 +131,16 @@ Picture draw(int width, int height)
 {
     Picture picture(width, height, qel::codec::ColourSpace::rgb, 8);
     Scene scene(float(width) / float(height));
-#ifdef _OPENMP
-#pragma omp parallel for schedule(dynamic, 16)
-#endif
-    for (int y = 0; y < height; ++y) {
+    auto drawRow = [&](int y) {
         uint8_t* row = picture.row(y);
         for (int x = 0; x < width; ++x) {
             Colour c = scene.at(float(x) / float(height), float(y) / float(height));
             const float light[] = {c.r, c.g, c.b};
             for (int i = 0; i < 3; ++i) row[3 * x + i] = sample(light[i], scatter(3 * x + i, -1 - y));
         }
-    }
+    };
+    int threads = qel::codec::threadsFor(uint64_t(width) * height);
+    qel::codec::withThreads(threads, [&] { qel::codec::forEachInParallel(height, threads, drawRow); });
     return picture;
 }
 

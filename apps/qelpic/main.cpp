@@ -5,11 +5,9 @@
 #include <cstdio>
 #include <map>
 #include <new>
+#include <optional>
 
-#ifdef _OPENMP
-#include <omp.h>
-#endif
-
+#include "codec/parallel.h"
 #include "qelpic/commands.h"
 #include "qelpic/console.h"
 #include "qelpic/j2k_options.h"
@@ -46,6 +44,7 @@ struct CommandLine {
     Options options;
     CLI::App* encodeCommand = nullptr;
     int threads = 0;
+    std::optional<codec::ThreadLimit> limit;
     std::string sampling, predictor = "1";
     bool isRgb = false, isCmyk = false, isSeparate = false, keepsTransform = false;
 
@@ -57,7 +56,7 @@ struct CommandLine {
     void addCoding(CLI::App& command)
     {
         addCommon(command);
-        command.add_option("--threads", threads, "Threads to use; by default as many as there are processors")
+        command.add_option("--threads", threads, "Threads to use; by default as many as it may use processors")
             ->check(within(1, 1024))
             ->type_name("N");
         command.add_option("--time", options.runs, "Code N times and say how long the fastest took")
@@ -231,9 +230,7 @@ struct CommandLine {
         if (found != samplings.end()) encoding.sampling = found->second;
         options.j2kDecoding.transformComponents = !keepsTransform;
         options.j2kDecoding.maxPixels = options.decoding.maxPixels;
-#ifdef _OPENMP
-        if (threads) omp_set_num_threads(threads);
-#endif
+        if (threads) limit.emplace(threads);
     }
 };
 

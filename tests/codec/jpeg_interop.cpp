@@ -1,10 +1,6 @@
 // Files of ours in an independent decoder, and its files in ours.
 #include <gtest/gtest.h>
 
-#ifdef _OPENMP
-#include <omp.h>
-#endif
-
 #include "codec/compare.h"
 #include "jpeg_cases.h"
 #include "libjpeg_peer.h"
@@ -114,32 +110,6 @@ TEST_P(JpegInterop, EncodesAsWellAsThePeer)
     EXPECT_LE(ourError, 1.02 * peersError + 0.1);
     EXPECT_LE(double(ours.size()), 1.01 * double(peers.size()) + 16);
 }
-
-#ifdef _OPENMP
-// A picture that is large enough for several threads: the same file and the same picture as with one.
-TEST(JpegThreads, ChangeNothing)
-{
-    Picture picture = paintedPicture(801, 530, ColourSpace::rgb);
-    int usual = omp_get_max_threads();
-    for (JpegUpsampling upsampling : {JpegUpsampling::triangle, JpegUpsampling::replicate})
-        for (const JpegSamplings& sampling : {kSampling420, kSampling440, kSampling444})
-            for (bool progressive : {false, true}) {
-                JpegEncodeOptions options = {.sampling = sampling, .progressive = progressive, .restartInterval = 700};
-                omp_set_num_threads(1);
-                auto file = encodeJpeg(picture, options), cut = file;
-                cut.resize(cut.size() * 2 / 3);
-                DecodedJpeg decoded = decodeJpeg(file, {.upsampling = upsampling});
-                DecodedJpeg damaged = decodeJpeg(cut, {.upsampling = upsampling});
-                omp_set_num_threads(3);
-                EXPECT_TRUE(encodeJpeg(picture, options) == file);
-                expectSame(decodeJpeg(file, {.upsampling = upsampling}).picture, decoded.picture);
-                DecodedJpeg again = decodeJpeg(cut, {.upsampling = upsampling});
-                expectSame(again.picture, damaged.picture);
-                EXPECT_EQ(again.warnings, damaged.warnings);
-            }
-    omp_set_num_threads(usual);
-}
-#endif
 
 INSTANTIATE_TEST_SUITE_P(Cases, JpegInterop, testing::ValuesIn(jpegCases()),
                          [](const auto& tested) { return tested.param.name; });

@@ -1,0 +1,193 @@
+// More threads change nothing but the time; and how many there are by default.
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+
+#include "codec/j2k_reader.h"
+#include "codec/j2k_writer.h"
+#include "codec/jpeg_reader.h"
+#include "codec/parallel.h"
+#include "codec/processors.h"
+#include "jpeg_cases.h"
+#include "pictures.h"
+
+namespace {
+
+using namespace qel::codec;
+using namespace qel::test;
+using File = std::vector<uint8_t>;
+
+constexpr int kThreads = 4; // also where there are fewer processors
+
+template <class Work> auto alone(Work work)
+{
+    ThreadLimit limit(1);
+    return work();
+}
+template <class Work> auto together(Work work)
+{
+    ThreadLimit limit(kThreads);
+    return work();
+}
+
+// Decoded on one thread and on several: the same picture, and the same said of it.
+template <class Decode> void expectSameDecoded(const File& file, Decode decode)
+{
+    auto one = alone([&] { return decode(file); }), several = together([&] { return decode(file); });
+    expectSame(several.picture, one.picture);
+    EXPECT_EQ(several.warnings, one.warnings);
+}
+
+// The file whole, with its end missing, and with some bytes changed.
+template <class Decode> void expectSameDecodedOfAll(File file, Decode decode)
+{
+    expectSameDecoded(file, decode);
+    expectSameDecoded({file.begin(), file.begin() + ptrdiff_t(file.size()) * 2 / 3}, decode);
+    Random random(unsigned(file.size()));
+    for (int i = 0; i < 8; ++i) file[size_t(random.between(1000, int(file.size()) - 1))] ^= 1 << random.between(0, 7);
+    expectSameDecoded(file, decode);
+}
+
+// Large enough for several threads.
+TEST(Threads, ChangeNoJpegFiles)
+{
+    const std::pair<ColourSpace, JpegEncodeOptions> cases[] = {
+        {ColourSpace::rgb, {}},
+        {ColourSpace::rgb, {.sampling = kSampling444}},
+        {ColourSpace::rgb, {.sampling = kSampling440, .optimiseTables = true}},
+        {ColourSpace::cmyk, {.quality = 98, .planes = true}},
+        {ColourSpace::grey, {.optimiseTables = true, .restartInterval = 1}},
+        {ColourSpace::rgb, {.restartInterval = 700}},
+        {ColourSpace::rgb, {.sampling = kSampling422, .optimiseTables = true, .restartRows = 3}},
+        {ColourSpace::rgb, {.interleaved = false, .restartInterval = 77}},
+        {ColourSpace::rgb, {.sampling = kSampling444, .progressive = true}},
+        {ColourSpace::rgb, {.progressive = true, .restartInterval = 700}},
+    };
+    for (auto& [space, options] : cases) {
+        SCOPED_TRACE(&options - &cases[0].second);
+        Picture picture = paintedPicture(801, 530, space);
+        File file = alone([&] { return encodeJpeg(picture, options); });
+        EXPECT_TRUE(together([&] { return encodeJpeg(picture, options); }) == file);
+        for (JpegUpsampling upsampling : {JpegUpsampling::triangle, JpegUpsampling::replicate})
+            expectSameDecodedOfAll(file, [&](Bytes bytes) { return decodeJpeg(bytes, {.upsampling = upsampling}); });
+    }
+}
+
+TEST(Threads, ChangeNoJpeg2000Files)
+{
+    Picture picture = drawnPicture(500, 300, ColourSpace::rgb, 8);
+    const J2kEncodeOptions cases[] = {
+        {.isLossless = true},
+        {.bitsPerPixel = 1, .layers = 3},
+        {.isLossless = true, .tile = {{70, 90}}},
+        {.psnr = 40, .tile = {{300, 300}}, .order = J2kOrder::rpcl, .precincts = {{128, 128}}},
+    };
+    for (const J2kEncodeOptions& options : cases) {
+        SCOPED_TRACE(&options - cases);
+        File file = alone([&] { return encodeJ2k(picture, options); });
+        EXPECT_TRUE(together([&] { return encodeJ2k(picture, options); }) == file);
+        expectSameDecodedOfAll(file, [](Bytes bytes) { return decodeJ2k(bytes); });
+    }
+}
+
+// Neither the codec nor the library under it starts any where one is asked for.
+TEST(Threads, AreNotStartedForOne)
+{
+    std::filesystem::path tasks = "/proc/self/task";
+    if (!std::filesystem::exists(tasks)) GTEST_SKIP() << "the system has no list of threads";
+    auto count = [&] { return std::distance(std::filesystem::directory_iterator(tasks), {}); };
+    auto before = count();
+    alone([&] {
+        Picture picture = paintedPicture(9000, 64, ColourSpace::rgb);
+        for (const JpegSamplings& sampling : {kSampling420, kSampling444})
+            expectSame(
+                decodeJpeg(encodeJpeg(picture, {.sampling = sampling, .planes = true})).picture,
+                decodeJpeg(encodeJpeg(picture, {.sampling = sampling, .progressive = true, .planes = true})).picture);
+        expectSame(decodeJ2k(encodeJ2k(picture, {.isLossless = true})).picture, picture);
+    });
+    EXPECT_EQ(count(), before);
+}
+
+// A failure on any thread is the caller's, and the next work goes well.
+TEST(Threads, HandOnFailures)
+{
+    for (int failing : {0, 7, 99})
+        together([&] {
+            auto work = [&](int i) {
+                if (i == failing) throw CodecError("no " + std::to_string(i));
+            };
+            withThreads(kThreads, [&] {
+                EXPECT_EQ(errorOf([&] { forEachInParallel(100, kThreads, work); }), "no " + std::to_string(failing));
+            });
+            std::atomic<int> sum = 0;
+            withThreads(kThreads, [&] { forEachInParallel(100, kThreads, [&](int i) { sum += i; }); });
+            EXPECT_EQ(sum, 4950);
+        });
+}
+
+TEST(Threads, FollowTheInnermostLimit)
+{
+    ThreadLimit outer(3);
+    EXPECT_EQ(threadsFor(1 << 20), 3);
+    {
+        ThreadLimit inner(5);
+        EXPECT_EQ(threadsFor(1 << 20), 5);
+        EXPECT_EQ(threadsFor(1 << 10), 1);
+    }
+    EXPECT_EQ(threadsFor(1 << 20), 3);
+}
+
+class QuotaFiles : public testing::Test {
+protected:
+    QuotaFiles() : root_(std::filesystem::path(testing::TempDir()) / ("quota" + std::to_string(getpid()))) {}
+    ~QuotaFiles() override { std::filesystem::remove_all(root_); }
+    void write(const std::filesystem::path& name, const char* text)
+    {
+        std::filesystem::create_directories((root_ / name).parent_path());
+        std::ofstream(root_ / name) << text;
+    }
+    double quota() const { return processorQuota(root_); }
+
+    std::filesystem::path root_;
+};
+
+TEST_F(QuotaFiles, MayBeMissingOrUnlimited)
+{
+    EXPECT_EQ(quota(), INFINITY);
+    write("proc/self/cgroup", "0::/a\n");
+    EXPECT_EQ(quota(), INFINITY);
+    for (const char* text : {"max 100000\n", "", "100000", "nonsense at all", "0 100000", "100000 0"}) {
+        write("sys/fs/cgroup/a/cpu.max", text);
+        EXPECT_EQ(quota(), INFINITY) << text;
+    }
+}
+
+TEST_F(QuotaFiles, OfVersion2AreTheLeastOnTheWayUp)
+{
+    write("proc/self/cgroup", "0::/a/b c/d\n");
+    write("sys/fs/cgroup/a/b c/d/cpu.max", "max 100000\n");
+    write("sys/fs/cgroup/a/b c/cpu.max", "150000 100000\n");
+    EXPECT_EQ(quota(), 1.5);
+    write("sys/fs/cgroup/a/cpu.max", "25000 50000\n");
+    EXPECT_EQ(quota(), 0.5);
+    write("sys/fs/cgroup/cpu.max", "10000 100000\n"); // a container's own group, seen as the topmost
+    EXPECT_EQ(quota(), 0.1);
+}
+
+TEST_F(QuotaFiles, OfVersion1StandWithTheirControllers)
+{
+    write("proc/self/cgroup", "12:cpuset:/x\n4:cpu,cpuacct:/host/name\n1:name=systemd:/y:z\n0::/\n");
+    write("sys/fs/cgroup/cpuset/x/cpu.cfs_quota_us", "1\n");
+    write("sys/fs/cgroup/cpuset/x/cpu.cfs_period_us", "1000\n");
+    EXPECT_EQ(quota(), INFINITY);
+    write("sys/fs/cgroup/cpu,cpuacct/cpu.cfs_quota_us", "-1\n");
+    write("sys/fs/cgroup/cpu,cpuacct/cpu.cfs_period_us", "100000\n");
+    EXPECT_EQ(quota(), INFINITY);
+    write("sys/fs/cgroup/cpu/cpu.cfs_quota_us", "300000\n");
+    write("sys/fs/cgroup/cpu/cpu.cfs_period_us", "100000\n");
+    EXPECT_EQ(quota(), 3);
+    EXPECT_GE(usableProcessors(), 1);
+}
+
+}
