@@ -38,6 +38,15 @@ void ScanStatistics::differences(const std::vector<const int16_t*>& rows, int wi
         for (int x = 0; x < width; ++x) check(qeliGetHuffmanStatisticsOne_JPEG_16s_C1(rows[i][x], slots_[i].dc));
 }
 
+void ScanStatistics::add(const ScanStatistics& other)
+{
+    for (size_t i = 0; i < counts_.size(); ++i)
+        for (size_t symbol = 0; symbol < counts_[i].dc.size(); ++symbol) {
+            counts_[i].dc[symbol] += other.counts_[i].dc[symbol];
+            counts_[i].ac[symbol] += other.counts_[i].ac[symbol];
+        }
+}
+
 void ScanStatistics::restart()
 {
     finish();
@@ -60,18 +69,23 @@ HuffmanPair ScanStatistics::tables(int table) const
     return pair;
 }
 
-ScanEncoder::ScanEncoder(std::vector<uint8_t>& out, const ScanLayout& layout, const ScanHeader& scan,
-                         const std::array<HuffmanPair, 2>& pairs)
-    : out_(out), scan_(scan), room_(layout.mcusAcross * roomPerMcu(layout, scan) + kMaxRestartBytes),
-      row_(std::make_unique_for_overwrite<uint8_t[]>(room_)),
-      state_(make<EncodeState>(qeliEncodeHuffmanStateInitAlloc_JPEG_8u))
+ScanSpecs::ScanSpecs(const ScanHeader& scan, const std::array<HuffmanPair, 2>& pairs)
 {
     auto spec = [](const HuffmanLists& lists) {
         return make<EncodeSpec>(qeliEncodeHuffmanSpecInitAlloc_JPEG_8u, lists.bits.data(), lists.values.data());
     };
     for (int i = 0; i < 2; ++i) specs_[i] = {spec(pairs[i].dc), spec(pairs[i].ac)};
     for (auto& component : scan.components)
-        slots_.push_back({specs_[component.dcTable].dc.get(), specs_[component.acTable].ac.get(), 0});
+        slots_.push_back({specs_[component.dcTable].dc.get(), specs_[component.acTable].ac.get()});
+}
+
+ScanEncoder::ScanEncoder(std::vector<uint8_t>& out, const ScanLayout& layout, const ScanHeader& scan,
+                         const std::array<HuffmanPair, 2>& pairs)
+    : out_(out), scan_(scan), room_(layout.mcusAcross * roomPerMcu(layout, scan) + kMaxRestartBytes),
+      row_(std::make_unique_for_overwrite<uint8_t[]>(room_)),
+      state_(make<EncodeState>(qeliEncodeHuffmanStateInitAlloc_JPEG_8u)), specs_(scan, pairs)
+{
+    for (int i = 0; i < specs_.size(); ++i) slots_.push_back({specs_[i]});
 }
 
 void ScanEncoder::startRow()

@@ -25,6 +25,11 @@ class ScanStatistics {
 public:
     explicit ScanStatistics(const ScanHeader& scan);
 
+    // Goes on where a block of the component had this DC coefficient.
+    void follow(int slot, int16_t dc) { slots_[slot].lastDc = dc; }
+    // Adds what was counted of another part of the scan.
+    void add(const ScanStatistics& other);
+
     void startRow() {}
     void block(int slot, const int16_t* coefficients) { check(count(slots_[slot], coefficients, 0)); }
     // The same for a row of a lossless scan: rows[s] has `width` differences of the scan's component s.
@@ -70,6 +75,25 @@ private:
     EncodeState state_;
 };
 
+// The tables of a scan, ready for coding.
+class ScanSpecs {
+public:
+    struct Slot {
+        const QelEncodeHuffmanSpec *dc, *ac;
+    };
+    ScanSpecs(const ScanHeader& scan, const std::array<HuffmanPair, 2>& pairs);
+
+    const Slot& operator[](int slot) const { return slots_[slot]; }
+    int size() const { return int(slots_.size()); }
+
+private:
+    struct Specs {
+        EncodeSpec dc, ac;
+    };
+    std::array<Specs, 2> specs_;
+    std::vector<Slot> slots_;
+};
+
 // Codes a scan at the end of `out`.
 class ScanEncoder {
 public:
@@ -85,12 +109,8 @@ public:
     void finish();
 
 private:
-    struct Specs {
-        EncodeSpec dc, ac;
-    };
-    struct Slot {
-        const QelEncodeHuffmanSpec *dc, *ac;
-        int16_t lastDc;
+    struct Slot : ScanSpecs::Slot {
+        int16_t lastDc = 0;
     };
     QelStatus encode(Slot& s, const int16_t* coefficients, int flush)
     {
@@ -119,19 +139,22 @@ private:
     std::unique_ptr<uint8_t[]> row_;
     int position_ = 0; // in it
     EncodeState state_;
-    std::array<Specs, 2> specs_;
+    ScanSpecs specs_;
     std::vector<Slot> slots_;
     int nextMarker_ = 0;
 };
 
-// Hands all blocks of a scan, which `source(i, column)` gives after `source.startRow(row)`, to one of the above.
-template <class Source, class Coder>
-void codeScan(const ScanLayout& layout, int restartInterval, Source& source, Coder& coder, Progress& progress)
+// Hands the blocks of some rows of MCUs, which `source(i, column)` gives after `source.startRow(row)`, to one of the
+// above.
+template <class Source, class Coder> void codeRows(const ScanLayout& layout, int restartInterval, int first, int end,
+                                                   Source& source, Coder& coder, Progress& progress)
 {
-    int left = restartInterval ? restartInterval : INT32_MAX, blocks = int(layout.blocks.size());
+    int64_t passed = int64_t(first) * layout.mcusAcross, inInterval = restartInterval ? passed % restartInterval : 0;
+    int left = !restartInterval ? INT32_MAX : passed && !inInterval ? 0 : int(restartInterval - inInterval);
+    int blocks = int(layout.blocks.size());
     std::vector<int> slots;
     for (const McuBlock& block : layout.blocks) slots.push_back(block.slot);
-    for (int row = 0; row < layout.mcusDown; ++row) {
+    for (int row = first; row < end; ++row) {
         source.startRow(row);
         coder.startRow();
         for (int column = 0; column < layout.mcusAcross; ++column) {
@@ -143,6 +166,13 @@ void codeScan(const ScanLayout& layout, int restartInterval, Source& source, Cod
         }
         progress.step();
     }
+}
+
+// The same for the whole scan.
+template <class Source, class Coder>
+void codeScan(const ScanLayout& layout, int restartInterval, Source& source, Coder& coder, Progress& progress)
+{
+    codeRows(layout, restartInterval, 0, layout.mcusDown, source, coder, progress);
     coder.finish();
 }
 

@@ -12,6 +12,7 @@
 #include "codec/jpeg_blocks.h"
 #include "codec/jpeg_fused.h"
 #include "codec/jpeg_lossless_writer.h"
+#include "codec/jpeg_scan_parts.h"
 #include "codec/jpeg_scan_writer.h"
 #include "codec/jpeg_segments.h"
 #include "codec/parallel.h"
@@ -76,6 +77,13 @@ private:
         std::vector<uint8_t> data;
     };
     CodedScan codeStored(const JpegScan& described, std::vector<BlockStore>& stores, Progress& progress) const;
+    std::array<HuffmanPair, 2> bestTables(const CodedScan& scan, const ScanLayout& layout,
+                                          std::vector<BlockStore>& stores, Progress& progress) const;
+    // Codes blocks at the end of `out`; withSource(body) calls body(source), where they come from.
+    template <class WithSource> void codeData(const CodedScan& scan, const ScanLayout& layout, Progress& progress,
+                                              std::vector<uint8_t>& out, WithSource withSource) const;
+    // Runs of blocks without coefficients tie the parts of other progressive scans together.
+    bool isInParts(const ScanHeader& scan) const { return scan.kind == ScanKind::sequential && threads() > 1; }
     // Writes what stands before the data of a scan.
     void beginScan(const ScanHeader& scan, const std::array<HuffmanPair, 2>& tables, int interval);
     std::vector<int> allComponents() const;
@@ -233,13 +241,11 @@ void Encoder::beginScan(const ScanHeader& scan, const std::array<HuffmanPair, 2>
 
 void Encoder::encodeStraight()
 {
-    ScanHeader scan = headerOf(scans_[0]);
     ScanLayout layout(info_, scans_[0].components);
-    int interval = restartInterval(layout);
-    beginScan(scan, kTypicalTables, interval);
-    ScanEncoder coder(out_, layout, scan, kTypicalTables);
+    CodedScan scan = {headerOf(scans_[0]), kTypicalTables, restartInterval(layout), {}};
+    beginScan(scan.header, scan.tables, scan.interval);
     Progress progress(options_.progress, layout.mcusDown);
-    withBlocks(layout, [&](auto& blocks) { codeScan(layout, interval, blocks, coder, progress); });
+    codeData(scan, layout, progress, out_, [&](auto body) { withBlocks(layout, body); });
 }
 
 // body(blocks) with the coefficients of the picture as a scan asks for them: MCU by MCU where the library has the
@@ -297,15 +303,36 @@ Encoder::CodedScan Encoder::codeStored(const JpegScan& described, std::vector<Bl
 {
     ScanLayout layout(info_, described.components);
     CodedScan scan = {headerOf(described), kTypicalTables, restartInterval(layout), {}};
-    StoredBlocks blocks(layout, stores);
-    if (needsStatistics(scan.header)) {
-        ScanStatistics statistics(scan.header);
-        codeScan(layout, scan.interval, blocks, statistics, progress);
-        for (int table : {0, 1}) scan.tables[table] = statistics.tables(table);
-    }
-    ScanEncoder coder(scan.data, layout, scan.header, scan.tables);
-    codeScan(layout, scan.interval, blocks, coder, progress);
+    if (needsStatistics(scan.header)) scan.tables = bestTables(scan, layout, stores, progress);
+    codeData(scan, layout, progress, scan.data, [&](auto body) {
+        StoredBlocks blocks(layout, stores);
+        body(blocks);
+    });
     return scan;
+}
+
+std::array<HuffmanPair, 2> Encoder::bestTables(const CodedScan& scan, const ScanLayout& layout,
+                                               std::vector<BlockStore>& stores, Progress& progress) const
+{
+    ScanStatistics statistics(scan.header);
+    if (isInParts(scan.header)) {
+        countInParts(scan.header, layout, stores, scan.interval, threads(), progress, statistics);
+    } else {
+        StoredBlocks blocks(layout, stores);
+        codeScan(layout, scan.interval, blocks, statistics, progress);
+    }
+    return {statistics.tables(0), statistics.tables(1)};
+}
+
+template <class WithSource> void Encoder::codeData(const CodedScan& scan, const ScanLayout& layout, Progress& progress,
+                                                   std::vector<uint8_t>& out, WithSource withSource) const
+{
+    if (isInParts(scan.header)) {
+        ScanSpecs specs(scan.header, scan.tables);
+        return codeScanInParts(out, layout, specs, scan.interval, threads(), progress, withSource);
+    }
+    ScanEncoder coder(out, layout, scan.header, scan.tables);
+    withSource([&](auto& blocks) { codeScan(layout, scan.interval, blocks, coder, progress); });
 }
 
 }
