@@ -1,80 +1,99 @@
-// A sequential scan on two threads: one decodes the next rows of MCUs while the other turns those before them into
-// lines of the picture.
+// A sequential scan on several threads: one after the other decodes the next rows of MCUs, and turns them into lines of
+// the picture while the next one decodes.
 #pragma once
 
 #include <algorithm>
-#include <array>
+#include <mutex>
 #include <vector>
-
-#include <tbb/parallel_pipeline.h>
 
 #include "codec/jpeg_block_store.h"
 #include "codec/jpeg_row_stream.h"
 #include "codec/jpeg_scan.h"
+#include "codec/parallel.h"
 
 namespace qel::codec {
 
 class ScanPipeline {
 public:
-    ScanPipeline(const JpegInfo& info, ScanDecoder& coder, RowStream& stream) : coder_(coder), stream_(stream)
-    {
-        for (Group& group : groups_)
-            for (const JpegComponent& c : info.components)
-                group.stores.emplace_back(paddedBlocksAcross(info, c), kRows * c.v);
-    }
+    ScanPipeline(const JpegInfo& info, ScanDecoder& coder, bool needsRowAbove)
+        : info_(info), coder_(coder), needsRowAbove_(needsRowAbove), above_(storesFor(1))
+    {}
 
-    // Calls `report()` now and then.
-    template <class Report> void run(Report report)
+    // makeStream(row) gives the RowStream that begins with that row of MCUs. Calls `report()` now and then.
+    template <class MakeStream, class Report> void run(int threads, MakeStream makeStream, Report report)
     {
-        int count = (coder_.layout().mcusDown + kRows - 1) / kRows, begun = 0;
-        auto decodeNext = [&](tbb::flow_control& flow) -> Group* {
-            if (begun == count) {
-                flow.stop();
-                return nullptr;
-            }
-            Group& group = groups_[begun++ % groups_.size()];
-            decode(group);
-            report();
-            return &group;
-        };
-        constexpr auto kInOrder = tbb::filter_mode::serial_in_order;
-        tbb::parallel_pipeline(groups_.size(),
-                               tbb::make_filter<void, Group*>(kInOrder, decodeNext) &
-                                   tbb::make_filter<Group*, void>(kInOrder, [&](Group* group) { write(*group); }));
+        forEachInParallel(threads, threads, [&](int) {
+            Group group = {storesFor(1), storesFor(kRows)};
+            while (decodeNext(group, report)) write(group, makeStream);
+        });
     }
 
 private:
-    // Rows of MCUs that are handed over at once.
-    static constexpr int kRows = 4;
+    // Rows of MCUs that are handed over at once. Fewer would let the row above each group, which is transformed for
+    // interpolation only, weigh more.
+    static constexpr int kRows = 8;
+    using Stores = std::vector<BlockStore>;
     struct Group {
-        std::vector<BlockStore> stores;
-        int first = 0, rows = 0;
+        Stores above, rows;
+        int first = 0, count = 0;
+        bool isLast = false;
     };
 
-    void decode(Group& group)
+    Stores storesFor(int rows) const
     {
-        StoredBlocks places(coder_.layout(), group.stores);
+        Stores stores;
+        for (const JpegComponent& c : info_.components) stores.emplace_back(paddedBlocksAcross(info_, c), rows * c.v);
+        return stores;
+    }
+
+    template <class Report> bool decodeNext(Group& group, Report report)
+    {
+        std::scoped_lock lock(mutex_);
+        std::swap(group.above, above_);
         group.first = next_;
-        for (group.rows = 0; group.rows < kRows && next_ < end_; ++group.rows, ++next_) {
+        StoredBlocks places(coder_.layout(), group.rows);
+        for (group.count = 0; group.count < kRows && next_ < end_; ++group.count, ++next_) {
             // One row more than there is data: it is interpolated with what is there.
             if (coder_.ended()) end_ = next_ + 1;
-            places.startRow(group.rows);
+            places.startRow(group.count);
             coder_.decodeRowInto(places);
         }
+        group.isLast = next_ == end_;
+        if (group.count == 0) return false;
+        if (needsRowAbove_) copyRow(group.rows, group.count - 1, above_);
+        report();
+        return true;
     }
-
-    void write(Group& group)
+    void copyRow(Stores& from, int row, Stores& to) const
     {
-        StoredBlocks places(coder_.layout(), group.stores);
-        for (int row = 0; row < group.rows; ++row) {
-            stream_.row(group.first + row, [&](auto& sink) { handOver(coder_.layout(), places, row, sink); });
-            stream_.write(group.first + row);
+        for (const ScanShare& share : coder_.layout().shares) {
+            BlockStore& store = from[share.component];
+            std::copy(store.block(row * share.down, 0), store.block((row + 1) * share.down, 0),
+                      to[share.component].block(0, 0));
         }
     }
 
+    template <class MakeStream> void write(Group& group, MakeStream makeStream) const
+    {
+        const ScanLayout& layout = coder_.layout();
+        RowStream stream = makeStream(group.first);
+        if (needsRowAbove_ && group.first > 0) {
+            StoredBlocks above(layout, group.above);
+            stream.row(group.first - 1, [&](auto& sink) { handOver(layout, above, 0, sink); });
+        }
+        StoredBlocks places(layout, group.rows);
+        for (int row = 0; row < group.count; ++row) {
+            stream.row(group.first + row, [&](auto& sink) { handOver(layout, places, row, sink); });
+            stream.write(group.first + row);
+        }
+        if (group.isLast) stream.fillRest();
+    }
+
+    const JpegInfo& info_;
     ScanDecoder& coder_;
-    RowStream& stream_;
-    std::array<Group, 8> groups_;
+    bool needsRowAbove_;
+    std::mutex mutex_;
+    Stores above_; // what has been decoded last
     int next_ = 0, end_ = coder_.layout().mcusDown;
 };
 

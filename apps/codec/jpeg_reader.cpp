@@ -45,6 +45,7 @@ private:
     void checkHasBlocks() const;
     void checkMemory(uint64_t bytes) const;
     void streamScan(Picture& picture);
+    void streamRows(ScanDecoder& coder, RowStream& stream) const;
     void streamStores(Picture& picture);
     void streamLossless(Picture& picture);
     void streamBand(const ScanLayout& layout, std::vector<BlockStore>& stores, int from, int to, Picture& picture);
@@ -140,10 +141,20 @@ void Decoder::streamScan(Picture& picture)
 {
     take(firstScan_);
     ScanDecoder coder(file_, headers_, firstScan_);
-    RowStream stream(info(), steps_, coder.layout(), options_, picture, 0);
-    bool alone = threads() == 1;
-    if (!alone) ScanPipeline(info(), coder, stream).run([&] { report(coder); });
-    for (int row = 0; alone && row < coder.layout().mcusDown; ++row) {
+    auto streamFrom = [&](int row) { return RowStream(info(), steps_, coder.layout(), options_, picture, row); };
+    if (threads() > 1) {
+        ScanPipeline pipeline(info(), coder, RowStream::needsRowAbove(info(), options_));
+        pipeline.run(threads(), streamFrom, [&] { report(coder); });
+    } else {
+        RowStream stream = streamFrom(0);
+        streamRows(coder, stream);
+    }
+    if (scanBehind(coder)) warnings_.push_back("scans behind the picture are left out");
+}
+
+void Decoder::streamRows(ScanDecoder& coder, RowStream& stream) const
+{
+    for (int row = 0; row < coder.layout().mcusDown; ++row) {
         // Nothing follows, but the row that was interpolated with what would have followed.
         bool onlyGrey = coder.ended();
         stream.row(row, [&](auto& sink) { coder.decodeRow(sink); });
@@ -152,17 +163,15 @@ void Decoder::streamScan(Picture& picture)
         if (onlyGrey) break;
     }
     stream.fillRest();
-    if (scanBehind(coder)) warnings_.push_back("scans behind the picture are left out");
 }
 
 // Writes the lines of the picture that become ready with rows `from` to `to`, not including it, of MCUs.
 void Decoder::streamBand(const ScanLayout& layout, std::vector<BlockStore>& stores, int from, int to, Picture& picture)
 {
     StoredBlocks places(layout, stores);
-    int firstLine = from == 0 ? 0 : from * RowStream::linesPerMcu(info(), layout) - 1;
-    RowStream stream(info(), steps_, layout, options_, picture, firstLine);
+    RowStream stream(info(), steps_, layout, options_, picture, from);
     auto transform = [&](int row) { stream.row(row, [&](auto& sink) { handOver(layout, places, row, sink); }); };
-    if (from > 0 && !RowStream::convertsMcus(info(), options_)) transform(from - 1);
+    if (from > 0 && RowStream::needsRowAbove(info(), options_)) transform(from - 1);
     for (int row = from; row < to; ++row) {
         transform(row);
         stream.write(row);

@@ -1,6 +1,7 @@
 // Rows of MCUs on their way to the picture: inverse DCT, up-sampling, colour.
 #pragma once
 
+#include <algorithm>
 #include <optional>
 #include <vector>
 
@@ -14,10 +15,12 @@ namespace qel::codec {
 // One row after the other goes through a strip that stays in the cache, or unit by unit straight into the picture.
 class RowStream {
 public:
-    // Begins with a row of MCUs whose lines above `firstLine` are not to be written.
+    // Begins with this row of MCUs, whose first line takes the row above where interpolation needs that: row() has it
+    // before, then.
     RowStream(const JpegInfo& info, const std::vector<QuantizerSteps>& steps, const ScanLayout& layout,
-              const JpegDecodeOptions& options, Picture& picture, int firstLine)
-        : linesPerRow_(linesPerMcu(info, layout)), rows_(layout.mcusDown), picture_(picture)
+              const JpegDecodeOptions& options, Picture& picture, int firstRow)
+        : linesPerRow_(linesPerMcu(info, layout)), linesKept_(needsRowAbove(info, options)), rows_(layout.mcusDown),
+          picture_(picture)
     {
         if (convertsMcus(info, options)) {
             mcus_.emplace(info, steps, layout, picture);
@@ -25,6 +28,7 @@ public:
         }
         strips(info, layout);
         transform_.emplace(steps, layout, planes_);
+        int firstLine = firstRow == 0 ? 0 : firstRow * linesPerRow_ - linesKept_;
         writer_.emplace(info, options.upsampling, planes_, picture, firstLine);
     }
 
@@ -32,6 +36,13 @@ public:
     static bool convertsMcus(const JpegInfo& info, const JpegDecodeOptions& options)
     {
         return !options.planes && options.upsampling == JpegUpsampling::replicate && mcuConversionFor(info);
+    }
+
+    // Whether lines are interpolated between rows of MCUs.
+    static bool needsRowAbove(const JpegInfo& info, const JpegDecodeOptions& options)
+    {
+        auto isHalfTall = [&](const JpegComponent& c) { return 2 * c.v == info.maxV(); };
+        return options.upsampling == JpegUpsampling::triangle && std::ranges::any_of(info.components, isHalfTall);
     }
 
     // Lines of the picture in a row of MCUs.
@@ -56,7 +67,7 @@ public:
         if (mcus_)
             written_ = isLast ? picture_.height() : (mcuRow + 1) * linesPerRow_;
         else
-            writer_->writeUntil(isLast ? picture_.height() : (mcuRow + 1) * linesPerRow_ - 1);
+            writer_->writeUntil(isLast ? picture_.height() : (mcuRow + 1) * linesPerRow_ - linesKept_);
     }
     void fillRest()
     {
@@ -82,7 +93,7 @@ private:
         }
     }
 
-    int linesPerRow_, rows_;
+    int linesPerRow_, linesKept_, rows_;
     Picture& picture_;
     std::optional<McuToPixels> mcus_;
     int written_ = 0;

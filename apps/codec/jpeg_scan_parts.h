@@ -7,8 +7,6 @@
 #include <cstdint>
 #include <vector>
 
-#include <tbb/parallel_pipeline.h>
-
 #include "codec/jpeg_bit_joiner.h"
 #include "codec/jpeg_block_store.h"
 #include "codec/jpeg_scan_writer.h"
@@ -87,32 +85,26 @@ private:
     int down_, rows_, count_;
 };
 
-// Codes a scan at the end of `out`, with a few parts for each thread in memory at once. withSource(body) calls
+// Many where a thread that other programs interrupt should not stop the others.
+inline constexpr int kPartsPerThread = 8;
+
+// Codes a scan at the end of `out`, with some parts for each thread in memory at once. withSource(body) calls
 // body(source), for codeRows.
 template <class WithSource> void codeScanInParts(std::vector<uint8_t>& out, const ScanLayout& layout,
                                                  const ScanSpecs& specs, int restartInterval, int threads,
                                                  Progress& progress, WithSource withSource)
 {
     PartRows rows(layout);
-    std::vector<ScanPart> parts(size_t(std::min(4 * threads, rows.count())), ScanPart(layout, specs));
+    std::vector<ScanPart> parts(size_t(std::min(kPartsPerThread * threads, rows.count())), ScanPart(layout, specs));
     PartJoiner joiner(out, layout, specs);
-    int begun = 0;
-    auto next = [&](tbb::flow_control& flow) {
-        if (begun == rows.count()) flow.stop();
-        return begun++;
-    };
     auto place = [&](int part) -> ScanPart& { return parts[size_t(part) % parts.size()]; };
     auto code = [&](int part) {
         place(part).begin();
         withSource([&](auto& source) {
             codeRows(layout, restartInterval, rows.first(part), rows.end(part), source, place(part), progress);
         });
-        return part;
     };
-    using enum tbb::filter_mode;
-    tbb::parallel_pipeline(
-        parts.size(), tbb::make_filter<void, int>(serial_in_order, next) & tbb::make_filter<int, int>(parallel, code) &
-                          tbb::make_filter<int, void>(serial_in_order, [&](int part) { joiner.append(place(part)); }));
+    makeInOrder(rows.count(), int(parts.size()), threads, code, [&](int part) { joiner.append(place(part)); });
     joiner.finish();
 }
 

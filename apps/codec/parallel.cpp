@@ -1,4 +1,4 @@
-// The limit on threads.
+// The limit on threads, and work that is taken in order.
 #include "codec/parallel.h"
 
 #include <tbb/info.h>
@@ -29,6 +29,43 @@ int threadsFor(uint64_t pixels)
     if (pixels < kWorthwhile) return 1;
     int limited = limit;
     return limited ? limited : kUsable;
+}
+
+std::optional<int> OrderOfWork::begin()
+{
+    std::unique_lock lock(mutex_);
+    changed_.wait(lock, [&] { return begun_ == count_ || begun_ - taken_ < window(); });
+    if (begun_ == count_) return {};
+    return begun_++;
+}
+
+void OrderOfWork::made(int i)
+{
+    std::scoped_lock lock(mutex_);
+    made_[size_t(i % window())] = true;
+}
+
+std::optional<int> OrderOfWork::beginTaking()
+{
+    std::scoped_lock lock(mutex_);
+    if (isTaking_ || !made_[size_t(taken_ % window())]) return {};
+    isTaking_ = true;
+    return taken_;
+}
+
+void OrderOfWork::taken()
+{
+    std::scoped_lock lock(mutex_);
+    isTaking_ = false;
+    made_[size_t(taken_++ % window())] = false;
+    changed_.notify_all();
+}
+
+void OrderOfWork::giveUp()
+{
+    std::scoped_lock lock(mutex_);
+    begun_ = count_;
+    changed_.notify_all();
 }
 
 }

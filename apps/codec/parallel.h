@@ -4,8 +4,11 @@
 
 #include <algorithm>
 #include <atomic>
+#include <condition_variable>
 #include <cstdint>
+#include <mutex>
 #include <optional>
+#include <vector>
 
 #include <tbb/global_control.h>
 #include <tbb/parallel_for.h>
@@ -55,6 +58,52 @@ template <class Body> void forEachInParallel(int count, int threads, Body body)
             for (int i; (i = next++) < count;) body(i);
         } catch (...) {
             next = count;
+            throw;
+        }
+    });
+}
+
+// Who does what of makeInOrder.
+class OrderOfWork {
+public:
+    OrderOfWork(int count, int window) : count_(count), made_(size_t(window), false) {}
+
+    // What the calling thread is to make; nothing where nothing is left. Waits while the window is full.
+    std::optional<int> begin();
+    void made(int i);
+    // What it is to take; nothing where another thread is taking, or the next one is not made. taken() follows.
+    std::optional<int> beginTaking();
+    void taken();
+    // Nothing is begun from now on.
+    void giveUp();
+
+private:
+    int window() const { return int(made_.size()); }
+
+    std::mutex mutex_;
+    std::condition_variable changed_;
+    int count_, begun_ = 0, taken_ = 0;
+    bool isTaking_ = false;
+    std::vector<char> made_; // of those in the window
+};
+
+// Calls make(i) for 0 to count - 1 on so many threads and take(i), in ascending order and one at a time, on whichever
+// of them has made something. At most `window` are begun and not taken, so that i % window can be their place.
+template <class Make, class Take> void makeInOrder(int count, int window, int threads, Make make, Take take)
+{
+    OrderOfWork order(count, window);
+    forEachInParallel(threads, threads, [&](int) {
+        try {
+            while (std::optional<int> next = order.begin()) {
+                make(*next);
+                order.made(*next);
+                while (std::optional<int> ready = order.beginTaking()) {
+                    take(*ready);
+                    order.taken();
+                }
+            }
+        } catch (...) {
+            order.giveUp();
             throw;
         }
     });
