@@ -4,4 +4,6 @@
 #include "core/portable_simd.h"
 #if QEL_INTRINSICS && QEL_X86
 #include "core/simd_x86.h"
+#elif QEL_INTRINSICS
+#include "core/simd_neon.h"
 #endif
