@@ -6,21 +6,24 @@
 #include "core/exports.h"
 #include "qeljx/jpeg_entropy.h"
 
-struct QelDecodeHuffmanSpec {
-    uint16_t values[256];       // in order of code length
-    uint32_t lookAhead[256];    // by the next 8 bits: (length << 16) | value; 0 where the code is longer
-    uint16_t firstCode[17 + 1]; // by length, 1 to 16
-    uint16_t largestCode[18];   // by length; kNoCodeOfLength where no code has it
-    uint16_t valueIndex[17];    // by length: where in `values` its first code stands
+// Callers may keep them at any address.
+#define QEL_ANYWHERE __attribute__((packed))
+
+struct QEL_ANYWHERE QelDecodeHuffmanSpec {
+    uint16_t values[256];        // in order of code length
+    uint32_t lookAhead[256];     // by the next 8 bits: (length << 16) | value; 0 where the code is longer
+    uint16_t firstCode[17 + 1];  // by length, 1 to 16
+    uint16_t largestCode[18];    // by length; kNoCodeOfLength where no code has it
+    uint16_t valueIndex[17 + 1]; // by length: where in `values` its first code stands
 };
 static_assert(sizeof(QelDecodeHuffmanSpec) == 1644);
 
-struct QelEncodeHuffmanSpec {
+struct QEL_ANYWHERE QelEncodeHuffmanSpec {
     uint32_t entries[256]; // by symbol: (length << 16) | code; 0 for a symbol without a code
 };
 static_assert(sizeof(QelEncodeHuffmanSpec) == 1024);
 
-struct QelDecodeHuffmanState {
+struct QEL_ANYWHERE QelDecodeHuffmanState {
     uint32_t accumulator[2]; // low word first; bytes enter at the low end; above `count` bits nothing counts
     int32_t count;           // bits not yet used, at the low end
     uint32_t endOfBandRun;   // progressive scans: blocks still to be passed over
@@ -28,7 +31,7 @@ struct QelDecodeHuffmanState {
 };
 static_assert(sizeof(QelDecodeHuffmanState) == 20);
 
-struct QelEncodeHuffmanState {
+struct QEL_ANYWHERE QelEncodeHuffmanState {
     uint32_t accumulator[2];      // low word first; the next byte to go out is bits 23 to 16 of the low word
     int32_t count;                // pending bits, 0 to 7 between calls
     uint32_t endOfBandRun;        // progressive scans: blocks not yet written
