@@ -5,6 +5,7 @@
 #include <stddef.h>
 #include <stdint.h>
 
+#include "core/byte_order.h"
 #include "core/inline.h"
 
 namespace qel {
@@ -74,10 +75,16 @@ template <int... kFrom, class V> QEL_INLINE V inBlocks(V a, V b)
 #undef QEL_FROM
 }
 
-// Pairs of bytes (first, second) all along a register.
+// Pairs (first, second) all along a register: of bytes, and of lanes of 16 bits.
 template <int N> QEL_INLINE S8<N> pairsOf(int first, int second)
 {
-    return (S8<N>)(U16<N>{} + uint16_t((first & 0xFF) | second << 8));
+    int low = kLittleEndian ? first : second, high = kLittleEndian ? second : first;
+    return (S8<N>)(U16<N>{} + uint16_t((low & 0xFF) | high << 8));
+}
+template <int N> QEL_INLINE S16<N> wordPairsOf(int first, int second)
+{
+    int low = kLittleEndian ? first : second, high = kLittleEndian ? second : first;
+    return (S16<N>)(U32<N>{} + (uint32_t(low & 0xFFFF) | uint32_t(high) << 16));
 }
 
 }

@@ -170,7 +170,7 @@ template <Weights w, int N> QEL_INLINE S16<N> weighHalf(S16<N> green, S16<N> gre
     constexpr int kHalf = 1 << 14;
     if constexpr (w.offset == 0) {
         static_assert(w.red + w.green + w.blue == 2 * kHalf);
-        auto factors = (S16<N>)(U32<N>{} + (uint32_t(2 * w.blue) << 16 | uint16_t(-2 * w.red)));
+        auto factors = wordPairsOf<N>(-2 * w.red, 2 * w.blue);
         auto sum = [=](S16<N> pairs) { return Ops::mulAddPairs(pairs, factors) >> 16; };
         S16<N> terms =
             Ops::pack(sum(Ops::zipLow(greenLessRed, blueLessGreen)), sum(Ops::zipHigh(greenLessRed, blueLessGreen)));

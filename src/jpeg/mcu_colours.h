@@ -50,7 +50,7 @@ struct RgbStep {
     static QEL_INLINE Registers<5> terms(Wide cb, Wide cr)
     {
         auto times = [](Wide c, int factor) { return Op::mulHigh(c, Wide{} + int16_t(factor)); };
-        auto factors = (Wide)(U32<kWidth>{} + (uint32_t(kCrToGreen + 65536) << 16 | uint16_t(kCbToGreen)));
+        Wide factors = wordPairsOf<kWidth>(kCbToGreen, kCrToGreen + 65536);
         auto green = [=](Wide pairs) { return Op::mulAddPairs(pairs, factors) >> 16; };
         Wide lessGreen = Op::pack(green(Op::zipLow(cb, cr)), green(Op::zipHigh(cb, cr)));
         return {cb, cr, times(cr, kCrToRed - 65536), lessGreen, times(cb, kCbToBlue - 2 * 65536) + cb};
@@ -69,7 +69,7 @@ struct RgbStep {
     {
         auto times = [](Wide v, int factor) { return Op::mulHigh(v, Wide{} + int16_t(factor)); };
         Wide red = r - g, blue = b - g;
-        auto factors = (Wide)(U32<kWidth>{} + (uint32_t(kBlueInLuma) << 16 | kRedInLuma));
+        Wide factors = wordPairsOf<kWidth>(kRedInLuma, kBlueInLuma);
         auto sum = [=](Wide pairs) { return (Op::mulAddPairs(pairs, factors) + (32768 - 128 * 65536)) >> 16; };
         Wide luma = Op::pack(sum(Op::zipLow(red, blue)), sum(Op::zipHigh(red, blue)));
         return {luma + g, (blue - times(red, 2 * kRedInCb)) >> 1, (red - times(blue, 2 * kBlueInCr)) >> 1};

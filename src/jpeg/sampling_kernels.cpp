@@ -14,7 +14,7 @@ template <int kEven, int kOdd> QEL_INLINE auto roundingAt(auto lanes, ptrdiff_t 
     if constexpr (lanes.kSamples == 1)
         return V(i % 2 == 0 ? kEven : kOdd);
     else
-        return (V)(U32<sizeof(V)>{} + uint32_t(kEven | kOdd << 16));
+        return wordPairsOf<sizeof(V)>(kEven, kOdd);
 }
 template <int kEven, int kOdd, class... Rows> QEL_INLINE void boxes(uint8_t* dst, int dstWidth, const Rows*... rows)
 {

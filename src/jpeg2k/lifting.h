@@ -136,7 +136,7 @@ struct Fixed97 {
     template <class V> static QEL_INLINE V sumOfProducts(int16_t c, V v, int16_t d, V w, int32_t rounding)
     {
         using S = Simd<sizeof(V)>;
-        auto factors = (V)(S32<sizeof(V)>{} + int32_t(uint16_t(c) | uint32_t(uint16_t(d)) << 16));
+        auto factors = (V)wordPairsOf<sizeof(V)>(c, d);
         auto low = S::mulAddPairs(S::zipLow(v, w), factors) + rounding;
         auto high = S::mulAddPairs(S::zipHigh(v, w), factors) + rounding;
         return S::pack(low << 2 >> 16, high << 2 >> 16);
