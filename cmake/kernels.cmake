@@ -7,11 +7,19 @@ file(GLOB QELJX_KERNEL_FILES CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/src/*/*_ker
 # A build named BUILD_emulated stands in for BUILD and bears its name in the source.
 function(qeljx_kernel_build name width intrinsics)
     string(REPLACE "_emulated" "" build ${name})
+    # Wider steps take the bytes of a word from the lowest one on.
+    if(CMAKE_CXX_BYTE_ORDER STREQUAL "BIG_ENDIAN")
+        set(width 1)
+    endif()
     add_library(qeljx_kernels_${name} OBJECT ${QELJX_KERNEL_FILES})
     target_include_directories(qeljx_kernels_${name} PRIVATE ${PROJECT_SOURCE_DIR}/src ${PROJECT_SOURCE_DIR}/include)
     target_compile_definitions(qeljx_kernels_${name} PRIVATE
         QEL_BUILD=${build} QEL_WIDTH=${width} QEL_INTRINSICS=${intrinsics})
     target_compile_options(qeljx_kernels_${name} PRIVATE -fno-exceptions -fno-rtti -fwrapv -Wno-psabi ${ARGN})
+    # GCC keeps the stack aligned to 16 bytes there, and takes it for 64 where wider registers are kept on it.
+    if(WIN32 AND CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+        target_compile_options(qeljx_kernels_${name} PRIVATE -Wa,-muse-unaligned-vector-move)
+    endif()
     if(NOT CMAKE_BUILD_TYPE STREQUAL "Debug")
         # Vectors are written by hand; the compiler's own vectorisation made kernels larger and slower.
         target_compile_options(qeljx_kernels_${name} PRIVATE -O2 -fno-tree-vectorize)

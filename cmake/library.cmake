@@ -34,6 +34,9 @@ foreach(header ${QELJX_HEADERS})
         list(APPEND exports ${name})
     endforeach()
 endforeach()
+if(WIN32)
+    include(cmake/windows_exports.cmake)
+endif()
 list(JOIN exports "$<SEMICOLON>\n    " exports)
 list(JOIN internal_exports "$<SEMICOLON>\n    " internal_exports)
 file(GENERATE OUTPUT ${QELJX_EXPORT_MAP} CONTENT
@@ -46,8 +49,12 @@ set_target_properties(qeljx PROPERTIES
     VERSION ${PROJECT_VERSION} SOVERSION ${QELJX_ABI} LINKER_LANGUAGE C
     LINK_DEPENDS ${QELJX_EXPORT_MAP})
 set_target_properties(qeljx_static PROPERTIES OUTPUT_NAME qeljx EXPORT_NAME qeljx_static)
-target_link_options(qeljx PRIVATE
-    -Wl,-Bsymbolic -Wl,-z,relro -Wl,-z,now -Wl,--as-needed -Wl,--version-script=${QELJX_EXPORT_MAP})
+if(WIN32)
+    target_sources(qeljx PRIVATE ${QELJX_EXPORT_DEFINITION})
+else()
+    target_link_options(qeljx PRIVATE
+        -Wl,-Bsymbolic -Wl,-z,relro -Wl,-z,now -Wl,--as-needed -Wl,--version-script=${QELJX_EXPORT_MAP})
+endif()
 # An instrumented library finds the sanitizers in the program.
 if(NOT QELJX_FUZZ)
     target_link_options(qeljx PRIVATE -Wl,--no-undefined)

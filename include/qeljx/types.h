@@ -4,7 +4,7 @@
 
 #include <stdint.h>
 
-#if defined(__GNUC__)
+#if defined(__GNUC__) && !defined(_WIN32)
 #define QEL_API __attribute__((visibility("default")))
 #else
 #define QEL_API

@@ -1,5 +1,7 @@
 // How internal functions and tables leave the shared library: by their plain C name.
 #pragma once
 
-#define QEL_KERNEL extern "C" __attribute__((visibility("default")))
-#define QEL_TABLE extern "C" __attribute__((visibility("default")))
+#include "qeljx/types.h"
+
+#define QEL_KERNEL extern "C" QEL_API
+#define QEL_TABLE extern "C" QEL_API

@@ -23,6 +23,19 @@ QEL_INLINE void replaceIf(uint32_t condition, uint32_t& x, uint32_t a, uint32_t&
         : "r"(condition), "r"(a), "r"(b), "r"(c)
         : "cc");
 }
+#elif defined(__aarch64__)
+QEL_INLINE uint64_t select(uint32_t condition, uint64_t a, uint64_t b)
+{
+    asm("cmp %w1, #0\n\tcsel %0, %2, %0, ne" : "+r"(b) : "r"(condition), "r"(a) : "cc");
+    return b;
+}
+QEL_INLINE void replaceIf(uint32_t condition, uint32_t& x, uint32_t a, uint32_t& y, uint32_t b, uint32_t& z, uint32_t c)
+{
+    asm("cmp %w3, #0\n\tcsel %w0, %w4, %w0, ne\n\tcsel %w1, %w5, %w1, ne\n\tcsel %w2, %w6, %w2, ne"
+        : "+&r"(x), "+&r"(y), "+&r"(z)
+        : "r"(condition), "r"(a), "r"(b), "r"(c)
+        : "cc");
+}
 #else
 QEL_INLINE uint64_t select(uint32_t condition, uint64_t a, uint64_t b) { return condition ? a : b; }
 QEL_INLINE void replaceIf(uint32_t condition, uint32_t& x, uint32_t a, uint32_t& y, uint32_t b, uint32_t& z, uint32_t c)

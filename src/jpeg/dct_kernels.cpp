@@ -97,7 +97,7 @@ QEL_INLINE bool hasLargeEntries(const uint16_t* encTable)
 {
     Wide entries = {};
     forRows([&](int r) { entries |= load<Wide>(encTable + 8 * r); });
-    return Op::signMask((U8<kWidth>)entries) & 0xAAAAAAAAAAAAAAAA;
+    return Op::signMask((U8<kWidth>)entries) & (kLittleEndian ? 0xAAAAAAAAAAAAAAAA : 0x5555555555555555);
 }
 
 // `scale` is what is done to the transformed rows: quantization or nothing.

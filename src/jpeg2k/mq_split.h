@@ -36,6 +36,32 @@ QEL_INLINE unsigned splitInterval(uint64_t& code, uint64_t& interval, uint64_t& 
     return unsigned(sum) & 1;
 }
 
+#elif QEL_INTRINSICS && defined(__aarch64__)
+
+QEL_INLINE unsigned splitInterval(uint64_t& code, uint64_t& interval, uint64_t& context)
+{
+    const MqRow& row = rowAt(context);
+    uint64_t next = context, nextOfUpper = row.afterLps, upper;
+    uint32_t sum = uint32_t(context / sizeof(MqRow));
+    asm("subs %[interval], %[interval], %[qe]\n\t"
+        "csel %[next], %[next], %[afterMps], mi\n\t"
+        "cmp %[interval], %[qe]\n\t"
+        "csel %[next], %[afterLps], %[next], lo\n\t"
+        "csel %[nextOfUpper], %[afterMps], %[nextOfUpper], lo\n\t"
+        "cinc %w[sum], %w[sum], lo\n\t" // the interval is smaller than Qe
+        "subs %[upper], %[code], %[interval]\n\t"
+        "csel %[code], %[upper], %[code], hs\n\t"
+        "csel %[interval], %[qe], %[interval], hs\n\t"
+        "csel %[next], %[nextOfUpper], %[next], hs\n\t"
+        "cinc %w[sum], %w[sum], hs" // the code is in the upper part
+        : [interval] "+&r"(interval), [next] "+&r"(next), [nextOfUpper] "+&r"(nextOfUpper), [upper] "=&r"(upper),
+          [code] "+&r"(code), [sum] "+&r"(sum)
+        : [qe] "r"(row.qe), [afterMps] "r"(uint64_t(row.afterMps)), [afterLps] "r"(uint64_t(row.afterLps))
+        : "cc");
+    context = next;
+    return sum & 1;
+}
+
 #else
 
 // Code and interval in the upper 16 bits; the code may have more behind. Returns the decision.

@@ -40,7 +40,8 @@ QEL_INLINE U8<N> lanesOf(uint64_t set)
 {
     auto bytes = (U8<N>)((U64<N>{} + set) >> load<U64<N>>(kLanesOfSet.shifts));
     auto bits = load<U8<N>>(kLanesOfSet.bits);
-    return (U8<N>)((inBlocks<0, 0, 0, 0, 0, 0, 0, 0, 1, 1, 1, 1, 1, 1, 1, 1>(bytes) & bits) == bits);
+    constexpr int a = kLittleEndian ? 0 : 7, b = kLittleEndian ? 1 : 6; // the lowest byte, and the next
+    return (U8<N>)((inBlocks<a, a, a, a, a, a, a, a, b, b, b, b, b, b, b, b>(bytes) & bits) == bits);
 }
 
 // Appends those of 16 bytes whose lanes are all ones.
