@@ -78,6 +78,10 @@ Picture ffmpegDecode(Bytes file, int precision)
 
 #else
 
-codec::Picture qel::test::ffmpegDecode(codec::Bytes, int) { throw std::runtime_error("FFmpeg is not there"); }
+namespace qel::test {
+
+codec::Picture ffmpegDecode(codec::Bytes, int) { throw std::runtime_error("FFmpeg is not there"); }
+
+}
 
 #endif
