@@ -9,32 +9,63 @@
 
 #include <cstddef>
 #include <new>
+#include <vector>
 
 namespace qel::test {
+
+// `count` pages between two that fault. Short runs are kept for the next one who asks: making them takes longer than
+// most tests do.
+class Pages {
+public:
+    explicit Pages(size_t count) : count_(count)
+    {
+        if (count < kKept && !kept(count).empty()) {
+            first_ = kept(count).back();
+            kept(count).pop_back();
+            return;
+        }
+        void* memory = mmap(nullptr, (count + 2) * size(), PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+        if (memory == MAP_FAILED) throw std::bad_alloc();
+        first_ = (uint8_t*)memory + size();
+        mprotect(first_, count * size(), PROT_READ | PROT_WRITE);
+    }
+    Pages(const Pages&) = delete;
+    Pages& operator=(const Pages&) = delete;
+    ~Pages()
+    {
+        if (count_ < kKept)
+            kept(count_).push_back(first_);
+        else
+            munmap(first_ - size(), (count_ + 2) * size());
+    }
+
+    static size_t size() { return (size_t)sysconf(_SC_PAGESIZE); }
+    uint8_t* begin() const { return first_; }
+    uint8_t* end() const { return first_ + count_ * size(); }
+
+private:
+    static constexpr size_t kKept = 64;
+    static std::vector<uint8_t*>& kept(size_t count)
+    {
+        static thread_local std::vector<uint8_t*> pages[kKept];
+        return pages[count];
+    }
+
+    size_t count_;
+    uint8_t* first_;
+};
 
 enum class Fault { behind, before };
 
 template <class T> class Guarded {
 public:
     // `offset` bytes lie between the elements and the faulting page, to try every alignment.
-    explicit Guarded(size_t count, Fault fault = Fault::behind, size_t offset = 0) : count_(count), fault_(fault)
+    explicit Guarded(size_t count, Fault fault = Fault::behind, size_t offset = 0)
+        : pages_((count * sizeof(T) + offset + kWatched + Pages::size() - 1) / Pages::size()), count_(count)
     {
-        page_ = (size_t)sysconf(_SC_PAGESIZE);
-        size_t open = (count * sizeof(T) + offset + kWatched + page_ - 1) / page_ * page_;
-        mapped_ = open + page_;
-        void* memory = mmap(nullptr, mapped_, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
-        if (memory == MAP_FAILED) throw std::bad_alloc();
-        base_ = (uint8_t*)memory;
-        uint8_t* forbidden = fault == Fault::behind ? base_ + open : base_;
-        mprotect(forbidden, page_, PROT_NONE);
-        start_ = fault == Fault::behind ? base_ + open - offset - count * sizeof(T) : base_ + page_ + offset;
-        open_ = fault == Fault::behind ? base_ : base_ + page_;
-        openSize_ = open;
-        memset(open_, kValue, open);
+        start_ = fault == Fault::behind ? pages_.end() - offset - count * sizeof(T) : pages_.begin() + offset;
+        memset(pages_.begin(), kValue, size_t(pages_.end() - pages_.begin()));
     }
-    Guarded(const Guarded&) = delete;
-    Guarded& operator=(const Guarded&) = delete;
-    ~Guarded() { munmap(base_, mapped_); }
 
     T* data() { return (T*)start_; }
     const T* data() const { return (const T*)start_; }
@@ -44,19 +75,20 @@ public:
     // True if no byte outside the elements has changed.
     bool intact() const
     {
-        for (const uint8_t* p = open_; p != start_; ++p)
-            if (*p != kValue) return false;
-        for (const uint8_t* p = start_ + sizeInBytes(); p != open_ + openSize_; ++p)
-            if (*p != kValue) return false;
-        return true;
+        return isUntouched(pages_.begin(), start_) && isUntouched(start_ + sizeInBytes(), pages_.end());
     }
 
 private:
     static constexpr size_t kWatched = 128;
     static constexpr uint8_t kValue = 0xA5;
-    size_t count_, page_, mapped_, openSize_;
-    Fault fault_;
-    uint8_t *base_, *start_, *open_;
+    static bool isUntouched(const uint8_t* from, const uint8_t* to)
+    {
+        return from == to || (*from == kValue && memcmp(from, from + 1, size_t(to - from) - 1) == 0);
+    }
+
+    Pages pages_;
+    size_t count_;
+    uint8_t* start_;
 };
 
 }
