@@ -1,0 +1,192 @@
+// SPDX-License-Identifier: Apache-2.0
+// Pictures in and out of Python: files decoded to arrays, arrays encoded to files, through the sample codec.
+#ifdef _OPENMP
+#include <omp.h>
+#endif
+
+#include <cstring>
+#include <memory>
+
+#include "arrays.h"
+#include "codec/compare.h"
+#include "codec/error.h"
+#include "codec/file_io.h"
+#include "codec/j2k_reader.h"
+#include "codec/j2k_writer.h"
+#include "codec/jpeg_reader.h"
+#include "codec/jpeg_writer.h"
+#include "codec/picture_file.h"
+
+namespace qel::python {
+namespace {
+
+using namespace codec;
+
+const char* nameOf(ColourSpace space)
+{
+    return space == ColourSpace::grey ? "grey" : space == ColourSpace::rgb ? "rgb" : "cmyk";
+}
+
+// The array takes the picture over: nothing is copied.
+py::array arrayOf(Picture picture)
+{
+    std::vector<py::ssize_t> shape = {picture.height(), picture.width()};
+    if (picture.channels() > 1) shape.push_back(picture.channels());
+    py::dtype type = picture.precision() <= 8 ? py::dtype::of<uint8_t>() : py::dtype::of<uint16_t>();
+    auto owner = std::make_unique<Picture>(std::move(picture));
+    void* samples = owner->row(0);
+    py::capsule capsule(owner.release(), [](void* held) { delete static_cast<Picture*>(held); });
+    return py::array(type, shape, samples, capsule);
+}
+
+Picture pictureOf(const py::array& given, int precision)
+{
+    bool isWide = given.dtype().is(py::dtype::of<uint16_t>());
+    require(isWide || given.dtype().is(py::dtype::of<uint8_t>()), "samples are uint8 or uint16");
+    require(given.ndim() == 2 || (given.ndim() == 3 && (given.shape(2) == 3 || given.shape(2) == 4)),
+            "a picture is height x width, or height x width x 3 (RGB) or 4 (CMYK)");
+    if (precision == 0) precision = isWide ? 16 : 8;
+    require(isWide ? precision > 8 && precision <= 16 : precision > 0 && precision <= 8, "the precision fits the type");
+    py::array array = py::array::ensure(given, py::array::c_style);
+    ColourSpace space = array.ndim() == 2     ? ColourSpace::grey
+                        : array.shape(2) == 3 ? ColourSpace::rgb
+                                              : ColourSpace::cmyk;
+    require(array.shape(0) <= INT32_MAX && array.shape(1) <= INT32_MAX, "the picture is too large");
+    Picture picture(int(array.shape(1)), int(array.shape(0)), space, precision);
+    std::memcpy(picture.row(0), array.data(), picture.sizeInBytes());
+    return picture;
+}
+
+// The bytes of a file: given as they are, or read from a path.
+class Source {
+public:
+    explicit Source(const py::object& source)
+    {
+        if (PyObject_CheckBuffer(source.ptr())) {
+            buffer_ = py::buffer(source).request();
+            require(buffer_.itemsize == 1 && buffer_.ndim == 1, "bytes are wanted");
+            bytes_ = {static_cast<const uint8_t*>(buffer_.ptr), size_t(buffer_.size)};
+        } else {
+            read_ = readFile(py::str(py::module_::import("os").attr("fspath")(source)));
+            bytes_ = read_;
+        }
+    }
+    Bytes bytes() const { return bytes_; }
+
+private:
+    py::buffer_info buffer_;
+    std::vector<uint8_t> read_;
+    Bytes bytes_;
+};
+
+LoadedPicture decodeAny(Bytes file, int reduce, int layers, bool smooth)
+{
+    FileKind kind = kindOf(file);
+    if (kind == FileKind::jpeg2000) {
+        DecodedJ2k decoded = decodeJ2k(file, {.reduce = reduce, .layers = layers ? layers : 65535});
+        return {std::move(decoded.picture), std::move(decoded.warnings), decoded.isDamaged};
+    }
+    require(reduce == 0 && layers == 0, "reduce and layers are for JPEG 2000 files");
+    if (kind != FileKind::jpeg) return loadPicture(file);
+    auto upsampling = smooth ? JpegUpsampling::triangle : JpegUpsampling::replicate;
+    DecodedJpeg decoded = decodeJpeg(file, {.upsampling = upsampling});
+    bool isDamaged = !decoded.warnings.empty();
+    return {std::move(decoded.picture), std::move(decoded.warnings), isDamaged};
+}
+
+py::tuple decode(const py::object& given, int reduce, int layers, bool smooth)
+{
+    Source source(given);
+    LoadedPicture loaded = unlocked([&] { return decodeAny(source.bytes(), reduce, layers, smooth); });
+    py::str colour = nameOf(loaded.picture.space());
+    int precision = loaded.picture.precision();
+    return py::make_tuple(arrayOf(std::move(loaded.picture)), colour, precision, loaded.warnings, loaded.isDamaged);
+}
+
+JpegSamplings samplingNamed(const std::string& name)
+{
+    if (name == "444") return kSampling444;
+    if (name == "422") return kSampling422;
+    if (name == "440") return kSampling440;
+    require(name == "420", "the sampling is 444, 422, 440 or 420");
+    return kSampling420;
+}
+
+py::bytes bytesOf(const std::vector<uint8_t>& file)
+{
+    return {reinterpret_cast<const char*>(file.data()), file.size()};
+}
+
+py::bytes encodeToJpeg(const py::array& array, int quality, const std::string& sampling, bool optimize,
+                       bool progressive, int restart, bool lossless, int predictor, int precision)
+{
+    Picture picture = pictureOf(array, precision);
+    JpegEncodeOptions options = {.quality = quality,
+                                 .optimiseTables = optimize,
+                                 .progressive = progressive,
+                                 .restartInterval = restart,
+                                 .lossless = lossless,
+                                 .predictor = predictor};
+    if (!lossless && picture.space() != ColourSpace::grey) options.sampling = samplingNamed(sampling);
+    return bytesOf(unlocked([&] { return encodeJpeg(picture, options); }));
+}
+
+py::bytes encodeToJ2k(const py::array& array, std::optional<int> quality, std::optional<double> rate,
+                      std::optional<double> psnr, bool lossless, int layers, bool isJp2, int precision)
+{
+    require(lossless + quality.has_value() + rate.has_value() + psnr.has_value() <= 1,
+            "quality, rate, psnr and lossless exclude each other");
+    Picture picture = pictureOf(array, precision);
+    J2kEncodeOptions options = {.isLossless = lossless,
+                                .bitsPerPixel = rate,
+                                .psnr = psnr,
+                                .quality = quality.value_or(90),
+                                .layers = layers,
+                                .isJp2 = isJp2};
+    return bytesOf(unlocked([&] { return encodeJ2k(picture, options); }));
+}
+
+py::tuple comparison(const py::array& a, const py::array& b, int precision)
+{
+    Picture first = pictureOf(a, precision), second = pictureOf(b, precision);
+    Difference whole = unlocked([&] { return compare(first, second); }).whole;
+    return py::make_tuple(whole.psnr(first.precision()), whole.meanSquaredError, whole.largestError);
+}
+
+void setThreads(int threads)
+{
+    require(threads > 0, "at least one thread");
+#ifdef _OPENMP
+    omp_set_num_threads(threads);
+#endif
+}
+
+// CodecError as qeljx.Error, with the position in the file.
+void addErrorTo(py::module_& module)
+{
+    static py::handle error = py::exception<CodecError>(module, "Error", PyExc_ValueError).release();
+    py::register_exception_translator([](std::exception_ptr thrown) {
+        try {
+            if (thrown) std::rethrow_exception(thrown);
+        } catch (const CodecError& caught) {
+            py::object made = error(caught.what());
+            made.attr("position") = caught.position();
+            PyErr_SetObject(error.ptr(), made.ptr());
+        }
+    });
+}
+
+}
+
+void addPicturesTo(py::module_& module)
+{
+    addErrorTo(module);
+    module.def("decode", &decode, py::arg("source"), py::arg("reduce"), py::arg("layers"), py::arg("smooth"));
+    module.def("encode_jpeg", &encodeToJpeg);
+    module.def("encode_j2k", &encodeToJ2k);
+    module.def("compare", &comparison);
+    module.def("set_threads", &setThreads, py::arg("threads"),
+               "Threads that the calls of this thread may use; as many as there are processors by default.");
+}
+
+}

@@ -1,0 +1,74 @@
+# SPDX-License-Identifier: Apache-2.0
+"""JPEG and JPEG 2000 to numpy arrays and back.
+
+    picture = qeljx.decode("photo.jp2")
+    data = qeljx.encode(picture.array, "jpeg", quality=85)
+
+qeljx.primitives has the steps inside: colours, DCT, Huffman coding, wavelets, code-blocks."""
+import os
+from typing import NamedTuple
+
+from . import _qeljx
+from ._qeljx import Error, set_threads
+from ._qeljx import version as __version__
+
+__all__ = ["Comparison", "Decoded", "Error", "compare", "decode", "encode", "set_threads"]
+
+
+class Decoded(NamedTuple):
+    """A decoded picture: the array is height x width, or height x width x channels."""
+
+    array: object
+    colour: str  # "grey", "rgb" or "cmyk"
+    precision: int  # bits of a sample
+    warnings: list
+    is_damaged: bool  # some of the picture is missing
+
+
+class Comparison(NamedTuple):
+    psnr: float
+    mean_squared_error: float
+    largest_error: int
+
+
+def decode(source, *, reduce=0, layers=0, smooth=True):
+    """The picture in a file of JPEG, JPEG 2000, PNG, PGM, PPM, PAM or PGX: its bytes, or its path.
+
+    reduce halves a JPEG 2000 picture so many times, layers decodes so many of its quality layers (0: all), smooth
+    interpolates the chroma of JPEG. Raises Error, with the position in the file, where there is no picture."""
+    return Decoded(*_qeljx.decode(source, reduce=reduce, layers=layers, smooth=smooth))
+
+
+def _jpeg(array, *, quality=90, sampling="420", optimize=False, progressive=False, restart=0, lossless=False, predictor=1,
+          precision=0):
+    return _qeljx.encode_jpeg(array, quality, sampling, optimize, progressive, restart, lossless, predictor, precision)
+
+
+def _j2k(is_jp2):
+    def encode_j2k(array, *, quality=None, rate=None, psnr=None, lossless=False, layers=1, precision=0):
+        return _qeljx.encode_j2k(array, quality, rate, psnr, lossless, layers, is_jp2, precision)
+
+    return encode_j2k
+
+
+_ENCODERS = {"jpeg": _jpeg, "jpg": _jpeg, "jp2": _j2k(True), "j2k": _j2k(False)}
+
+
+def encode(array, format="jpeg", **options):
+    """The bytes of a file: an array of uint8 or uint16, grey (2 dimensions), RGB or CMYK (3 or 4 channels).
+
+    "jpeg": quality, sampling ("444", "422", "440", "420"), optimize, progressive, restart, lossless, predictor.
+    "jp2" and "j2k": quality, rate (bits per pixel), psnr (decibels) or lossless; layers.
+    Both: precision, in bits, where it is less than the type's."""
+    if format not in _ENCODERS:
+        raise ValueError(f"the format is one of {', '.join(_ENCODERS)}")
+    return _ENCODERS[format](array, **options)
+
+
+def compare(a, b, precision=0):
+    """How far two arrays are apart."""
+    return Comparison(*_qeljx.compare(a, b, precision))
+
+
+# Threads do not survive a fork, and their runtime waits for them in vain: a child works on one.
+os.register_at_fork(after_in_child=lambda: set_threads(1))

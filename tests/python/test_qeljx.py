@@ -1,0 +1,136 @@
+# SPDX-License-Identifier: Apache-2.0
+"""The Python module: the tool's own results, exceptions, forked children, and the primitives against each other.
+QELPIC names the tool."""
+import multiprocessing
+import os
+import subprocess
+
+import numpy as np
+import pytest
+import qeljx
+from qeljx import primitives
+
+
+def drawn(height, width, channels=3):
+    y, x = np.mgrid[0:height, 0:width]
+    waves = [128 + 70 * np.sin(x * (0.05 + 0.02 * c)) + 50 * np.cos(y * 0.07 + c) for c in range(channels)]
+    noise = np.random.default_rng(7).integers(-9, 10, (height, width, channels))
+    return np.clip(np.stack(waves, 2) + noise, 0, 255).astype(np.uint8)
+
+
+def store(path, array):
+    path.write_bytes(f"P6\n{array.shape[1]} {array.shape[0]}\n255\n".encode() + array.tobytes())
+
+
+def tool(*arguments):
+    subprocess.run([os.environ["QELPIC"], *map(str, arguments)], check=True)
+
+
+@pytest.mark.parametrize(
+    "format, options, arguments",
+    [
+        ("jpeg", {"quality": 80}, ["--quality", 80]),
+        ("jpeg", {"sampling": "444", "progressive": True}, ["--sampling", "444", "--progressive"]),
+        ("jpeg", {"lossless": True, "predictor": 4}, ["--lossless", "--predictor", 4]),
+        ("jp2", {"lossless": True}, ["--lossless"]),
+        ("jp2", {"rate": 2.0}, ["--rate", 2]),
+    ],
+)
+def test_encodes_what_the_tool_does(tmp_path, format, options, arguments):
+    picture = drawn(90, 121)
+    store(tmp_path / "a.ppm", picture)
+    tool("encode", tmp_path / "a.ppm", tmp_path / f"a.{format}", *arguments)
+    data = qeljx.encode(picture, format, **options)
+    assert data == (tmp_path / f"a.{format}").read_bytes()
+    tool("decode", tmp_path / f"a.{format}", tmp_path / "b.ppm")
+    decoded = qeljx.decode(data)
+    assert (decoded.colour, decoded.precision, decoded.is_damaged) == ("rgb", 8, False)
+    assert (tmp_path / "b.ppm").read_bytes().endswith(decoded.array.tobytes())
+    assert np.array_equal(qeljx.decode(tmp_path / f"a.{format}").array, decoded.array)
+    if options.get("lossless"):
+        assert qeljx.compare(picture, decoded.array).largest_error == 0
+
+
+def test_other_layouts_and_depths():
+    picture = drawn(64, 80)
+    flipped = picture[::-1, ::-1]
+    assert np.array_equal(qeljx.decode(qeljx.encode(flipped, "jp2", lossless=True)).array, flipped)
+    deep = picture[:, :, 0].astype(np.uint16) * 16
+    decoded = qeljx.decode(qeljx.encode(deep, "jp2", lossless=True, precision=12))
+    assert decoded.precision == 12 and np.array_equal(decoded.array, deep)
+    assert qeljx.decode(qeljx.encode(picture, "jp2", lossless=True), reduce=2).array.shape == (16, 20, 3)
+
+
+def test_errors():
+    data = qeljx.encode(drawn(64, 64))
+    with pytest.raises(qeljx.Error) as caught:
+        qeljx.decode(data[:30])
+    assert caught.value.position is not None
+    with pytest.raises(qeljx.Error):
+        qeljx.decode("/no/such/file")
+    damaged = qeljx.decode(data[: len(data) // 2])
+    assert damaged.is_damaged and damaged.warnings
+    for wrong in (np.zeros((4, 4), np.float32), np.zeros((4, 4, 2), np.uint8), np.zeros(4, np.uint8)):
+        with pytest.raises(ValueError):
+            qeljx.encode(wrong)
+    with pytest.raises(ValueError):
+        qeljx.encode(drawn(8, 8), "gif")
+    with pytest.raises(RuntimeError, match="qelStsBadArgErr"):
+        primitives.predict(np.zeros((2, 2), np.int16), predictor=9)
+
+
+def test_forked_children_work():
+    picture = drawn(700, 900)
+    data = qeljx.encode(picture)
+    expected = qeljx.decode(data).array
+    with multiprocessing.get_context("fork").Pool(2) as pool:
+        results = pool.map_async(qeljx.decode, [data] * 4).get(timeout=60)
+    assert all(np.array_equal(result.array, expected) for result in results)
+
+
+def test_jpeg_primitives():
+    plane = drawn(64, 96)[:, :, 0]
+    steps = primitives.scale_steps(np.full(64, 16, np.uint8), 90)
+    blocks = primitives.forward_dct(plane, steps)
+    assert blocks.shape == (8, 12, 8, 8)
+    back = primitives.inverse_dct(blocks, steps)
+    assert np.abs(back.astype(int) - plane).max() < 16
+    dc, ac = map(primitives.huffman_table, primitives.huffman_statistics(blocks))
+    data = primitives.huffman_encode(blocks, dc, ac)
+    assert np.array_equal(primitives.huffman_decode(data, 96, dc, ac), blocks.reshape(96, 8, 8))
+    samples = plane.astype(np.int16)
+    for predictor in range(1, 8):
+        differences = primitives.predict(samples, predictor)
+        assert np.array_equal(primitives.reconstruct(differences, predictor), samples)
+
+
+def test_colours_and_sampling():
+    rgb = drawn(33, 50)
+    planes = primitives.rgb_to_ycbcr(rgb)
+    luma = rgb @ np.array([0.299, 0.587, 0.114])
+    assert np.abs(planes[0] - luma).max() < 1.1
+    assert np.abs(primitives.ycbcr_to_rgb(planes).astype(int) - rgb).max() <= 3
+    half = primitives.downsample(planes[0])
+    means = planes[0][:32, :50].astype(int).reshape(16, 2, 25, 2).sum((1, 3))
+    assert np.array_equal(half, (means + 3) >> 2)
+    assert primitives.upsample(half).shape == (32, 50)
+    assert np.array_equal(primitives.upsample(np.array([[10, 20]], np.uint8), False), [[10, 13, 17, 20]])
+
+
+def test_jpeg2000_primitives():
+    planes = np.moveaxis(drawn(61, 47), 2, 0).astype(np.int32) - 128
+    assert np.array_equal(primitives.inverse_rct(primitives.rct(planes)), planes)
+    assert np.allclose(primitives.inverse_ict(primitives.ict(planes.astype(np.float32))), planes, atol=0.05)
+    for levels in (0, 1, 3, 6):
+        coefficients = primitives.wavelet53(planes[0], levels)
+        assert np.array_equal(primitives.inverse_wavelet53(coefficients, levels), planes[0])
+    wide = planes[0] * 64
+    assert np.abs(primitives.inverse_wavelet97(primitives.wavelet97(wide, 3), 3) - wide).max() <= 24
+    for style in (0, 0x2, 0x4 | 0x10):
+        block = primitives.encode_code_block(planes[0], 0, style)
+        assert len(block["rates"]) == len(block["distortions"]) == block["passes"]
+        decoded = primitives.decode_code_block(block["data"], planes[0].shape, 0, block["planes"], block["passes"],
+                                               block["lengths"], style)
+        assert np.array_equal(decoded, planes[0])
+    with pytest.raises(ValueError):
+        primitives.decode_code_block(b"ab", (4, 4), 0, 1, 1, [3])
