@@ -1,8 +1,7 @@
 /* SPDX-License-Identifier: Apache-2.0 */
-/* Colours of a big picture, with as many threads as you allow. Functions marked "Threads" in the headers split large
- * regions over OpenMP's threads, whose number is the calling thread's own affair; the result is the same for all.
- *     cc -fopenmp threads.c $(pkg-config --cflags --libs qeljx) -o threads
- *     threads [megapixels]
+/* Colours of a big picture, with as many threads as you allow. Conversions of planes split regions of millions of
+ * pixels over OpenMP's threads, whose number is the calling thread's own affair; the result is the same for all. cc
+ * -fopenmp threads.c $(pkg-config --cflags --libs qeljx) -o threads threads [megapixels]
  */
 #include "common.h"
 
