@@ -2,12 +2,14 @@
  * ITU-T T.800).
  * This is the one header a caller includes; it is plain C99 and declares everything that the library exports for use.
  *
- * Names. qeli (images), qels (arrays, memory) or qelj (the library), the operation, then what it works on, source first:
- *   8u 16u 16s 32s 32f   unsigned and signed integers of so many bits, single floats; 1u is a stream of bits
- *   C1 C3 C4, P3 P4      channels interleaved in one plane, or planes; C3P3 goes from interleaved pixels to planes
- *   R, I                 takes a region: a pointer, a step and a size; I works in place
- *   LS, MCU              with the level shift by 128; on one minimum coded unit of 8x8 blocks
- *   444 422 411          chroma in every pixel, halved across (2x1), halved both ways (2x2): what is called 4:2:0
+ * Names. qeli (images), qels (arrays, memory) or qelj (the library), the operation, then what it works on, source
+ * first:
+ * - 8u 16u 16s 32s 32f: unsigned and signed integers of so many bits, single floats; 1u: a stream of bits
+ * - C1 C3 C4, P3 P4: channels interleaved in one plane, or planes; C3P3: from interleaved pixels to planes
+ * - R: takes a region, that is a pointer, a step and a size; I: works in place
+ * - LS: with the level shift by 128; MCU: on one minimum coded unit of 8x8 blocks
+ * - 444, 422, 411: chroma in every pixel, halved across (2x1), halved both ways (2x2; others call it 4:2:0)
+ *
  * So qeliYCbCrToRGB_JPEG_8u_P3C3R takes three planes of bytes to interleaved pixels, for a region.
  *
  * Steps are distances in bytes from row to row, 1 or more, the same for all planes of an array. Pointers may lie at any

@@ -147,7 +147,8 @@ template <int kGroup, class Body> QEL_INLINE ptrdiff_t walkGroups(ptrdiff_t i, p
     [[maybe_unused]] auto run = [&](auto lanes) QEL_INLINE_BODY {
         for (; n - i >= lanes.kSamples; i += lanes.kSamples) body(lanes, i);
     };
-    if constexpr (QEL_WIDTH > 16) run(Samples<QEL_WIDTH>());
+    constexpr int kWidest = QEL_WIDTH < 16 ? 16 : QEL_WIDTH; // compilers look at what they leave out, too
+    if constexpr (QEL_WIDTH > 16) run(Samples<kWidest>());
     if constexpr (QEL_WIDTH >= 16) {
         run(Samples<16>());
         run(Few<8>());

@@ -187,7 +187,7 @@ template <class S, int N> struct Run {
     QEL_OPERATION(N, inOrder, 1, N), QEL_OPERATION(N, widen, 1, N), QEL_OPERATION(N, signMask, 1, 8),                  \
         QEL_OPERATION(N, load2, 2, 2 * N), QEL_OPERATION(N, load3, 3, 3 * N), QEL_OPERATION(N, loadPairs3, 3, 4 * N),  \
         QEL_OPERATION(N, loadPairs4, 4, 5 * N), QEL_OPERATION(N, load4, 4, 4 * N), QEL_OPERATION(N, store2, 2, 2 * N), \
-        QEL_OPERATION(N, store3, 3, 3 * N), QEL_OPERATION(N, store4, 4, 4 * N), QEL_OPERATION(N, stream, 1, N),     \
+        QEL_OPERATION(N, store3, 3, 3 * N), QEL_OPERATION(N, store4, 4, 4 * N), QEL_OPERATION(N, stream, 1, N),        \
         QEL_OPERATION(N, mulAddBytePairs, 2, N), QEL_OPERATION(N, store2Wide, 2, 2 * N),                               \
         QEL_OPERATION(N, mulTies, 2, N), QEL_OPERATION(N, mulSmall, 2, N), QEL_OPERATION(N, join, 1, N),               \
         QEL_OPERATION(N, halves, 1, N), QEL_OPERATION(N, isZero, 1, 1), QEL_OPERATION(N, runningSum, 1, 2 * N),        \
