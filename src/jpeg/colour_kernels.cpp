@@ -68,7 +68,7 @@ template <Rounding kRounding, class V> QEL_INLINE Triple<V> toRgb(Triple<V> ycc)
     V none = {}, y = ycc.a, cb = ycc.b ^ 128, cr = ycc.c ^ 128;
 
     auto scale = [](Words sum) { return shiftByProduct<6, N>(sum); };
-    auto half = [&](auto zip) {
+    auto half = [&](auto zip) QEL_INLINE_BODY {
         auto times = [&](V chroma, int low, int factor) {
             return Ops::mulHigh((Words)zip(none + uint8_t(low), chroma), Words{} + int16_t(factor));
         };

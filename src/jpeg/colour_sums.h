@@ -157,7 +157,9 @@ QEL_INLINE S16<N> weighHalf(U8<N> firstTwo, U8<N> thirdOne)
 template <Weights w, class V, bool kIsBgr> QEL_INLINE V weigh(Pairs<V, kIsBgr> p)
 {
     constexpr int N = sizeof(V), first = kIsBgr ? w.blue : w.red, third = kIsBgr ? w.red : w.blue;
-    auto half = [&](int k) { return weighHalf<first, w.green, third, w.rounding, w.offset, N>(p.ab[k], p.c1[k]); };
+    auto half = [&](int k) QEL_INLINE_BODY {
+        return weighHalf<first, w.green, third, w.rounding, w.offset, N>(p.ab[k], p.c1[k]);
+    };
     return Simd<N>::packUnsigned(half(0), half(1));
 }
 
@@ -186,7 +188,8 @@ template <Weights w, int N> QEL_INLINE S16<N> weighHalf(S16<N> green, S16<N> gre
 
 template <Weights w, int N> QEL_INLINE U8<N> weigh(Differences<N> p)
 {
-    auto half = [&](int k) { return weighHalf<w, N>(p.green[k], p.greenLessRed[k], p.blueLessGreen[k]); };
+    auto half = [&](int k)
+                    QEL_INLINE_BODY { return weighHalf<w, N>(p.green[k], p.greenLessRed[k], p.blueLessGreen[k]); };
     return Simd<N>::packUnsigned(half(0), half(1));
 }
 

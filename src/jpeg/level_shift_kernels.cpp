@@ -15,7 +15,7 @@ template <class Store> void sub128(const uint8_t* src, int16_t* dst, int len)
 template <class Store> void add128(const int16_t* src, uint8_t* dst, int len)
 {
     walkInto<Store>(dst, len, [=](auto lanes, ptrdiff_t i, auto out) QEL_INLINE_BODY {
-        out.put(lanes.narrow([=](ptrdiff_t k) { return lanes.addSat(lanes.load(src + i + k), 128); }));
+        out.put(lanes.narrow([=](ptrdiff_t k) QEL_INLINE_BODY { return lanes.addSat(lanes.load(src + i + k), 128); }));
     });
 }
 
