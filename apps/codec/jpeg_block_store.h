@@ -11,16 +11,21 @@
 
 namespace qel::codec {
 
-// Blocks of one component, in whole MCUs of the frame; zero until something is stored, and without cost until then.
+// Blocks of one component, in whole MCUs of the frame: zero until something is stored, and without cost until then, or
+// anything.
 class BlockStore {
 public:
-    BlockStore(int across, int down)
-        : across_(across), values_(static_cast<int16_t*>(std::calloc(size_t(across) * down, kBytesPerBlock)))
+    enum class Fill { zero, none };
+
+    BlockStore(int across, int down, Fill fill) : across_(across)
     {
+        size_t blocks = size_t(across) * down;
+        void* memory = fill == Fill::zero ? std::calloc(blocks, kBytesPerBlock) : std::malloc(blocks * kBytesPerBlock);
+        values_.reset(static_cast<int16_t*>(memory));
         if (!values_) throw std::bad_alloc();
     }
-    BlockStore(const JpegInfo& info, const JpegComponent& component)
-        : BlockStore(paddedBlocksAcross(info, component), paddedBlocksDown(info, component))
+    BlockStore(const JpegInfo& info, const JpegComponent& component, Fill fill)
+        : BlockStore(paddedBlocksAcross(info, component), paddedBlocksDown(info, component), fill)
     {}
 
     static constexpr int kBytesPerBlock = 128;

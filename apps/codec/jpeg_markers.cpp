@@ -17,6 +17,14 @@ size_t findMarker(Bytes file, size_t from)
     return file.size();
 }
 
+std::optional<size_t> endOfScan(Bytes file, size_t dataAt)
+{
+    size_t at = findMarker(file, dataAt);
+    while (at < file.size() && marker::isRestart(file[at + 1])) at = findMarker(file, at + 2);
+    if (at < file.size() && file[at + 1] < marker::kSof0) return {};
+    return at;
+}
+
 Segment readSegment(Bytes file, size_t from)
 {
     Segment segment;

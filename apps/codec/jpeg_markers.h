@@ -24,6 +24,10 @@ inline bool standsAlone(uint8_t code) { return (code >= kRst0 && code <= kEoi) |
 // Position of the first marker (its 0xFF) at or behind `from`, or the size of the file.
 size_t findMarker(Bytes file, size_t from);
 
+// Position of the marker that ends the entropy-coded data from `dataAt` on, or the size of the file. Nothing where
+// others than restart markers stand before it, so that what a decoder makes of them decides.
+std::optional<size_t> endOfScan(Bytes file, size_t dataAt);
+
 // The segment whose marker is the first at or behind `from`. Throws CodecError where the file ends
 // too early, and for a bad length.
 Segment readSegment(Bytes file, size_t from);

@@ -129,4 +129,20 @@ void fillGrey(Picture& picture, int first)
     if (first < picture.height()) memset(picture.row(first), 128, picture.step() * (picture.height() - first));
 }
 
+int fillGaps(const JpegInfo& info, const std::vector<int>& decodedRows, bool all, std::vector<Plane>& planes)
+{
+    int end = all ? info.height : 0;
+    for (size_t i = 0; i < planes.size(); ++i) {
+        int reached = decodedRows[i] * info.maxV() / info.components[i].v;
+        end = std::max(end, std::min(reached, info.height));
+    }
+    for (size_t i = 0; i < planes.size(); ++i) {
+        const JpegComponent& c = info.components[i];
+        // One row more, for interpolation.
+        int needed = std::min(end * c.v / info.maxV() + 2, c.height);
+        for (int y = decodedRows[i]; y < needed; ++y) memset(planes[i].row(y), 128, planes[i].step());
+    }
+    return end;
+}
+
 }

@@ -47,4 +47,8 @@ private:
     int next_;
 };
 
+// Rows of samples behind the decoded ones of each component become grey: all of them, or those of the part of the
+// picture that any component reaches. Returns the number of rows of the picture in that part.
+int fillGaps(const JpegInfo& info, const std::vector<int>& decodedRows, bool all, std::vector<Plane>& planes);
+
 }

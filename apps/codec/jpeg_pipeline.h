@@ -1,5 +1,5 @@
-// A sequential scan on several threads: one after the other decodes the next rows of MCUs, and turns them into lines of
-// the picture while the next one decodes.
+// A sequential scan goes straight into the picture. On several threads one after the other decodes the next rows of
+// MCUs, and turns them into lines of the picture while the next one decodes.
 #pragma once
 
 #include <algorithm>
@@ -16,12 +16,14 @@ namespace qel::codec {
 class ScanPipeline {
 public:
     ScanPipeline(const JpegInfo& info, ScanDecoder& coder, bool needsRowAbove)
-        : info_(info), coder_(coder), needsRowAbove_(needsRowAbove), above_(storesFor(1))
+        : info_(info), coder_(coder), needsRowAbove_(needsRowAbove)
     {}
 
     // makeStream(row) gives the RowStream that begins with that row of MCUs. Calls `report()` now and then.
     template <class MakeStream, class Report> void run(int threads, MakeStream makeStream, Report report)
     {
+        if (threads == 1) return runAlone(makeStream(0), report);
+        above_ = storesFor(1);
         forEachInParallel(threads, threads, [&](int) {
             Group group = {storesFor(1), storesFor(kRows)};
             while (decodeNext(group, report)) write(group, makeStream);
@@ -39,10 +41,24 @@ private:
         bool isLast = false;
     };
 
+    template <class Report> void runAlone(RowStream stream, Report report)
+    {
+        for (int row = 0; row < coder_.layout().mcusDown; ++row) {
+            // Nothing follows, but the row that was interpolated with what would have followed.
+            bool onlyGrey = coder_.ended();
+            stream.row(row, [&](auto& sink) { coder_.decodeRow(sink); });
+            stream.write(row);
+            report();
+            if (onlyGrey) break;
+        }
+        stream.fillRest();
+    }
+
     Stores storesFor(int rows) const
     {
         Stores stores;
-        for (const JpegComponent& c : info_.components) stores.emplace_back(paddedBlocksAcross(info_, c), rows * c.v);
+        for (const JpegComponent& c : info_.components)
+            stores.emplace_back(paddedBlocksAcross(info_, c), rows * c.v, BlockStore::Fill::none);
         return stores;
     }
 

@@ -2,6 +2,7 @@
 #include "codec/jpeg_progression.h"
 
 #include <algorithm>
+#include <string>
 
 namespace qel::codec {
 
@@ -16,9 +17,22 @@ bool Progression::accept(const ScanHeader& scan)
             low[k] = int8_t(scan.low);
         }
     }
+    isOutOfOrder_ |= !fits;
     return fits;
 }
 
+Warnings Progression::missing(bool hasBits) const
+{
+    Warnings warnings;
+    for (int i = 0; i < int(low_.size()); ++i)
+        if (!has(i)) warnings.push_back("component " + std::to_string(i + 1) + " is missing");
+    if (isOutOfOrder_) warnings.push_back("the scans are out of order");
+    if (hasBits && !isComplete() && warnings.empty())
+        warnings.push_back("scans that would refine the picture are missing");
+    return warnings;
+}
+
+// All bits of all coefficients are there.
 bool Progression::isComplete() const
 {
     return std::ranges::all_of(

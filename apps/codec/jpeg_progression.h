@@ -3,7 +3,6 @@
 
 #include <array>
 #include <cstdint>
-#include <string>
 #include <vector>
 
 #include "codec/jpeg_headers.h"
@@ -17,18 +16,21 @@ public:
         for (auto& component : low_) component.fill(kNothing);
     }
 
-    // Takes a scan in. False if it does not fit what came before it: it repeats bits, leaves some out, or has AC
-    // coefficients of a component whose DC coefficients are still unknown.
+    // Takes a scan in. False if it does not fit what came before it.
     bool accept(const ScanHeader& scan);
 
     bool has(int component) const { return low_[component][0] != kNothing; }
-    // All bits of all coefficients are there.
-    bool isComplete() const;
+    // What the scans together lack, one line each. `hasBits`: they tell which bits they have, as progressive ones do.
+    Warnings missing(bool hasBits) const;
 
 private:
+    bool isComplete() const;
+
     static constexpr int8_t kNothing = -1;
     // Bits not yet known of each coefficient, in zig-zag order.
     std::vector<std::array<int8_t, 64>> low_;
+    // A scan repeated bits, left some out, or had AC coefficients before the DC coefficients of their component.
+    bool isOutOfOrder_ = false;
 };
 
 }

@@ -12,6 +12,7 @@
 #include "codec/jpeg_progression.h"
 #include "codec/jpeg_row_stream.h"
 #include "codec/jpeg_scan.h"
+#include "codec/jpeg_scan_chain.h"
 #include "codec/parallel.h"
 
 namespace qel::codec {
@@ -45,18 +46,18 @@ private:
     void checkHasBlocks() const;
     void checkMemory(uint64_t bytes) const;
     void streamScan(Picture& picture);
-    void streamRows(ScanDecoder& coder, RowStream& stream) const;
     void streamStores(Picture& picture);
     void streamLossless(Picture& picture);
     void streamBand(const ScanLayout& layout, std::vector<BlockStore>& stores, int from, int to, Picture& picture);
     std::vector<Plane> decodePlanes(uint64_t otherMemory);
     std::vector<BlockStore> decodeStores(uint64_t otherMemory);
-    int fillGaps(std::vector<Plane>& planes, bool all) const;
+    void decodeTogether(std::vector<BlockStore>& stores);
     template <class DecodeRows> void forScans(DecodeRows decodeRows);
     template <class DecodeRow> void forRows(ScanDecoder& coder, DecodeRow decodeRow);
     bool take(const ScanHeader& scan);
     void noteMissing();
     std::optional<ScanHeader> scanBehind(const ScanDecoder& coder);
+    std::optional<ScanHeader> scanFrom(size_t position);
     ScanLayout wholeLayout() const;
     void report(const ScanDecoder& coder) const
     {
@@ -68,7 +69,6 @@ private:
     JpegHeaders headers_;
     ScanHeader firstScan_;
     Progression progression_;
-    bool isOutOfOrder_ = false;         // scans of a progressive file
     int64_t blocksPassed_ = 0;          // by scans
     std::vector<QuantizerSteps> steps_; // of each component, as they are at its first scan
     std::vector<int> decodedRows_;      // of its samples
@@ -129,7 +129,7 @@ Picture Decoder::picture()
         streamScan(picture);
     } else {
         std::vector<Plane> planes = decodePlanes(picture.sizeInBytes());
-        int end = fillGaps(planes, false);
+        int end = fillGaps(info(), decodedRows_, false, planes);
         RowWriter writer(info(), options_.upsampling, planes, picture);
         writer.writeUntil(end);
         writer.fillRest();
@@ -141,28 +141,11 @@ void Decoder::streamScan(Picture& picture)
 {
     take(firstScan_);
     ScanDecoder coder(file_, headers_, firstScan_);
-    auto streamFrom = [&](int row) { return RowStream(info(), steps_, coder.layout(), options_, picture, row); };
-    if (threads() > 1) {
-        ScanPipeline pipeline(info(), coder, RowStream::needsRowAbove(info(), options_));
-        pipeline.run(threads(), streamFrom, [&] { report(coder); });
-    } else {
-        RowStream stream = streamFrom(0);
-        streamRows(coder, stream);
-    }
+    ScanPipeline pipeline(info(), coder, RowStream::needsRowAbove(info(), options_));
+    pipeline.run(
+        threads(), [&](int row) { return RowStream(info(), steps_, coder.layout(), options_, picture, row); },
+        [&] { report(coder); });
     if (scanBehind(coder)) warnings_.push_back("scans behind the picture are left out");
-}
-
-void Decoder::streamRows(ScanDecoder& coder, RowStream& stream) const
-{
-    for (int row = 0; row < coder.layout().mcusDown; ++row) {
-        // Nothing follows, but the row that was interpolated with what would have followed.
-        bool onlyGrey = coder.ended();
-        stream.row(row, [&](auto& sink) { coder.decodeRow(sink); });
-        stream.write(row);
-        report(coder);
-        if (onlyGrey) break;
-    }
-    stream.fillRest();
 }
 
 // Writes the lines of the picture that become ready with rows `from` to `to`, not including it, of MCUs.
@@ -202,13 +185,19 @@ void Decoder::streamLossless(Picture& picture)
     output.finish(options_.upsampling);
 }
 
-// Notes what was wrong with the scan, and reads on to the next. Headers that are damaged behind a scan may be its own
-// data, damaged: they end the picture, but do not take away what there is.
+// Notes what was wrong with the scan, and reads on to the next.
 std::optional<ScanHeader> Decoder::scanBehind(const ScanDecoder& coder)
 {
     if (std::string damage = coder.damage(); !damage.empty()) warnings_.push_back(damage);
+    return scanFrom(coder.position());
+}
+
+// Headers that are damaged behind a scan may be its own data, damaged: they end the picture, but do not take away what
+// there is.
+std::optional<ScanHeader> Decoder::scanFrom(size_t position)
+{
     try {
-        return headers_.nextScan(coder.position());
+        return headers_.nextScan(position);
     } catch (const CodecError& error) {
         warnings_.push_back(error.what());
         return std::nullopt;
@@ -234,18 +223,14 @@ bool Decoder::take(const ScanHeader& scan)
         }
         if (isNew && !isLossless()) steps_[component.index] = headers_.quantizer(info().components[component.index]);
     }
-    isOutOfOrder_ |= !progression_.accept(scan);
+    progression_.accept(scan);
     return true;
 }
 
 void Decoder::noteMissing()
 {
-    size_t warned = warnings_.size();
-    for (int i = 0; i < int(steps_.size()); ++i)
-        if (!progression_.has(i)) warnings_.push_back("component " + std::to_string(i + 1) + " is missing");
-    if (isOutOfOrder_) warnings_.push_back("the scans are out of order");
-    if (isProgressive() && !progression_.isComplete() && warnings_.size() == warned)
-        warnings_.push_back("scans that would refine the picture are missing");
+    Warnings missing = progression_.missing(isProgressive());
+    warnings_.insert(warnings_.end(), missing.begin(), missing.end());
 }
 
 // `decodeRows(coder)` for each scan.
@@ -308,7 +293,11 @@ std::vector<BlockStore> Decoder::decodeStores(uint64_t otherMemory)
     checkMemory(bytes);
 
     std::vector<BlockStore> stores;
-    for (const JpegComponent& c : info().components) stores.emplace_back(info(), c);
+    for (const JpegComponent& c : info().components) stores.emplace_back(info(), c, BlockStore::Fill::zero);
+    if (isProgressive() && threads() > 1) {
+        decodeTogether(stores);
+        return stores;
+    }
     forScans([&](ScanDecoder& coder) {
         StoredBlocks places(coder.layout(), stores);
         forRows(coder, [&](int row) {
@@ -319,22 +308,27 @@ std::vector<BlockStore> Decoder::decodeStores(uint64_t otherMemory)
     return stores;
 }
 
-// Rows of samples that were not decoded become grey: all of them, or those of the part of the picture that any
-// component reaches. Returns the number of rows of the picture in that part.
-int Decoder::fillGaps(std::vector<Plane>& planes, bool all) const
+// As many scans at once as can be found without decoding, which are all, unless the file is damaged.
+void Decoder::decodeTogether(std::vector<BlockStore>& stores)
 {
-    int end = all ? info().height : 0;
-    for (size_t i = 0; i < planes.size(); ++i) {
-        int reached = decodedRows_[i] * info().maxV() / info().components[i].v;
-        end = std::max(end, std::min(reached, info().height));
+    for (std::optional<ScanHeader> scan = firstScan_; scan;) {
+        ScanChain chain(info(), stores);
+        Warnings damages;
+        size_t warned = warnings_.size();
+        std::optional<size_t> end = scan->dataAt;
+        while (scan && end && take(*scan)) {
+            chain.add({file_, headers_, *scan});
+            end = endOfScan(file_, scan->dataAt);
+            if (end) scan = scanFrom(*end);
+        }
+        chain.run(threads(), options_.progress);
+        for (const ScanDecoder& coder : chain.scans())
+            if (std::string damage = coder.damage(); !damage.empty()) damages.push_back(damage);
+        // Scans come before what stands behind them.
+        warnings_.insert(warnings_.begin() + ptrdiff_t(warned), damages.begin(), damages.end());
+        scan = end ? std::nullopt : scanFrom(chain.scans().back().position());
     }
-    for (size_t i = 0; i < planes.size(); ++i) {
-        const JpegComponent& c = info().components[i];
-        // One row more, for interpolation.
-        int needed = std::min(end * c.v / info().maxV() + 2, c.height);
-        for (int y = decodedRows_[i]; y < needed; ++y) memset(planes[i].row(y), 128, planes[i].step());
-    }
-    return end;
+    noteMissing();
 }
 
 std::vector<JpegPlane> Decoder::separatePlanes()
@@ -342,7 +336,7 @@ std::vector<JpegPlane> Decoder::separatePlanes()
     checkHasBlocks();
     std::vector<JpegPlane> result;
     std::vector<Plane> planes = decodePlanes(uint64_t(info().width) * info().height * info().components.size());
-    fillGaps(planes, true);
+    fillGaps(info(), decodedRows_, true, planes);
     for (size_t i = 0; i < planes.size(); ++i) {
         const JpegComponent& component = info().components[i];
         JpegPlane& plane = result.emplace_back(JpegPlane{component.width, component.height, {}});

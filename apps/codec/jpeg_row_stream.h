@@ -15,6 +15,7 @@ namespace qel::codec {
 // One row after the other goes through a strip that stays in the cache, or unit by unit straight into the picture.
 class RowStream {
 public:
+    RowStream(const RowStream&) = delete;
     // Begins with this row of MCUs, whose first line takes the row above where interpolation needs that: row() has it
     // before, then.
     RowStream(const JpegInfo& info, const std::vector<QuantizerSteps>& steps, const ScanLayout& layout,

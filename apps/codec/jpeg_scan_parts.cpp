@@ -9,7 +9,7 @@ namespace qel::codec {
 
 namespace {
 
-constexpr size_t kFirstRoom = 1 << 16;
+constexpr size_t kFirstRoom = 1 << 13;
 
 }
 

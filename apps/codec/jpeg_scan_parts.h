@@ -15,7 +15,8 @@
 namespace qel::codec {
 
 // Codes a part from a byte on, but for its first MCU: that has DC differences to the part before, and is kept as it is.
-class ScanPart {
+// Parts on different threads have no cache line in common, nor two that are fetched together.
+class alignas(128) ScanPart {
 public:
     ScanPart(const ScanLayout& layout, const ScanSpecs& specs);
 
@@ -86,7 +87,7 @@ private:
 };
 
 // Many where a thread that other programs interrupt should not stop the others.
-inline constexpr int kPartsPerThread = 8;
+inline constexpr int kPartsPerThread = 6;
 
 // Codes a scan at the end of `out`, with some parts for each thread in memory at once. withSource(body) calls
 // body(source), for codeRows.

@@ -264,7 +264,7 @@ template <class Body> void Encoder::withBlocks(const ScanLayout& layout, Body bo
 std::vector<BlockStore> Encoder::transformAll(Progress& progress)
 {
     std::vector<BlockStore> stores;
-    for (const JpegComponent& c : info_.components) stores.emplace_back(info_, c);
+    for (const JpegComponent& c : info_.components) stores.emplace_back(info_, c, BlockStore::Fill::none);
     ScanLayout layout(info_, allComponents());
     int bands = std::min(layout.mcusDown, threads());
     forEachInParallel(bands, threads(), [&](int band) {
@@ -290,8 +290,11 @@ void Encoder::encodeStored()
     Progress progress(options_.progress, steps);
     std::vector<BlockStore> stores = transformAll(progress);
     std::vector<CodedScan> coded(scans_.size());
-    forEachInParallel(int(scans_.size()), threads(),
-                      [&](int i) { coded[i] = codeStored(scans_[i], stores, progress); });
+    // The last ones of a progressive picture, with its lowest bits, take longest: they come first.
+    forEachInParallel(int(scans_.size()), threads(), [&](int i) {
+        size_t scan = scans_.size() - 1 - size_t(i);
+        coded[scan] = codeStored(scans_[scan], stores, progress);
+    });
     for (const CodedScan& scan : coded) {
         beginScan(scan.header, scan.tables, scan.interval);
         out_.insert(out_.end(), scan.data.begin(), scan.data.end());
