@@ -37,7 +37,7 @@ struct ReferenceProgressiveDecoder : ReferenceDecoder {
             if (!has(n)) return qelStsJPEGOutOfBufErr;
             if (n == 0) continue;
             int v = value(n);
-            if (k > se) return qelStsJPEGCoeffPosErr;
+            if (k > 63) return qelStsJPEGCoeffPosErr;
             block[kScan[k]] = int16_t(v << al);
         }
         return qelStsNoErr;

@@ -216,10 +216,21 @@ ScanHeader JpegHeaders::readScan(const Segment& segment) const
         scan.components.push_back({index, tables >> 4, tables & 15});
         if (tables >> 4 > 3 || (tables & 15) > 3) fields.fail("Huffman tables " + std::to_string(tables));
     }
+    checkMcu(fields, scan);
     readProgression(fields, scan);
     fields.finish();
     scan.dataAt = segment.end;
     return scan;
+}
+
+void JpegHeaders::checkMcu(Fields& fields, const ScanHeader& scan) const
+{
+    int blocks = 0;
+    for (auto& component : scan.components)
+        blocks += info_.components[component.index].h * info_.components[component.index].v;
+    if (scan.components.size() > 1 && blocks > kMaxBlocksOfMcu)
+        fields.fail("MCUs of " + std::to_string(blocks) + " blocks, at most " + std::to_string(kMaxBlocksOfMcu) +
+                    " are allowed");
 }
 
 // Progressive scans hold DC or AC coefficients, the latter of one component (T.81 G.1.1.1). Sequential ones have fixed
@@ -259,6 +270,18 @@ const QuantizerSteps& JpegHeaders::quantizer(const JpegComponent& component) con
     const auto& steps = quantizers_[component.quantizer];
     if (!steps) throw CodecError("quantization table " + std::to_string(component.quantizer) + " is missing");
     return *steps;
+}
+
+// A symbol of a DC table is a category (T.81 F.1.2.1.2, H.1.2.2).
+const HuffmanLists& JpegHeaders::dcTable(int slot) const
+{
+    const HuffmanLists& lists = huffman("DC", dc_[slot]);
+    int largest = info_.process == JpegProcess::lossless ? 16 : 15;
+    for (int i = 0; i < lists.count(); ++i)
+        if (lists.values[i] > largest)
+            throw CodecError("a Huffman table for DC coefficients has category " + std::to_string(lists.values[i]) +
+                             ", at most " + std::to_string(largest) + " is allowed");
+    return lists;
 }
 
 const HuffmanLists& JpegHeaders::huffman(const char* kind, const std::optional<HuffmanLists>& table)

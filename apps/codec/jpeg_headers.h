@@ -63,7 +63,7 @@ public:
 
     const JpegInfo& info() const { return info_; }
     const QuantizerSteps& quantizer(const JpegComponent& component) const;
-    const HuffmanLists& dcTable(int slot) const { return huffman("DC", dc_[slot]); }
+    const HuffmanLists& dcTable(int slot) const;
     const HuffmanLists& acTable(int slot) const { return huffman("AC", ac_[slot]); }
     int restartInterval() const { return restartInterval_; }
     size_t framePosition() const { return framePosition_; }
@@ -77,6 +77,7 @@ private:
     void readHuffmanTables(const Segment& segment);
     void readApplication(const Segment& segment);
     ScanHeader readScan(const Segment& segment) const;
+    void checkMcu(Fields& fields, const ScanHeader& scan) const;
     void readProgression(Fields& fields, ScanHeader& scan) const;
     void readLossless(Fields& fields, ScanHeader& scan) const;
     int linesBehindScan(size_t from) const;

@@ -30,8 +30,8 @@ struct ScanLayout {
     ScanLayout(const JpegInfo& info, const std::vector<int>& components);
 };
 
-// T.81 B.2.3 allows 10, but a header can say four components of 4x4.
-inline constexpr int kMaxBlocksOfMcu = 64;
+// Of a scan of several components (T.81 B.2.3).
+inline constexpr int kMaxBlocksOfMcu = 10;
 
 constexpr int blocksFor(int samples) { return (samples + 7) / 8; }
 

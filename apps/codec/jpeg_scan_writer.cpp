@@ -35,7 +35,7 @@ ScanStatistics::ScanStatistics(const ScanHeader& scan)
 void ScanStatistics::differences(const std::vector<const int16_t*>& rows, int width)
 {
     for (size_t i = 0; i < rows.size(); ++i)
-        for (int x = 0; x < width; ++x) check(qeliGetHuffmanStatisticsOne_JPEG_16s_C1(rows[i][x], slots_[i].dc));
+        for (int x = 0; x < width; ++x) check(qeliGetHuffmanStatisticsOne_JPEG_16s_C1(rows[i] + x, slots_[i].dc));
 }
 
 void ScanStatistics::add(const ScanStatistics& other)
@@ -107,7 +107,7 @@ void ScanEncoder::differences(const std::vector<const int16_t*>& rows, int width
     int position = position_, room = room_;
     for (int x = 0; x < width; ++x)
         for (const Source& s : sources)
-            check(qeliEncodeHuffmanOne_JPEG_16s1u_C1(s.row[x], out, room, &position, s.table, state_.get(), 0));
+            check(qeliEncodeHuffmanOne_JPEG_16s1u_C1(s.row + x, out, room, &position, s.table, state_.get(), 0));
     position_ = position;
 }
 

@@ -14,9 +14,10 @@ typedef struct QelDecodeHuffmanState QelDecodeHuffmanState; /* bits of a stream 
 typedef struct QelEncodeHuffmanState QelEncodeHuffmanState; /* bits of a stream that is being written */
 
 /*
- * The four objects are flat blocks of memory with the addresses of 32-bit words. GetBufSize gives the size in bytes,
- * for Init to build one in the caller's memory; or InitAlloc takes memory with qelsMalloc_8u, and Free gives it back.
- * Tables are only read by the coders, so threads may share them; a state belongs to one stream.
+ * The four objects are flat blocks of memory, at any address, without pointers: a copy of the bytes is a copy of the
+ * object. GetBufSize gives the size in bytes, for Init to build one in the caller's memory; or InitAlloc takes memory
+ * with qelsMalloc_8u, and Free gives it back. Tables are only read by the coders, so threads may share them; a state
+ * belongs to one stream.
  *
  * Spec objects are made of the two lists of a DHT segment (T.81 B.2.4.2, C.2): pBits has 16 bytes, the numbers of codes
  * of 1 to 16 bits, and pVals as many bytes as they add up to, the symbols in order of code length. State objects are
@@ -60,7 +61,8 @@ QEL_API QelStatus qeliEncodeHuffmanStateFree_JPEG_8u(QelEncodeHuffmanState* pSta
 /*
  * The lists of the table that codes symbols of the given frequencies in the fewest bits (T.81 K.2), limited to codes of
  * 16 bits (K.3). pStatistics has 256 counters, by symbol; pBits takes 16 bytes, pVals one byte for each symbol that was
- * counted, at most 256. Counters above 1000000000 are not foreseen: their symbols may be left without a code.
+ * counted, at most 256. The sum of the counters has to be less than 1000000000: beyond that symbols may be left without
+ * a code.
  * Returns qelStsNullPtrErr if a pointer is null, and qelStsJPEGHuffSpecErr if a code would have more than 32 bits
  * before the lengths are limited; nothing is written then. Where nothing was counted, pBits is all 0 and pVals is left
  * alone. Worked: if only symbol 42 was counted, pBits is 1, 0, 0, ... and pVals is 42.
@@ -71,8 +73,10 @@ QEL_API QelStatus qeliEncodeHuffmanRawTableInit_JPEG_8u(const uint32_t* pStatist
  * Encoding of sequential scans (T.81 F.1.2). A block has 64 coefficients in natural order, row after row, at any
  * address. The stream is written to pDst, a buffer of dstLenBytes bytes, from byte *pDstCurrPos on, which moves on; a
  * byte 0xFF is followed by a stuffed 0. Up to 7 bits stay in pState until the next call. Bytes behind the position are
- * left as they are. *pLastDC is the DC coefficient of the last block of the component (0 at the start of a scan or
- * restart interval), and becomes that of this block.
+ * left as they are, and those before it are not looked at again: between any two calls the caller may take them away
+ * and set the position to 0, or go on in another buffer. No call needs more than 512 bytes of room: 64 codes and values
+ * of 32 bits, each byte stuffed; a flush needs 2. *pLastDC is the DC coefficient of the last block of the component (0
+ * at the start of a scan or restart interval), and becomes that of this block.
  *
  * A call with `flush` other than 0 ends a scan or restart interval: it fills the last byte with ones and initialises
  * the state again, also if there is no room for that byte. It looks at pDst, dstLenBytes, pDstCurrPos and pState only;
@@ -94,20 +98,21 @@ QEL_API QelStatus qeliEncodeHuffman8x8_JPEG_16s1u_C1(const int16_t* pSrc, uint8_
 /*
  * Like qeliEncodeHuffman8x8_JPEG_16s1u_C1, but without a state: *pDstBitsLen is the number of bits in pDst, and those
  * of a partial last byte stand at its top. The caller provides the room: a block adds at most 513 bytes, and nothing
- * behind its last byte is touched. There is no flush. Returns qelStsNullPtrErr if a pointer is null, else qelStsNoErr;
- * a block ends early at a symbol without a code.
+ * behind its last byte is touched. The position has 31 bits: a stream ends before 256 MiB. There is no flush. Returns
+ * qelStsNullPtrErr if a pointer is null, else qelStsNoErr; a block ends early at a symbol without a code.
  */
 QEL_API QelStatus qeliEncodeHuffman8x8_Direct_JPEG_16s1u_C1(const int16_t* pSrc, uint8_t* pDst, int* pDstBitsLen,
                                                             int16_t* pLastDC, const QelEncodeHuffmanSpec* pDcTable,
                                                             const QelEncodeHuffmanSpec* pAcTable);
 /*
- * One difference of a lossless scan (T.81 H.1.2.2) like a DC coefficient; -32768 stands for the difference 32768, whose
- * category 16 has no bits behind it. Checks and flush are those of qeliEncodeHuffman8x8_JPEG_16s1u_C1, but past the
- * checks the result is always qelStsNoErr: the caller provides 8 bytes of room for a difference, 2 for a flush, and a
- * code for every category. Where one of them lacks, writing ends there.
+ * The difference *pSrc of a lossless scan (T.81 H.1.2.2), at any address, like a DC coefficient; -32768 stands for the
+ * difference 32768, whose category 16 has no bits behind it. Checks and flush are those of
+ * qeliEncodeHuffman8x8_JPEG_16s1u_C1 (a flush looks at neither pSrc nor pDcTable), but past the checks the result is
+ * always qelStsNoErr: the caller provides 8 bytes of room for a difference, 2 for a flush, and a code for every
+ * category. Where one of them lacks, writing ends there.
  */
-QEL_API QelStatus qeliEncodeHuffmanOne_JPEG_16s1u_C1(int16_t src, uint8_t* pDst, int dstLenBytes, int* pDstCurrPos,
-                                                     const QelEncodeHuffmanSpec* pDcTable,
+QEL_API QelStatus qeliEncodeHuffmanOne_JPEG_16s1u_C1(const int16_t* pSrc, uint8_t* pDst, int dstLenBytes,
+                                                     int* pDstCurrPos, const QelEncodeHuffmanSpec* pDcTable,
                                                      QelEncodeHuffmanState* pState, int flush);
 /*
  * Adds the symbols that qeliEncodeHuffman8x8_JPEG_16s1u_C1 would write to 256 counters each, which the caller has set
@@ -116,15 +121,26 @@ QEL_API QelStatus qeliEncodeHuffmanOne_JPEG_16s1u_C1(int16_t src, uint8_t* pDst,
  */
 QEL_API QelStatus qeliGetHuffmanStatistics8x8_JPEG_16s_C1(const int16_t* pSrc, uint32_t* pDcStatistics,
                                                           uint32_t* pAcStatistics, int16_t* pLastDC);
-/* The same for one difference of a lossless scan: adds 1 to pStatistics[category], 0 to 16. */
-QEL_API QelStatus qeliGetHuffmanStatisticsOne_JPEG_16s_C1(int16_t src, uint32_t* pStatistics);
+/* The same for the difference *pSrc of a lossless scan: adds 1 to pStatistics[category], 0 to 16. */
+QEL_API QelStatus qeliGetHuffmanStatisticsOne_JPEG_16s_C1(const int16_t* pSrc, uint32_t* pStatistics);
 
 /*
  * Decoding of sequential scans (T.81 F.2.2). The segment is read from pSrc, srcLenBytes bytes, from byte *pSrcCurrPos
  * on, which moves on past what has been taken in: up to 63 bits wait in pState. Stuffed zeros and fill bytes are
- * dropped. A marker is not passed before bits are lacking: then its code (0xD9 for 0xFF 0xD9) goes to *pMarker, the
- * position lies behind it, and no byte is read until the caller sets *pMarker to 0; what is left in pState is still
- * decoded. Behind a restart marker the caller initialises pState and sets *pLastDC to 0 again.
+ * dropped. When the reader comes to a marker, its code (0xD9 for 0xFF 0xD9) goes to *pMarker, the position lies behind
+ * it, and no byte is read until the caller sets *pMarker to 0; what is left in pState is still decoded. That may be
+ * some blocks ahead: the reader looks on until it holds 25 bits again, also behind a block. So the marker that follows
+ * the last block of an interval, if it is in pSrc yet, has come when that block has; and a restart interval is
+ *
+ *     qeliDecodeHuffmanStateInit_JPEG_8u(state);
+ *     marker = 0, lastDc of each component = 0;
+ *     for each block of the interval: qeliDecodeHuffman8x8_JPEG_1u16s_C1(..., &marker, ...);
+ *     marker is now 0xD0 to 0xD7, in turns, or what ends the scan; position is where the next interval begins
+ *
+ * Where data come in pieces, the caller keeps copies of position, pState, *pLastDC and *pMarker from before each call.
+ * If the call gives qelStsJPEGOutOfBufErr, it puts them back, waits for more and calls again; a *pMarker other than 0
+ * after such a call says that no more will come. Pieces may end anywhere, also within 0xFF and what belongs to it: the
+ * position does not pass such a byte. Bytes before the position are not needed any more.
  *
  * pDst takes 64 coefficients in natural order, at any address; what a block does not have is 0. *pLastDC is as for the
  * encoder; sums wrap to 16 bits. Codes that the table does not have are read as 16 bits and symbol 0, so that damage
@@ -148,9 +164,11 @@ QEL_API QelStatus qeliDecodeHuffman8x8_JPEG_1u16s_C1(const uint8_t* pSrc, int sr
  * behind one is read. Without a state: *pPrefetchedBits holds *pNumValidPrefetchedBits unread bits (0 to 32) at its low
  * end, and the byte that *pSrcBitsLen, a position in bits, lies in is read next; it comes back as a multiple of 8. A
  * marker within an AC symbol ends the block with success and no valid bits left; within the DC symbol only *pMarker is
- * set, and the block is 0. Within the bits of a value it gives qelStsJPEGOutOfBufErr. A code that is not in the table
- * gives qelStsJPEGHuffTableErr. Before all of that, qelStsNullPtrErr if a pointer is null, then qelStsBadArgErr if the
- * position is less than 0 or the number of bits not in 0..32.
+ * set, and the block is 0. The marker behind an interval's last block comes when bits are lacking, mostly with that
+ * block but perhaps only with such a further call. Segments end before 256 MiB, as the position has 31 bits. Within the
+ * bits of a value it gives qelStsJPEGOutOfBufErr. A code that is not in the table gives qelStsJPEGHuffTableErr. Before
+ * all of that, qelStsNullPtrErr if a pointer is null, then qelStsBadArgErr if the position is less than 0 or the number
+ * of bits not in 0..32.
  */
 QEL_API QelStatus qeliDecodeHuffman8x8_Direct_JPEG_1u16s_C1(const uint8_t* pSrc, int* pSrcBitsLen, int16_t* pDst,
                                                             int16_t* pLastDC, uint32_t* pMarker,

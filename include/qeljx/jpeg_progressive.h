@@ -10,7 +10,8 @@ extern "C" {
 
 /*
  * Encoding of progressive scans (T.81 G.1.2). Blocks, stream, *pDstCurrPos and pState are those of
- * qeliEncodeHuffman8x8_JPEG_16s1u_C1, and so is the padding of a flush. The parameters are those of the scan header:
+ * qeliEncodeHuffman8x8_JPEG_16s1u_C1, and so are the padding of a flush and the 512 bytes of room that are enough for
+ * any call, also for one that ends a run with all its correction bits. The parameters are those of the scan header:
  * ss and se are the first and the last position of its band in zig-zag order, 1 <= ss <= se <= 63; al is the point
  * transform, 0 to 13. A block is given whole to each of its scans: DC coefficients are shifted right by al, and the
  * magnitudes of AC coefficients are, so that -1 with al = 1 counts as 0.
@@ -24,7 +25,9 @@ extern "C" {
  * qelStsNullPtrErr if pDstCurrPos, pState or the table is null; without flush qelStsNullPtrErr if the block or pLastDC
  * is, qelStsBadArgErr if a parameter of the scan is out of range; nothing is written then. Else qelStsJPEGHuffTableErr
  * for a value of more than 11 bits, qelStsJPEGOutOfBufErr if the buffer is full, or qelStsJPEGHuffSpecErr if a symbol
- * has no code: what comes before is written, and the scan has to be started again. Else qelStsNoErr.
+ * has no code: what comes before is written, and the scan has to be started again. Else qelStsNoErr. A flush that fails
+ * initialises the state in the DC functions only; in the AC functions it keeps the bits that are pending, but neither
+ * the run nor its correction bits.
  *
  * Worked: an AC scan of nothing but two blocks of zeros is, at its flush, the code of symbol 0x10 and one bit 0, filled
  * with ones.
@@ -78,16 +81,17 @@ QEL_API QelStatus qeliGetHuffmanStatistics8x8_ACRefine_JPEG_16s_C1(const int16_t
  * Of a block, 64 coefficients in natural order at any address, each scan gives some coefficients or some of their bits
  * (T.81 G.2); the caller clears it before the first scan and keeps it between scans. Stream, position, marker and state
  * are those of qeliDecodeHuffman8x8_JPEG_1u16s_C1: the caller initialises pState and sets *pMarker and *pLastDC to 0
- * before each scan and behind each restart marker. ss, se and al are those of the scan's header: the band, in positions
- * along the zigzag, and the bits that this scan leaves to later ones.
+ * before each scan and behind each restart marker. A caller whose data come in pieces keeps a copy of the block too,
+ * for refinements change some coefficients before they find that bits are lacking. ss, se and al are those of the
+ * scan's header: the band, in positions along the zigzag, and the bits that this scan leaves to later ones.
  *
  * Returns, in this order: qelStsNullPtrErr if pSrc is null, qelStsSizeErr if srcLenBytes is less than 1,
  * qelStsNullPtrErr if another pointer but the table and the state is null, qelStsBadArgErr unless
  * 1 <= ss <= se <= 63 and 0 <= al <= 13, qelStsNullPtrErr if the table or the state is null, qelStsBadArgErr if
  * *pSrcCurrPos is less than 0; nothing is written then. Else qelStsJPEGOutOfBufErr if the segment or a marker ends
- * before the block does, or qelStsJPEGCoeffPosErr if a run of zeros leads to a coefficient behind se: the block then
- * keeps what was decoded before, and position, state, *pMarker and *pLastDC tell how far that was. Else qelStsNoErr.
- * Nothing outside the segment is read, and nothing outside the block and its band is written, whatever the bytes.
+ * before the block does, or qelStsJPEGCoeffPosErr if a run of zeros leads past the block, in a refinement past se: the
+ * block then keeps what was decoded before, and position, state, *pMarker and *pLastDC tell how far that was. Else
+ * qelStsNoErr. Nothing outside the segment is read, and nothing outside the block is written, whatever the bytes.
  */
 
 /*
@@ -106,7 +110,8 @@ QEL_API QelStatus qeliDecodeHuffman8x8_DCRefine_JPEG_1u16s_C1(const uint8_t* pSr
 /*
  * First scan of AC coefficients (T.81 G.1.2.2): those that are not 0 are stored, shifted left by al (wrapping to 16
  * bits); the others are left alone. An end-of-band run goes to pState: the blocks that it counts are left alone without
- * a look at the stream. A run of sixteen zeros that leads past se ends the block.
+ * a look at the stream. A run of sixteen zeros that leads past se ends the block, and so does a coefficient there,
+ * which a damaged stream may have: it is stored.
  */
 QEL_API QelStatus qeliDecodeHuffman8x8_ACFirst_JPEG_1u16s_C1(const uint8_t* pSrc, int srcLenBytes, int* pSrcCurrPos,
                                                              int16_t* pDst, uint32_t* pMarker, int ss, int se, int al,

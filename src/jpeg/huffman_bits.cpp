@@ -16,8 +16,9 @@ const int32_t own_qj_lowest_coef[16] = {
     0, -1, -3, -7, -15, -31, -63, -127, -255, -511, -1023, -2047, -4095, -8191, -16383, -32767};
 // clang-format on
 
-uint32_t ownqj_get_csize(uint32_t magnitude)
+uint32_t ownqj_get_csize(int value)
 {
+    uint32_t magnitude = value < 0 ? 0u - (uint32_t)value : (uint32_t)value;
     return magnitude < 256 ? own_qj_csize[magnitude] : own_qj_csize[(magnitude >> 8) & 0xFF] + 8;
 }
 
@@ -32,7 +33,7 @@ QelStatus ownqj_write_bits_jpeg(uint32_t value, int length, uint8_t* dst, int ds
                                 QelEncodeHuffmanState* state)
 {
     if (length == 0) return qelStsJPEGHuffSpecErr;
-    int count = state->count + length;
+    int count = (state->count & 7) + length;
     uint32_t bits = state->accumulator[0] | ((value & ((1u << length) - 1)) << (24 - count));
     for (; count >= 8; count -= 8, bits <<= 8) {
         // Unsigned, so that no negative position passes.

@@ -15,8 +15,8 @@ QEL_TABLE const uint32_t own_qj_eobsize[512];
 // By category: the lowest value that it holds, -(2^category - 1).
 QEL_TABLE const int32_t own_qj_lowest_coef[16];
 
-// The category of a magnitude of at most 16 bits.
-QEL_KERNEL uint32_t ownqj_get_csize(uint32_t magnitude);
+// The category of a value whose magnitude has at most 16 bits.
+QEL_KERNEL uint32_t ownqj_get_csize(int value);
 // The number of bits that tell a run of end-of-band blocks from others of its symbol. More than 14 for a run that no
 // symbol stands for.
 QEL_KERNEL uint32_t ownqj_get_eobsize(uint32_t run);

@@ -108,9 +108,10 @@ __attribute__((noinline)) QelStatus finishBlock(const uint8_t* src, int srcLen, 
                                                 const QelDecodeHuffmanSpec* ac, QelDecodeHuffmanState* state,
                                                 int position)
 {
-    StateReader in(src, srcLen, pos, marker, state);
-    QelStatus status = decodeInto(dst, in, lastDc, *dc, *ac, position);
-    return status == qelStsJPEGMarkerWarn ? qelStsJPEGOutOfBufErr : blockStatus(status, position, state);
+    return readBytewise(src, srcLen, pos, marker, state, [&](StateReader& in) {
+        QelStatus status = decodeInto(dst, in, lastDc, *dc, *ac, position);
+        return status == qelStsJPEGMarkerWarn ? qelStsJPEGOutOfBufErr : blockStatus(status, position, state);
+    });
 }
 
 QelStatus decodeBlock(const uint8_t* src, int srcLen, int* pos, int16_t* dst, int16_t* lastDc, uint32_t* marker,
@@ -120,8 +121,10 @@ QelStatus decodeBlock(const uint8_t* src, int srcLen, int* pos, int16_t* dst, in
     BlockAhead ahead = {{src, srcLen, *pos, *marker, state}, dst};
     bool isWhole = ahead.decode(lastDc, *dc, *ac);
     ahead.in.giveBack(src, pos, state);
-    if (isWhole) return blockStatus(ahead.status, int(ahead.position), state);
-    return finishBlock(src, srcLen, pos, dst, lastDc, marker, dc, ac, state, int(ahead.position));
+    if (!isWhole) return finishBlock(src, srcLen, pos, dst, lastDc, marker, dc, ac, state, int(ahead.position));
+    QelStatus status = blockStatus(ahead.status, int(ahead.position), state);
+    if (ahead.in.isMarkerNear() && status == qelStsNoErr) return meetMarker(src, srcLen, pos, marker, state);
+    return status;
 }
 
 // The bit position is that of a byte: bits of it that have been read are in `bits`. A segment that ends within an AC
@@ -152,24 +155,26 @@ QelStatus decodeBlockDirect(const uint8_t* src, int* bitPosition, int16_t* dst, 
 __attribute__((noinline)) QelStatus finishOne(const uint8_t* src, int srcLen, int* pos, int16_t* dst, uint32_t* marker,
                                               const QelDecodeHuffmanSpec* spec, QelDecodeHuffmanState* state)
 {
-    StateReader in(src, srcLen, pos, marker, state);
-    int symbol = in.symbol(*spec);
-    if (symbol < 0 || (symbol < 16 && !in.has(symbol))) return qelStsJPEGOutOfBufErr;
-    *dst = int16_t(symbol == 0 ? 0 : symbol > 15 ? -32768 : in.takeValue(symbol));
-    return qelStsNoErr;
+    return readBytewise(src, srcLen, pos, marker, state, [=](StateReader& in) {
+        int symbol = in.symbol(*spec);
+        if (symbol < 0 || (symbol < 16 && !in.has(symbol))) return qelStsJPEGOutOfBufErr;
+        *dst = int16_t(symbol == 0 ? 0 : symbol > 15 ? -32768 : in.takeValue(symbol));
+        return qelStsNoErr;
+    });
 }
 
 QelStatus decodeOne(const uint8_t* src, int srcLen, int* pos, int16_t* dst, uint32_t* marker,
                     const QelDecodeHuffmanSpec* spec, QelDecodeHuffmanState* state)
 {
     Window in(src, srcLen, *pos, *marker, state);
-    bool isReady = in.fill() || in.isReady();
-    if (__builtin_expect(isReady, 1)) {
+    // The step leaves enough bits of a full window.
+    bool isFull = in.fill();
+    if (__builtin_expect(isFull, 1)) {
         unsigned symbol = in.symbol(*spec);
         *dst = int16_t(__builtin_expect(symbol > 15, 0) ? -32768 : in.difference(symbol));
     }
-    in.giveBack(src, pos, state);
-    return isReady ? qelStsNoErr : finishOne(src, srcLen, pos, dst, marker, spec, state);
+    in.giveBackNoted(src, pos, state);
+    return isFull ? qelStsNoErr : finishOne(src, srcLen, pos, dst, marker, spec, state);
 }
 
 QelStatus fill(const uint8_t* src, int srcLen, int* pos, uint32_t* marker, int needed, QelDecodeHuffmanState* state)

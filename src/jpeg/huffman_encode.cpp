@@ -37,17 +37,18 @@ QelStatus encodeAc(const HuffmanWriter& out, const int16_t* block, const QelEnco
 
 // What writeShort leaves, faults of arguments, and the end of the scan. Failures to write are not reported. A
 // difference of 32768 in magnitude has no bits behind its category.
-__attribute__((noinline)) QelStatus finishOne(int16_t value, uint8_t* dst, int dstLen, int* pos,
+__attribute__((noinline)) QelStatus finishOne(const int16_t* src, uint8_t* dst, int dstLen, int* pos,
                                               const QelEncodeHuffmanSpec* spec, QelEncodeHuffmanState* state, int flush)
 {
     if (QelStatus bad = first(pointers(dst), length(dstLen), pointers(pos, state))) return bad;
-    if (!flush && spec == nullptr) return qelStsNullPtrErr;
     HuffmanWriter out = {dst, dstLen, pos, state};
-    int category = categoryOf(value);
-    if (flush)
+    if (flush) {
         out.flush();
-    else if (out.writeSymbol(spec, category) == qelStsNoErr && category < 16)
-        out.writeValue(value, category);
+        return qelStsNoErr;
+    }
+    if (QelStatus bad = pointers(src, spec)) return bad;
+    int value = coefficientAt(src, 0), category = categoryOf(value);
+    if (out.writeSymbol(spec, category) == qelStsNoErr && category < 16) out.writeValue(value, category);
     return qelStsNoErr;
 }
 
@@ -105,15 +106,15 @@ QelStatus qeliEncodeHuffman8x8_Direct_JPEG_16s1u_C1(const int16_t* pSrc, uint8_t
     return qelStsNoErr;
 }
 
-QelStatus qeliEncodeHuffmanOne_JPEG_16s1u_C1(int16_t src, uint8_t* pDst, int dstLenBytes, int* pDstCurrPos,
+QelStatus qeliEncodeHuffmanOne_JPEG_16s1u_C1(const int16_t* pSrc, uint8_t* pDst, int dstLenBytes, int* pDstCurrPos,
                                              const QelEncodeHuffmanSpec* pDcTable, QelEncodeHuffmanState* pState,
                                              int flush)
 {
     // With so little to do, which fault comes first is asked where there is one.
-    bool isPlain = pDst && dstLenBytes >= 1 && pDstCurrPos && pState && pDcTable && !flush;
+    bool isPlain = pDst && pDstCurrPos && pState && pSrc && !flush && pDcTable;
     HuffmanWriter out = {pDst, dstLenBytes, pDstCurrPos, pState};
-    if (isPlain && out.writeShort(pDcTable, src)) return qelStsNoErr;
-    return finishOne(src, pDst, dstLenBytes, pDstCurrPos, pDcTable, pState, flush);
+    if (isPlain && out.writeShort(pDcTable, magnitudeOf(coefficientAt(pSrc, 0)))) return qelStsNoErr;
+    return finishOne(pSrc, pDst, dstLenBytes, pDstCurrPos, pDcTable, pState, flush);
 }
 
 QelStatus qeliGetHuffmanStatistics8x8_JPEG_16s_C1(const int16_t* pSrc, uint32_t* pDcStatistics, uint32_t* pAcStatistics,
@@ -124,10 +125,10 @@ QelStatus qeliGetHuffmanStatistics8x8_JPEG_16s_C1(const int16_t* pSrc, uint32_t*
     return qelStsNoErr;
 }
 
-QelStatus qeliGetHuffmanStatisticsOne_JPEG_16s_C1(int16_t src, uint32_t* pStatistics)
+QelStatus qeliGetHuffmanStatisticsOne_JPEG_16s_C1(const int16_t* pSrc, uint32_t* pStatistics)
 {
-    if (QelStatus bad = pointers(pStatistics)) return bad;
-    int category = categoryOf(src);
+    if (QelStatus bad = pointers(pSrc, pStatistics)) return bad;
+    int category = categoryOf(coefficientAt(pSrc, 0));
     if (category > 16) return qelStsOutOfRangeErr;
     ++pStatistics[category];
     return qelStsNoErr;
@@ -146,7 +147,7 @@ void ownqj_EncodeHuffman8x8_Direct_JPEG_16s1u_C1(const int16_t* src, uint8_t* ds
     kernels<HuffmanEncodeKernels>().encodeBlockDirect(src, dst, bitLength, lastDc, dc, ac);
 }
 
-void ownqj_EecodeHuffmanOne_JPEG_16s1u_C1(int16_t src, uint8_t* dst, int* pos, const QelEncodeHuffmanSpec* spec,
+void ownqj_EecodeHuffmanOne_JPEG_16s1u_C1(const int16_t* src, uint8_t* dst, int* pos, const QelEncodeHuffmanSpec* spec,
                                           QelEncodeHuffmanState* state)
 {
     finishOne(src, dst, *pos + 9, pos, spec, state, 0);

@@ -40,5 +40,5 @@ QEL_KERNEL void ownqj_EncodeHuffman8x8_Direct_JPEG_16s1u_C1(const int16_t* src, 
                                                             int16_t* lastDc, const QelEncodeHuffmanSpec* dc,
                                                             const QelEncodeHuffmanSpec* ac);
 // Needs 9 bytes of room.
-QEL_KERNEL void ownqj_EecodeHuffmanOne_JPEG_16s1u_C1(int16_t src, uint8_t* dst, int* pos,
+QEL_KERNEL void ownqj_EecodeHuffmanOne_JPEG_16s1u_C1(const int16_t* src, uint8_t* dst, int* pos,
                                                      const QelEncodeHuffmanSpec* spec, QelEncodeHuffmanState* state);

@@ -23,7 +23,7 @@ struct Output {
     static QEL_INLINE Output of(const QelEncodeHuffmanState& state, uint8_t* dst, int dstLen, int pos)
     {
         uint32_t pending = state.accumulator[0];
-        return {uint64_t(pending) << 40, 64 - state.count, uint8_t(pending >> 24), dst + pos,
+        return {uint64_t(pending) << 40, 64 - (state.count & 63), uint8_t(pending >> 24), dst + pos,
                 dst + dstLen - kLargestStep};
     }
     QEL_INLINE bool hasRoom() const { return next <= lastStart; }

@@ -4,6 +4,7 @@
 #include <limits.h>
 
 #include "core/big_endian.h"
+#include "jpeg/huffman_held.h"
 #include "jpeg/huffman_tables.h"
 
 namespace qel {
@@ -33,31 +34,38 @@ template <bool kBounded> struct BitReader {
     int pos;
     uint32_t marker; // 0 until one is met
     uint64_t bits;   // the last `count` ones have not been used; what is above them means nothing
-    int count;       // at most 63
+    int count;       // at most kMostBits
 
-    // Takes in bytes until 25 bits are there, unstuffed, up to a marker or the end of the segment.
+    // Takes in bytes until kEnoughBits are there, unstuffed, up to a marker or the end of the segment. An 0xFF that the
+    // segment ends with is left alone: what it means comes with the bytes behind it.
     QelStatus fillBytewise(int needed)
     {
         if (marker != 0) return count < needed ? qelStsJPEGOutOfBufErr : qelStsNoErr;
-        while (count < 25) {
-            if (atEnd()) return count < needed ? qelStsJPEGOutOfBufErr : qelStsNoErr;
-            uint8_t byte = src[pos++];
+        while (count < kEnoughBits) {
+            if (isEnd(pos)) return count < needed ? qelStsJPEGOutOfBufErr : qelStsNoErr;
+            int next = pos;
+            uint8_t byte = src[next++];
             if (byte == 0xFF) {
                 // More of the same are fill bytes.
                 do {
-                    if (atEnd()) return qelStsJPEGOutOfBufErr;
-                    byte = src[pos++];
+                    if (isEnd(next)) return qelStsJPEGOutOfBufErr;
+                    byte = src[next++];
                 } while (byte == 0xFF);
-                if (byte != 0) {
-                    marker = byte;
-                    return qelStsJPEGMarkerWarn;
-                }
+                marker = byte;
                 byte = 0xFF;
             }
+            pos = next;
+            if (marker != 0) return qelStsJPEGMarkerWarn;
             bits = bits << 8 | byte;
             count += 8;
         }
         return qelStsNoErr;
+    }
+
+    // At the end of a block or value: takes in what follows, if a marker may be among it.
+    QEL_INLINE void meetMarker()
+    {
+        if (isMarkerNear(src + pos, src + len) && count < kEnoughBits) fill(0);
     }
 
     // False if `needed` bits cannot be had. A segment that ends within fill bytes still gives what it holds.
@@ -123,7 +131,7 @@ template <bool kBounded> struct BitReader {
     }
 
 private:
-    QEL_INLINE bool atEnd() const { return kBounded && pos >= len; }
+    QEL_INLINE bool isEnd(int at) const { return kBounded && at >= len; }
 
     static __attribute__((noinline)) void fillOutOfLine(BitReader* reader, int needed) { reader->fillBytewise(needed); }
     static __attribute__((noinline)) int longCodeOutOfLine(BitReader* reader, const QelDecodeHuffmanSpec& spec,
@@ -142,14 +150,14 @@ struct StateReader : BitReader<true> {
                           *callersPos,
                           *callersMarker,
                           accumulatorOf(callersState),
-                          callersState->count},
+                          callersState->count & kMostBits},
           pos_(callersPos), marker_(callersMarker), state_(callersState)
     {}
     QEL_INLINE ~StateReader()
     {
         *pos_ = pos;
         *marker_ = marker;
-        setAccumulator(state_, bits);
+        setAccumulator(state_, bits & ~kNoMarkerNear);
         state_->count = count;
     }
 
@@ -158,6 +166,20 @@ private:
     uint32_t* marker_;
     QelDecodeHuffmanState* state_;
 };
+
+// body(reader), and if it succeeds the marker that may follow.
+template <class Body> QEL_INLINE QelStatus readBytewise(const uint8_t* src, int srcLen, int* pos, uint32_t* marker,
+                                                        QelDecodeHuffmanState* state, Body body)
+{
+    StateReader in(src, srcLen, pos, marker, state);
+    QelStatus status = body(in);
+    if (status == qelStsNoErr) in.meetMarker();
+    return status;
+}
+QelStatus meetMarker(const uint8_t* src, int srcLen, int* pos, uint32_t* marker, QelDecodeHuffmanState* state)
+{
+    return readBytewise(src, srcLen, pos, marker, state, [](StateReader&) { return qelStsNoErr; });
+}
 
 // The same without a length and without a state.
 struct DirectReader : BitReader<false> {

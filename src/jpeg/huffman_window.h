@@ -22,16 +22,25 @@ constexpr AllOnes kAllOnes = makeAllOnes();
 class Window {
 public:
     QEL_INLINE Window(const uint8_t* src, int srcLen, int pos, uint32_t marker, const QelDecodeHuffmanState* state)
-        : bits_(accumulatorOf(state) << (63 - state->count) << 1), next_(src + pos),
-          end_(src + (marker == 0 ? srcLen : 0)), count_(state->count)
-    {}
+        : next_(src + pos), end_(src + (marker == 0 ? srcLen : 0)), count_(unsigned(state->count & kMostBits))
+    {
+        bits_ = accumulatorOf(state) << (~state->count & kMostBits) << 1;
+    }
 
-    QEL_INLINE void giveBack(const uint8_t* src, int* pos, QelDecodeHuffmanState* state) const
+    QEL_INLINE void giveBack(const uint8_t* src, int* pos, QelDecodeHuffmanState* state, uint64_t note = 0) const
     {
         *pos = int(next_ - src);
-        setAccumulator(state, bits_ >> 1 >> (63 - count_));
+        setAccumulator(state, bits_ >> 1 >> (63 - count_) | note);
         state->count = int(count_);
     }
+    // The same with a note on the marker, for takeHeldValue().
+    QEL_INLINE void giveBackNoted(const uint8_t* src, int* pos, QelDecodeHuffmanState* state) const
+    {
+        giveBack(src, pos, state, isMarkerNear() ? 0 : kNoMarkerNear);
+    }
+
+    // For the end of a block, whose caller then sees to the marker.
+    QEL_INLINE bool isMarkerNear() const { return qel::isMarkerNear(next_, end_); }
 
     // Whether there are enough bits for every code and the value behind it.
     QEL_INLINE bool isReady() const { return count_ >= kLongestStep; }

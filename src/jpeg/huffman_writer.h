@@ -6,6 +6,7 @@
 #include "core/inline.h"
 #include "core/select.h"
 #include "jpeg/huffman_bits.h"
+#include "jpeg/magnitudes.h"
 
 namespace qel {
 
@@ -46,22 +47,20 @@ struct HuffmanWriter {
     }
     // A code and the bits behind it at once, where they end at most two bytes, neither of them 0xFF. False leaves all
     // to the steps above.
-    QEL_INLINE bool writeShort(const QelEncodeHuffmanSpec* spec, int value) const
+    QEL_INLINE bool writeShort(const QelEncodeHuffmanSpec* spec, Magnitude magnitude) const
     {
-        auto sign = (uint32_t)(value >> 31), magnitude = ((uint32_t)value ^ sign) - sign;
-        bool isSmall = __builtin_expect(magnitude < 256, 1);
-        uint32_t category = isSmall ? own_qj_csize[magnitude] : own_qj_csize[magnitude >> 8] + 8;
+        auto category = (uint32_t)magnitude.category;
         uint32_t entry = spec->entries[category], length = entry >> 16,
                  count = (uint32_t)state->count + length + category;
-        if (length == 0 || count >= 24 || (!isSmall && category > 15) || (unsigned)*pos >= (unsigned)dstLen - 1)
-            return false;
-        // Above the bits of a negative value stand ones, which take 1 from the code.
-        uint32_t code = (((entry & 0xFFFF) - sign) << category) + (uint32_t)value + sign;
+        // Compared as wider numbers, so that neither a negative position nor a negative length passes.
+        auto at = (uint32_t)*pos;
+        if (length == 0 || count >= 24 || category > 15 || (int64_t)at + 1 >= dstLen) return false;
+        uint32_t code = (entry & 0xFFFF) << category | (uint32_t)magnitude.bits;
         uint32_t bits = state->accumulator[0] | code << (24 - count);
         auto first = (uint8_t)(bits >> 16), second = (uint8_t)(bits >> 8);
         if (first == 0xFF || second == 0xFF) return false;
         // How many bytes end is not to be foreseen, hence no branch: those that do not go elsewhere.
-        uint8_t elsewhere, *next = dst + *pos;
+        uint8_t elsewhere, *next = dst + at;
         auto firstTo = (uint8_t*)(uintptr_t)select(count & 24, (uintptr_t)next, (uintptr_t)&elsewhere);
         auto secondTo = (uint8_t*)(uintptr_t)select(count & 16, (uintptr_t)next + 1, (uintptr_t)&elsewhere);
         *pos += (int)(count >> 3);

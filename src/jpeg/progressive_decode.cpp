@@ -8,19 +8,32 @@ using namespace qel;
 
 namespace {
 
-// The scan parameters are tested before the last pointers.
-QelStatus source(const uint8_t* pSrc, int srcLenBytes) { return first(pointers(pSrc), length(srcLenBytes)); }
-QelStatus pointTransform(int al) { return values(al >= 0 && al < 14); }
-QelStatus band(int ss, int se, int al) { return first(values(ss >= 1 && ss <= se && se <= 63), pointTransform(al)); }
+bool isPointTransform(int al) { return al >= 0 && al < 14; }
+bool isBand(int ss, int se, int al) { return ss >= 1 && ss <= se && se <= 63 && isPointTransform(al); }
 
-QelStatus acScan(const uint8_t* pSrc, int srcLenBytes, const int* pSrcCurrPos, const int16_t* pDst,
-                 const uint32_t* pMarker, int ss, int se, int al, const QelDecodeHuffmanSpec* pAcTable,
-                 const QelDecodeHuffmanState* pState)
+// Which fault comes first is asked where there is one. The scan parameters are tested before the last pointers.
+template <class... Pointers> __attribute__((noinline)) QelStatus
+faultOf(const uint8_t* pSrc, int srcLenBytes, QelStatus pointers, QelStatus parameters, const Pointers*... lastPointers)
 {
-    if (QelStatus bad = first(source(pSrc, srcLenBytes), pointers(pSrcCurrPos, pDst, pMarker), band(ss, se, al),
-                              pointers(pAcTable, pState)))
+    if (QelStatus bad =
+            first(qel::pointers(pSrc), length(srcLenBytes), pointers, parameters, qel::pointers(lastPointers...)))
         return bad;
-    return values(*pSrcCurrPos >= 0);
+    return qelStsBadArgErr;
+}
+
+// What the exported functions of AC scans do, first and refinement.
+template <class Kernel> inline QelStatus decodeAc(Kernel ProgressiveDecodeKernels::*kernel, const uint8_t* pSrc,
+                                                  int srcLenBytes, int* pSrcCurrPos, int16_t* pDst, uint32_t* pMarker,
+                                                  int ss, int se, int al, const QelDecodeHuffmanSpec* pAcTable,
+                                                  QelDecodeHuffmanState* pState)
+{
+    bool isSound = pSrc && srcLenBytes >= 1 && pSrcCurrPos && *pSrcCurrPos >= 0 && pDst && pMarker &&
+                   isBand(ss, se, al) && pAcTable && pState;
+    if (!isSound)
+        return faultOf(pSrc, srcLenBytes, pointers(pSrcCurrPos, pDst, pMarker), values(isBand(ss, se, al)), pAcTable,
+                       pState);
+    return (kernels<ProgressiveDecodeKernels>().*kernel)(pSrc, srcLenBytes, pSrcCurrPos, pDst, pMarker, ss, se, al,
+                                                         pAcTable, pState);
 }
 
 }
@@ -30,10 +43,11 @@ QelStatus qeliDecodeHuffman8x8_DCFirst_JPEG_1u16s_C1(const uint8_t* pSrc, int sr
                                                      const QelDecodeHuffmanSpec* pDcTable,
                                                      QelDecodeHuffmanState* pState)
 {
-    if (QelStatus bad = first(source(pSrc, srcLenBytes), pointers(pSrcCurrPos, pDst, pLastDC, pMarker),
-                              pointTransform(al), pointers(pDcTable, pState)))
-        return bad;
-    if (*pSrcCurrPos < 0) return qelStsBadArgErr;
+    bool isSound = pSrc && srcLenBytes >= 1 && pSrcCurrPos && *pSrcCurrPos >= 0 && pDst && pLastDC && pMarker &&
+                   isPointTransform(al) && pDcTable && pState;
+    if (!isSound)
+        return faultOf(pSrc, srcLenBytes, pointers(pSrcCurrPos, pDst, pLastDC, pMarker), values(isPointTransform(al)),
+                       pDcTable, pState);
     return kernels<ProgressiveDecodeKernels>().dcFirst(pSrc, srcLenBytes, pSrcCurrPos, pDst, pLastDC, pMarker, al,
                                                        pDcTable, pState);
 }
@@ -42,10 +56,10 @@ QelStatus qeliDecodeHuffman8x8_DCRefine_JPEG_1u16s_C1(const uint8_t* pSrc, int s
                                                       int16_t* pDst, uint32_t* pMarker, int al,
                                                       QelDecodeHuffmanState* pState)
 {
-    if (QelStatus bad = first(source(pSrc, srcLenBytes), pointers(pSrcCurrPos, pDst, pMarker), pointTransform(al),
-                              pointers(pState)))
-        return bad;
-    if (*pSrcCurrPos < 0) return qelStsBadArgErr;
+    bool isSound = pSrc && srcLenBytes >= 1 && pSrcCurrPos && *pSrcCurrPos >= 0 && pDst && pMarker &&
+                   isPointTransform(al) && pState;
+    if (!isSound)
+        return faultOf(pSrc, srcLenBytes, pointers(pSrcCurrPos, pDst, pMarker), values(isPointTransform(al)), pState);
     return kernels<ProgressiveDecodeKernels>().dcRefine(pSrc, srcLenBytes, pSrcCurrPos, pDst, pMarker, al, pState);
 }
 
@@ -54,9 +68,8 @@ QelStatus qeliDecodeHuffman8x8_ACFirst_JPEG_1u16s_C1(const uint8_t* pSrc, int sr
                                                      const QelDecodeHuffmanSpec* pAcTable,
                                                      QelDecodeHuffmanState* pState)
 {
-    if (QelStatus bad = acScan(pSrc, srcLenBytes, pSrcCurrPos, pDst, pMarker, ss, se, al, pAcTable, pState)) return bad;
-    return kernels<ProgressiveDecodeKernels>().acFirst(pSrc, srcLenBytes, pSrcCurrPos, pDst, pMarker, ss, se, al,
-                                                       pAcTable, pState);
+    return decodeAc(&ProgressiveDecodeKernels::acFirst, pSrc, srcLenBytes, pSrcCurrPos, pDst, pMarker, ss, se, al,
+                    pAcTable, pState);
 }
 
 QelStatus qeliDecodeHuffman8x8_ACRefine_JPEG_1u16s_C1(const uint8_t* pSrc, int srcLenBytes, int* pSrcCurrPos,
@@ -64,9 +77,8 @@ QelStatus qeliDecodeHuffman8x8_ACRefine_JPEG_1u16s_C1(const uint8_t* pSrc, int s
                                                       const QelDecodeHuffmanSpec* pAcTable,
                                                       QelDecodeHuffmanState* pState)
 {
-    if (QelStatus bad = acScan(pSrc, srcLenBytes, pSrcCurrPos, pDst, pMarker, ss, se, al, pAcTable, pState)) return bad;
-    return kernels<ProgressiveDecodeKernels>().acRefine(pSrc, srcLenBytes, pSrcCurrPos, pDst, pMarker, ss, se, al,
-                                                        pAcTable, pState);
+    return decodeAc(&ProgressiveDecodeKernels::acRefine, pSrc, srcLenBytes, pSrcCurrPos, pDst, pMarker, ss, se, al,
+                    pAcTable, pState);
 }
 
 QelStatus ownqj_DecodeHuffman8x8_ACFirst_JPEG_1u16s_C1(const uint8_t* src, int srcLen, int* pos, int16_t* block,

@@ -12,37 +12,67 @@ __attribute__((noinline)) QelStatus finishDcFirst(const uint8_t* src, int srcLen
                                                   int16_t* lastDc, uint32_t* marker, int al,
                                                   const QelDecodeHuffmanSpec* table, QelDecodeHuffmanState* state)
 {
-    StateReader in(src, srcLen, pos, marker, state);
-    int symbol = in.symbol(*table);
-    if (symbol < 0) return qelStsJPEGOutOfBufErr;
-    if (int n = symbol & 15) {
-        if (!in.has(n)) return qelStsJPEGOutOfBufErr;
-        *lastDc = int16_t(*lastDc + in.takeValue(n));
+    return readBytewise(src, srcLen, pos, marker, state, [=](StateReader& in) {
+        int symbol = in.symbol(*table);
+        if (symbol < 0) return qelStsJPEGOutOfBufErr;
+        if (int n = symbol & 15) {
+            if (!in.has(n)) return qelStsJPEGOutOfBufErr;
+            *lastDc = int16_t(*lastDc + in.takeValue(n));
+        }
+        store(block, int16_t(*lastDc << al));
+        return qelStsNoErr;
+    });
+}
+
+__attribute__((noinline)) QelStatus fillAndDecodeDc(const uint8_t* src, int srcLen, int* pos, int16_t* block,
+                                                    int16_t* lastDc, uint32_t* marker, int al,
+                                                    const QelDecodeHuffmanSpec* table, QelDecodeHuffmanState* state)
+{
+    Window in(src, srcLen, *pos, *marker, state);
+    // The step leaves enough bits of a full window.
+    bool isFull = in.fill();
+    if (isFull) {
+        *lastDc = int16_t(*lastDc + in.difference(in.symbol(*table) & 15));
+        store(block, int16_t(*lastDc << al));
     }
-    store(block, int16_t(*lastDc << al));
-    return qelStsNoErr;
+    in.giveBackNoted(src, pos, state);
+    return isFull ? qelStsNoErr : finishDcFirst(src, srcLen, pos, block, lastDc, marker, al, table, state);
 }
 
 QelStatus dcFirst(const uint8_t* src, int srcLen, int* pos, int16_t* block, int16_t* lastDc, uint32_t* marker, int al,
                   const QelDecodeHuffmanSpec* table, QelDecodeHuffmanState* state)
 {
-    Window in(src, srcLen, *pos, *marker, state);
-    if (!in.isReady() && !in.fill()) {
-        in.giveBack(src, pos, state);
-        return finishDcFirst(src, srcLen, pos, block, lastDc, marker, al, table, state);
-    }
-    *lastDc = int16_t(*lastDc + in.difference(in.symbol(*table) & 15));
+    int16_t difference;
+    if (!takeHeldValue(*table, state, &difference))
+        return fillAndDecodeDc(src, srcLen, pos, block, lastDc, marker, al, table, state);
+    *lastDc = int16_t(*lastDc + difference);
     store(block, int16_t(*lastDc << al));
-    in.giveBack(src, pos, state);
     return qelStsNoErr;
+}
+
+QEL_INLINE void setBit(int16_t* block, uint32_t bit, int al)
+{
+    store(block, int16_t(load<int16_t>(block) | int(bit) << al));
+}
+
+__attribute__((noinline)) QelStatus finishDcRefine(const uint8_t* src, int srcLen, int* pos, int16_t* block,
+                                                   uint32_t* marker, int al, QelDecodeHuffmanState* state)
+{
+    return readBytewise(src, srcLen, pos, marker, state, [=](StateReader& in) {
+        if (!in.has(1)) return qelStsJPEGOutOfBufErr;
+        setBit(block, in.take(1), al);
+        return qelStsNoErr;
+    });
 }
 
 QelStatus dcRefine(const uint8_t* src, int srcLen, int* pos, int16_t* block, uint32_t* marker, int al,
                    QelDecodeHuffmanState* state)
 {
-    StateReader in(src, srcLen, pos, marker, state);
-    if (!in.has(1)) return qelStsJPEGOutOfBufErr;
-    store(block, int16_t(load<int16_t>(block) | int(in.take(1)) << al));
+    int count = state->count - 1;
+    bool isHeld = unsigned(count) < kMostBits && !isMarkerNear(src + *pos, src + srcLen);
+    if (__builtin_expect(!isHeld, 0)) return finishDcRefine(src, srcLen, pos, block, marker, al, state);
+    setBit(block, uint32_t(accumulatorOf(state) >> count) & 1, al);
+    state->count = count;
     return qelStsNoErr;
 }
 
@@ -83,7 +113,8 @@ private:
         }
         position += symbol >> 4;
         int value = in.value(n);
-        if (__builtin_expect(position > last, 0)) {
+        // A run may lead past the band, where T.81 has none, but not past the block.
+        if (__builtin_expect(position > 63, 0)) {
             status = qelStsJPEGCoeffPosErr;
             return false;
         }
@@ -93,21 +124,20 @@ private:
 };
 
 // The number of blocks, this one included, that an end of band with so many extra bits ends; 0 where they lack.
-QEL_INLINE uint32_t endOfBandRun(StateReader& in, int extraBits)
+QEL_INLINE uint32_t runOf(StateReader& in, int extraBits)
 {
     return in.has(extraBits) ? (1u << extraBits) + in.take(extraBits) : 0;
 }
 
-__attribute__((noinline)) QelStatus finishAcFirst(const uint8_t* src, int srcLen, int* pos, int16_t* block,
-                                                  uint32_t* marker, int at, int se, int al,
-                                                  const QelDecodeHuffmanSpec* table, QelDecodeHuffmanState* state)
+// From position `at` on.
+QEL_INLINE QelStatus decodeFirst(StateReader& in, int16_t* block, int at, int se, int al,
+                                 const QelDecodeHuffmanSpec& table, QelDecodeHuffmanState* state)
 {
-    StateReader in(src, srcLen, pos, marker, state);
     for (; at <= se; ++at) {
-        int symbol = in.symbol(*table), run = symbol >> 4 & 15, n = symbol & 15;
+        int symbol = in.symbol(table), run = symbol >> 4 & 15, n = symbol & 15;
         if (symbol < 0) return qelStsJPEGOutOfBufErr;
         if (n == 0 && run < 15) {
-            uint32_t blocks = endOfBandRun(in, run);
+            uint32_t blocks = runOf(in, run);
             if (blocks == 0) return qelStsJPEGOutOfBufErr;
             state->endOfBandRun = blocks - 1;
             break;
@@ -116,25 +146,39 @@ __attribute__((noinline)) QelStatus finishAcFirst(const uint8_t* src, int srcLen
         if (n == 0) continue;
         if (!in.has(n)) return qelStsJPEGOutOfBufErr;
         int value = in.takeValue(n);
-        if (at > se) return qelStsJPEGCoeffPosErr;
+        if (at > 63) return qelStsJPEGCoeffPosErr;
         store(block + kScanOrder.index[at], int16_t(value << al));
     }
+    return qelStsNoErr;
+}
+
+__attribute__((noinline)) QelStatus finishAcFirst(const uint8_t* src, int srcLen, int* pos, int16_t* block,
+                                                  uint32_t* marker, int at, int se, int al,
+                                                  const QelDecodeHuffmanSpec* table, QelDecodeHuffmanState* state)
+{
+    return readBytewise(src, srcLen, pos, marker, state,
+                        [=](StateReader& in) { return decodeFirst(in, block, at, se, al, *table, state); });
+}
+
+// A block of a run that has nothing to be read.
+QEL_INLINE QelStatus passOver(const uint8_t* src, int srcLen, int* pos, uint32_t* marker, QelDecodeHuffmanState* state)
+{
+    bool isLast = --state->endOfBandRun == 0;
+    if (isLast && isMarkerNear(src + *pos, src + srcLen)) return meetMarker(src, srcLen, pos, marker, state);
     return qelStsNoErr;
 }
 
 QelStatus acFirst(const uint8_t* src, int srcLen, int* pos, int16_t* block, uint32_t* marker, int ss, int se, int al,
                   const QelDecodeHuffmanSpec* table, QelDecodeHuffmanState* state)
 {
-    if (state->endOfBandRun > 0) {
-        --state->endOfBandRun;
-        return qelStsNoErr;
-    }
+    if (state->endOfBandRun > 0) return passOver(src, srcLen, pos, marker, state);
     FirstAhead ahead = {{src, srcLen, *pos, *marker, state}, block, *table, unsigned(ss), unsigned(se), al};
     bool isWhole = ahead.decode();
     ahead.in.giveBack(src, pos, state);
     state->endOfBandRun = ahead.run;
-    if (isWhole) return ahead.status;
-    return finishAcFirst(src, srcLen, pos, block, marker, int(ahead.position), se, al, table, state);
+    if (!isWhole) return finishAcFirst(src, srcLen, pos, block, marker, int(ahead.position), se, al, table, state);
+    if (ahead.in.isMarkerNear() && ahead.status == qelStsNoErr) return meetMarker(src, srcLen, pos, marker, state);
+    return ahead.status;
 }
 
 // What a coefficient that is not 0 becomes by the bit that is read for it.
@@ -247,16 +291,15 @@ QEL_INLINE int correct(StateReader& in, int16_t* block, int at, int last, int ze
     return at;
 }
 
-__attribute__((noinline)) QelStatus finishAcRefine(const uint8_t* src, int srcLen, int* pos, int16_t* block,
-                                                   uint32_t* marker, int at, int se, int al,
-                                                   const QelDecodeHuffmanSpec* table, QelDecodeHuffmanState* state)
+// From position `at` on.
+QEL_INLINE QelStatus decodeRefinement(StateReader& in, int16_t* block, int at, int se, int al,
+                                      const QelDecodeHuffmanSpec& table, QelDecodeHuffmanState* state)
 {
-    StateReader in(src, srcLen, pos, marker, state);
     while (state->endOfBandRun == 0 && at <= se) {
-        int symbol = in.symbol(*table), run = symbol >> 4 & 15, n = symbol & 15;
+        int symbol = in.symbol(table), run = symbol >> 4 & 15, n = symbol & 15;
         if (symbol < 0) return qelStsJPEGOutOfBufErr;
         if (n == 0 && run < 15) {
-            state->endOfBandRun = endOfBandRun(in, run);
+            state->endOfBandRun = runOf(in, run);
             if (state->endOfBandRun == 0) return qelStsJPEGOutOfBufErr;
             break;
         }
@@ -279,14 +322,19 @@ __attribute__((noinline)) QelStatus finishAcRefine(const uint8_t* src, int srcLe
     return qelStsNoErr;
 }
 
+__attribute__((noinline)) QelStatus finishAcRefine(const uint8_t* src, int srcLen, int* pos, int16_t* block,
+                                                   uint32_t* marker, int at, int se, int al,
+                                                   const QelDecodeHuffmanSpec* table, QelDecodeHuffmanState* state)
+{
+    return readBytewise(src, srcLen, pos, marker, state,
+                        [=](StateReader& in) { return decodeRefinement(in, block, at, se, al, *table, state); });
+}
+
 QelStatus acRefine(const uint8_t* src, int srcLen, int* pos, int16_t* block, uint32_t* marker, int ss, int se, int al,
                    const QelDecodeHuffmanSpec* table, QelDecodeHuffmanState* state)
 {
     uint64_t set = (nonZero(block, [](auto v) { return v; }) & ((uint64_t(2) << se) - 1)) >> ss;
-    if (state->endOfBandRun > 0 && set == 0) {
-        --state->endOfBandRun;
-        return qelStsNoErr;
-    }
+    if (state->endOfBandRun > 0 && set == 0) return passOver(src, srcLen, pos, marker, state);
     int at = ss;
     if (__builtin_expect(__builtin_popcountll(set) <= int(RefinementAhead::kMostNonZero), 1)) {
         RefinementAhead ahead = {
@@ -294,6 +342,8 @@ QelStatus acRefine(const uint8_t* src, int srcLen, int* pos, int16_t* block, uin
         bool isWhole = ahead.decode();
         ahead.in.giveBack(src, pos, state);
         state->endOfBandRun = ahead.run;
+        if (isWhole && ahead.in.isMarkerNear() && ahead.status == qelStsNoErr)
+            return meetMarker(src, srcLen, pos, marker, state);
         if (isWhole) return ahead.status;
         at = ahead.at;
     }

@@ -63,6 +63,12 @@ QelStatus lengthenRun(const BandWriter& sink, uint32_t count, QelEncodeHuffmanSt
     return isFull ? endRun(sink, state) : qelStsNoErr;
 }
 
+// A state that nobody initialised may count more than its buffer holds.
+void limitCorrections(QelEncodeHuffmanState* state)
+{
+    if (state->correctionCount > kMostCorrectionBits) state->correctionCount = kMostCorrectionBits;
+}
+
 // The point transform divides the magnitude: -1 with al = 1 is 0.
 int magnitudeAt(const int16_t* block, int position, const Band& band)
 {
@@ -145,6 +151,7 @@ inline QelStatus encodeBand(Kernel kernel, Plainly plainly, const int16_t* src, 
                             const Band& band, const QelEncodeHuffmanSpec* ac, QelEncodeHuffmanState* state)
 {
     BandWriter writer = {{dst, dstLen, pos, state}, ac};
+    limitCorrections(state);
     if (writer.out.room() >= ProgressiveEncodeKernels::kRoomForBlock) {
         QelStatus status = kernel(src, dst, dstLen, pos, band, ac, state);
         if (status != qelStsJPEGOutOfBufErr) return status;
@@ -202,7 +209,7 @@ QelStatus qeliEncodeHuffman8x8_DCFirst_JPEG_16s1u_C1(const int16_t* pSrc, uint8_
     int difference = takeDcDifference(pSrc, al, pLastDC), category = categoryOf(difference);
     if (category > kLargestDcCategory) return qelStsJPEGHuffTableErr;
     if (pDcTable->entries[category] == 0) return qelStsJPEGHuffSpecErr;
-    if (out.writeShort(pDcTable, difference)) return qelStsNoErr;
+    if (out.writeShort(pDcTable, magnitudeOf(difference))) return qelStsNoErr;
     if (QelStatus bad = out.writeSymbol(pDcTable, category)) return bad;
     return out.writeValue(difference, category);
 }
@@ -278,6 +285,7 @@ QelStatus ownqj_EncodeHuffman8x8_ACFlush_JPEG_16s1u_C1(uint8_t* dst, int dstLen,
                                                        const QelEncodeHuffmanSpec* ac, QelEncodeHuffmanState* state)
 {
     BandWriter sink = {{dst, dstLen, pos, state}, ac};
+    limitCorrections(state);
     if (QelStatus bad = endRun(sink, state)) return bad;
     if (QelStatus bad = sink.bits(0x7F, 7)) return bad;
     ownqj_EncodeHuffmanStateInit(state);

@@ -118,14 +118,14 @@ TEST(EncodeHuffman, OrderOfFaults)
     expectFaults(qeliEncodeHuffman8x8_JPEG_16s1u_C1,
                  {block.data(), p.dst.data(), 100, &p.pos, &p.lastDc, &p.dc, &p.ac, &p.state, 0}, null<1>, length<2>,
                  null<3>, null<7>, null<0>, null<4>, null<5>, null<6>);
-    expectFaults(qeliEncodeHuffmanOne_JPEG_16s1u_C1, {0, p.dst.data(), 100, &p.pos, &p.dc, &p.state, 0}, null<1>,
-                 length<2>, null<3>, null<5>, null<4>);
+    expectFaults(qeliEncodeHuffmanOne_JPEG_16s1u_C1, {block.data(), p.dst.data(), 100, &p.pos, &p.dc, &p.state, 0},
+                 null<1>, length<2>, null<3>, null<5>, null<0>, null<4>);
     expectFaults(qeliEncodeHuffman8x8_Direct_JPEG_16s1u_C1,
                  {block.data(), p.dst.data(), &bits, &p.lastDc, &p.dc, &p.ac}, null<0>, null<1>, null<2>, null<3>,
                  null<4>, null<5>);
     expectFaults(qeliGetHuffmanStatistics8x8_JPEG_16s_C1, {block.data(), counts, counts, &p.lastDc}, null<0>, null<1>,
                  null<2>, null<3>);
-    expectFaults(qeliGetHuffmanStatisticsOne_JPEG_16s_C1, {1, counts}, null<1>);
+    expectFaults(qeliGetHuffmanStatisticsOne_JPEG_16s_C1, {block.data(), counts}, null<0>, null<1>);
     EXPECT_TRUE(p.pos == 0 && bits == 0 && counts[0] == 0 && counts[1] == 0);
 }
 
@@ -174,14 +174,14 @@ TEST(EncodeHuffmanOne, EqualsTheBitwiseCoder)
             int extraBits = categoryOf(value) & 15;
             if (pair.reference.write(code.word, code.length) == qelStsNoErr && extraBits != 0)
                 pair.reference.write(uint32_t(value < 0 ? value - 1 : value), extraBits);
-            ASSERT_EQ(qeliEncodeHuffmanOne_JPEG_16s1u_C1(value, pair.dst.data(), pair.room(), &pair.pos, &pair.dc,
+            ASSERT_EQ(qeliEncodeHuffmanOne_JPEG_16s1u_C1(&value, pair.dst.data(), pair.room(), &pair.pos, &pair.dc,
                                                          &pair.state, 0),
                       qelStsNoErr);
             ASSERT_NO_FATAL_FAILURE(pair.expectSame()) << round << ' ' << i;
         }
-        ASSERT_EQ(
-            qeliEncodeHuffmanOne_JPEG_16s1u_C1(0, pair.dst.data(), pair.room(), &pair.pos, nullptr, &pair.state, 1),
-            qelStsNoErr);
+        ASSERT_EQ(qeliEncodeHuffmanOne_JPEG_16s1u_C1(nullptr, pair.dst.data(), pair.room(), &pair.pos, nullptr,
+                                                     &pair.state, 1),
+                  qelStsNoErr);
         ASSERT_EQ(pair.state.count, 0);
     }
 }
@@ -202,7 +202,7 @@ TEST(HuffmanStatistics, CountWhatTheEncoderWrites)
 
     std::array<uint32_t, 256> one{};
     for (int16_t value : {0, -1, 255, 256, -32768})
-        EXPECT_EQ(qeliGetHuffmanStatisticsOne_JPEG_16s_C1(value, one.data()), qelStsNoErr);
+        EXPECT_EQ(qeliGetHuffmanStatisticsOne_JPEG_16s_C1(&value, one.data()), qelStsNoErr);
     for (int category = 0; category < 256; ++category)
         EXPECT_EQ(one[category], category == 0 || category == 1 || category == 8 || category == 9 || category == 16);
 }

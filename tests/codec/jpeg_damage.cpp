@@ -109,7 +109,12 @@ TEST(JpegDamage, RefusalsSayWhatAndWhere)
                               {sos + 4, 5, "scan header: 5 components", sos + 5},
                               {sos + 5, 9, "scan header: component 9 is not in the frame", sos + 7},
                               {sos + 6, 0x40, "scan header: Huffman tables 64", sos + 7},
+                              {sof + 11, 0x33, "scan header: MCUs of 11 blocks, at most 10 are allowed", sos + 11},
                           });
+    File wide = sound;
+    wide[dht + 21] = 16;
+    EXPECT_EQ(errorOf([&] { decodeJpeg(wide); }),
+              "a Huffman table for DC coefficients has category 16, at most 15 is allowed");
     EXPECT_EQ(errorOf([&] { decodeJpeg(withoutSegments(sound, marker::kDqt)); }), "quantization table 0 is missing");
     EXPECT_EQ(errorOf([&] { decodeJpeg(Bytes(sound).first(sos)); }),
               "the file ends where a marker is expected (at byte " + std::to_string(sos) + ")");

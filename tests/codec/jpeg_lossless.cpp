@@ -196,7 +196,7 @@ void appendScan(File& file, const JpegInfo& info, const std::vector<int>& compon
     std::vector<uint8_t> data(10000);
     int position = 0;
     auto encode = [&](int16_t difference, int flush) {
-        check(qeliEncodeHuffmanOne_JPEG_16s1u_C1(difference, data.data(), int(data.size()), &position, table.get(),
+        check(qeliEncodeHuffmanOne_JPEG_16s1u_C1(&difference, data.data(), int(data.size()), &position, table.get(),
                                                  state.get(), flush));
     };
     ScanLayout layout(info, components);
