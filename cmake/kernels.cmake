@@ -39,8 +39,8 @@ function(qeljx_test_kernel_build name width)
 endfunction()
 
 if(CMAKE_SYSTEM_PROCESSOR MATCHES "^(x86_64|AMD64|i[3-6]86)$")
-    # On 32-bit processors floats would else be computed on the x87 stack, with other last bits. All builds are to agree,
-    # and what is not a kernel too.
+    # On 32-bit processors floats would else be computed on the x87 stack, with other last bits: all builds are to
+    # agree, and what is not a kernel too.
     if(CMAKE_SIZEOF_VOID_P EQUAL 4)
         add_compile_options(-msse2 -mfpmath=sse)
     endif()
