@@ -64,9 +64,10 @@ TEST(Threads, ChangeNoJpegFiles)
         {ColourSpace::rgb, {.sampling = kSampling444, .progressive = true}},
         {ColourSpace::rgb, {.progressive = true, .restartInterval = 700}},
     };
-    for (auto& [space, options] : cases) {
-        SCOPED_TRACE(&options - &cases[0].second);
-        Picture picture = paintedPicture(801, 530, space);
+    for (auto& row : cases) {
+        SCOPED_TRACE(&row - cases);
+        auto& options = row.second;
+        Picture picture = paintedPicture(801, 530, row.first);
         File file = alone([&] { return encodeJpeg(picture, options); });
         EXPECT_TRUE(together([&] { return encodeJpeg(picture, options); }) == file);
         for (JpegUpsampling upsampling : {JpegUpsampling::triangle, JpegUpsampling::replicate})
