@@ -31,7 +31,7 @@ struct Source {
         info = readJpegInfo(file);
         auto decoded = decodeJpegCoefficients(file).components;
         for (size_t c = 0; c < decoded.size(); ++c) {
-            stores.emplace_back(info, info.components[c]);
+            stores.emplace_back(info, info.components[c], BlockStore::Fill::zero);
             memcpy(stores[c].block(0, 0), decoded[c].values.data(), 2 * decoded[c].values.size());
         }
     }
