@@ -61,7 +61,7 @@ struct Source {
     std::vector<BlockStore> decode()
     {
         std::vector<BlockStore> result;
-        for (auto& component : info.components) result.emplace_back(info, component);
+        for (auto& component : info.components) result.emplace_back(info, component, BlockStore::Fill::zero);
         JpegHeaders headers(file);
         for (auto scan = headers.nextScan(2); scan;) {
             ScanDecoder coder(file, headers, *scan);

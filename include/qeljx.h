@@ -24,8 +24,9 @@
  * omp_get_max_threads() at most, and is one thread inside a caller's own parallel region. OMP_NUM_THREADS or
  * omp_set_num_threads(1) keep it from growing; in a container with a quota of processors set the former, for OpenMP
  * counts processors only. Waiting workers spin for a while: where other programs want the processors, set
- * OMP_WAIT_POLICY=passive. Workers do not survive fork(): a process that has used them calls
- * omp_pause_resource_all(omp_pause_hard) before it forks, if the child is to go on calling.
+ * OMP_WAIT_POLICY=passive. Workers do not survive fork(): with GCC's runtime, a process that has
+ * used them calls omp_pause_resource_all(omp_pause_hard) before it forks, if the child is to go on calling; LLVM's
+ * starts anew in the child by itself.
  */
 #ifndef QELJX_H
 #define QELJX_H

@@ -82,7 +82,8 @@ TEST(Threads, TeamsGrowWithTheRegion)
     omp_set_num_threads(threads);
 }
 
-// The workers of OpenMP do not come along through fork(): without the pause the child would wait for them for ever.
+// The workers of OpenMP do not come along through fork(): without the pause a child of GCC's runtime would wait for
+// them for ever.
 TEST(Threads, AChildMayCallAfterAPause)
 {
     const QelSize roi = {4096, 2048};
@@ -92,7 +93,9 @@ TEST(Threads, AChildMayCallAfterAPause)
     omp_set_num_threads(2);
     ASSERT_EQ(qel::threadsFor(roi), 2);
     ASSERT_EQ(convert(), qelStsNoErr);
+#ifndef __clang__ // whose runtime starts anew in a child by itself, and fails there after a pause
     ASSERT_EQ(omp_pause_resource_all(omp_pause_hard), 0);
+#endif
     pid_t child = fork();
     ASSERT_GE(child, 0);
     if (child == 0) {
