@@ -20,4 +20,7 @@ void addJ2kDecodeCases();
 void addCodeBlockCases();
 void addSupportCases();
 
+// Beside busy programs: prints how long calls take on one thread and on all.
+void measureLoad();
+
 }

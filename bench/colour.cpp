@@ -111,7 +111,44 @@ Peer ownRgb(bool decode)
     return {"own RGB", run};
 }
 
-std::vector<Operation> parallel()
+std::vector<Operation> serial()
+{
+    constexpr Layout p3 = planar(3);
+    return {
+        {"YCbCrToRGB555", p3, kPacked, call(qeliYCbCrToRGB555_JPEG_8u16u_P3C3R), buildsOf(&ColourKernels::yccToRgb555)},
+        {"YCbCrToBGR555",
+         p3,
+         kPacked,
+         call(qeliYCbCrToBGR555_JPEG_8u16u_P3C3R),
+         buildsOf(&ColourKernels::yccToBgr555),
+         {yuvDecode555()}},
+        {"YCbCrToRGB565", p3, kPacked, call(qeliYCbCrToRGB565_JPEG_8u16u_P3C3R), buildsOf(&ColourKernels::yccToRgb565)},
+        {"YCbCrToBGR565",
+         p3,
+         kPacked,
+         call(qeliYCbCrToBGR565_JPEG_8u16u_P3C3R),
+         buildsOf(&ColourKernels::yccToBgr565),
+         {yuvDecode(libyuv::I422ToRGB565Matrix, true, -1)}},
+        {"RGB555ToYCbCr", kPacked, p3, call(qeliRGB555ToYCbCr_JPEG_16u8u_C3P3R), buildsOf(&ColourKernels::rgb555ToYcc)},
+        {"BGR555ToYCbCr",
+         kPacked,
+         p3,
+         call(qeliBGR555ToYCbCr_JPEG_16u8u_C3P3R),
+         buildsOf(&ColourKernels::bgr555ToYcc),
+         {yuvEncodePacked(libyuv::ARGB1555ToI420)}},
+        {"RGB565ToYCbCr", kPacked, p3, call(qeliRGB565ToYCbCr_JPEG_16u8u_C3P3R), buildsOf(&ColourKernels::rgb565ToYcc)},
+        {"BGR565ToYCbCr",
+         kPacked,
+         p3,
+         call(qeliBGR565ToYCbCr_JPEG_16u8u_C3P3R),
+         buildsOf(&ColourKernels::bgr565ToYcc),
+         {yuvEncodePacked(libyuv::RGB565ToI420)}},
+    };
+}
+
+}
+
+std::vector<Operation> parallelColour()
 {
     constexpr Layout p3 = planar(3), p4 = planar(4), c3 = interleaved(3), c4 = interleaved(4), c1 = planar(1);
     return {
@@ -181,46 +218,9 @@ std::vector<Operation> parallel()
     };
 }
 
-std::vector<Operation> serial()
-{
-    constexpr Layout p3 = planar(3);
-    return {
-        {"YCbCrToRGB555", p3, kPacked, call(qeliYCbCrToRGB555_JPEG_8u16u_P3C3R), buildsOf(&ColourKernels::yccToRgb555)},
-        {"YCbCrToBGR555",
-         p3,
-         kPacked,
-         call(qeliYCbCrToBGR555_JPEG_8u16u_P3C3R),
-         buildsOf(&ColourKernels::yccToBgr555),
-         {yuvDecode555()}},
-        {"YCbCrToRGB565", p3, kPacked, call(qeliYCbCrToRGB565_JPEG_8u16u_P3C3R), buildsOf(&ColourKernels::yccToRgb565)},
-        {"YCbCrToBGR565",
-         p3,
-         kPacked,
-         call(qeliYCbCrToBGR565_JPEG_8u16u_P3C3R),
-         buildsOf(&ColourKernels::yccToBgr565),
-         {yuvDecode(libyuv::I422ToRGB565Matrix, true, -1)}},
-        {"RGB555ToYCbCr", kPacked, p3, call(qeliRGB555ToYCbCr_JPEG_16u8u_C3P3R), buildsOf(&ColourKernels::rgb555ToYcc)},
-        {"BGR555ToYCbCr",
-         kPacked,
-         p3,
-         call(qeliBGR555ToYCbCr_JPEG_16u8u_C3P3R),
-         buildsOf(&ColourKernels::bgr555ToYcc),
-         {yuvEncodePacked(libyuv::ARGB1555ToI420)}},
-        {"RGB565ToYCbCr", kPacked, p3, call(qeliRGB565ToYCbCr_JPEG_16u8u_C3P3R), buildsOf(&ColourKernels::rgb565ToYcc)},
-        {"BGR565ToYCbCr",
-         kPacked,
-         p3,
-         call(qeliBGR565ToYCbCr_JPEG_16u8u_C3P3R),
-         buildsOf(&ColourKernels::bgr565ToYcc),
-         {yuvEncodePacked(libyuv::RGB565ToI420)}},
-    };
-}
-
-}
-
 void addColourCases()
 {
-    for (auto& operation : parallel()) {
+    for (auto& operation : parallelColour()) {
         addOperation("colour", operation);
         addThreads("colour", operation);
     }

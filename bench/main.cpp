@@ -1,4 +1,4 @@
-// qelbench: Google Benchmark's command line, and --rounds and --turn_ms for the length of the measurement.
+// qelbench: Google Benchmark's command line, and --rounds and --turn_ms for the length of the measurement; or --load.
 #include <malloc.h>
 #include <omp.h>
 #include <stdio.h>
@@ -100,6 +100,10 @@ int main(int argc, char** argv)
     if (!(rounds >= 1 && rounds <= 1000 && turn > 0 && turn <= 10000)) {
         fprintf(stderr, "qelbench: --rounds takes 1 to 1000, --turn_ms more than 0 and up to 10000\n");
         return 2;
+    }
+    if (argc == 2 && !strcmp(argv[1], "--load")) {
+        qel::bench::measureLoad();
+        return 0;
     }
     benchmark::Initialize(&argc, argv);
     if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 2;

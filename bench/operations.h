@@ -102,4 +102,7 @@ void addOperation(const std::string& family, const Operation& operation);
 // One case in cache and one beyond: the library with two threads against itself with one.
 void addThreads(const std::string& family, const Operation& operation);
 
+// The conversions of colour that use several threads.
+std::vector<Operation> parallelColour();
+
 }

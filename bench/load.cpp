@@ -1,0 +1,163 @@
+// What threads cost where a machine has other work: calls on one thread and on all, beside busy programs.
+#include <omp.h>
+#include <signal.h>
+#include <stdio.h>
+#include <sys/prctl.h>
+#include <sys/wait.h>
+#include <time.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <functional>
+#include <memory>
+#include <numeric>
+#include <string>
+#include <vector>
+
+#include <benchmark/benchmark.h>
+
+#include "cases.h"
+#include "codec/j2k_reader.h"
+#include "codec/j2k_writer.h"
+#include "codec/jpeg_reader.h"
+#include "codec/jpeg_writer.h"
+#include "codec/parallel.h"
+#include "codec/processors.h"
+#include "operations.h"
+#include "qeljx.h"
+#include "samples.h"
+
+namespace qel::bench {
+namespace {
+
+struct LoadCase {
+    std::string name;
+    std::function<void()> run;
+};
+
+// Programs that do nothing but use a processor each, as long as this lives.
+class BusyPrograms {
+public:
+    explicit BusyPrograms(int count)
+    {
+        fflush(stdout);
+        for (int i = 0; i < count; ++i) {
+            pid_t child = fork();
+            require(child >= 0, "no further process");
+            if (child == 0) work();
+            children_.push_back(child);
+        }
+    }
+    BusyPrograms(const BusyPrograms&) = delete;
+    BusyPrograms& operator=(const BusyPrograms&) = delete;
+    ~BusyPrograms()
+    {
+        for (pid_t child : children_) {
+            kill(child, SIGKILL);
+            waitpid(child, nullptr, 0);
+        }
+    }
+
+private:
+    [[noreturn]] static void work()
+    {
+        prctl(PR_SET_PDEATHSIG, SIGKILL);
+        for (unsigned i = 0;; ++i) benchmark::DoNotOptimize(i);
+    }
+
+    std::vector<pid_t> children_;
+};
+
+double now()
+{
+    timespec t;
+    clock_gettime(CLOCK_MONOTONIC, &t);
+    return double(t.tv_sec) + 1e-9 * double(t.tv_nsec);
+}
+
+// Prints what calls take, in turns of one thread and of all.
+void measure(const LoadCase& one, int busy, int all)
+{
+    constexpr double kTurn = 0.25;
+    constexpr int kTurns = 3;
+    std::vector<double> times[2];
+    for (int turn = 0; turn < 2 * kTurns; ++turn) {
+        std::vector<double>& mine = times[turn % 2];
+        onThreads(turn % 2 ? all : 1, [&] {
+            double last = now(), end = last + kTurn;
+            do {
+                one.run();
+                double next = now();
+                mine.push_back(1e6 * (next - last));
+                last = next;
+            } while (last < end);
+        })();
+    }
+    for (int i : {0, 1}) {
+        std::vector<double>& mine = times[i];
+        std::sort(mine.begin(), mine.end());
+        double mean = std::accumulate(mine.begin(), mine.end(), 0.0) / double(mine.size());
+        auto at = [&](double part) { return mine[size_t(part * double(mine.size() - 1))]; };
+        printf("%-34s %4d %7d %11.1f %11.1f %11.1f\n", one.name.c_str(), busy, i ? all : 1, mean, at(0.5), at(0.99));
+    }
+}
+
+std::vector<Operation> operations()
+{
+    std::vector<Operation> all = parallelColour();
+    constexpr Layout plane = {1, 1, 1};
+    auto halve = [](const Pictures& p) {
+        QelSize half = {p.roi.width / 2, p.roi.height / 2};
+        succeed(qeliSampleDownH2V2_JPEG_8u_C1R((*p.src)[0], p.src->step(), p.roi, (*p.dst)[0], p.dst->step(), half));
+    };
+    auto enlarge = [](const Pictures& p) {
+        QelSize half = {p.roi.width / 2, p.roi.height / 2};
+        succeed(qeliSampleUpH2V2_JPEG_8u_C1R((*p.src)[0], p.src->step(), half, (*p.dst)[0], p.dst->step(), p.roi));
+    };
+    all.push_back({"SampleDownH2V2", plane, plane, halve});
+    all.push_back({"SampleUpH2V2", plane, plane, enlarge});
+    return all;
+}
+
+void addFunctions(std::vector<LoadCase>& cases)
+{
+    for (const Operation& operation : operations())
+        for (QelSize roi : {QelSize{200, 150}, QelSize{400, 300}, QelSize{1920, 1080}}) {
+            Pictures pictures = {std::make_shared<Planes>(operation.src, roi.width, roi.height, false),
+                                 std::make_shared<Planes>(operation.dst, roi.width, roi.height, false), roi};
+            std::string size = " " + std::to_string(roi.width) + "x" + std::to_string(roi.height);
+            cases.push_back({operation.name + size, [=, work = operation.work] { work(pictures); }});
+        }
+}
+
+void addCodec(std::vector<LoadCase>& cases)
+{
+    const codec::Picture& picture = pictures()[0].picture;
+    for (bool isProgressive : {false, true}) {
+        codec::JpegEncodeOptions options = {.progressive = isProgressive};
+        std::string name = isProgressive ? "progressive" : "sequential";
+        cases.push_back({"encode " + name, [&picture, options] { codec::encodeJpeg(picture, options); }});
+        cases.push_back({"decode " + name, [file = codec::encodeJpeg(picture, options)] { codec::decodeJpeg(file); }});
+    }
+    codec::J2kEncodeOptions options = {.isLossless = true};
+    cases.push_back({"encode JPEG 2000", [&picture, options] { codec::encodeJ2k(picture, options); }});
+    cases.push_back({"decode JPEG 2000", [file = codec::encodeJ2k(picture, options)] { codec::decodeJ2k(file); }});
+}
+
+}
+
+void measureLoad()
+{
+    int all = codec::usableProcessors();
+    std::vector<LoadCase> cases;
+    addCodec(cases);
+    addFunctions(cases);
+    setvbuf(stdout, nullptr, _IOLBF, 0);
+    printf("%-34s %4s %7s %11s %11s %11s\n", "microseconds a call", "busy", "threads", "mean", "median", "99 of 100");
+    for (int busy : {0, 1, 2}) {
+        BusyPrograms programs(busy * all);
+        for (const LoadCase& one : cases) measure(one, busy, all);
+    }
+}
+
+}
