@@ -55,11 +55,10 @@ void attach(DecodeCBProgrState& state, int32_t* dst, int dstStep, QelSize size, 
     state.dstStep = dstStep;
     state.width = size.width;
     state.height = size.height;
-    state.style = style;
     state.plane = nBitPlanes < 1 ? -1 : nBitPlanes - 1;
-    state.bypassThreshold = style & JPEG2K_BYPASS && nBitPlanes > 4 ? nBitPlanes - 4 : 0;
-    state.passesLeft = nPasses;
-    state.nextPass = kNextCleanup;
+    state.sequence = {state.plane, 0, style};
+    state.passesDone = 0;
+    state.passCount = nPasses;
     state.isFinished = 0;
     state.isAttached = 1;
     state.zeroCoding = zeroCodingTable(bandType);
@@ -68,14 +67,6 @@ void attach(DecodeCBProgrState& state, int32_t* dst, int dstStep, QelSize size, 
     if (!(style & JPEG2K_KEEP_DESTINATION))
         forRows(size, [=](int r) { memset(rowAt(dst, dstStep, r), 0, (size_t)size.width * sizeof *dst); });
     if (!(style & JPEG2K_KEEP_FLAGS)) memset(state.flags - kFlagMargin, 0, flagBytes(size.width, size.height));
-}
-
-// What ends an MQ pass. Returns 1 for an error; `failed` is what the pass itself found.
-int endPass(DecodeCBProgrState* state, bool checksTermination, int failed)
-{
-    if (checksTermination) failed = mqDecoderCheckErrPredTerm(&state->mq);
-    if (state->style & JPEG2K_RESET_EVERY_PASS) mqDecoderResetCtx(&state->mq);
-    return failed;
 }
 
 // T.800 D.5.
@@ -88,125 +79,60 @@ int checkSegmentationSymbol(MqDecoderState* mq)
     return symbol != kSegmentationMarker;
 }
 
-int significancePropagation(DecodeCBProgrState* state, bool checksTermination)
+// Returns 1 for an error.
+int decodePass(DecodeCBProgrState* s, int pass)
 {
-    kernels<CodeBlockDecodeKernels>().significancePropagation(state);
-    return endPass(state, checksTermination, 0);
-}
-
-int magnitudeRefinement(DecodeCBProgrState* state, bool checksTermination)
-{
-    kernels<CodeBlockDecodeKernels>().magnitudeRefinement(state);
-    return endPass(state, checksTermination, 0);
-}
-
-int cleanup(DecodeCBProgrState* state, bool checksTermination)
-{
-    kernels<CodeBlockDecodeKernels>().cleanup(state);
-    int failed = state->style & JPEG2K_SEGMENTATION_SYMBOLS ? checkSegmentationSymbol(&state->mq) : 0;
-    return endPass(state, checksTermination, failed);
-}
-
-void significancePropagationRaw(DecodeCBProgrState* state)
-{
-    kernels<CodeBlockDecodeKernels>().significancePropagationRaw(state);
-}
-
-void magnitudeRefinementRaw(DecodeCBProgrState* state)
-{
-    kernels<CodeBlockDecodeKernels>().magnitudeRefinementRaw(state);
-}
-
-// The steps return 1 for an error; the current plane is then that of the pass.
-
-// Every pass is a segment.
-int decodePass(DecodeCBProgrState* s, bool checksTermination)
-{
+    auto& table = kernels<CodeBlockDecodeKernels>();
+    const PassSequence& sequence = s->sequence;
+    const bool isRaw = sequence.isRaw(pass);
     int failed = 0;
-    --s->passesLeft;
-    switch (s->nextPass) {
-    case kNextSignificance:
-        failed = significancePropagation(s, checksTermination);
-        s->nextPass = kNextRefinement;
+    switch (sequence.kindOf(pass)) {
+    case kSignificance:
+        (isRaw ? table.significancePropagationRaw : table.significancePropagation)(s);
         break;
-    case kNextRefinement:
-        failed = magnitudeRefinement(s, checksTermination);
-        s->nextPass = kNextCleanup;
+    case kRefinement:
+        (isRaw ? table.magnitudeRefinementRaw : table.magnitudeRefinement)(s);
         break;
-    case kNextRawSignificance:
-        significancePropagationRaw(s);
-        s->nextPass = kNextRawRefinement;
-        break;
-    case kNextRawRefinement:
-        magnitudeRefinementRaw(s);
-        s->nextPass = kNextCleanupBetweenRaw;
-        break;
-    default: // a cleanup pass
-        if (cleanup(s, checksTermination)) return 1;
-        --s->plane;
-        s->nextPass = s->plane < s->bypassThreshold ? kNextRawSignificance : kNextSignificance;
+    case kCleanup:
+        table.cleanup(s);
+        if (sequence.style & JPEG2K_SEGMENTATION_SYMBOLS) failed = checkSegmentationSymbol(&s->mq);
     }
+    if (isRaw) return 0;
+    if (sequence.style & JPEG2K_PREDICTABLE_TERMINATION && sequence.endsSegment(pass))
+        failed = mqDecoderCheckErrPredTerm(&s->mq);
+    if (sequence.style & JPEG2K_RESET_EVERY_PASS) mqDecoderResetCtx(&s->mq);
     return failed;
 }
 
-// The passes of the first segment, which may be all.
-int decodeFirstSegment(DecodeCBProgrState* s, bool checksTermination)
+// The plane of the next pass, if there is one or the end of the segment lets one follow.
+int planeAfter(const DecodeCBProgrState& s, int pass)
 {
-    for (;;) {
-        if (cleanup(s, checksTermination && s->plane == s->bypassThreshold)) return 1;
-        --s->passesLeft;
-        if (s->style & JPEG2K_BYPASS && s->plane <= s->bypassThreshold) {
-            --s->plane;
-            s->nextPass = kNextRawSignificance;
-            return 0;
-        }
-        if (s->passesLeft == 0 || --s->plane < 0) return 0;
-        significancePropagation(s, false);
-        if (--s->passesLeft == 0) return 0;
-        magnitudeRefinement(s, false);
-        if (--s->passesLeft == 0) return 0;
-    }
+    const PassSequence& sequence = s.sequence;
+    bool mayFollow = sequence.style & JPEG2K_TERMINATE_EVERY_PASS ||
+                     (sequence.style & JPEG2K_BYPASS && pass < sequence.kPassesBeforeRaw && sequence.endsSegment(pass));
+    return sequence.planeOf(int64_t(pass) + (mayFollow || s.passesDone < s.passCount));
 }
 
-int decodeRawSegment(DecodeCBProgrState* s)
-{
-    significancePropagationRaw(s);
-    if (--s->passesLeft > 0) {
-        magnitudeRefinementRaw(s);
-        --s->passesLeft;
-    }
-    s->nextPass = kNextCleanupBetweenRaw;
-    return 0;
-}
-
-int decodeCleanupSegment(DecodeCBProgrState* s, bool checksTermination)
-{
-    if (cleanup(s, checksTermination)) return 1;
-    if (--s->passesLeft > 0) {
-        --s->plane;
-        s->nextPass = kNextRawSignificance;
-    }
-    return 0;
-}
-
+// Returns 1 for an error; the current plane is then that of the pass.
 int decodeSegment(DecodeCBProgrState* s, const uint8_t* src, int length)
 {
-    bool checksTermination = s->style & JPEG2K_PREDICTABLE_TERMINATION;
-    bool isRaw = s->nextPass == kNextRawSignificance || s->nextPass == kNextRawRefinement;
-    if (isRaw)
+    if (s->sequence.isRaw(s->passesDone))
         s->raw = {src, length, 0, -1, 0};
     else
         mqDecoderInit(&s->mq, src, length);
-    if (s->style & JPEG2K_TERMINATE_EVERY_PASS) return decodePass(s, checksTermination);
-    if (isRaw) return decodeRawSegment(s);
-    if (s->nextPass == kNextCleanupBetweenRaw) return decodeCleanupSegment(s, checksTermination);
-    return decodeFirstSegment(s, checksTermination);
+    for (bool isEnd = false; !isEnd && s->passesDone < s->passCount;) {
+        int pass = s->passesDone++;
+        if (decodePass(s, pass)) return 1;
+        s->plane = planeAfter(*s, pass);
+        isEnd = s->sequence.endsSegment(pass);
+    }
+    return 0;
 }
 
 QelStatus step(DecodeCBProgrState& state, const uint8_t* src, int length)
 {
     if (state.isFinished) return qelStsJPEG2KCodeBlockIsFinished;
-    if (state.passesLeft < 1 || state.plane < 0) return qelStsNoErr;
+    if (state.passesDone >= state.passCount || state.plane < 0) return qelStsNoErr;
     if (!decodeSegment(&state, src, length)) return qelStsNoErr;
     state.isFinished = 1;
     return qelStsJPEG2KCodeBlockIsFinished;

@@ -6,6 +6,7 @@
 
 #include "core/kernel_tables.h"
 #include "jpeg2k/mq_decoder.h"
+#include "jpeg2k/pass_sequence.h"
 #include "jpeg2k/sample_flags.h"
 #include "qeljx/jpeg2k_coding.h"
 
@@ -22,29 +23,15 @@ struct RawReader {
 
 constexpr int32_t kDecoderTag = -123456;
 
-// Which pass comes next. With every pass terminated they take turns: 0, 2, 1, 0 and with raw ones 3, 5, 4, 3. Else
-// there is one for each kind of segment: 0, 5 and 3.
-enum NextPass {
-    kNextCleanup = 0,
-    kNextRefinement = 1,
-    kNextSignificance = 2,
-    kNextCleanupBetweenRaw = 3,
-    kNextRawRefinement = 4,
-    kNextRawSignificance = 5
-};
-
 // At the start of the caller's buffer, at any address; the functions work on a copy. The flags follow.
 struct DecodeCBProgrState {
     int32_t tag;
     int32_t width, height, dstStep;
     uint8_t* dst;
-    int32_t plane;           // current bit plane
-    int32_t bypassThreshold; // with JPEG2K_BYPASS, the lowest plane that has no raw passes
-    int32_t passesLeft;
-    int32_t nextPass;
+    int32_t plane;                 // the current one
+    int32_t passesDone, passCount; // as the caller counts, also those that do not exist
+    PassSequence sequence;
     int32_t isFinished, isAttached;
-    int32_t style;
-    int32_t reserved;
     const uint32_t* zeroCoding; // contexts of the band
     FlagColumn* flags;          // the first column
     uint64_t flagPitch;         // columns

@@ -130,7 +130,7 @@ QEL_INLINE uint64_t reachedBehind(uint64_t significant)
 // taken before the group in front is visited: a load of many bytes waits long for stores of a few into them.
 template <class Visit> QEL_INLINE void forGroups(DecodeCBProgrState* state, Visit visit)
 {
-    const bool isCausal = state->style & JPEG2K_VERTICALLY_CAUSAL;
+    const bool isCausal = state->sequence.style & JPEG2K_VERTICALLY_CAUSAL;
     const auto pitch = ptrdiff_t(state->flagPitch);
     Group group;
     group.rowStep = state->dstStep;

@@ -10,6 +10,7 @@
 #include "core/dispatch.h"
 #include "jpeg2k/decision_coder.h"
 #include "jpeg2k/distortion_tables.h"
+#include "jpeg2k/pass_sequence.h"
 #include "qeljx/jpeg2k_coding.h"
 #include "qeljx/support.h"
 
@@ -73,25 +74,6 @@ struct Sizes {
     }
 };
 
-enum PassKind { kSignificance, kRefinement, kCleanup };
-
-// A code-block's passes, from the cleanup of plane `top` down to that of plane `low`.
-struct Sequence {
-    int top, low, style;
-
-    int count() const { return top < low ? 0 : 3 * (top - low) + 1; }
-    int kindOf(int pass) const { return (pass + 2) % 3; }
-    int planeOf(int pass) const { return top - (pass + 2) / 3; }
-    bool isRaw(int pass) const
-    {
-        return (style & JPEG2K_BYPASS) && kindOf(pass) != kCleanup && planeOf(pass) < top - 3;
-    }
-    bool endsSegment(int pass) const
-    {
-        return (style & JPEG2K_TERMINATE_EVERY_PASS) || pass == count() - 1 || isRaw(pass) != isRaw(pass + 1);
-    }
-};
-
 // Decisions 1, 0, 1, 0 in the uniform context.
 uint8_t* putSegmentationSymbols(uint8_t* out)
 {
@@ -99,10 +81,11 @@ uint8_t* putSegmentationSymbols(uint8_t* out)
     return out;
 }
 
-PassRecord record(const Sequence& sequence, int pass, int bandType, const BlockMaps& maps, uint8_t* decisions)
+PassRecord record(const PassSequence& sequence, int pass, int bandType, const BlockMaps& maps, uint8_t* decisions)
 {
     auto& table = kernels<CodeBlockEncodeKernels>();
-    int plane = sequence.planeOf(pass), kind = sequence.kindOf(pass);
+    int plane = sequence.planeOf(pass);
+    PassKind kind = sequence.kindOf(pass);
     PassMode mode = {plane, bandType, sequence.isRaw(pass), (sequence.style & JPEG2K_VERTICALLY_CAUSAL) != 0,
                      (sequence.style & JPEG2K_LOSSLESS) && plane == sequence.low};
     if (kind == kSignificance) return table.significance(maps, mode, decisions);
@@ -167,11 +150,12 @@ void setLeastRates(QelEncodeState& state, int first, int last, bool isRaw)
     }
 }
 
-void encode(QelEncodeState& state, const BlockMaps& maps, const Sequence& sequence, int bandType)
+void encode(QelEncodeState& state, const BlockMaps& maps, const PassSequence& sequence, int bandType)
 {
     int firstOfSegment = 0;
     uint32_t segmentBegin = 0;
-    for (int i = 0; i < sequence.count(); ++i) {
+    state.passCount = (int)sequence.count();
+    for (int i = 0; i < state.passCount; ++i) {
         Pass& pass = state.passes[i];
         bool isRaw = sequence.isRaw(i);
         PassRecord recorded = record(sequence, i, bandType, maps, state.decisions);
@@ -188,7 +172,6 @@ void encode(QelEncodeState& state, const BlockMaps& maps, const Sequence& sequen
         firstOfSegment = i + 1;
         segmentBegin = state.codedLength;
     }
-    state.passCount = sequence.count();
 }
 
 // A truncation does not end on 0xFF, which decoders supply: of the rates that end in a part of the bytes.

@@ -29,7 +29,7 @@ TEST(CodeBlockDecodeKernels, EveryBuildTakesEveryDecision)
         DecodeCBProgrState state = {};
         state.width = size.width, state.height = size.height, state.dstStep = size.width * 4;
         state.dst = (uint8_t*)coefficients.data();
-        state.style = random.between(0, 1) * JPEG2K_VERTICALLY_CAUSAL;
+        state.sequence.style = random.between(0, 1) * JPEG2K_VERTICALLY_CAUSAL;
         state.zeroCoding = contexts[random.between(0, 2)];
         state.flags = (FlagColumn*)flags.data() + kFlagMargin;
         state.flagPitch = flagPitch(size.width);
