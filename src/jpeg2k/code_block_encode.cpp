@@ -38,7 +38,8 @@ struct QelEncodeState {
     Pass passes[kMostPasses];
     uint32_t segmentLengths[kMostPasses];
     uint32_t codedLength, storedLength;
-    DecisionCoder coder;
+    MqEncoder mq;
+    RawPacker raw;
     uint64_t* maps;
     uint8_t *decisions, *coded;
 };
@@ -105,34 +106,13 @@ void setReduction(Pass& pass, int64_t reduction, int exponent)
 
 // What is in the coder's registers after a pass takes at most so many bytes; the last of the MQ coder's need not be in
 // the segment. The byte before the first one of a segment is none.
-uint32_t bytesHeld(const DecisionCoder& coder, bool isRaw)
-{
-    if (isRaw) return coder.raw.isPending();
-    const MqEncoder& mq = coder.mq;
-    return (27 - mq.ct > (mq.b < 254 ? 23 : 22) ? 5u : 4u) - mq.isFirst;
-}
+uint32_t bytesHeld(const MqEncoder& mq) { return (27 - mq.ct > (mq.b < 254 ? 23 : 22) ? 5u : 4u) - mq.isFirst; }
 
 // Bytes that decode to a pass do so to all earlier ones.
 void setRate(QelEncodeState& state, int pass, uint32_t rate)
 {
     state.passes[pass].rate = rate;
     for (; pass > 0 && state.passes[pass - 1].rate > rate; --pass) state.passes[pass - 1].rate = rate;
-}
-
-// Codes decisions, or ends the segment, behind what is coded.
-void code(QelEncodeState& state, int (*encode)(DecisionCoder& coder, uint8_t* dst, int* pCount))
-{
-    int count = (int)(Sizes(state.largest).coded - state.codedLength);
-    encode(state.coder, state.coded + state.codedLength, &count);
-    state.codedLength += (uint32_t)count;
-}
-
-void endSegment(QelEncodeState& state, uint32_t begin, bool isRaw)
-{
-    code(state, isRaw ? decEncoderRawEncodeAndTerminate : decEncoderMQEncodeAndTerminate);
-    uint32_t& end = state.codedLength;
-    while (!isRaw && end > begin && state.coded[end - 1] == 0xFF) --end;
-    state.segmentLengths[state.segmentCount++] = end - begin;
 }
 
 // Passes of a segment end where the bytes that follow in it do not matter any more to their decisions.
@@ -150,24 +130,43 @@ void setLeastRates(QelEncodeState& state, int first, int last, bool isRaw)
     }
 }
 
-void encode(QelEncodeState& state, const BlockMaps& maps, const PassSequence& sequence, int bandType)
+// Codes what a pass has recorded, behind what is coded.
+void code(QelEncodeState& state, int index, bool isRaw, const uint8_t* end)
+{
+    Pass& pass = state.passes[index];
+    const int count = int(end - state.decisions);
+    uint8_t* next = state.coded + state.codedLength;
+    next = isRaw ? decEncoderRawEncode(state.raw, state.decisions, count, next)
+                 : decEncoderMQEncode(state.mq, state.decisions, count, next);
+    pass.emitted = state.codedLength = uint32_t(next - state.coded);
+    pass.interval = intervalOf(state.mq);
+    setRate(state, index, pass.emitted + (isRaw ? state.raw.isPending() : bytesHeld(state.mq)));
+}
+
+// All decisions are coded.
+void endSegment(QelEncodeState& state, uint32_t begin, bool isRaw, int method)
+{
+    uint8_t* next = state.coded + state.codedLength;
+    next = isRaw ? decEncoderRawEncodeAndTerminate(state.raw, state.decisions, 0, next)
+                 : decEncoderMQEncodeAndTerminate(state.mq, method, state.decisions, 0, next);
+    state.codedLength = uint32_t(next - state.coded);
+    state.segmentLengths[state.segmentCount++] = state.codedLength - begin;
+}
+
+void encode(QelEncodeState& state, const BlockMaps& maps, const PassSequence& sequence, int bandType, int method)
 {
     int firstOfSegment = 0;
     uint32_t segmentBegin = 0;
     state.passCount = (int)sequence.count();
     for (int i = 0; i < state.passCount; ++i) {
-        Pass& pass = state.passes[i];
         bool isRaw = sequence.isRaw(i);
         PassRecord recorded = record(sequence, i, bandType, maps, state.decisions);
-        setReduction(pass, recorded.reduction, 2 * (sequence.planeOf(i) - sequence.low) - kDistortionFractionBits);
-        state.coder.record(state.decisions, int(recorded.end - state.decisions));
-        code(state, isRaw ? decEncoderRawEncode : decEncoderMQEncode);
-        pass.emitted = state.codedLength;
-        pass.interval = intervalOf(state.coder.mq);
-        setRate(state, i, state.codedLength + bytesHeld(state.coder, isRaw));
-        if (sequence.style & JPEG2K_RESET_EVERY_PASS) resetContexts(state.coder.mq);
+        setReduction(state.passes[i], recorded.reduction,
+                     2 * (sequence.planeOf(i) - sequence.low) - kDistortionFractionBits);
+        code(state, i, isRaw, recorded.end);
+        if (sequence.style & JPEG2K_RESET_EVERY_PASS) resetContexts(state.mq);
         if (!sequence.endsSegment(i)) continue;
-        endSegment(state, segmentBegin, isRaw);
+        endSegment(state, segmentBegin, isRaw, method);
         if (sequence.style & JPEG2K_LEAST_RATES) setLeastRates(state, firstOfSegment, i, isRaw);
         firstOfSegment = i + 1;
         segmentBegin = state.codedLength;
@@ -250,8 +249,10 @@ QelStatus qeliEncodeLoadCodeBlock_JPEG2K_32s_C1R(const int32_t* pSrc, int srcSte
     int bitPlanes = all == 0 ? 0 : 32 - __builtin_clz(all);
     pState->segmentCount = 0;
     pState->codedLength = pState->storedLength = 0;
-    pState->coder.start(terminationMethod);
-    encode(*pState, maps, {bitPlanes - 1, low, style}, bandType);
+    startSegment(pState->mq);
+    resetContexts(pState->mq);
+    startSegment(pState->raw);
+    encode(*pState, maps, {bitPlanes - 1, low, style}, bandType, terminationMethod);
     *pNumBitPlanes = bitPlanes;
     *pNumPasses = pState->passCount;
     *pNumSegments = pState->segmentCount;

@@ -1,4 +1,4 @@
-// Codes recorded decisions into segments, as far as there is room.
+// Codes recorded decisions, each (context << 1) | decision, into segments.
 #pragma once
 
 #include "jpeg2k/mq_encoder.h"
@@ -6,29 +6,13 @@
 
 namespace qel {
 
-struct DecisionCoder {
-    MqEncoder mq;
-    RawPacker raw;
-    int terminationMethod;
-
-    const uint8_t* decisions; // each (context << 1) | decision
-    int position, end;
-    bool isTerminated; // behind the last of them
-
-    // Bytes for which there was no room.
-    uint8_t pending[kTerminationBytes];
-    int pendingPosition, pendingEnd;
-
-    void start(int method);
-    void record(const uint8_t* from, int count);
-};
-
-// At most *pCount bytes go to `dst`, those from earlier calls first; *pCount becomes their number. Returns how many
-// decisions are left. All is done when that is 0 and there was more room than bytes.
-int decEncoderMQEncode(DecisionCoder& coder, uint8_t* dst, int* pCount);
-int decEncoderRawEncode(DecisionCoder& coder, uint8_t* dst, int* pCount);
-// The same, and the segment ends behind the last decision; the next decisions start another one.
-int decEncoderMQEncodeAndTerminate(DecisionCoder& coder, uint8_t* dst, int* pCount);
-int decEncoderRawEncodeAndTerminate(DecisionCoder& coder, uint8_t* dst, int* pCount);
+// These return where they have stopped writing: behind no more than CodeBlockEncodeKernels::kBytesPerDecision bytes for
+// a decision.
+uint8_t* decEncoderMQEncode(MqEncoder& mq, const uint8_t* decisions, int count, uint8_t* next);
+uint8_t* decEncoderRawEncode(RawPacker& raw, const uint8_t* decisions, int count, uint8_t* next);
+// The same, and the segment ends behind the last decision, with up to kTerminationBytes more; the next decisions start
+// another one. The bytes of the segment have to stand before `next`.
+uint8_t* decEncoderMQEncodeAndTerminate(MqEncoder& mq, int method, const uint8_t* decisions, int count, uint8_t* next);
+uint8_t* decEncoderRawEncodeAndTerminate(RawPacker& raw, const uint8_t* decisions, int count, uint8_t* next);
 
 }

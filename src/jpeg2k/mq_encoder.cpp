@@ -37,12 +37,15 @@ uint8_t* endPredictably(MqEncoder& mq, uint8_t* next)
 // The flush, cut where ones serve as well. There is no shorter end: what n bytes with ones behind them amount to is
 // less than a multiple of the last byte's unit by nothing that counts, and such a multiple must lie above C and not
 // above C + A. The first one above C follows the bits of C down to that unit, which the flush has: it changes only bits
-// 0 to 15, and clears bit 15 only where that is 0 in C. As A is at least 0x8000, no smaller unit is needed.
+// 0 to 15, and clears bit 15 only where that is 0 in C. As A is at least 0x8000, no smaller unit is needed. If none of
+// its bytes is, neither is a 0xFF in front.
 uint8_t* endShortest(MqEncoder& mq, uint8_t* next)
 {
-    MqInterval interval = intervalOf(mq);
+    const MqInterval interval = intervalOf(mq);
+    const bool isBehindFF = mq.isBehindFF;
     uint8_t* end = flush(mq, next);
-    return next + neededBytes(interval, next, int(end - next));
+    int needed = neededBytes(interval, next, int(end - next));
+    return next + needed - (needed == 0 && isBehindFF);
 }
 
 }

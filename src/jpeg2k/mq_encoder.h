@@ -63,7 +63,7 @@ int neededBytes(const MqInterval& interval, const uint8_t* bytes, int length);
 
 enum MqTermination { kFlush = 0, kShortest = 1, kPredictable = 2 };
 
-// Ends the segment; no more than kTerminationBytes bytes follow.
+// Ends the segment; no more than kTerminationBytes bytes follow. Never behind a 0xFF, which may be taken back.
 constexpr int kTerminationBytes = 8;
 uint8_t* terminate(MqEncoder& mq, int method, uint8_t* next);
 

@@ -1,6 +1,7 @@
 // Code-block encoding: every build of its kernels equals the scalar one; the coders of decisions; the rates of passes.
 #include "jpeg2k/code_block_encode.h"
 
+#include <optional>
 #include <vector>
 
 #include "code_block_reference.h"
@@ -14,6 +15,14 @@ using namespace qel::test;
 namespace {
 
 using Bytes = std::vector<uint8_t>;
+
+MqEncoder newEncoder()
+{
+    MqEncoder mq;
+    startSegment(mq);
+    resetContexts(mq);
+    return mq;
+}
 
 // All decisions of all passes, the reductions, and the coded bytes.
 TEST(CodeBlockEncodeKernels, EqualTheScalarOnes)
@@ -42,11 +51,12 @@ TEST(CodeBlockEncodeKernels, EqualTheScalarOnes)
         }
         const int count = int(decisions.size());
         Bytes mq(decisions.size() * 3), raw(mq);
-        DecisionCoder coder;
-        coder.start(kFlush);
-        mq.resize(size_t(table.encode(coder.mq, decisions.data(), count, mq.data()) - mq.data()));
-        raw.resize(size_t(table.pack(coder.raw, decisions.data(), count, raw.data()) - raw.data()));
-        return std::tuple(memory, decisions, reductions, mq, uint8_t(coder.mq.b), raw);
+        MqEncoder encoder = newEncoder();
+        RawPacker packer;
+        startSegment(packer);
+        mq.resize(size_t(table.encode(encoder, decisions.data(), count, mq.data()) - mq.data()));
+        raw.resize(size_t(table.pack(packer, decisions.data(), count, raw.data()) - raw.data()));
+        return std::tuple(memory, decisions, reductions, mq, uint8_t(encoder.b), raw);
     });
 }
 
@@ -55,8 +65,7 @@ TEST(CodeBlockEncodeKernels, RunsAreEncodedAsTheirDecisions)
 {
     everyBuild<CodeBlockEncodeKernels>([](const CodeBlockEncodeKernels& table) {
         Random random(4);
-        DecisionCoder whole, singly;
-        whole.start(kFlush), singly.start(kFlush);
+        MqEncoder whole = newEncoder(), singly = newEncoder();
         for (int round = 0; round < 2000; ++round) {
             Bytes decisions;
             // Both senses of the more probable decision, from even chances to hardly any.
@@ -64,34 +73,28 @@ TEST(CodeBlockEncodeKernels, RunsAreEncodedAsTheirDecisions)
             for (int i = random.between(1, 200); i > 0; --i)
                 decisions.push_back(uint8_t(kContextRunLength << 1 | (often ^ (random.between(0, odds) == 0))));
             Bytes a(decisions.size() * 3), b(a);
-            uint8_t *aEnd = table.encode(whole.mq, decisions.data(), int(decisions.size()), a.data()), *bEnd = b.data();
-            for (uint8_t& decision : decisions) bEnd = table.encode(singly.mq, &decision, 1, bEnd);
+            uint8_t *aEnd = table.encode(whole, decisions.data(), int(decisions.size()), a.data()), *bEnd = b.data();
+            for (uint8_t& decision : decisions) bEnd = table.encode(singly, &decision, 1, bEnd);
             ASSERT_EQ(aEnd - a.data(), bEnd - b.data());
             ASSERT_EQ(a, b);
-            ASSERT_EQ(whole.mq.a, singly.mq.a);
-            ASSERT_EQ(whole.mq.c, singly.mq.c);
+            ASSERT_EQ(whole.a, singly.a);
+            ASSERT_EQ(whole.c, singly.c);
         }
     });
 }
 
-using Encode = int (*)(DecisionCoder&, uint8_t*, int*);
-
-Bytes encode(Encode encodeAndTerminate, int method, const Bytes& decisions, int room = 1 << 16)
+// With a method the arithmetic coder's segment, else the raw one's.
+Bytes encode(std::optional<MqTermination> method, const Bytes& decisions)
 {
-    DecisionCoder coder;
-    coder.start(method);
-    coder.record(decisions.data(), int(decisions.size()));
-    Bytes all;
-    for (int count = room; count == room;) {
-        Bytes part(size_t(room) + 1, 0xEE);
-        int before = coder.end - coder.position;
-        int left = encodeAndTerminate(coder, part.data(), &count);
-        EXPECT_LE(left, before);
-        EXPECT_TRUE(count == room || left == 0);
-        EXPECT_EQ(part[size_t(room)], 0xEE);
-        all.insert(all.end(), part.begin(), part.begin() + count);
-    }
-    return all;
+    Bytes bytes(3 * decisions.size() + kTerminationBytes);
+    const int count = int(decisions.size());
+    MqEncoder mq = newEncoder();
+    RawPacker raw;
+    startSegment(raw);
+    uint8_t* end = method ? decEncoderMQEncodeAndTerminate(mq, *method, decisions.data(), count, bytes.data())
+                          : decEncoderRawEncodeAndTerminate(raw, decisions.data(), count, bytes.data());
+    bytes.resize(size_t(end - bytes.data()));
+    return bytes;
 }
 
 bool decodesTo(const Bytes& bytes, const Bytes& decisions)
@@ -115,7 +118,7 @@ TEST(DecisionCoder, TestSequence)
     Bytes decisions;
     for (uint8_t byte : in)
         for (int bit = 7; bit >= 0; --bit) decisions.push_back(uint8_t(kContextSign << 1 | (byte >> bit & 1)));
-    EXPECT_EQ(encode(decEncoderMQEncodeAndTerminate, kFlush, decisions), expected);
+    EXPECT_EQ(encode(kFlush, decisions), expected);
     EXPECT_TRUE(decodesTo(expected, decisions));
 }
 
@@ -125,28 +128,6 @@ Bytes randomDecisions(Random& random, int count, int contexts)
     for (int i = 0; i < count; ++i)
         decisions.push_back(uint8_t(random.between(0, contexts) << 1 | (random.between(0, 3) == 0)));
     return decisions;
-}
-
-TEST(DecisionCoder, StopsWhereTheRoomEnds)
-{
-    Random random(2);
-    for (auto encodeAndTerminate : {decEncoderMQEncodeAndTerminate, decEncoderRawEncodeAndTerminate})
-        for (int method : {kFlush, kShortest, kPredictable})
-            for (int count : {0, 1, 7, 8, 500}) {
-                Bytes decisions = randomDecisions(random, count, kContexts - 1);
-                Bytes whole = encode(encodeAndTerminate, method, decisions);
-                for (int room : {1, 2, 3, 5, 30})
-                    ASSERT_EQ(encode(encodeAndTerminate, method, decisions, room), whole) << room;
-            }
-    for (auto encodeSome : {decEncoderMQEncode, decEncoderRawEncode}) {
-        DecisionCoder coder;
-        coder.start(kFlush);
-        Bytes decisions(100, 1), none(1);
-        coder.record(decisions.data(), 100);
-        int count = 0;
-        EXPECT_EQ(encodeSome(coder, none.data(), &count), 100);
-        EXPECT_EQ(count, 0);
-    }
 }
 
 TEST(DecisionCoder, RawBits)
@@ -162,7 +143,7 @@ TEST(DecisionCoder, RawBits)
         {{1, 1, 1, 1, 1, 1, 1, 1, 1}, {0xFF, 0x55}},
         {{1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 0}, {0xFF, 0x7F, 0x2A}},
     };
-    for (auto& row : table) EXPECT_EQ(encode(decEncoderRawEncodeAndTerminate, kFlush, row.decisions), row.bytes);
+    for (auto& row : table) EXPECT_EQ(encode({}, row.decisions), row.bytes);
 }
 
 // Of all strings of two bytes, behind what the segment begins with, none that is shorter will do.
@@ -172,8 +153,8 @@ TEST(DecisionCoder, ShortestTermination)
     int saved = 0;
     for (int round = 0; round < 3000; ++round) {
         Bytes decisions = randomDecisions(random, random.between(0, 60), random.between(0, kContexts - 1));
-        Bytes flushed = encode(decEncoderMQEncodeAndTerminate, kFlush, decisions);
-        Bytes shortest = encode(decEncoderMQEncodeAndTerminate, kShortest, decisions);
+        Bytes flushed = encode(kFlush, decisions);
+        Bytes shortest = encode(kShortest, decisions);
         ASSERT_TRUE(decodesTo(flushed, decisions));
         ASSERT_TRUE(decodesTo(shortest, decisions));
         ASSERT_LE(shortest.size(), flushed.size());
