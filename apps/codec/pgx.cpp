@@ -83,9 +83,10 @@ PgxPicture readPgx(Bytes file)
     if (!header.take('\n')) throw CodecError("the header does not end in a line break", header.position());
 
     Bytes samples = file.subspan(header.position());
-    size_t count = size_t(picture.width) * size_t(picture.height), width = bytesOf(picture.precision);
+    uint64_t count = uint64_t(picture.width) * uint64_t(picture.height);
+    size_t width = bytesOf(picture.precision);
     if (samples.size() / width < count) throw CodecError("the file is too short for its picture", file.size());
-    picture.samples.resize(count);
+    picture.samples.resize(size_t(count));
     for (size_t i = 0; i < count; ++i) picture.samples[i] = sample(&samples[width * i], width, lowFirst, picture);
     return picture;
 }
