@@ -16,6 +16,12 @@ namespace {
 
 using Bytes = std::vector<uint8_t>;
 
+int32_t randomCoefficient(Random& random, bool isSparse)
+{
+    int magnitude = isSparse && random.between(0, 99) ? 0 : random.between(0, 0xFFFF) >> random.between(0, 14);
+    return int32_t(uint32_t(random.between(0, 1)) << 31) | magnitude;
+}
+
 MqEncoder newEncoder()
 {
     MqEncoder mq;
@@ -31,8 +37,7 @@ TEST(CodeBlockEncodeKernels, EqualTheScalarOnes)
     everyRoundEqualsScalar<CodeBlockEncodeKernels>(5 * 32, [&](auto& table, Random& random, int round) {
         const QelSize size = kSizes[round / 32];
         std::vector<int32_t> block(size_t(size.width) * size.height);
-        for (int32_t& value : block)
-            value = int32_t(uint32_t(random.between(0, 1)) << 31) | random.between(0, 0xFFFF) >> random.between(0, 14);
+        for (int32_t& value : block) value = randomCoefficient(random, round % 3 == 0);
         std::vector<uint64_t> memory(size_t(BlockMaps::kMaps * BlockMaps::of(size, nullptr).size()), ~uint64_t(0));
         BlockMaps maps = BlockMaps::of(size, memory.data());
         const uint32_t all = table.load(block.data(), 4 * size.width, 3, maps);
@@ -57,29 +62,6 @@ TEST(CodeBlockEncodeKernels, EqualTheScalarOnes)
         mq.resize(size_t(table.encode(encoder, decisions.data(), count, mq.data()) - mq.data()));
         raw.resize(size_t(table.pack(packer, decisions.data(), count, raw.data()) - raw.data()));
         return std::tuple(memory, decisions, reductions, mq, uint8_t(encoder.b), raw);
-    });
-}
-
-// Runs of 0 and 1 in one context, of any length, as they are when they come singly: the same bytes and registers.
-TEST(CodeBlockEncodeKernels, RunsAreEncodedAsTheirDecisions)
-{
-    everyBuild<CodeBlockEncodeKernels>([](const CodeBlockEncodeKernels& table) {
-        Random random(4);
-        MqEncoder whole = newEncoder(), singly = newEncoder();
-        for (int round = 0; round < 2000; ++round) {
-            Bytes decisions;
-            // Both senses of the more probable decision, from even chances to hardly any.
-            int odds = 1 << random.between(0, 9), often = round / 500 % 2;
-            for (int i = random.between(1, 200); i > 0; --i)
-                decisions.push_back(uint8_t(kContextRunLength << 1 | (often ^ (random.between(0, odds) == 0))));
-            Bytes a(decisions.size() * 3), b(a);
-            uint8_t *aEnd = table.encode(whole, decisions.data(), int(decisions.size()), a.data()), *bEnd = b.data();
-            for (uint8_t& decision : decisions) bEnd = table.encode(singly, &decision, 1, bEnd);
-            ASSERT_EQ(aEnd - a.data(), bEnd - b.data());
-            ASSERT_EQ(a, b);
-            ASSERT_EQ(whole.a, singly.a);
-            ASSERT_EQ(whole.c, singly.c);
-        }
     });
 }
 
@@ -170,26 +152,25 @@ TEST(DecisionCoder, ShortestTermination)
     EXPECT_GT(saved, 0);
 }
 
-// The MQ encoder of T.800 Figures C.5 to C.8, and its registers as they stand behind a decision.
-struct PlainMq {
-    uint32_t a = 0x8000, c = 0, ct = 12;
-    Bytes bytes = {0}; // B is the last; the first is none of the segment
-    std::vector<uint32_t> index = {46, 3, 4}, mps = {};
+struct Contexts {
+    uint32_t index[kContexts] = {46, 3, 4}, mps[kContexts] = {};
+};
 
-    PlainMq() { index.resize(kContexts), mps.resize(kContexts); }
+// A segment as T.800 Figures C.5 to C.8 code it, with the registers behind a decision; or of raw bits (D.6).
+struct PlainSegment {
+    uint32_t a = 0x8000, c = 0, ct = 12, free = 0;
+    Bytes bytes = {0}; // the first is none of the segment; the last is B, or has free bits
 
-    void encode(int context, uint32_t decision)
+    void encode(Contexts& contexts, int context, uint32_t decision)
     {
-        const auto& [qe, afterMps, afterLps, isSwitched] = owniEstimator_JPEG2K[index[context]];
-        bool isMps = decision == mps[context];
+        uint32_t &index = contexts.index[context], &mps = contexts.mps[context];
+        const auto& [qe, afterMps, afterLps, isSwitched] = owniEstimator_JPEG2K[index];
+        bool isMps = decision == mps;
         a -= qe;
-        if (isMps == (a >= qe))
-            c += qe;
-        else
-            a = qe;
+        isMps == (a >= qe) ? c += qe : a = qe;
         if (isMps && a >= 0x8000) return;
-        index[context] = isMps ? afterMps : afterLps;
-        mps[context] ^= isMps ? 0 : isSwitched;
+        index = isMps ? afterMps : afterLps;
+        mps ^= isMps ? 0 : isSwitched;
         for (; a < 0x8000; a *= 2) {
             c *= 2;
             if (--ct == 0) byteOut();
@@ -202,44 +183,43 @@ struct PlainMq {
         bytes.push_back(uint8_t(c >> (27 - ct)));
         c &= (1u << (27 - ct)) - 1;
     }
-    uint32_t rate() const
+    void pack(uint32_t bit)
     {
-        auto outs = uint32_t(bytes.size()) - 1, more = 27 - ct > (bytes.back() < 254 ? 23 : 22) ? 5u : 4u;
+        if (free == 0) free = bytes.back() == 0xFF ? 7 : 8, bytes.push_back(0);
+        bytes.back() |= uint8_t(bit << --free);
+    }
+    uint32_t rate(bool isRaw) const
+    {
+        auto outs = uint32_t(bytes.size()) - 1;
+        if (isRaw) return outs;
+        uint32_t more = 27 - ct > (bytes.back() < 254 ? 23 : 22) ? 5u : 4u;
         return outs == 0 ? more - 1 : outs - 1 + more;
     }
 };
 
-// Bytes of raw bits, also of one that has not got all of them.
-struct PlainRaw {
-    uint32_t bytes = 0, last = 0, free = 0;
-
-    void put(uint32_t bit)
-    {
-        if (free == 0) free = last == 0xFF ? 7 : 8, last = 0, ++bytes;
-        last |= bit << --free;
-    }
-};
-
-// What the bytes of a block decode to, coded again pass by pass.
+// From what the segments of a block decode to, coded again; the coders put out the same bytes.
 std::vector<uint32_t> ratesOf(const CodedBlock& block)
 {
     DecodedBlock decoded = decodeReference(block);
-    PlainMq mq;
-    PlainRaw raw;
+    Contexts contexts;
+    PlainSegment plain;
     std::vector<uint32_t> rates;
     uint32_t base = 0;
     for (int pass = 0; pass < block.passes; ++pass) {
         int segment = segmentOf(pass, block.style);
         if (pass > 0 && segment != segmentOf(pass - 1, block.style)) {
             base += uint32_t(block.segments[segment - 1].size());
-            mq.a = 0x8000, mq.c = 0, mq.ct = 12, mq.bytes = {0}, raw = {};
+            plain = {};
         }
         bool isRaw = block.style & JPEG2K_BYPASS && pass > 9 && kindOf(pass) != PassKind::cleanup;
-        for (uint8_t coded : decoded.passes[pass]) isRaw ? raw.put(coded & 1) : mq.encode(coded >> 1, coded & 1);
-        rates.push_back(base + (isRaw ? raw.bytes : mq.rate()));
+        for (uint8_t coded : decoded.passes[pass])
+            isRaw ? plain.pack(coded & 1) : plain.encode(contexts, coded >> 1, coded & 1);
+        if (block.style & JPEG2K_RESET_EVERY_PASS) contexts = {};
+        if (plain.bytes.size() > 2) {
+            EXPECT_TRUE(std::equal(plain.bytes.begin() + 1, plain.bytes.end() - 1, block.segments[segment].begin()));
+        }
+        rates.push_back(base + plain.rate(isRaw));
         for (int i = pass; i > 0; --i) rates[i - 1] = std::min(rates[i - 1], rates[i]);
-        if (block.style & JPEG2K_RESET_EVERY_PASS)
-            std::tie(mq.index, mq.mps) = std::tuple(PlainMq().index, PlainMq().mps);
     }
     return rates;
 }
@@ -250,44 +230,41 @@ TEST(CodeBlockRates, FollowFromTheRegisters)
     Random random(5);
     QelEncodeState* state = nullptr;
     ASSERT_EQ(qeliEncodeInitAlloc_JPEG2K(&state, 64, 64), qelStsNoErr);
-    auto rates = [&](int passes) {
-        std::vector<uint32_t> all(static_cast<size_t>(passes));
-        for (int i = 0; i < passes; ++i) EXPECT_EQ(qeliEncodeGetRate_JPEG2K(state, i, &all[i]), qelStsNoErr);
-        return all;
-    };
     int lowered = 0, beyond = 0;
     for (int round = 0; round < 32 * 12; ++round) {
-        CodedBlock block = {
-            random.between(1, 64), random.between(1, round % 3 ? 64 : 3), random.between(0, 3), 0, 0, round % 32};
+        CodedBlock block = {random.between(1, 64), random.between(1, round % 3 ? 64 : 3), random.between(0, 3)};
+        block.style = round % 32;
         std::vector<int32_t> values(size_t(block.width * block.height));
-        for (int32_t& value : values)
-            value = int32_t(uint32_t(random.between(0, 1)) << 31) | random.between(0, 0xFFFF) >> random.between(0, 17);
+        for (int32_t& value : values) value = randomCoefficient(random, round % 5 == 0);
         int segments = 0;
         ASSERT_EQ(qeliEncodeLoadCodeBlock_JPEG2K_32s_C1R(values.data(), 4 * block.width, block.width, block.height,
                                                          state, block.bandType, 31, round / 32 % 3, 0, block.style,
                                                          &block.planes, &block.passes, &segments),
                   qelStsNoErr);
-        auto before = rates(block.passes);
+        auto rates = [&] {
+            std::vector<uint32_t> all(size_t(block.passes));
+            for (int i = 0; i < block.passes; ++i) EXPECT_EQ(qeliEncodeGetRate_JPEG2K(state, i, &all[i]), qelStsNoErr);
+            return all;
+        };
+        const auto before = rates();
         Bytes bytes(1 << 16);
-        int count = 0;
-        for (int more = 1, piece; more; count += piece) {
+        uint32_t count = 0;
+        for (int more = 1, piece; more; count += uint32_t(piece)) {
             piece = random.between(1, round % 2 ? 3 : 300);
             ASSERT_EQ(qeliEncodeStoreBits_JPEG2K_1u(bytes.data() + count, &piece, state, &more), qelStsNoErr);
         }
         auto begin = bytes.begin();
-        for (int i = 0; i < segments; ++i) {
-            uint32_t length = 0;
-            ASSERT_EQ(qeliEncodeGetTermPassLen_JPEG2K(state, i, &length), qelStsNoErr);
+        for (uint32_t i = 0, length = 0; i < uint32_t(segments); ++i, begin += length) {
+            ASSERT_EQ(qeliEncodeGetTermPassLen_JPEG2K(state, int(i), &length), qelStsNoErr);
             block.segments.emplace_back(begin, begin + length);
-            begin += length;
         }
         auto expected = ratesOf(block);
         ASSERT_EQ(before, expected) << "style " << block.style;
         for (uint32_t& rate : expected) {
-            beyond += rate > uint32_t(count);
-            if (rate <= uint32_t(count) && bytes[rate - 1] == 0xFF) --rate, ++lowered;
+            beyond += rate > count;
+            if (rate <= count && bytes[rate - 1] == 0xFF) --rate, ++lowered;
         }
-        ASSERT_EQ(rates(block.passes), expected) << "style " << block.style;
+        ASSERT_EQ(rates(), expected) << "style " << block.style;
     }
     EXPECT_TRUE(lowered > 0 && beyond > 0);
     EXPECT_EQ(qeliEncodeFree_JPEG2K(state), qelStsNoErr);
