@@ -75,6 +75,8 @@ public:
     Warnings warnings;
 
 private:
+    void checkLevels(const J2kCoding& coding) const;
+    std::vector<AnyPlane> decodeComponents(size_t first, size_t count);
     AnyPlane decodeComponent(size_t c);
     template <class T> J2kPlane<T> decodeComponentAs(size_t c);
     bool areTransformed() const;
@@ -106,12 +108,31 @@ template <class T> J2kPlane<T> TileDecoder::decodeComponentAs(size_t c)
     return plane;
 }
 
+void TileDecoder::checkLevels(const J2kCoding& coding) const
+{
+    if (options_.reduce > coding.levels)
+        throw CodecError(std::to_string(coding.levels) + " resolutions can be left out");
+}
+
 AnyPlane TileDecoder::decodeComponent(size_t c)
 {
-    if (options_.reduce > tile_.components[c].coding.levels)
-        throw CodecError(std::to_string(tile_.components[c].coding.levels) + " resolutions can be left out");
     if (tile_.components[c].coding.isReversible) return decodeComponentAs<int32_t>(c);
     return decodeComponentAs<float>(c);
+}
+
+// Those that have samples, beside each other.
+std::vector<AnyPlane> TileDecoder::decodeComponents(size_t first, size_t count)
+{
+    std::vector<size_t> coded;
+    for (size_t c = first; c < first + count; ++c) {
+        if (components_[c].rect.isEmpty()) continue;
+        checkLevels(tile_.components[c].coding);
+        coded.push_back(c);
+    }
+    std::vector<AnyPlane> planes(coded.size());
+    forEachInParallel(int(coded.size()), threads_,
+                      [&](int i) { planes[size_t(i)] = decodeComponent(coded[size_t(i)]); });
+    return planes;
 }
 
 bool TileDecoder::areTransformed() const
@@ -165,9 +186,8 @@ void TileDecoder::decode()
 {
     for (size_t c = 0; c < components_.size();) {
         size_t first = c, count = c == 0 && areTransformed() ? 3 : 1;
-        std::vector<AnyPlane> planes;
-        for (; c < first + count; ++c)
-            if (!components_[c].rect.isEmpty()) planes.push_back(decodeComponent(c));
+        std::vector<AnyPlane> planes = decodeComponents(first, count);
+        c += count;
         if (planes.size() == 3 && areAlike(planes))
             store(first, planes, true);
         else

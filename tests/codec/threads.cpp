@@ -64,10 +64,10 @@ TEST(Threads, ChangeNoJpegFiles)
         {ColourSpace::rgb, {.sampling = kSampling444, .progressive = true}},
         {ColourSpace::rgb, {.progressive = true, .restartInterval = 700}},
     };
-    for (auto& row : cases) {
-        SCOPED_TRACE(&row - cases);
-        auto& options = row.second;
-        Picture picture = paintedPicture(801, 530, row.first);
+    for (auto& tested : cases) {
+        SCOPED_TRACE(&tested - cases);
+        const JpegEncodeOptions& options = tested.second;
+        Picture picture = paintedPicture(801, 530, tested.first);
         File file = alone([&] { return encodeJpeg(picture, options); });
         EXPECT_TRUE(together([&] { return encodeJpeg(picture, options); }) == file);
         for (JpegUpsampling upsampling : {JpegUpsampling::triangle, JpegUpsampling::replicate})
