@@ -2,7 +2,7 @@
 // entropy coding of the same coefficients is taken off that of coding samples. For the forward transform this is done
 // on a flat picture, whose entropy coding is next to nothing; the transform and the quantization have no branches that
 // depend on the data.
-#include "jpeg/dct.h"
+#include "jpeg/block/dct.h"
 
 #include <stdlib.h>
 

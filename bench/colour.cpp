@@ -1,5 +1,5 @@
 // Colour conversion of planes, beside libjpeg-turbo and libyuv where they have the same conversion.
-#include "jpeg/colour.h"
+#include "jpeg/colour/colour.h"
 
 #include <turbojpeg.h>
 

@@ -1,5 +1,5 @@
 // Component transforms of JPEG 2000: in place beside OpenJPEG, and between interleaved pixels and planes.
-#include "jpeg2k/component_transform.h"
+#include "jpeg2k/transform/component_transform.h"
 
 #include <string.h>
 

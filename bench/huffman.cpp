@@ -1,7 +1,7 @@
 // Baseline Huffman coding and its statistics over whole scans, tables and flush included, beside libjpeg-turbo on the
 // same coefficients.
-#include "jpeg/huffman_decode.h"
-#include "jpeg/huffman_encode.h"
+#include "jpeg/entropy/huffman_decode.h"
+#include "jpeg/entropy/huffman_encode.h"
 
 #include <string.h>
 

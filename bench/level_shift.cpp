@@ -1,5 +1,5 @@
 // Level shift of planes.
-#include "jpeg/level_shift.h"
+#include "jpeg/block/level_shift.h"
 
 #include "cases.h"
 #include "operations.h"

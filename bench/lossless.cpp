@@ -1,5 +1,5 @@
 // Lossless JPEG: rows of prediction, for each predictor and instruction set; whole scans and files beside FFmpeg.
-#include "jpeg/prediction.h"
+#include "jpeg/lossless/prediction.h"
 
 #include <string.h>
 

@@ -1,7 +1,7 @@
 // Conversion of MCUs between blocks and pixels, beside the library's own planes and libjpeg-turbo's planes. Blocks of
 // one row of MCUs serve for all rows, as in a decoder that keeps no more of them. The peer's planes need no level
 // shift.
-#include "jpeg/mcu.h"
+#include "jpeg/colour/mcu.h"
 
 #include <stdlib.h>
 

@@ -1,5 +1,5 @@
 // Resampling of planes and rows by two, beside libyuv. The unit is a sample of the larger picture.
-#include "jpeg/sampling.h"
+#include "jpeg/colour/sampling.h"
 
 #include <algorithm>
 

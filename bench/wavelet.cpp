@@ -1,12 +1,12 @@
 // Wavelets of tiles, one level and five in place beside as many of OpenJPEG's, and one level to subbands. The unit is a
 // sample of the tile.
-#include "jpeg2k/wavelet53.h"
-#include "jpeg2k/wavelet97.h"
+#include "jpeg2k/transform/wavelet53.h"
+#include "jpeg2k/transform/wavelet97.h"
 
 #include "buffers.h"
 #include "cases.h"
 #include "contest.h"
-#include "jpeg2k/wavelet_tiles.h"
+#include "jpeg2k/transform/wavelet_tiles.h"
 #include "openjpeg_peer.h"
 #include "qeljx/jpeg2k_transform.h"
 #include "traffic.h"

@@ -1,7 +1,7 @@
-# Kernels: every src/*/*_kernels.cpp is compiled once per build. A build is an instruction set ("baseline", "avx2",
+# Kernels: every *_kernels.cpp of src is compiled once per build. A build is an instruction set ("baseline", "avx2",
 # "avx512"), or for the tests plain C++ at one register width ("scalar", "wide16", "wide32", "wide64").
 
-file(GLOB QELJX_KERNEL_FILES CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/src/*/*_kernels.cpp)
+file(GLOB_RECURSE QELJX_KERNEL_FILES CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/src/*_kernels.cpp)
 
 # qeljx_kernel_build(NAME WIDTH INTRINSICS FLAGS...): the object library qeljx_kernels_NAME.
 # A build named BUILD_emulated stands in for BUILD and bears its name in the source.

@@ -1,6 +1,6 @@
 # libqeljx.so and libqeljx.a.
 
-file(GLOB QELJX_FILES CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/src/*/*.cpp)
+file(GLOB_RECURSE QELJX_FILES CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/src/*.cpp)
 list(FILTER QELJX_FILES EXCLUDE REGEX "_kernels\\.cpp$")
 
 if(QELJX_OPENMP)

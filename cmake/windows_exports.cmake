@@ -1,6 +1,6 @@
 # What the version script says, as Windows wants to hear it: qeljx.def lists the names of `exports` and
 # `internal_exports`, and tells tables from functions. Included by cmake/library.cmake.
-file(GLOB headers CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/src/*/*.h)
+file(GLOB_RECURSE headers CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/src/*.h)
 set(tables)
 foreach(header ${headers})
     file(STRINGS ${header} declarations REGEX "^QEL_TABLE ")

@@ -6,7 +6,7 @@
 #include <cstdlib>
 #include <vector>
 
-#include "jpeg2k/mq_decoder.h"
+#include "jpeg2k/coding/mq_decoder.h"
 #include "qeljx/jpeg2k_coding.h"
 
 namespace qel::test {

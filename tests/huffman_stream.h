@@ -8,7 +8,7 @@
 
 #include "guarded.h"
 #include "huffman_reference.h"
-#include "jpeg/huffman_tables.h"
+#include "jpeg/entropy/huffman_tables.h"
 
 namespace qel::test {
 

@@ -5,7 +5,6 @@
 
 #include "core/checks.h"
 #include "core/streaming.h"
-#include "jpeg/zigzag.h"
 #include "qeljx/support.h"
 
 using namespace qel;
@@ -73,13 +72,6 @@ QelStatus qeliAndC_32s_C1R(const int32_t* pSrc, int srcStep, int32_t value, int3
 QelStatus qeliAndC_32s_C1IR(int32_t value, int32_t* pSrcDst, int srcDstStep, QelSize roi)
 {
     return qeliAndC_32s_C1R(pSrcDst, srcDstStep, value, pSrcDst, srcDstStep, roi);
-}
-
-QelStatus qeliZigzagInv8x8_16s_C1(const int16_t* pSrc, int16_t* pDst)
-{
-    if (QelStatus bad = pointers(pSrc, pDst)) return bad;
-    for (int n = 0; n < 64; ++n) memcpy(pDst + n, pSrc + zigzag_index_Fwd[n], sizeof *pDst);
-    return qelStsNoErr;
 }
 
 QelStatus qelsZero_8u(uint8_t* pDst, int len)

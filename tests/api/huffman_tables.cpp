@@ -1,5 +1,5 @@
 // Huffman objects: sizes, bad lists, and optimal tables. What is in them shows when they are used.
-#include "jpeg/huffman_tables.h"
+#include "jpeg/entropy/huffman_tables.h"
 
 #include <gtest/gtest.h>
 

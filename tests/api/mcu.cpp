@@ -9,7 +9,7 @@
 
 #include "argument_faults.h"
 #include "guarded.h"
-#include "jpeg/mcu.h"
+#include "jpeg/colour/mcu.h"
 #include "pixel_layouts.h"
 #include "random.h"
 

@@ -1,5 +1,5 @@
 // Chroma sampling: values, edges, order of faults, regions, threads.
-#include "jpeg/sampling_doors.h"
+#include "jpeg/colour/sampling_doors.h"
 #include "qeljx.h"
 
 #include <gtest/gtest.h>

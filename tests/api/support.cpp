@@ -9,7 +9,7 @@
 
 #include "argument_faults.h"
 #include "core/support_doors.h"
-#include "jpeg/zigzag.h"
+#include "jpeg/block/zigzag.h"
 #include "random.h"
 
 using namespace qel::test;

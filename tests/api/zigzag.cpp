@@ -1,5 +1,5 @@
 // The zig-zag tables, against a walk along the diagonals.
-#include "jpeg/zigzag.h"
+#include "jpeg/block/zigzag.h"
 
 #include <gtest/gtest.h>
 

@@ -1,9 +1,9 @@
 // Passes of code-block decoding: every build takes the decisions of the scalar one, whatever the bytes, and leaves the
 // same registers; and whole blocks are those of a decoder that goes sample by sample.
-#include "jpeg2k/code_block_decode.h"
+#include "jpeg2k/coding/code_block_decode.h"
 
 #include "code_block_cases.h"
-#include "jpeg2k/code_block_contexts.h"
+#include "jpeg2k/coding/code_block_contexts.h"
 #include "kernels/every_build.h"
 
 using namespace qel;

@@ -1,12 +1,12 @@
 // Code-block encoding: every build of its kernels equals the scalar one; the coders of decisions; the rates of passes.
-#include "jpeg2k/code_block_encode.h"
+#include "jpeg2k/coding/code_block_encode.h"
 
 #include <optional>
 #include <vector>
 
 #include "code_block_reference.h"
-#include "jpeg2k/decision_coder.h"
-#include "jpeg2k/mq_decoder.h"
+#include "jpeg2k/coding/decision_coder.h"
+#include "jpeg2k/coding/mq_decoder.h"
 #include "kernels/every_build.h"
 
 using namespace qel;

@@ -1,5 +1,5 @@
 // Colour conversion kernels: every build equals the scalar one, and every door leads to its kernel.
-#include "jpeg/colour_doors.h"
+#include "jpeg/colour/colour_doors.h"
 
 #include <array>
 #include <utility>

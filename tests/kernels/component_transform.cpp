@@ -1,5 +1,5 @@
 // Component transform kernels: every build equals the scalar one.
-#include "jpeg2k/component_transform.h"
+#include "jpeg2k/transform/component_transform.h"
 
 #include "kernels/every_build.h"
 

@@ -1,5 +1,5 @@
 // DCT kernels: every build, the scalar one too, equals the transform computed one value at a time.
-#include "jpeg/dct.h"
+#include "jpeg/block/dct.h"
 
 #include "dct_reference.h"
 #include "kernels/every_build.h"

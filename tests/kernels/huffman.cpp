@@ -1,9 +1,9 @@
 // Huffman kernels: every build equals the scalar one.
 #include "huffman_stream.h"
-#include "jpeg/huffman_decode.h"
-#include "jpeg/huffman_encode.h"
-#include "jpeg/progressive_decode.h"
-#include "jpeg/progressive_encode.h"
+#include "jpeg/entropy/huffman_decode.h"
+#include "jpeg/entropy/huffman_encode.h"
+#include "jpeg/entropy/progressive_decode.h"
+#include "jpeg/entropy/progressive_encode.h"
 #include "kernels/every_build.h"
 
 using namespace qel;

@@ -1,5 +1,5 @@
 // Level shift kernels: every build equals the scalar one.
-#include "jpeg/level_shift.h"
+#include "jpeg/block/level_shift.h"
 
 #include "kernels/every_build.h"
 

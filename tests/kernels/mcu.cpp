@@ -1,5 +1,5 @@
 // MCU kernels: every build equals the scalar one, for any blocks, at any address and step.
-#include "jpeg/mcu.h"
+#include "jpeg/colour/mcu.h"
 
 #include "kernels/every_build.h"
 

@@ -1,5 +1,5 @@
 // Prediction kernels: every build equals the scalar one.
-#include "jpeg/prediction.h"
+#include "jpeg/lossless/prediction.h"
 
 #include "kernels/every_build.h"
 

@@ -1,5 +1,5 @@
 // Quantization kernels: every build equals the scalar one, at any address.
-#include "jpeg/quantization.h"
+#include "jpeg/block/quantization.h"
 
 #include "kernels/every_build.h"
 

@@ -1,5 +1,5 @@
 // Sampling kernels: every build equals the scalar one, at any address, and touches nothing but what it may.
-#include "jpeg/sampling.h"
+#include "jpeg/colour/sampling.h"
 
 #include "kernels/every_build.h"
 

@@ -1,11 +1,11 @@
 // Wavelet kernels: every build equals the scalar one, and touches nothing but a line and what it depends on.
-#include "jpeg2k/wavelet53.h"
-#include "jpeg2k/wavelet97.h"
+#include "jpeg2k/transform/wavelet53.h"
+#include "jpeg2k/transform/wavelet97.h"
 
 #include <limits.h>
 #include <string.h>
 
-#include "jpeg2k/wavelet_calls.h"
+#include "jpeg2k/transform/wavelet_calls.h"
 #include "kernels/every_build.h"
 
 using namespace qel;

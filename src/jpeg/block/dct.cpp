@@ -1,5 +1,5 @@
 // The 8x8 DCT: exported functions.
-#include "jpeg/dct.h"
+#include "jpeg/block/dct.h"
 
 #include "core/checks.h"
 #include "core/dispatch.h"

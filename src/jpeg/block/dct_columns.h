@@ -3,7 +3,7 @@
 #pragma once
 
 #include "core/simd.h"
-#include "jpeg/dct_tables.h"
+#include "jpeg/block/dct_tables.h"
 
 namespace qel {
 namespace QEL_BUILD {

@@ -1,10 +1,10 @@
 // Kernels of the 8x8 DCT. Column passes take eight rows of eight lanes; row passes and quantization take registers as
 // wide as the machine has, each with the rows of one or two tables side by side.
-#include "jpeg/dct.h"
+#include "jpeg/block/dct.h"
 
 #include "core/blocks.h"
-#include "jpeg/dct_columns.h"
-#include "jpeg/dct_tables.h"
+#include "jpeg/block/dct_columns.h"
+#include "jpeg/block/dct_tables.h"
 
 namespace qel {
 namespace QEL_BUILD {

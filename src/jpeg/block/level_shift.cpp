@@ -1,5 +1,5 @@
 // Level shift: public functions.
-#include "jpeg/level_shift.h"
+#include "jpeg/block/level_shift.h"
 
 #include "core/conversion.h"
 #include "qeljx/jpeg_block.h"

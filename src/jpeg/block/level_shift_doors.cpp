@@ -1,9 +1,9 @@
 // Level shift: exported internal functions.
-#include "jpeg/level_shift_doors.h"
+#include "jpeg/block/level_shift_doors.h"
 
 #include "core/dispatch.h"
 #include "core/rows.h"
-#include "jpeg/level_shift.h"
+#include "jpeg/block/level_shift.h"
 
 using namespace qel;
 

@@ -1,5 +1,5 @@
 // Kernels of the level shift.
-#include "jpeg/level_shift.h"
+#include "jpeg/block/level_shift.h"
 
 #include "core/walk.h"
 

@@ -1,11 +1,11 @@
 // Quantization: tables, and exported functions.
-#include "jpeg/quantization.h"
+#include "jpeg/block/quantization.h"
 
 #include <string.h>
 
 #include "core/checks.h"
 #include "core/dispatch.h"
-#include "jpeg/zigzag.h"
+#include "jpeg/block/zigzag.h"
 #include "qeljx/jpeg_block.h"
 
 using namespace qel;

@@ -1,5 +1,5 @@
 // Kernels of the quantization.
-#include "jpeg/quantization.h"
+#include "jpeg/block/quantization.h"
 
 #include "core/simd.h"
 

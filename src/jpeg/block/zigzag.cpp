@@ -1,5 +1,10 @@
-// The zig-zag tables.
-#include "jpeg/zigzag.h"
+// The zig-zag tables, and blocks in their order.
+#include "jpeg/block/zigzag.h"
+
+#include <string.h>
+
+#include "core/checks.h"
+#include "qeljx/support.h"
 
 // clang-format off
 #define ZIGZAG_SEQUENCE                 \
@@ -26,3 +31,12 @@ const int32_t zigzag_index_Fwd[64] = {
     21, 34, 37, 47, 50, 56, 59, 61,
     35, 36, 48, 49, 57, 58, 62, 63};
 // clang-format on
+
+using namespace qel;
+
+QelStatus qeliZigzagInv8x8_16s_C1(const int16_t* pSrc, int16_t* pDst)
+{
+    if (QelStatus bad = pointers(pSrc, pDst)) return bad;
+    for (int n = 0; n < 64; ++n) memcpy(pDst + n, pSrc + zigzag_index_Fwd[n], sizeof *pDst);
+    return qelStsNoErr;
+}

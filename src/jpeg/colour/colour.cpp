@@ -1,5 +1,5 @@
 // Colour conversion: public functions.
-#include "jpeg/colour.h"
+#include "jpeg/colour/colour.h"
 
 #include "core/conversion.h"
 #include "qeljx/jpeg_colour.h"

@@ -1,6 +1,6 @@
 // Colour conversion: exported internal functions. Kernels decide by the place in the row, so one serves whole rows and
 // multiples of four pixels.
-#include "jpeg/colour_doors.h"
+#include "jpeg/colour/colour_doors.h"
 
 #include "core/dispatch.h"
 

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "core/exports.h"
-#include "jpeg/colour.h"
+#include "jpeg/colour/colour.h"
 
 // Whole rows, and (_opt) the part of a row that is a multiple of four pixels.
 QEL_KERNEL qel::RowP3C3 ownqj_YCbCrToRGB_JPEG_8u_P3C3R, ownqj_YCbCrToRGB_JPEG_8u_P3C3R_opt;

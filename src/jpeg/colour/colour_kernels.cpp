@@ -1,10 +1,10 @@
 // Kernels of the colour conversion. Which arithmetic converts a pixel depends on its place in the row alone: groups of
 // four (or eight) pixels use products in fixed point, what is left of the row the tables.
-#include "jpeg/colour.h"
+#include "jpeg/colour/colour.h"
 
-#include "jpeg/colour_sums.h"
-#include "jpeg/colour_tables.h"
-#include "jpeg/pixel_formats.h"
+#include "jpeg/colour/colour_sums.h"
+#include "jpeg/colour/colour_tables.h"
+#include "jpeg/colour/pixel_formats.h"
 
 namespace qel {
 namespace QEL_BUILD {

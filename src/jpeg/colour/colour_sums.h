@@ -2,8 +2,8 @@
 // weigh<Fixed15::kY>(coloursAt(lanes, pixels, i)).
 #pragma once
 
-#include "jpeg/colour_tables.h"
-#include "jpeg/pixel_formats.h"
+#include "jpeg/colour/colour_tables.h"
+#include "jpeg/colour/pixel_formats.h"
 
 namespace qel {
 namespace QEL_BUILD {

@@ -1,5 +1,5 @@
 // The tables of the colour conversion, from the equations of JFIF.
-#include "jpeg/colour_tables.h"
+#include "jpeg/colour/colour_tables.h"
 
 using namespace qel;
 

@@ -1,5 +1,5 @@
 // MCU conversion: exported functions.
-#include "jpeg/mcu.h"
+#include "jpeg/colour/mcu.h"
 
 #include "core/checks.h"
 #include "core/dispatch.h"

@@ -2,8 +2,8 @@
 // of 16-bit lanes, which give the same for every sample of 16 bits.
 #pragma once
 
-#include "jpeg/colour_sums.h"
-#include "jpeg/mcu_tiles.h"
+#include "jpeg/colour/colour_sums.h"
+#include "jpeg/colour/mcu_tiles.h"
 
 namespace qel {
 namespace QEL_BUILD {

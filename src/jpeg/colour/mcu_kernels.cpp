@@ -1,8 +1,8 @@
 // Kernels of the MCU conversion: a sampling, a colour step, a pixel format and a direction each.
-#include "jpeg/mcu.h"
+#include "jpeg/colour/mcu.h"
 
-#include "jpeg/mcu_colours.h"
-#include "jpeg/mcu_tiles.h"
+#include "jpeg/colour/mcu_colours.h"
+#include "jpeg/colour/mcu_tiles.h"
 
 namespace qel {
 namespace QEL_BUILD {

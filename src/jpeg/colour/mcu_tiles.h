@@ -3,7 +3,7 @@
 #pragma once
 
 #include "core/blocks.h"
-#include "jpeg/pixel_formats.h"
+#include "jpeg/colour/pixel_formats.h"
 
 namespace qel {
 namespace QEL_BUILD {

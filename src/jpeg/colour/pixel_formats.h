@@ -3,7 +3,7 @@
 #pragma once
 
 #include "core/channels.h"
-#include "jpeg/samples.h"
+#include "jpeg/colour/samples.h"
 
 namespace qel {
 namespace QEL_BUILD {

@@ -1,5 +1,5 @@
 // Chroma sampling by two: public functions.
-#include "jpeg/sampling.h"
+#include "jpeg/colour/sampling.h"
 
 #include "core/checks.h"
 #include "core/streaming.h"

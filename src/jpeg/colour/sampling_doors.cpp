@@ -1,8 +1,8 @@
 // Chroma sampling by two: exported internal functions.
-#include "jpeg/sampling_doors.h"
+#include "jpeg/colour/sampling_doors.h"
 
 #include "core/dispatch.h"
-#include "jpeg/sampling.h"
+#include "jpeg/colour/sampling.h"
 
 using namespace qel;
 

@@ -1,5 +1,5 @@
 // Kernels of the chroma sampling by two.
-#include "jpeg/sampling.h"
+#include "jpeg/colour/sampling.h"
 
 #include "core/walk.h"
 

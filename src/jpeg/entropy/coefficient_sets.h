@@ -1,7 +1,7 @@
 // Sets of coefficients of a block, a bit for each. For kernels.
 #pragma once
 
-#include "jpeg/scan_order.h"
+#include "jpeg/entropy/scan_order.h"
 
 namespace qel {
 namespace QEL_BUILD {

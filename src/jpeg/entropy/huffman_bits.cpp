@@ -1,5 +1,5 @@
 // Sizes of values and runs, and the bit writer that defines what every encoder writes.
-#include "jpeg/huffman_bits.h"
+#include "jpeg/entropy/huffman_bits.h"
 
 // clang-format off
 #define EIGHT(n) n, n, n, n, n, n, n, n

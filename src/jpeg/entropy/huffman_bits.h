@@ -5,7 +5,7 @@
 #include <stdint.h>
 
 #include "core/exports.h"
-#include "jpeg/huffman_tables.h"
+#include "jpeg/entropy/huffman_tables.h"
 #include "qeljx/jpeg_entropy.h"
 
 // The number of bits of 0 to 255.

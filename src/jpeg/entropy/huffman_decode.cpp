@@ -1,10 +1,10 @@
 // Sequential Huffman decoding: exported functions, and the doors to the steps of the readers.
-#include "jpeg/huffman_decode.h"
+#include "jpeg/entropy/huffman_decode.h"
 
 #include "core/checks.h"
 #include "core/dispatch.h"
-#include "jpeg/huffman_bits.h"
-#include "jpeg/huffman_held.h"
+#include "jpeg/entropy/huffman_bits.h"
+#include "jpeg/entropy/huffman_reading.h"
 
 using namespace qel;
 

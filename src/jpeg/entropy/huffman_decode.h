@@ -5,7 +5,7 @@
 
 #include "core/exports.h"
 #include "core/kernel_tables.h"
-#include "jpeg/huffman_tables.h"
+#include "jpeg/entropy/huffman_tables.h"
 #include "qeljx/jpeg_entropy.h"
 
 namespace qel {

@@ -1,9 +1,9 @@
 // Kernels of sequential Huffman decoding.
-#include "jpeg/huffman_decode.h"
+#include "jpeg/entropy/huffman_decode.h"
 
-#include "jpeg/huffman_reader.h"
-#include "jpeg/huffman_window.h"
-#include "jpeg/scan_order.h"
+#include "jpeg/entropy/huffman_fast_reader.h"
+#include "jpeg/entropy/huffman_plain_reader.h"
+#include "jpeg/entropy/scan_order.h"
 
 namespace qel {
 namespace QEL_BUILD {
@@ -53,7 +53,7 @@ template <class Reader> QEL_INLINE QelStatus decodeInto(int16_t* block, Reader& 
 
 // Decodes a block as long as the window fills.
 struct BlockAhead {
-    Window in;
+    FastReader in;
     int16_t* block;
     size_t position = 0;
     QelStatus status = qelStsNoErr;
@@ -166,7 +166,7 @@ __attribute__((noinline)) QelStatus finishOne(const uint8_t* src, int srcLen, in
 QelStatus decodeOne(const uint8_t* src, int srcLen, int* pos, int16_t* dst, uint32_t* marker,
                     const QelDecodeHuffmanSpec* spec, QelDecodeHuffmanState* state)
 {
-    Window in(src, srcLen, *pos, *marker, state);
+    FastReader in(src, srcLen, *pos, *marker, state);
     // The step leaves enough bits of a full window.
     bool isFull = in.fill();
     if (__builtin_expect(isFull, 1)) {

@@ -1,23 +1,23 @@
 // Sequential Huffman encoding and statistics: exported functions, and the plain steps, which define what is written.
-#include "jpeg/huffman_encode.h"
+#include "jpeg/entropy/huffman_encode.h"
 
 #include "core/checks.h"
 #include "core/dispatch.h"
-#include "jpeg/huffman_writer.h"
-#include "jpeg/zigzag.h"
+#include "jpeg/block/zigzag.h"
+#include "jpeg/entropy/huffman_plain_writer.h"
 
 using namespace qel;
 
 namespace {
 
-QelStatus encodeDc(const HuffmanWriter& out, int difference, const QelEncodeHuffmanSpec* dc)
+QelStatus encodeDc(const PlainWriter& out, int difference, const QelEncodeHuffmanSpec* dc)
 {
     int category = categoryOf(difference);
     if (QelStatus bad = out.writeSymbol(dc, category)) return bad;
     return out.writeValue(difference, category);
 }
 
-QelStatus encodeAc(const HuffmanWriter& out, const int16_t* block, const QelEncodeHuffmanSpec* ac)
+QelStatus encodeAc(const PlainWriter& out, const int16_t* block, const QelEncodeHuffmanSpec* ac)
 {
     int run = 0;
     for (int k = 1; k < 64; ++k) {
@@ -41,7 +41,7 @@ __attribute__((noinline)) QelStatus finishOne(const int16_t* src, uint8_t* dst, 
                                               const QelEncodeHuffmanSpec* spec, QelEncodeHuffmanState* state, int flush)
 {
     if (QelStatus bad = first(pointers(dst), length(dstLen), pointers(pos, state))) return bad;
-    HuffmanWriter out = {dst, dstLen, pos, state};
+    PlainWriter out = {dst, dstLen, pos, state};
     if (flush) {
         out.flush();
         return qelStsNoErr;
@@ -65,13 +65,13 @@ int takeDifference(const int16_t* block, int16_t* lastDc)
 QelStatus flushStream(const int16_t*, uint8_t* dst, int dstLen, int* pos, int16_t*, const QelEncodeHuffmanSpec*,
                       const QelEncodeHuffmanSpec*, QelEncodeHuffmanState* state)
 {
-    return HuffmanWriter{dst, dstLen, pos, state}.flush();
+    return PlainWriter{dst, dstLen, pos, state}.flush();
 }
 
 QelStatus encodeNearEnd(const int16_t* src, uint8_t* dst, int dstLen, int* pos, int16_t* lastDc,
                         const QelEncodeHuffmanSpec* dc, const QelEncodeHuffmanSpec* ac, QelEncodeHuffmanState* state)
 {
-    HuffmanWriter out = {dst, dstLen, pos, state};
+    PlainWriter out = {dst, dstLen, pos, state};
     if (out.room() >= HuffmanEncodeKernels::kRoomForBlock) {
         QelStatus status = kernels<HuffmanEncodeKernels>().encodeBlock(src, dst, dstLen, pos, lastDc, dc, ac, state);
         if (status != qelStsJPEGOutOfBufErr) return status;
@@ -112,7 +112,7 @@ QelStatus qeliEncodeHuffmanOne_JPEG_16s1u_C1(const int16_t* pSrc, uint8_t* pDst,
 {
     // With so little to do, which fault comes first is asked where there is one.
     bool isPlain = pDst && pDstCurrPos && pState && pSrc && !flush && pDcTable;
-    HuffmanWriter out = {pDst, dstLenBytes, pDstCurrPos, pState};
+    PlainWriter out = {pDst, dstLenBytes, pDstCurrPos, pState};
     if (isPlain && out.writeShort(pDcTable, magnitudeOf(coefficientAt(pSrc, 0)))) return qelStsNoErr;
     return finishOne(pSrc, pDst, dstLenBytes, pDstCurrPos, pDcTable, pState, flush);
 }

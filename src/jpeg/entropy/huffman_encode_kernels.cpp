@@ -1,8 +1,8 @@
 // Kernels of sequential Huffman encoding.
-#include "jpeg/huffman_encode.h"
+#include "jpeg/entropy/huffman_encode.h"
 
-#include "jpeg/huffman_output.h"
-#include "jpeg/scan_coefficients.h"
+#include "jpeg/entropy/huffman_fast_writer.h"
+#include "jpeg/entropy/scan_coefficients.h"
 
 namespace qel {
 namespace QEL_BUILD {
@@ -21,7 +21,7 @@ template <class Sink> QEL_INLINE bool walkBlock(const int16_t* block, const Coef
     return coefficients.set >> 63 || sink.symbol(kEndOfBlock, {0, 0});
 }
 
-QEL_INLINE SymbolWriter writeBlock(const int16_t* block, const Coefficients& coefficients, const Output& out,
+QEL_INLINE SymbolWriter writeBlock(const int16_t* block, const Coefficients& coefficients, const FastWriter& out,
                                    int lastDc, const QelEncodeHuffmanSpec& dc, const QelEncodeHuffmanSpec& ac)
 {
     SymbolWriter writer = {ac, out, qelStsNoErr};
@@ -35,7 +35,7 @@ QelStatus encodeBlock(const int16_t* src, uint8_t* dst, int dstLen, int* pos, in
 {
     // First of all, as the rest waits for it.
     Coefficients coefficients = coefficientsOf(src);
-    auto writer = writeBlock(src, coefficients, Output::of(*state, dst, dstLen, *pos), *lastDc, *dc, *ac);
+    auto writer = writeBlock(src, coefficients, FastWriter::of(*state, dst, dstLen, *pos), *lastDc, *dc, *ac);
     if (writer.status == qelStsJPEGOutOfBufErr || !writer.out.hasRoom()) return qelStsJPEGOutOfBufErr;
     writer.out.finishAtOnce();
     writer.out.storeTo(*state);
@@ -50,8 +50,8 @@ void encodeBlockDirect(const int16_t* src, uint8_t* dst, int* bitLength, int16_t
     Coefficients coefficients = coefficientsOf(src);
     int bytes = *bitLength >> 3, count = *bitLength & 7;
     uint64_t bits = count == 0 ? 0 : uint64_t(dst[bytes] >> (8 - count)) << (64 - count);
-    Output start = {bits, 64 - count, 0, dst + bytes, (const uint8_t*)UINTPTR_MAX};
-    Output out = writeBlock(src, coefficients, start, *lastDc, *dc, *ac).out;
+    FastWriter start = {bits, 64 - count, 0, dst + bytes, (const uint8_t*)UINTPTR_MAX};
+    FastWriter out = writeBlock(src, coefficients, start, *lastDc, *dc, *ac).out;
     out.finish();
     if (out.free != 64) *out.next = uint8_t(out.bits >> 56);
     *lastDc = load<int16_t>(src);

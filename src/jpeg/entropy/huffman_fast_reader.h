@@ -2,7 +2,7 @@
 // goes on that goes byte by byte. For kernels.
 #pragma once
 
-#include "jpeg/huffman_reader.h"
+#include "jpeg/entropy/huffman_plain_reader.h"
 
 namespace qel {
 namespace QEL_BUILD {
@@ -19,9 +19,9 @@ constexpr AllOnes makeAllOnes()
 }
 constexpr AllOnes kAllOnes = makeAllOnes();
 
-class Window {
+class FastReader {
 public:
-    QEL_INLINE Window(const uint8_t* src, int srcLen, int pos, uint32_t marker, const QelDecodeHuffmanState* state)
+    QEL_INLINE FastReader(const uint8_t* src, int srcLen, int pos, uint32_t marker, const QelDecodeHuffmanState* state)
         : next_(src + pos), end_(src + (marker == 0 ? srcLen : 0)), count_(unsigned(state->count & kMostBits))
     {
         bits_ = accumulatorOf(state) << (~state->count & kMostBits) << 1;

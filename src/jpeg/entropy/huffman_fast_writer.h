@@ -2,15 +2,15 @@
 #pragma once
 
 #include "core/big_endian.h"
-#include "jpeg/huffman_tables.h"
-#include "jpeg/scan_coefficients.h"
+#include "jpeg/entropy/huffman_tables.h"
+#include "jpeg/entropy/scan_coefficients.h"
 
 namespace qel {
 namespace QEL_BUILD {
 namespace {
 
 // Bits on their way to memory, 64 at a time: from the top of `bits`, the `free` lowest of which are zero.
-struct Output {
+struct FastWriter {
     static constexpr int kLargestStep = 16; // a word, each byte stuffed
 
     uint64_t bits;
@@ -20,7 +20,7 @@ struct Output {
     const uint8_t* lastStart; // a step may start here, but not behind
 
     // The low word of a state has the pending bits from bit 23 down, and the last written byte above them.
-    static QEL_INLINE Output of(const QelEncodeHuffmanState& state, uint8_t* dst, int dstLen, int pos)
+    static QEL_INLINE FastWriter of(const QelEncodeHuffmanState& state, uint8_t* dst, int dstLen, int pos)
     {
         uint32_t pending = state.accumulator[0];
         return {uint64_t(pending) << 40, 64 - (state.count & 63), uint8_t(pending >> 24), dst + pos,
@@ -89,7 +89,7 @@ struct Output {
 // Writes symbols, and the bits behind their codes.
 struct SymbolWriter {
     const QelEncodeHuffmanSpec& spec;
-    Output out;
+    FastWriter out;
     QelStatus status; // of the symbol that could not be written
 
     QEL_INLINE bool symbolOf(const QelEncodeHuffmanSpec& table, uint64_t index, Magnitude value)

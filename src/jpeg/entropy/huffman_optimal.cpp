@@ -4,7 +4,7 @@
 #include <algorithm>
 
 #include "core/checks.h"
-#include "jpeg/huffman_tables.h"
+#include "jpeg/entropy/huffman_tables.h"
 
 using namespace qel;
 

@@ -4,8 +4,8 @@
 #include <limits.h>
 
 #include "core/big_endian.h"
-#include "jpeg/huffman_held.h"
-#include "jpeg/huffman_tables.h"
+#include "jpeg/entropy/huffman_reading.h"
+#include "jpeg/entropy/huffman_tables.h"
 
 namespace qel {
 namespace QEL_BUILD {
@@ -28,7 +28,7 @@ constexpr int kNoSuchCode = -1;
 
 // kBounded: the segment ends at `len`, and a code that is not in the table is symbol 0. Otherwise the segment ends at
 // a marker only, and no byte behind one is touched.
-template <bool kBounded> struct BitReader {
+template <bool kBounded> struct PlainReader {
     const uint8_t* src;
     int len;
     int pos;
@@ -118,14 +118,14 @@ template <bool kBounded> struct BitReader {
     // Copies are handed to what is out of line, so that this reader can stay in registers.
     QEL_INLINE int longCode(const QelDecodeHuffmanSpec& spec, int length)
     {
-        BitReader copy = *this;
+        PlainReader copy = *this;
         int found = longCodeOutOfLine(&copy, spec, length);
         *this = copy;
         return found;
     }
     QEL_INLINE void fill(int needed)
     {
-        BitReader copy = *this;
+        PlainReader copy = *this;
         fillOutOfLine(&copy, needed);
         *this = copy;
     }
@@ -133,8 +133,11 @@ template <bool kBounded> struct BitReader {
 private:
     QEL_INLINE bool isEnd(int at) const { return kBounded && at >= len; }
 
-    static __attribute__((noinline)) void fillOutOfLine(BitReader* reader, int needed) { reader->fillBytewise(needed); }
-    static __attribute__((noinline)) int longCodeOutOfLine(BitReader* reader, const QelDecodeHuffmanSpec& spec,
+    static __attribute__((noinline)) void fillOutOfLine(PlainReader* reader, int needed)
+    {
+        reader->fillBytewise(needed);
+    }
+    static __attribute__((noinline)) int longCodeOutOfLine(PlainReader* reader, const QelDecodeHuffmanSpec& spec,
                                                            int length)
     {
         return reader->longCodeBitwise(spec, length);
@@ -142,15 +145,15 @@ private:
 };
 
 // The caller's variables in a reader, for the duration of a call.
-struct StateReader : BitReader<true> {
+struct StateReader : PlainReader<true> {
     QEL_INLINE StateReader(const uint8_t* source, int sourceLen, int* callersPos, uint32_t* callersMarker,
                            QelDecodeHuffmanState* callersState)
-        : BitReader<true>{source,
-                          sourceLen,
-                          *callersPos,
-                          *callersMarker,
-                          accumulatorOf(callersState),
-                          callersState->count & kMostBits},
+        : PlainReader<true>{source,
+                            sourceLen,
+                            *callersPos,
+                            *callersMarker,
+                            accumulatorOf(callersState),
+                            callersState->count & kMostBits},
           pos_(callersPos), marker_(callersMarker), state_(callersState)
     {}
     QEL_INLINE ~StateReader()
@@ -182,11 +185,11 @@ QelStatus meetMarker(const uint8_t* src, int srcLen, int* pos, uint32_t* marker,
 }
 
 // The same without a length and without a state.
-struct DirectReader : BitReader<false> {
+struct DirectReader : PlainReader<false> {
     QEL_INLINE DirectReader(const uint8_t* source, int* callersPos, uint32_t* callersMarker, uint32_t* callersBits,
                             int* callersCount)
-        : BitReader<false>{source, INT_MAX, *callersPos, *callersMarker, *callersBits, *callersCount}, pos_(callersPos),
-          marker_(callersMarker), bits_(callersBits), count_(callersCount)
+        : PlainReader<false>{source, INT_MAX, *callersPos, *callersMarker, *callersBits, *callersCount},
+          pos_(callersPos), marker_(callersMarker), bits_(callersBits), count_(callersCount)
     {}
     QEL_INLINE ~DirectReader()
     {

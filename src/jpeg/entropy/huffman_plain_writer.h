@@ -5,8 +5,8 @@
 
 #include "core/inline.h"
 #include "core/select.h"
-#include "jpeg/huffman_bits.h"
-#include "jpeg/magnitudes.h"
+#include "jpeg/entropy/huffman_bits.h"
+#include "jpeg/entropy/magnitudes.h"
 
 namespace qel {
 
@@ -24,7 +24,7 @@ inline int16_t coefficientAt(const int16_t* block, int index)
     return value;
 }
 
-struct HuffmanWriter {
+struct PlainWriter {
     uint8_t* dst;
     int dstLen;
     int* pos;

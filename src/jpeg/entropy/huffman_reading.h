@@ -3,7 +3,7 @@
 
 #include <string.h>
 
-#include "jpeg/huffman_tables.h"
+#include "jpeg/entropy/huffman_tables.h"
 
 namespace qel {
 

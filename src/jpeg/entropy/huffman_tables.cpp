@@ -1,5 +1,5 @@
 // Huffman tables from their lists, and the life of the four objects.
-#include "jpeg/huffman_tables.h"
+#include "jpeg/entropy/huffman_tables.h"
 
 #include <string.h>
 

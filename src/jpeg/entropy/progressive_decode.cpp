@@ -1,5 +1,5 @@
 // Progressive Huffman decoding: exported functions, and the doors to the kernels of AC scans.
-#include "jpeg/progressive_decode.h"
+#include "jpeg/entropy/progressive_decode.h"
 
 #include "core/checks.h"
 #include "core/dispatch.h"

@@ -1,8 +1,8 @@
 // Kernels of progressive Huffman decoding.
-#include "jpeg/progressive_decode.h"
+#include "jpeg/entropy/progressive_decode.h"
 
-#include "jpeg/coefficient_sets.h"
-#include "jpeg/huffman_window.h"
+#include "jpeg/entropy/coefficient_sets.h"
+#include "jpeg/entropy/huffman_fast_reader.h"
 
 namespace qel {
 namespace QEL_BUILD {
@@ -28,7 +28,7 @@ __attribute__((noinline)) QelStatus fillAndDecodeDc(const uint8_t* src, int srcL
                                                     int16_t* lastDc, uint32_t* marker, int al,
                                                     const QelDecodeHuffmanSpec* table, QelDecodeHuffmanState* state)
 {
-    Window in(src, srcLen, *pos, *marker, state);
+    FastReader in(src, srcLen, *pos, *marker, state);
     // The step leaves enough bits of a full window.
     bool isFull = in.fill();
     if (isFull) {
@@ -78,7 +78,7 @@ QelStatus dcRefine(const uint8_t* src, int srcLen, int* pos, int16_t* block, uin
 
 // Decodes a first scan's band as long as the window fills.
 struct FirstAhead {
-    Window in;
+    FastReader in;
     int16_t* block;
     const QelDecodeHuffmanSpec& table;
     unsigned position, last;
@@ -193,7 +193,7 @@ struct RefinementAhead {
     // So many that a full window has bits for all of them behind the longest code and a sign.
     static constexpr unsigned kMostNonZero = 39;
 
-    Window in;
+    FastReader in;
     int16_t* block;
     const QelDecodeHuffmanSpec& table;
     uint64_t nonZero; // from position `at` on

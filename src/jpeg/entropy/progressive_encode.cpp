@@ -1,11 +1,11 @@
 // Progressive Huffman encoding and statistics (T.81 G.1.2): exported functions, and the plain steps, which define what
 // is written.
-#include "jpeg/progressive_encode.h"
+#include "jpeg/entropy/progressive_encode.h"
 
 #include "core/checks.h"
 #include "core/dispatch.h"
-#include "jpeg/huffman_writer.h"
-#include "jpeg/zigzag.h"
+#include "jpeg/block/zigzag.h"
+#include "jpeg/entropy/huffman_plain_writer.h"
 
 using namespace qel;
 
@@ -15,7 +15,7 @@ constexpr int kLargestDcCategory = 11;
 constexpr int kLargestPointTransform = 13;
 
 struct BandWriter {
-    HuffmanWriter out;
+    PlainWriter out;
     const QelEncodeHuffmanSpec* spec;
 
     QelStatus symbol(int symbol) const { return out.writeSymbol(spec, symbol); }
@@ -203,7 +203,7 @@ QelStatus qeliEncodeHuffman8x8_DCFirst_JPEG_16s1u_C1(const int16_t* pSrc, uint8_
                                                      QelEncodeHuffmanState* pState, int flush)
 {
     if (QelStatus bad = first(checkStream(pDst, dstLenBytes, pDstCurrPos, pState), pointers(pDcTable))) return bad;
-    HuffmanWriter out = {pDst, dstLenBytes, pDstCurrPos, pState};
+    PlainWriter out = {pDst, dstLenBytes, pDstCurrPos, pState};
     if (flush) return out.flush();
     if (QelStatus bad = first(pointers(pSrc, pLastDC), values(isPointTransform(al)))) return bad;
     int difference = takeDcDifference(pSrc, al, pLastDC), category = categoryOf(difference);
@@ -219,7 +219,7 @@ QelStatus qeliEncodeHuffman8x8_DCRefine_JPEG_16s1u_C1(const int16_t* pSrc, uint8
                                                       int flush)
 {
     if (QelStatus bad = checkStream(pDst, dstLenBytes, pDstCurrPos, pState)) return bad;
-    HuffmanWriter out = {pDst, dstLenBytes, pDstCurrPos, pState};
+    PlainWriter out = {pDst, dstLenBytes, pDstCurrPos, pState};
     if (flush) return out.flush();
     if (QelStatus bad = first(pointers(pSrc), values(isPointTransform(al)))) return bad;
     return out.write((uint32_t)(coefficientAt(pSrc, 0) >> al), 1);

@@ -1,8 +1,8 @@
 // Kernels of progressive Huffman encoding: one walk over a band for the writer and the counter.
-#include "jpeg/progressive_encode.h"
+#include "jpeg/entropy/progressive_encode.h"
 
-#include "jpeg/huffman_output.h"
-#include "jpeg/scan_coefficients.h"
+#include "jpeg/entropy/huffman_fast_writer.h"
+#include "jpeg/entropy/scan_coefficients.h"
 
 namespace qel {
 namespace QEL_BUILD {
@@ -223,7 +223,7 @@ QEL_INLINE bool walkRefinement(const Refined& refined, const Band& band, Sink& s
 template <class Walk> QEL_INLINE QelStatus encode(uint8_t* dst, int dstLen, int* pos, const QelEncodeHuffmanSpec* ac,
                                                   QelEncodeHuffmanState* state, Walk walk)
 {
-    BandWriter writer = {{*ac, Output::of(*state, dst, dstLen, *pos), qelStsNoErr}, state->correctionBits};
+    BandWriter writer = {{*ac, FastWriter::of(*state, dst, dstLen, *pos), qelStsNoErr}, state->correctionBits};
     Pending pending = Pending::of(*state);
     walk(writer, pending);
     if (writer.status == qelStsJPEGOutOfBufErr || !writer.out.hasRoom()) return qelStsJPEGOutOfBufErr;

@@ -1,9 +1,9 @@
 // The coefficients of a block as its scan meets them, found all at once. For kernels that encode.
 #pragma once
 
-#include "jpeg/coefficient_sets.h"
-#include "jpeg/huffman_tables.h"
-#include "jpeg/magnitudes.h"
+#include "jpeg/entropy/coefficient_sets.h"
+#include "jpeg/entropy/huffman_tables.h"
+#include "jpeg/entropy/magnitudes.h"
 
 namespace qel {
 namespace QEL_BUILD {

@@ -1,5 +1,5 @@
 // Lossless prediction: public functions.
-#include "jpeg/prediction.h"
+#include "jpeg/lossless/prediction.h"
 
 #include "core/checks.h"
 #include "core/dispatch.h"

@@ -1,5 +1,5 @@
 // Lossless prediction: exported internal functions.
-#include "jpeg/prediction_doors.h"
+#include "jpeg/lossless/prediction_doors.h"
 
 #include "core/dispatch.h"
 

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "core/exports.h"
-#include "jpeg/prediction.h"
+#include "jpeg/lossless/prediction.h"
 
 QEL_KERNEL qel::PredictionRow ownqj_DiffRow_PRED1_JPEG_16s_C1;
 QEL_KERNEL qel::PredictionRow ownqj_DiffRow_PRED2_JPEG_16s_C1;

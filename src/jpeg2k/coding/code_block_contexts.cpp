@@ -1,7 +1,7 @@
-#include "jpeg2k/code_block_contexts.h"
+#include "jpeg2k/coding/code_block_contexts.h"
 
-#include "jpeg2k/mq_tables.h"
-#include "jpeg2k/sample_flags.h"
+#include "jpeg2k/coding/mq_tables.h"
+#include "jpeg2k/coding/sample_flags.h"
 
 namespace qel {
 namespace {

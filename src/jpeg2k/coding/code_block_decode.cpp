@@ -1,5 +1,5 @@
 // Decoding of code-blocks: exported functions, and which passes a segment holds.
-#include "jpeg2k/code_block_decode.h"
+#include "jpeg2k/coding/code_block_decode.h"
 
 #include <limits.h>
 #include <string.h>
@@ -7,7 +7,7 @@
 #include "core/checks.h"
 #include "core/dispatch.h"
 #include "core/rows.h"
-#include "jpeg2k/code_block_contexts.h"
+#include "jpeg2k/coding/code_block_contexts.h"
 
 using namespace qel;
 

@@ -5,9 +5,9 @@
 #include <stdint.h>
 
 #include "core/kernel_tables.h"
-#include "jpeg2k/mq_decoder.h"
-#include "jpeg2k/pass_sequence.h"
-#include "jpeg2k/sample_flags.h"
+#include "jpeg2k/coding/mq_decoder.h"
+#include "jpeg2k/coding/pass_sequence.h"
+#include "jpeg2k/coding/sample_flags.h"
 #include "qeljx/jpeg2k_coding.h"
 
 namespace qel {

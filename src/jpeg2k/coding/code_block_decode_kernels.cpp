@@ -1,9 +1,9 @@
 // The coding passes of code-block decoding (T.800 D.3).
-#include "jpeg2k/code_block_decode.h"
+#include "jpeg2k/coding/code_block_decode.h"
 
-#include "jpeg2k/code_block_contexts.h"
-#include "jpeg2k/mq_window.h"
-#include "jpeg2k/sample_groups.h"
+#include "jpeg2k/coding/code_block_contexts.h"
+#include "jpeg2k/coding/mq_window.h"
+#include "jpeg2k/coding/sample_groups.h"
 
 namespace qel {
 namespace QEL_BUILD {

@@ -1,5 +1,5 @@
 // Code-block encoding (T.800 Annex D): exported functions, and the sequence of passes and segments.
-#include "jpeg2k/code_block_encode.h"
+#include "jpeg2k/coding/code_block_encode.h"
 
 #include <stdlib.h>
 #include <string.h>
@@ -8,9 +8,9 @@
 
 #include "core/checks.h"
 #include "core/dispatch.h"
-#include "jpeg2k/decision_coder.h"
-#include "jpeg2k/distortion_tables.h"
-#include "jpeg2k/pass_sequence.h"
+#include "jpeg2k/coding/decision_coder.h"
+#include "jpeg2k/coding/distortion_tables.h"
+#include "jpeg2k/coding/pass_sequence.h"
 #include "qeljx/jpeg2k_coding.h"
 #include "qeljx/support.h"
 

@@ -5,8 +5,8 @@
 #include <stdint.h>
 
 #include "core/kernel_tables.h"
-#include "jpeg2k/mq_encoder.h"
-#include "jpeg2k/raw_packer.h"
+#include "jpeg2k/coding/mq_encoder.h"
+#include "jpeg2k/coding/raw_packer.h"
 #include "qeljx/types.h"
 
 namespace qel {

@@ -1,11 +1,11 @@
 // Kernels of code-block encoding.
-#include "jpeg2k/code_block_encode.h"
+#include "jpeg2k/coding/code_block_encode.h"
 
 #include "core/big_endian.h"
 #include "core/select.h"
-#include "jpeg2k/distortion_tables.h"
-#include "jpeg2k/mq_states.h"
-#include "jpeg2k/recorded_bytes.h"
+#include "jpeg2k/coding/distortion_tables.h"
+#include "jpeg2k/coding/mq_states.h"
+#include "jpeg2k/coding/recorded_bytes.h"
 
 namespace qel {
 namespace QEL_BUILD {

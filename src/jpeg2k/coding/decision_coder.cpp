@@ -1,7 +1,7 @@
-#include "jpeg2k/decision_coder.h"
+#include "jpeg2k/coding/decision_coder.h"
 
 #include "core/dispatch.h"
-#include "jpeg2k/code_block_encode.h"
+#include "jpeg2k/coding/code_block_encode.h"
 
 namespace qel {
 

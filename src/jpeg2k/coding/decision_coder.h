@@ -1,8 +1,8 @@
 // Codes recorded decisions, each (context << 1) | decision, into segments.
 #pragma once
 
-#include "jpeg2k/mq_encoder.h"
-#include "jpeg2k/raw_packer.h"
+#include "jpeg2k/coding/mq_encoder.h"
+#include "jpeg2k/coding/raw_packer.h"
 
 namespace qel {
 

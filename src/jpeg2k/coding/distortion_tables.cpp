@@ -1,5 +1,5 @@
 // Distortion tables: the squared error before a decision less that after it.
-#include "jpeg2k/distortion_tables.h"
+#include "jpeg2k/coding/distortion_tables.h"
 
 using namespace qel;
 

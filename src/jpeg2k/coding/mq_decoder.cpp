@@ -1,4 +1,4 @@
-#include "jpeg2k/mq_decoder.h"
+#include "jpeg2k/coding/mq_decoder.h"
 
 namespace qel {
 

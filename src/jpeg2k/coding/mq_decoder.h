@@ -6,7 +6,7 @@
 
 #include <stdint.h>
 
-#include "jpeg2k/mq_tables.h"
+#include "jpeg2k/coding/mq_tables.h"
 
 namespace qel {
 

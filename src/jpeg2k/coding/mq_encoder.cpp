@@ -1,5 +1,5 @@
 // MQ encoder: start and end of segments.
-#include "jpeg2k/mq_encoder.h"
+#include "jpeg2k/coding/mq_encoder.h"
 
 namespace qel {
 

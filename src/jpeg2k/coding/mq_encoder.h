@@ -4,8 +4,8 @@
 #include <stdint.h>
 
 #include "core/inline.h"
-#include "jpeg2k/mq_states.h"
-#include "jpeg2k/mq_tables.h"
+#include "jpeg2k/coding/mq_states.h"
+#include "jpeg2k/coding/mq_tables.h"
 
 namespace qel {
 

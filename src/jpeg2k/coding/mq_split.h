@@ -2,7 +2,7 @@
 #pragma once
 
 #include "core/inline.h"
-#include "jpeg2k/mq_rows.h"
+#include "jpeg2k/coding/mq_rows.h"
 
 namespace qel {
 namespace QEL_BUILD {

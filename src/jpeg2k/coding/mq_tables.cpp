@@ -1,7 +1,7 @@
-#include "jpeg2k/mq_tables.h"
+#include "jpeg2k/coding/mq_tables.h"
 
-#include "jpeg2k/mq_rows.h"
-#include "jpeg2k/mq_states.h"
+#include "jpeg2k/coding/mq_rows.h"
+#include "jpeg2k/coding/mq_states.h"
 
 // clang-format off
 constexpr uint32_t owniEstimator_JPEG2K[47][4] = {

@@ -3,8 +3,8 @@
 #pragma once
 
 #include "core/big_endian.h"
-#include "jpeg2k/mq_decoder.h"
-#include "jpeg2k/mq_split.h"
+#include "jpeg2k/coding/mq_decoder.h"
+#include "jpeg2k/coding/mq_split.h"
 
 namespace qel {
 namespace QEL_BUILD {

@@ -2,8 +2,8 @@
 // For kernels.
 #pragma once
 
-#include "jpeg2k/mq_tables.h"
-#include "jpeg2k/sample_sets.h"
+#include "jpeg2k/coding/mq_tables.h"
+#include "jpeg2k/coding/sample_sets.h"
 
 namespace qel {
 namespace QEL_BUILD {

@@ -3,7 +3,7 @@
 #pragma once
 
 #include "core/simd.h"
-#include "jpeg2k/sample_flags.h"
+#include "jpeg2k/coding/sample_flags.h"
 
 namespace qel {
 namespace QEL_BUILD {

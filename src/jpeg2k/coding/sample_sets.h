@@ -2,7 +2,7 @@
 #pragma once
 
 #include "core/simd.h"
-#include "jpeg2k/code_block_encode.h"
+#include "jpeg2k/coding/code_block_encode.h"
 
 namespace qel {
 namespace QEL_BUILD {

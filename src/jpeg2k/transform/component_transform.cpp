@@ -1,5 +1,5 @@
 // Component transforms: public functions.
-#include "jpeg2k/component_transform.h"
+#include "jpeg2k/transform/component_transform.h"
 
 #include "core/conversion.h"
 #include "qeljx/jpeg2k_transform.h"

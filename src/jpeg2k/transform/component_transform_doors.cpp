@@ -1,5 +1,5 @@
 // Component transforms: exported internal functions.
-#include "jpeg2k/component_transform_doors.h"
+#include "jpeg2k/transform/component_transform_doors.h"
 
 #include "core/dispatch.h"
 

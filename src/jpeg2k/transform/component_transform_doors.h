@@ -2,7 +2,7 @@
 #pragma once
 
 #include "core/exports.h"
-#include "jpeg2k/component_transform.h"
+#include "jpeg2k/transform/component_transform.h"
 
 QEL_KERNEL qel::ReversibleTransform::InPlace ownqj_RCTFwd_JPEG2K_32s_P3IR, ownqj_RCTInv_JPEG2K_32s_P3IR;
 QEL_KERNEL qel::ReversibleTransform::ToPlanes ownqj_RCTFwd_JPEG2K_32s_C3P3R;

@@ -1,5 +1,5 @@
 // Kernels of the component transforms.
-#include "jpeg2k/component_transform.h"
+#include "jpeg2k/transform/component_transform.h"
 
 #include "core/channels.h"
 #include "core/walk.h"

@@ -2,8 +2,8 @@
 #pragma once
 
 #include "core/blocks.h"
-#include "jpeg2k/lifting.h"
-#include "jpeg2k/wavelet.h"
+#include "jpeg2k/transform/lifting.h"
+#include "jpeg2k/transform/wavelet.h"
 
 namespace qel {
 namespace QEL_BUILD {

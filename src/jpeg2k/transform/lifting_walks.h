@@ -2,7 +2,7 @@
 #pragma once
 
 #include "core/walk.h"
-#include "jpeg2k/lifting_rows.h"
+#include "jpeg2k/transform/lifting_rows.h"
 
 namespace qel {
 namespace QEL_BUILD {

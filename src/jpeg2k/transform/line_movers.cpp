@@ -1,8 +1,8 @@
 // Line movers: exported functions.
-#include "jpeg2k/line_movers.h"
+#include "jpeg2k/transform/line_movers.h"
 
 #include "core/rows.h"
-#include "jpeg2k/wavelet_lines.h"
+#include "jpeg2k/transform/wavelet_lines.h"
 
 using namespace qel;
 

@@ -1,7 +1,7 @@
 // The reversible 5/3 wavelet: public functions.
-#include "jpeg2k/wavelet53.h"
+#include "jpeg2k/transform/wavelet53.h"
 
-#include "jpeg2k/wavelet_calls.h"
+#include "jpeg2k/transform/wavelet_calls.h"
 #include "qeljx/jpeg2k_transform.h"
 
 using namespace qel;

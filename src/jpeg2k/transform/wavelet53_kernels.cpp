@@ -1,6 +1,6 @@
 // Kernels of the 5/3 wavelet.
-#include "jpeg2k/lifting_walks.h"
-#include "jpeg2k/wavelet53.h"
+#include "jpeg2k/transform/lifting_walks.h"
+#include "jpeg2k/transform/wavelet53.h"
 
 namespace qel {
 namespace QEL_BUILD {

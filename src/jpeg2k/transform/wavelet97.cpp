@@ -1,7 +1,7 @@
 // The irreversible 9/7 wavelet: public functions.
-#include "jpeg2k/wavelet97.h"
+#include "jpeg2k/transform/wavelet97.h"
 
-#include "jpeg2k/wavelet_calls.h"
+#include "jpeg2k/transform/wavelet_calls.h"
 #include "qeljx/jpeg2k_transform.h"
 
 using namespace qel;

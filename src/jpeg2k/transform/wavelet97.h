@@ -2,7 +2,7 @@
 #pragma once
 
 #include "core/kernel_tables.h"
-#include "jpeg2k/wavelet.h"
+#include "jpeg2k/transform/wavelet.h"
 
 namespace qel {
 

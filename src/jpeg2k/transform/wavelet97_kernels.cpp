@@ -1,6 +1,6 @@
 // Kernels of the 9/7 wavelet.
-#include "jpeg2k/lifting_walks.h"
-#include "jpeg2k/wavelet97.h"
+#include "jpeg2k/transform/lifting_walks.h"
+#include "jpeg2k/transform/wavelet97.h"
 
 namespace qel {
 namespace QEL_BUILD {

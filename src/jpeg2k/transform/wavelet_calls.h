@@ -4,7 +4,7 @@
 #include "core/checks.h"
 #include "core/dispatch.h"
 #include "core/rows.h"
-#include "jpeg2k/wavelet_tiles.h"
+#include "jpeg2k/transform/wavelet_tiles.h"
 
 namespace qel {
 namespace {

@@ -1,12 +1,12 @@
 // Wavelets: exported internal functions.
-#include "jpeg2k/wavelet_doors.h"
+#include "jpeg2k/transform/wavelet_doors.h"
 
 #include <string.h>
 
 #include "core/support.h"
-#include "jpeg2k/wavelet53.h"
-#include "jpeg2k/wavelet97.h"
-#include "jpeg2k/wavelet_calls.h"
+#include "jpeg2k/transform/wavelet53.h"
+#include "jpeg2k/transform/wavelet97.h"
+#include "jpeg2k/transform/wavelet_calls.h"
 
 using namespace qel;
 

@@ -3,7 +3,7 @@
 
 #include <string.h>
 
-#include "jpeg2k/wavelet.h"
+#include "jpeg2k/transform/wavelet.h"
 
 namespace qel {
 namespace {

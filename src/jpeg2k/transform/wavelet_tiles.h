@@ -2,7 +2,7 @@
 #pragma once
 
 #include "core/rows.h"
-#include "jpeg2k/wavelet_lines.h"
+#include "jpeg2k/transform/wavelet_lines.h"
 #include "qeljx/types.h"
 
 namespace qel {
