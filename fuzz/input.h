@@ -1,0 +1,51 @@
+// What the targets of the library draw from their bytes, and buffers of exactly the size that a function may use.
+#pragma once
+
+#include <string.h>
+
+#include <algorithm>
+#include <vector>
+
+#include <qeljx.h>
+
+// After the last byte all is 0.
+class Input {
+public:
+    Input(const uint8_t* data, size_t size) : next_(data), end_(data + size) {}
+
+    bool isEmpty() const { return next_ == end_; }
+    size_t left() const { return size_t(end_ - next_); }
+    template <class T> T value()
+    {
+        T value = {};
+        fill(&value, sizeof value);
+        return value;
+    }
+    int below(int count) { return value<uint8_t>() % count; }
+    void fill(void* to, size_t size)
+    {
+        size_t taken = std::min(size, left());
+        memset(to, 0, size);
+        memcpy(to, next_, taken);
+        next_ += taken;
+    }
+
+private:
+    const uint8_t* next_;
+    const uint8_t* end_;
+};
+
+// At an address that no type would choose.
+class Buffer {
+public:
+    explicit Buffer(size_t size) : bytes_(size + 1) {}
+    Buffer(size_t size, Input& in) : Buffer(size) { in.fill(bytes_.data() + 1, size); }
+
+    template <class T> T* as() { return (T*)(bytes_.data() + 1); }
+    operator uint8_t*() { return as<uint8_t>(); }
+
+private:
+    std::vector<uint8_t> bytes_;
+};
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size);
