@@ -8,8 +8,8 @@
 
 #include "cases.h"
 #include "code_block_reference.h"
-#include "codec/j2k_file.h"
-#include "codec/j2k_packets.h"
+#include "codec/j2k/decode/file.h"
+#include "codec/j2k/decode/packet_reader.h"
 #include "contest.h"
 #include "openjpeg_coefficients.h"
 #include "qeljx/jpeg2k_coding.h"

@@ -6,8 +6,8 @@
 #include <turbojpeg.h>
 
 #include "cases.h"
-#include "codec/jpeg_reader.h"
-#include "codec/jpeg_writer.h"
+#include "codec/jpeg/decode/reader.h"
+#include "codec/jpeg/encode/writer.h"
 #include "contest.h"
 #include "samples.h"
 

@@ -4,7 +4,7 @@
 #include <memory>
 
 #include "cases.h"
-#include "codec/j2k_reader.h"
+#include "codec/j2k/decode/reader.h"
 #include "contest.h"
 #include "openjpeg_peer.h"
 #include "samples.h"

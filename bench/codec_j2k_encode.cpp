@@ -3,8 +3,8 @@
 #include <memory>
 
 #include "cases.h"
-#include "codec/compare.h"
-#include "codec/j2k_writer.h"
+#include "codec/base/compare.h"
+#include "codec/j2k/encode/writer.h"
 #include "contest.h"
 #include "openjpeg_peer.h"
 #include "samples.h"

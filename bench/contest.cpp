@@ -8,7 +8,7 @@
 
 #include <benchmark/benchmark.h>
 
-#include "codec/parallel.h"
+#include "codec/base/parallel.h"
 #include "mispredictions.h"
 
 namespace qel::bench {

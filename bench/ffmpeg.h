@@ -6,7 +6,7 @@
 #include <memory>
 #include <vector>
 
-#include "codec/picture.h"
+#include "codec/base/picture.h"
 
 namespace qel::bench {
 

@@ -17,12 +17,12 @@
 #include <benchmark/benchmark.h>
 
 #include "cases.h"
-#include "codec/j2k_reader.h"
-#include "codec/j2k_writer.h"
-#include "codec/jpeg_reader.h"
-#include "codec/jpeg_writer.h"
-#include "codec/parallel.h"
-#include "codec/processors.h"
+#include "codec/base/parallel.h"
+#include "codec/base/processors.h"
+#include "codec/j2k/decode/reader.h"
+#include "codec/j2k/encode/writer.h"
+#include "codec/jpeg/decode/reader.h"
+#include "codec/jpeg/encode/writer.h"
 #include "operations.h"
 #include "qeljx.h"
 #include "samples.h"

@@ -13,7 +13,7 @@
 #include <benchmark/benchmark.h>
 
 #include "cases.h"
-#include "codec/parallel.h"
+#include "codec/base/parallel.h"
 #include "contest.h"
 
 namespace {

@@ -13,9 +13,9 @@
 
 #include <turbojpeg.h>
 
-#include "codec/jpeg_reader.h"
-#include "codec/jpeg_writer.h"
-#include "codec/parallel.h"
+#include "codec/base/parallel.h"
+#include "codec/jpeg/decode/reader.h"
+#include "codec/jpeg/encode/writer.h"
 #include "contest.h"
 #include "samples.h"
 

@@ -11,7 +11,7 @@
 
 #include <openjpeg.h>
 
-#include "codec/picture.h"
+#include "codec/base/picture.h"
 #include "contest.h"
 
 namespace qel::bench {

@@ -8,11 +8,11 @@
 #include <turbojpeg.h>
 
 #include "cases.h"
-#include "codec/jpeg_block_store.h"
-#include "codec/jpeg_reader.h"
-#include "codec/jpeg_scan.h"
-#include "codec/jpeg_scan_script.h"
-#include "codec/jpeg_scan_writer.h"
+#include "codec/jpeg/block_store.h"
+#include "codec/jpeg/decode/reader.h"
+#include "codec/jpeg/decode/scan.h"
+#include "codec/jpeg/encode/scan_script.h"
+#include "codec/jpeg/encode/scan_writer.h"
 #include "contest.h"
 #include "libjpeg.h"
 #include "samples.h"

@@ -7,8 +7,8 @@
 #include <filesystem>
 #include <random>
 
-#include "codec/file_io.h"
-#include "codec/picture_file.h"
+#include "codec/base/file_io.h"
+#include "codec/formats/picture_file.h"
 #include "contest.h"
 
 namespace qel::bench {

@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "codec/picture.h"
+#include "codec/base/picture.h"
 
 namespace qel::bench {
 

@@ -1,5 +1,5 @@
 // Whatever the bytes, the JPEG 2000 decoder returns a picture or throws CodecError.
-#include "codec/j2k_reader.h"
+#include "codec/j2k/decode/reader.h"
 #include "target.h"
 
 using namespace qel::codec;

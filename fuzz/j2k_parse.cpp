@@ -1,8 +1,8 @@
 // Whatever the bytes, the JPEG 2000 reader finds code-blocks whose bytes lie in the file, or throws CodecError.
 #include <cstdlib>
 
-#include "codec/j2k_file.h"
-#include "codec/j2k_packets.h"
+#include "codec/j2k/decode/file.h"
+#include "codec/j2k/decode/packet_reader.h"
 #include "target.h"
 
 using namespace qel::codec;

@@ -1,5 +1,5 @@
 // Whatever the bytes, the JPEG decoder returns a picture or throws CodecError.
-#include "codec/jpeg_reader.h"
+#include "codec/jpeg/decode/reader.h"
 #include "target.h"
 
 using namespace qel::codec;

@@ -4,8 +4,8 @@
 #include <stddef.h>
 #include <stdint.h>
 
-#include "codec/bytes.h"
-#include "codec/error.h"
+#include "codec/base/bytes.h"
+#include "codec/base/error.h"
 
 void tryFile(qel::codec::Bytes file);
 

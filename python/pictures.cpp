@@ -8,14 +8,14 @@
 #include <memory>
 
 #include "arrays.h"
-#include "codec/compare.h"
-#include "codec/error.h"
-#include "codec/file_io.h"
-#include "codec/j2k_reader.h"
-#include "codec/j2k_writer.h"
-#include "codec/jpeg_reader.h"
-#include "codec/jpeg_writer.h"
-#include "codec/picture_file.h"
+#include "codec/base/compare.h"
+#include "codec/base/error.h"
+#include "codec/base/file_io.h"
+#include "codec/formats/picture_file.h"
+#include "codec/j2k/decode/reader.h"
+#include "codec/j2k/encode/writer.h"
+#include "codec/jpeg/decode/reader.h"
+#include "codec/jpeg/encode/writer.h"
 
 namespace qel::python {
 namespace {

@@ -6,9 +6,9 @@
 #include <cstdio>
 #include <cstdlib>
 
-#include "codec/error.h"
-#include "codec/parallel.h"
-#include "codec/picture_file.h"
+#include "codec/base/error.h"
+#include "codec/base/parallel.h"
+#include "codec/formats/picture_file.h"
 
 namespace {
 

@@ -4,10 +4,10 @@
 #include <optional>
 #include <string>
 
-#include "codec/j2k_components.h"
-#include "codec/j2k_encode_options.h"
-#include "codec/jpeg_reader.h"
-#include "codec/jpeg_writer.h"
+#include "codec/j2k/decode/components.h"
+#include "codec/j2k/encode/options.h"
+#include "codec/jpeg/decode/reader.h"
+#include "codec/jpeg/encode/writer.h"
 
 namespace qel::qelpic {
 

@@ -1,12 +1,12 @@
 // qelpic compare: PSNR and largest error of two pictures.
-#include "codec/compare.h"
+#include "codec/base/compare.h"
 
 #include <algorithm>
 #include <cstdio>
 
-#include "codec/convert.h"
-#include "codec/file_io.h"
-#include "codec/picture_file.h"
+#include "codec/base/convert.h"
+#include "codec/base/file_io.h"
+#include "codec/formats/picture_file.h"
 #include "qelpic/commands.h"
 #include "qelpic/console.h"
 

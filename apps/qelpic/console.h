@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "codec/error.h"
+#include "codec/base/error.h"
 
 namespace qel::qelpic {
 

@@ -1,7 +1,7 @@
 // qelpic decode: JPEG and JPEG 2000 to any picture file.
-#include "codec/file_io.h"
-#include "codec/j2k_reader.h"
-#include "codec/picture_file.h"
+#include "codec/base/file_io.h"
+#include "codec/formats/picture_file.h"
+#include "codec/j2k/decode/reader.h"
 #include "qelpic/commands.h"
 #include "qelpic/console.h"
 

@@ -1,8 +1,8 @@
 // qelpic encode: any picture to JPEG or JPEG 2000.
-#include "codec/convert.h"
-#include "codec/file_io.h"
-#include "codec/j2k_writer.h"
-#include "codec/picture_file.h"
+#include "codec/base/convert.h"
+#include "codec/base/file_io.h"
+#include "codec/formats/picture_file.h"
+#include "codec/j2k/encode/writer.h"
 #include "qelpic/commands.h"
 #include "qelpic/console.h"
 

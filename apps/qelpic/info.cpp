@@ -1,9 +1,9 @@
 // qelpic info: what a picture file says about itself.
 #include <cstdio>
 
-#include "codec/file_io.h"
-#include "codec/jpeg_info.h"
-#include "codec/picture_file.h"
+#include "codec/base/file_io.h"
+#include "codec/formats/picture_file.h"
+#include "codec/jpeg/info.h"
 #include "qelpic/commands.h"
 #include "qelpic/console.h"
 #include "qelpic/info.h"

@@ -1,7 +1,7 @@
 // Parts of `qelpic info`.
 #pragma once
 
-#include "codec/j2k_file.h"
+#include "codec/j2k/decode/file.h"
 
 namespace qel::qelpic {
 

@@ -3,7 +3,7 @@
 #include <cstdio>
 #include <string>
 
-#include "codec/j2k_file.h"
+#include "codec/j2k/decode/file.h"
 #include "qelpic/info.h"
 
 namespace qel::qelpic {

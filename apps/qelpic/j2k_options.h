@@ -3,7 +3,7 @@
 
 #include <CLI/CLI.hpp>
 
-#include "codec/j2k_encode_options.h"
+#include "codec/j2k/encode/options.h"
 
 namespace qel::qelpic {
 

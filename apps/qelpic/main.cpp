@@ -7,7 +7,7 @@
 #include <new>
 #include <optional>
 
-#include "codec/parallel.h"
+#include "codec/base/parallel.h"
 #include "qelpic/commands.h"
 #include "qelpic/console.h"
 #include "qelpic/j2k_options.h"

@@ -1,8 +1,8 @@
 // A second independent reader of JPEG 2000 files: the decoder of FFmpeg's own, where its library is installed.
 #pragma once
 
-#include "codec/bytes.h"
-#include "codec/picture.h"
+#include "codec/base/bytes.h"
+#include "codec/base/picture.h"
 
 namespace qel::test {
 

@@ -1,5 +1,5 @@
 // From components to pictures: palettes, the meaning of channels, up-sampling, colour spaces.
-#include "codec/j2k_channels.h"
+#include "codec/j2k/decode/channels.h"
 
 #include <gtest/gtest.h>
 

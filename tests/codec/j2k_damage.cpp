@@ -1,8 +1,8 @@
 // Damaged JPEG 2000 files: what is survived, what is refused, and that nothing breaks.
 #include <tuple>
 
-#include "codec/compare.h"
-#include "codec/j2k_reader.h"
+#include "codec/base/compare.h"
+#include "codec/j2k/decode/reader.h"
 #include "j2k_cases.h"
 #include "j2k_pieces.h"
 #include "mutations.h"

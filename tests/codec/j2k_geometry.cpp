@@ -1,9 +1,9 @@
 // Where things lie, as far as files of usual sizes do not show it.
-#include "codec/j2k_geometry.h"
+#include "codec/j2k/geometry.h"
 
 #include <gtest/gtest.h>
 
-#include "codec/j2k_tile.h"
+#include "codec/j2k/tile.h"
 
 namespace qel::codec {
 

@@ -1,8 +1,8 @@
 // Files of an independent encoder are decoded as its decoder does.
 #include <algorithm>
 
-#include "codec/compare.h"
-#include "codec/j2k_reader.h"
+#include "codec/base/compare.h"
+#include "codec/j2k/decode/reader.h"
 #include "j2k_cases.h"
 #include "pictures.h"
 

@@ -4,8 +4,8 @@
 
 #include <cmath>
 
-#include "codec/compare.h"
-#include "codec/j2k_reader.h"
+#include "codec/base/compare.h"
+#include "codec/j2k/decode/reader.h"
 #include "manifest.h"
 
 namespace {

@@ -1,5 +1,5 @@
 // Where code-blocks are cut, and what errors weigh.
-#include "codec/j2k_rate_allocation.h"
+#include "codec/j2k/encode/rate_allocation.h"
 
 #include <gtest/gtest.h>
 
@@ -7,8 +7,8 @@
 #include <functional>
 #include <vector>
 
-#include "codec/j2k_band_energy.h"
-#include "codec/j2k_wavelet.h"
+#include "codec/j2k/encode/band_energy.h"
+#include "codec/j2k/wavelet.h"
 
 namespace {
 

@@ -3,8 +3,8 @@
 
 #include <gtest/gtest.h>
 
-#include "codec/j2k_file.h"
-#include "codec/j2k_packets.h"
+#include "codec/j2k/decode/file.h"
+#include "codec/j2k/decode/packet_reader.h"
 
 namespace qel::test {
 

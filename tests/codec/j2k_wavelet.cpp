@@ -1,5 +1,5 @@
 // The transform over all levels beside a textbook's, at all sizes and origins.
-#include "codec/j2k_wavelet.h"
+#include "codec/j2k/wavelet.h"
 
 #include <gtest/gtest.h>
 

@@ -1,10 +1,10 @@
 // JPEG 2000 files: an independent decoder reads them, and the reading side finds nothing wrong in them.
-#include "codec/j2k_writer.h"
+#include "codec/j2k/encode/writer.h"
 
-#include "codec/compare.h"
-#include "codec/file_io.h"
-#include "codec/j2k_reader.h"
-#include "codec/picture_file.h"
+#include "codec/base/compare.h"
+#include "codec/base/file_io.h"
+#include "codec/formats/picture_file.h"
+#include "codec/j2k/decode/reader.h"
 #include "ffmpeg_peer.h"
 #include "j2k_reading.h"
 #include "manifest.h"

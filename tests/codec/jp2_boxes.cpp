@@ -1,7 +1,7 @@
 // JP2 boxes, made by hand.
-#include "codec/jp2_boxes.h"
+#include "codec/j2k/boxes.h"
 
-#include "codec/j2k_file.h"
+#include "codec/j2k/decode/file.h"
 #include "openjpeg_peer.h"
 #include "pictures.h"
 

@@ -1,5 +1,5 @@
 // Joined parts are the stuffed bytes of all their bits.
-#include "codec/jpeg_bit_joiner.h"
+#include "codec/jpeg/encode/bit_joiner.h"
 
 #include <gtest/gtest.h>
 

@@ -10,8 +10,8 @@
 #include <utility>
 #include <vector>
 
-#include "codec/jpeg_writer.h"
-#include "codec/picture.h"
+#include "codec/base/picture.h"
+#include "codec/jpeg/encode/writer.h"
 #include "random.h"
 
 namespace qel::test {

@@ -3,9 +3,9 @@
 
 #include <algorithm>
 
-#include "codec/compare.h"
-#include "codec/jpeg_markers.h"
-#include "codec/jpeg_reader.h"
+#include "codec/base/compare.h"
+#include "codec/jpeg/decode/reader.h"
+#include "codec/jpeg/markers.h"
 #include "jpeg_cases.h"
 #include "jpeg_files.h"
 #include "libjpeg_peer.h"

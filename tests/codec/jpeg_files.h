@@ -7,9 +7,9 @@
 #include <cstdint>
 #include <vector>
 
-#include "codec/jpeg_markers.h"
-#include "codec/jpeg_reader.h"
-#include "codec/picture.h"
+#include "codec/base/picture.h"
+#include "codec/jpeg/decode/reader.h"
+#include "codec/jpeg/markers.h"
 #include "pictures.h"
 
 namespace qel::test {

@@ -1,7 +1,7 @@
 // Files of ours in an independent decoder, and its files in ours.
 #include <gtest/gtest.h>
 
-#include "codec/compare.h"
+#include "codec/base/compare.h"
 #include "jpeg_cases.h"
 #include "libjpeg_peer.h"
 #include "pictures.h"

@@ -1,11 +1,11 @@
 // Lossless files: every sample comes back, whatever the precision, predictor and order; and what damage does.
 #include <gtest/gtest.h>
 
-#include "codec/jpeg_layout.h"
-#include "codec/jpeg_reader.h"
-#include "codec/jpeg_segments.h"
-#include "codec/jpeg_writer.h"
-#include "codec/library.h"
+#include "codec/base/library.h"
+#include "codec/jpeg/decode/reader.h"
+#include "codec/jpeg/encode/segment_writer.h"
+#include "codec/jpeg/encode/writer.h"
+#include "codec/jpeg/layout.h"
 #include "jpeg_cases.h"
 #include "jpeg_files.h"
 #include "mutations.h"

@@ -3,10 +3,10 @@
 
 #include <span>
 
-#include "codec/compare.h"
-#include "codec/error.h"
-#include "codec/jpeg_reader.h"
-#include "codec/pnm.h"
+#include "codec/base/compare.h"
+#include "codec/base/error.h"
+#include "codec/formats/pnm.h"
+#include "codec/jpeg/decode/reader.h"
 #include "manifest.h"
 
 namespace {

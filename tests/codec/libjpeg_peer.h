@@ -3,10 +3,10 @@
 
 #include <vector>
 
-#include "codec/bytes.h"
-#include "codec/jpeg_reader.h"
-#include "codec/jpeg_writer.h"
-#include "codec/picture.h"
+#include "codec/base/bytes.h"
+#include "codec/base/picture.h"
+#include "codec/jpeg/decode/reader.h"
+#include "codec/jpeg/encode/writer.h"
 
 namespace qel::test {
 

@@ -14,10 +14,10 @@
 #include <string>
 #include <vector>
 
-#include "codec/compare.h"
-#include "codec/error.h"
-#include "codec/file_io.h"
-#include "codec/pnm.h"
+#include "codec/base/compare.h"
+#include "codec/base/error.h"
+#include "codec/base/file_io.h"
+#include "codec/formats/pnm.h"
 
 namespace qel::test {
 

@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <vector>
 
-#include "codec/error.h"
+#include "codec/base/error.h"
 #include "random.h"
 
 namespace qel::test {

@@ -11,7 +11,7 @@
 #include <stdexcept>
 #include <tuple>
 
-#include "codec/file_io.h"
+#include "codec/base/file_io.h"
 #include "random.h"
 
 namespace qel::test {

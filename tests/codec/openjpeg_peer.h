@@ -7,10 +7,10 @@
 #include <utility>
 #include <vector>
 
-#include "codec/bytes.h"
-#include "codec/j2k_headers.h"
-#include "codec/pgx.h"
-#include "codec/picture.h"
+#include "codec/base/bytes.h"
+#include "codec/base/picture.h"
+#include "codec/formats/pgx.h"
+#include "codec/j2k/headers.h"
 
 namespace qel::test {
 

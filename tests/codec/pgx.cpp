@@ -1,5 +1,5 @@
 // PGX: round trips, the forms of its header, damaged files.
-#include "codec/pgx.h"
+#include "codec/formats/pgx.h"
 
 #include "pictures.h"
 

@@ -1,5 +1,5 @@
 // Files as a whole: kinds by content and by name, output that appears only when it is whole, comparison.
-#include "codec/picture_file.h"
+#include "codec/formats/picture_file.h"
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>
@@ -8,8 +8,8 @@
 #include <fstream>
 #include <limits>
 
-#include "codec/compare.h"
-#include "codec/file_io.h"
+#include "codec/base/compare.h"
+#include "codec/base/file_io.h"
 #include "pictures.h"
 
 namespace {

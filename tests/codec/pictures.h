@@ -9,9 +9,9 @@
 #include <string>
 #include <vector>
 
-#include "codec/bytes.h"
-#include "codec/error.h"
-#include "codec/picture.h"
+#include "codec/base/bytes.h"
+#include "codec/base/error.h"
+#include "codec/base/picture.h"
 #include "random.h"
 
 namespace qel::test {

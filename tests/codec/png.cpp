@@ -1,5 +1,5 @@
 // PNG: round trips, what libpng is asked to convert, damaged files.
-#include "codec/png.h"
+#include "codec/formats/png.h"
 
 #include <png.h>
 #include <zlib.h>

@@ -1,7 +1,7 @@
 // PGM, PPM and PAM: round trips, the forms that the formats allow, damaged files.
-#include "codec/pnm.h"
+#include "codec/formats/pnm.h"
 
-#include "codec/convert.h"
+#include "codec/base/convert.h"
 #include "pictures.h"
 
 namespace {

@@ -1,5 +1,5 @@
 // Scan scripts: their text, their rules, and files of random ones in both decoders.
-#include "codec/jpeg_scan_script.h"
+#include "codec/jpeg/encode/scan_script.h"
 
 #include <gtest/gtest.h>
 

@@ -4,11 +4,11 @@
 #include <filesystem>
 #include <fstream>
 
-#include "codec/j2k_reader.h"
-#include "codec/j2k_writer.h"
-#include "codec/jpeg_reader.h"
-#include "codec/parallel.h"
-#include "codec/processors.h"
+#include "codec/base/parallel.h"
+#include "codec/base/processors.h"
+#include "codec/j2k/decode/reader.h"
+#include "codec/j2k/encode/writer.h"
+#include "codec/jpeg/decode/reader.h"
 #include "jpeg_cases.h"
 #include "pictures.h"
 

@@ -1,0 +1,71 @@
+// The limit on threads, and work that is taken in order.
+#include "codec/base/parallel.h"
+
+#include <tbb/info.h>
+
+#include "codec/base/processors.h"
+
+namespace qel::codec {
+
+namespace {
+
+std::atomic<int> limit = 0; // 0 where there is none
+
+}
+
+ThreadLimit::ThreadLimit(int threads) : outer_(limit.exchange(threads))
+{
+    // More threads than processors are made only where they are allowed.
+    if (threads > tbb::info::default_concurrency())
+        control_.emplace(tbb::global_control::max_allowed_parallelism, size_t(threads));
+}
+
+ThreadLimit::~ThreadLimit() { limit = outer_; }
+
+int threadsFor(uint64_t pixels)
+{
+    constexpr uint64_t kWorthwhile = 1 << 18;
+    static const int kUsable = usableProcessors();
+    if (pixels < kWorthwhile) return 1;
+    int limited = limit;
+    return limited ? limited : kUsable;
+}
+
+std::optional<int> OrderOfWork::begin()
+{
+    std::unique_lock lock(mutex_);
+    changed_.wait(lock, [&] { return begun_ == count_ || begun_ - taken_ < window(); });
+    if (begun_ == count_) return {};
+    return begun_++;
+}
+
+void OrderOfWork::made(int i)
+{
+    std::scoped_lock lock(mutex_);
+    made_[size_t(i % window())] = true;
+}
+
+std::optional<int> OrderOfWork::beginTaking()
+{
+    std::scoped_lock lock(mutex_);
+    if (isTaking_ || !made_[size_t(taken_ % window())]) return {};
+    isTaking_ = true;
+    return taken_;
+}
+
+void OrderOfWork::taken()
+{
+    std::scoped_lock lock(mutex_);
+    isTaking_ = false;
+    made_[size_t(taken_++ % window())] = false;
+    changed_.notify_all();
+}
+
+void OrderOfWork::giveUp()
+{
+    std::scoped_lock lock(mutex_);
+    begun_ = count_;
+    changed_.notify_all();
+}
+
+}

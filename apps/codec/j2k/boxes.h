@@ -1,0 +1,67 @@
+// The boxes of a JP2 file around its codestream (T.800 Annex I).
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <vector>
+
+#include "codec/base/bytes.h"
+
+namespace qel::codec {
+
+// COLR. Numbers of T.800 table I.10.
+struct Jp2Colour {
+    enum Method { kEnumerated = 1, kRestrictedProfile = 2, kAnyProfile = 3 };
+    enum Space : uint32_t { kCmyk = 12, kSrgb = 16, kGrey = 17, kSycc = 18, kEsrgb = 20, kRommRgb = 21, kEsycc = 24 };
+
+    int method = kEnumerated;
+    uint32_t space = 0; // with kEnumerated
+    Bytes profile;      // ICC profile, with the other methods
+};
+
+// PCLR: columns of samples that a component chooses from.
+struct Jp2Palette {
+    struct Column {
+        int precision = 8;
+        bool isSigned = false;
+    };
+    int entries = 0;
+    std::vector<Column> columns;
+    std::vector<int32_t> values; // entry by entry
+
+    int32_t value(int entry, size_t column) const { return values[size_t(entry) * columns.size() + column]; }
+};
+
+// CMAP: a channel is a component, or a column of the palette chosen by it.
+struct Jp2Channel {
+    int component = 0;
+    std::optional<int> column;
+};
+
+// CDEF: what a channel means.
+struct Jp2Definition {
+    enum Kind { kColour = 0, kOpacity = 1, kPremultipliedOpacity = 2, kUnspecified = 65535 };
+    static constexpr int kWholePicture = 0, kNothing = 65535;
+
+    int channel = 0, kind = kUnspecified;
+    int association = kNothing; // number of the colour, from 1
+};
+
+struct Jp2File {
+    uint32_t width = 0, height = 0;
+    int components = 0;
+    std::vector<int> depths; // precision - 1, and 128 if signed: of each component, or of all, or not told
+    std::vector<Jp2Colour> colours;
+    std::optional<Jp2Palette> palette;
+    std::vector<Jp2Channel> channels;       // where there is a palette
+    std::vector<Jp2Definition> definitions; // empty where channels mean what the colour space says, in its order
+    size_t codestreamBegin = 0, codestreamEnd = 0;
+    Warnings warnings;
+};
+
+bool isJp2(Bytes file);
+
+// Throws CodecError for a file without a codestream. Header boxes that are damaged are left out, with a warning.
+Jp2File readJp2(Bytes file);
+
+}

@@ -1,0 +1,25 @@
+// From the code-blocks of a tile-component to the coefficients in its subbands (T.800 Annexes D, E and H).
+#pragma once
+
+#include <atomic>
+#include <functional>
+
+#include "codec/j2k/tile.h"
+#include "codec/j2k/wavelet.h"
+
+namespace qel::codec {
+
+// Code-blocks of a tile that could not be decoded in full.
+struct J2kBlockFaults {
+    std::atomic<int> damaged = 0; // and concealed
+    std::atomic<int> tooDeep = 0; // for 32 bits, and left out
+};
+
+// The coefficients of the resolution that `reduce` levels are left out of, no more than the component has: int32_t for
+// the reversible wavelet, else float in units of samples of `precision` bits. blockDone(samples) is called by any
+// thread.
+template <class T> J2kSubbands<T> decodeJ2kBlocks(const J2kTileComponent& component, int precision, int reduce,
+                                                  int threads, J2kBlockFaults& faults,
+                                                  const std::function<void(uint64_t)>& blockDone);
+
+}

@@ -1,0 +1,41 @@
+// The components of a JPEG 2000 picture as they were coded: decoded tile by tile.
+#pragma once
+
+#include <functional>
+#include <optional>
+#include <vector>
+
+#include "codec/j2k/decode/file.h"
+#include "codec/j2k/plane.h"
+
+namespace qel::codec {
+
+struct J2kDecodeOptions {
+    int reduce = 0;                  // highest resolutions to leave out: each halves the picture
+    int layers = 65535;              // of quality, to be decoded at most
+    bool transformComponents = true; // undo the component transform
+    uint64_t maxPixels = UINT64_MAX; // larger pictures are refused, beside limits of our own
+    // Called now and then with the part of the work that is done, 0 to 1; may be empty.
+    std::function<void(double)> progress = {};
+};
+
+// Of one component; where it lies divides the reference grid by dx, dy and the reduction.
+struct J2kSamples {
+    int precision = 8;
+    bool isSigned = false;
+    uint32_t dx = 1, dy = 1;
+    J2kRect rect;
+    J2kPlane<int32_t> plane;
+};
+
+struct J2kImage {
+    std::vector<J2kSamples> components; // those that were not asked for have no samples
+    Warnings warnings;                  // damage that was survived
+};
+
+// All components, or only one. Throws CodecError where nothing can be decoded, and for pictures that are too large,
+// before memory is taken for them. What is missing is grey, or whatever the data that is there makes of it.
+J2kImage decodeJ2kComponents(const J2kCodestream& codestream, const J2kDecodeOptions& options,
+                             std::optional<size_t> component = {});
+
+}

@@ -1,0 +1,58 @@
+// Opening of JPEG 2000 files.
+#include "codec/j2k/decode/file.h"
+
+#include <string>
+
+namespace qel::codec {
+
+namespace {
+
+// The codestream is right where the boxes say otherwise.
+void compare(const Jp2File& jp2, const J2kSize& size, Warnings& warnings)
+{
+    if (jp2.components == 0) return;
+    if (jp2.width != size.picture.width() || jp2.height != size.picture.height())
+        warnings.push_back("the image header box tells another size, " + std::to_string(jp2.width) + " x " +
+                           std::to_string(jp2.height));
+    if (size_t(jp2.components) != size.components.size())
+        warnings.push_back("the image header box tells another number of components, " +
+                           std::to_string(jp2.components));
+}
+
+}
+
+bool isJpeg2000(Bytes file)
+{
+    return isJp2(file) || (isJ2kMarker(file, 0, j2k_marker::kSoc) && isJ2kMarker(file, 2, j2k_marker::kSiz));
+}
+
+J2kFile openJ2k(Bytes file)
+{
+    J2kFile opened;
+    size_t begin = 0, end = file.size();
+    if (isJp2(file)) {
+        const Jp2File& jp2 = opened.jp2.emplace(readJp2(file));
+        begin = jp2.codestreamBegin;
+        end = jp2.codestreamEnd;
+        opened.warnings = jp2.warnings;
+    }
+    opened.codestream = std::make_unique<J2kCodestream>(file, begin, end);
+    const Warnings& more = opened.codestream->warnings();
+    opened.warnings.insert(opened.warnings.end(), more.begin(), more.end());
+    if (opened.jp2) compare(*opened.jp2, opened.codestream->size(), opened.warnings);
+    return opened;
+}
+
+const char* nameOf(J2kOrder order)
+{
+    const char* names[] = {"LRCP", "RLCP", "RPCL", "PCRL", "CPRL"};
+    return names[int(order)];
+}
+
+const char* nameOf(J2kQuantizer quantizer)
+{
+    const char* names[] = {"none", "derived", "expounded"};
+    return names[int(quantizer)];
+}
+
+}

@@ -1,0 +1,27 @@
+// Decodes JPEG 2000 files (T.800): JP2 files and bare codestreams.
+#pragma once
+
+#include "codec/base/picture.h"
+#include "codec/formats/pgx.h"
+#include "codec/j2k/decode/components.h"
+
+namespace qel::codec {
+
+struct DecodedJ2k {
+    Picture picture;        // grey, RGB or CMYK
+    Warnings warnings;      // one line each
+    bool isDamaged = false; // some of the picture may be missing
+};
+
+// The picture that the file stands for. Throws CodecError where there is none.
+DecodedJ2k decodeJ2k(Bytes file, const J2kDecodeOptions& options = {});
+
+struct DecodedJ2kComponent {
+    PgxPicture samples;
+    Warnings warnings; // damage that was survived
+};
+
+// One component as it is coded: no palette, no up-sampling, no colour space.
+DecodedJ2kComponent decodeJ2kComponent(Bytes file, size_t component, const J2kDecodeOptions& options = {});
+
+}

@@ -1,0 +1,16 @@
+// From a tile of a picture to its wavelet coefficients: level shift, component transform, wavelet (T.800 Annexes F, G).
+#pragma once
+
+#include <vector>
+
+#include "codec/base/picture.h"
+#include "codec/j2k/wavelet.h"
+
+namespace qel::codec {
+
+// The components of the part of a picture that a tile covers, transformed; of the first three by the component
+// transform too if asked for. int32_t is for the reversible transforms, float for the irreversible ones.
+template <class Sample> std::vector<J2kSubbands<Sample>>
+forwardTransform(const Picture& picture, const J2kRect& tile, bool transformsComponents, int levels, int threads);
+
+}

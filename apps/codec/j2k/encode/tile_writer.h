@@ -1,0 +1,15 @@
+// Writes a tile: one tile-part with all packets in the order of the progression (T.800 A.4.2, B.12).
+#pragma once
+
+#include <span>
+
+#include "codec/base/byte_writer.h"
+#include "codec/j2k/encode/encoded_tile.h"
+
+namespace qel::codec {
+
+// Of each code-block, a layer has what is worth the layer's slope. The account of the tile's packets has to be empty.
+void writeJ2kTile(const J2kSize& size, const J2kParameters& parameters, std::span<const J2kSlope> layers,
+                  J2kEncodedTile& tile, ByteWriter& out);
+
+}

@@ -1,0 +1,161 @@
+// Tiles are coded, then cut to what the options allow, then written.
+#include "codec/j2k/encode/writer.h"
+
+#include <cmath>
+
+#include "codec/base/error.h"
+#include "codec/base/parallel.h"
+#include "codec/j2k/encode/box_writer.h"
+#include "codec/j2k/encode/header_writer.h"
+#include "codec/j2k/encode/rate_allocation.h"
+#include "codec/j2k/encode/step_estimate.h"
+#include "codec/j2k/encode/tile_encoder.h"
+#include "codec/j2k/encode/tile_writer.h"
+
+namespace qel::codec {
+
+namespace {
+
+// More tiles than this for each thread are spread over the threads; fewer are done one after the other, on all threads.
+constexpr uint32_t kTilesPerThread = 4;
+
+// Quantization steps are powers of 2: the file is then nearly always the same to the byte as with much finer steps, of
+// which truncation leaves nothing. That takes slopes as of a quantizer that is somewhat coarser, which the first
+// estimate, a part of the usual step, nearly always gives.
+constexpr double kFirstStep = 0.4, kLeastCoarsening = 2.3, kFinestStep = 0.125;
+
+using Tiles = std::vector<J2kEncodedTile>;
+
+double samplesOf(const Picture& picture) { return double(picture.width()) * picture.height() * picture.channels(); }
+
+class Encoder {
+public:
+    Encoder(const Picture& picture, const J2kEncodeOptions& options);
+
+    std::vector<uint8_t> encode();
+    int threads() const { return threadsForJ2k(uint64_t(samplesOf(picture_))); }
+
+private:
+    void setStep(double step);
+    double usualStep() const;
+    Tiles encodeTiles() const;
+    J2kBudget budget(const Tiles& tiles, size_t overhead) const;
+    std::vector<uint8_t> encode(J2kSlope& lastSlope) const;
+
+    const Picture& picture_;
+    const J2kEncodeOptions& options_;
+    J2kPictureCoding coding_;
+};
+
+double peakOf(const Picture& picture) { return (1 << picture.precision()) - 1; }
+
+double meanSquaredError(const Picture& picture, double psnr)
+{
+    return peakOf(picture) * peakOf(picture) / std::pow(10, psnr / 10);
+}
+
+// What a JPEG file of the quality has for a middle frequency.
+double stepForQuality(const Picture& picture, int quality)
+{
+    double percent = quality < 50 ? 5000.0 / quality : 200 - 2 * quality;
+    return std::max(16 * percent / 100, 0.5) * peakOf(picture) / 255;
+}
+
+void checkTarget(const J2kEncodeOptions& options)
+{
+    if (options.bitsPerPixel && !(*options.bitsPerPixel > 0)) throw CodecError("the rate is not above 0");
+    if (options.psnr && !(*options.psnr >= 1 && *options.psnr <= 200)) throw CodecError("a PSNR has to be 1 to 200 dB");
+    if (options.quality < 1 || options.quality > 100)
+        throw CodecError("quality " + std::to_string(options.quality) + ": it has to be 1 to 100");
+}
+
+Encoder::Encoder(const Picture& picture, const J2kEncodeOptions& options) : picture_(picture), options_(options)
+{
+    checkTarget(options);
+    coding_.size = sizeFor(picture, options);
+    coding_.termination = terminationFor(options);
+    setStep(1);
+}
+
+void Encoder::setStep(double step) { coding_.parameters = parametersFor(picture_, options_, step); }
+
+// Of a quantizer that would do without truncations.
+double Encoder::usualStep() const
+{
+    int levels = coding_.parameters.coding->levels;
+    if (options_.bitsPerPixel) return stepForRate(picture_, levels, *options_.bitsPerPixel);
+    if (options_.psnr) return stepForError(picture_, levels, meanSquaredError(picture_, *options_.psnr));
+    return stepForQuality(picture_, options_.quality);
+}
+
+Tiles Encoder::encodeTiles() const
+{
+    Tiles tiles(coding_.size.tiles());
+    size_t blocks = 0;
+    for (uint32_t i = 0; i < tiles.size(); ++i) {
+        tiles[i] = makeEncodedTile(coding_.size, coding_.parameters, i);
+        blocks += countBlocks(tiles[i]);
+    }
+    Progress progress(options_.progress, int(blocks));
+    int threads = this->threads();
+    bool isTileByTile = tiles.size() < kTilesPerThread * size_t(threads);
+    forEachInParallel(int(tiles.size()), isTileByTile ? 1 : threads, [&](int i) {
+        encodeTile(picture_, coding_, isTileByTile ? threads : 1, progress, tiles[size_t(i)]);
+    });
+    return tiles;
+}
+
+// `overhead` is what the file has besides packets.
+J2kBudget Encoder::budget(const Tiles& tiles, size_t overhead) const
+{
+    if (options_.isLossless) return {};
+    if (options_.bitsPerPixel) {
+        double bytes = *options_.bitsPerPixel * picture_.width() * picture_.height() / 8;
+        if (bytes < double(overhead)) throw CodecError("the rate allows for fewer bytes than the headers take");
+        return {.bytes = uint64_t(std::min(bytes, 1e18)) - overhead};
+    }
+    if (!options_.psnr) return {.bytes = {}, .slope = slopeOfStep(stepForQuality(picture_, options_.quality))};
+    // Rounding to whole samples adds its own error.
+    double error = meanSquaredError(picture_, *options_.psnr);
+    error = std::max(error - 1.0 / 12, error / 2);
+    return {.bytes = {}, .slope = slopeForError(tiles, error * samplesOf(picture_))};
+}
+
+std::vector<uint8_t> Encoder::encode(J2kSlope& lastSlope) const
+{
+    Tiles tiles = encodeTiles();
+    std::vector<uint8_t> file;
+    ByteWriter out(file);
+    size_t box = options_.isJp2 ? writeJp2Header(out, picture_) : 0;
+    writeJ2kMainHeader(out, coding_.size, coding_.parameters);
+    size_t overhead = file.size() + kJ2kTileOverhead * tiles.size() + kJ2kEndOverhead;
+    std::vector<J2kSlope> layers = allocateLayers(tiles, options_.layers, budget(tiles, overhead));
+    for (J2kEncodedTile& tile : tiles) writeJ2kTile(coding_.size, coding_.parameters, layers, tile, out);
+    writeJ2kEnd(out);
+    if (options_.isJp2) out.setLength(box, box);
+    lastSlope = layers.back();
+    return file;
+}
+
+// A lossy file is coded again, with finer steps, where the truncations do not leave enough of it out.
+std::vector<uint8_t> Encoder::encode()
+{
+    J2kSlope lastSlope = 0;
+    if (options_.isLossless) return encode(lastSlope);
+    double step = std::exp2(std::floor(std::log2(kFirstStep * usualStep())));
+    for (step = std::max(step, kFinestStep);; step /= 2) {
+        setStep(step);
+        std::vector<uint8_t> file = encode(lastSlope);
+        if (step <= kFinestStep || lastSlope >= slopeOfStep(kLeastCoarsening * step)) return file;
+    }
+}
+
+}
+
+std::vector<uint8_t> encodeJ2k(const Picture& picture, const J2kEncodeOptions& options)
+{
+    Encoder encoder(picture, options);
+    return withThreads(encoder.threads(), [&] { return encoder.encode(); });
+}
+
+}

@@ -1,0 +1,18 @@
+// Layout of tag trees.
+#include "codec/j2k/tag_tree.h"
+
+namespace qel::codec {
+
+TagTreeShape::TagTreeShape(uint32_t across, uint32_t down)
+{
+    if (across == 0 || down == 0) return;
+    for (;;) {
+        levels_.push_back({nodes_, across});
+        nodes_ += size_t(across) * down;
+        if (across == 1 && down == 1) break;
+        across = (across + 1) / 2;
+        down = (down + 1) / 2;
+    }
+}
+
+}

@@ -1,0 +1,393 @@
+// Decoding of whole files: one scan of all components straight into the picture, scan after scan into planes, all scans
+// of a progressive file into a store of coefficients first, or the rows of a lossless one without any of that.
+#include "codec/jpeg/decode/reader.h"
+
+#include <algorithm>
+#include <cstring>
+#include <numeric>
+
+#include "codec/base/parallel.h"
+#include "codec/jpeg/decode/lossless_reader.h"
+#include "codec/jpeg/decode/output.h"
+#include "codec/jpeg/decode/row_stream.h"
+#include "codec/jpeg/decode/scan.h"
+#include "codec/jpeg/decode/scan_chain.h"
+#include "codec/jpeg/decode/scan_pipeline.h"
+#include "codec/jpeg/progression.h"
+
+namespace qel::codec {
+
+namespace {
+
+// For the picture and everything beside it.
+constexpr uint64_t kMaxMemory = uint64_t(1920) << 20;
+
+// What is followed of an endless row of scans. Real files have about ten; a few bytes are enough for one that passes
+// over all blocks.
+constexpr int kMaxScans = 500;
+constexpr int64_t kMaxBlocksPassed = int64_t(1) << 29;
+
+class Decoder {
+public:
+    Decoder(Bytes file, const JpegDecodeOptions& options);
+
+    Picture picture();
+    std::vector<JpegPlane> separatePlanes();
+    std::vector<JpegCoefficients> coefficients();
+
+    const JpegInfo& info() const { return headers_.info(); }
+    int threads() const { return threadsFor(uint64_t(info().width) * info().height); }
+    Warnings takeWarnings() { return std::move(warnings_); }
+
+private:
+    bool isProgressive() const { return info().process == JpegProcess::progressive; }
+    bool isLossless() const { return info().process == JpegProcess::lossless; }
+    void checkSupported() const;
+    void checkHasBlocks() const;
+    void checkMemory(uint64_t bytes) const;
+    void streamScan(Picture& picture);
+    void streamStores(Picture& picture);
+    void streamLossless(Picture& picture);
+    void streamBand(const ScanLayout& layout, std::vector<BlockStore>& stores, int from, int to, Picture& picture);
+    std::vector<Plane> decodePlanes(uint64_t otherMemory);
+    std::vector<BlockStore> decodeStores(uint64_t otherMemory);
+    void decodeTogether(std::vector<BlockStore>& stores);
+    template <class DecodeRows> void forScans(DecodeRows decodeRows);
+    template <class DecodeRow> void forRows(ScanDecoder& coder, DecodeRow decodeRow);
+    bool take(const ScanHeader& scan);
+    void noteMissing();
+    std::optional<ScanHeader> scanBehind(const ScanDecoder& coder);
+    std::optional<ScanHeader> scanFrom(size_t position);
+    ScanLayout wholeLayout() const;
+    void report(const ScanDecoder& coder) const
+    {
+        if (options_.progress) options_.progress(double(coder.position()) / double(file_.size()));
+    }
+
+    Bytes file_;
+    const JpegDecodeOptions& options_;
+    JpegHeaders headers_;
+    ScanHeader firstScan_;
+    Progression progression_;
+    int64_t blocksPassed_ = 0;          // by scans
+    std::vector<QuantizerSteps> steps_; // of each component, as they are at its first scan
+    std::vector<int> decodedRows_;      // of its samples
+    Warnings warnings_;
+};
+
+Decoder::Decoder(Bytes file, const JpegDecodeOptions& options)
+    : file_(file), options_(options), headers_(file), firstScan_(*headers_.nextScan(2)), progression_(info()),
+      steps_(info().components.size()), decodedRows_(info().components.size())
+{
+    checkSupported();
+}
+
+void Decoder::checkSupported() const
+{
+    bool sequential = info().process == JpegProcess::baseline || info().process == JpegProcess::extended;
+    if (!sequential && !isProgressive() && !isLossless())
+        throw CodecError("the coding process SOF" + std::to_string(info().frameMarker - marker::kSof0) + " (" +
+                             nameOf(info().process) + ") is not supported",
+                         headers_.framePosition());
+    if (isLossless() ? info().precision < 2 || info().precision > 16 : info().precision != 8)
+        throw CodecError("samples of " + std::to_string(info().precision) + " bits are not supported",
+                         headers_.framePosition());
+    if (uint64_t(info().width) * info().height > options_.maxPixels)
+        throw CodecError("the picture has more pixels than allowed", headers_.framePosition());
+}
+
+void Decoder::checkHasBlocks() const
+{
+    if (isLossless()) throw CodecError("a lossless file holds no blocks", headers_.framePosition());
+}
+
+void Decoder::checkMemory(uint64_t bytes) const
+{
+    if (bytes > kMaxMemory) throw CodecError("the picture is too large", headers_.framePosition());
+}
+
+ScanLayout Decoder::wholeLayout() const
+{
+    std::vector<int> all(info().components.size());
+    std::iota(all.begin(), all.end(), 0);
+    return {info(), all};
+}
+
+Picture Decoder::picture()
+{
+    if (info().colour == JpegColour::other)
+        throw CodecError("a picture of " + std::to_string(info().components.size()) + " components",
+                         headers_.framePosition());
+    size_t components = info().components.size();
+    ColourSpace space = components == 1 ? ColourSpace::grey : components == 3 ? ColourSpace::rgb : ColourSpace::cmyk;
+    Picture picture(info().width, info().height, space, info().precision);
+    if (isLossless()) {
+        streamLossless(picture);
+    } else if (isProgressive()) {
+        streamStores(picture);
+    } else if (firstScan_.components.size() == components) {
+        streamScan(picture);
+    } else {
+        std::vector<Plane> planes = decodePlanes(picture.sizeInBytes());
+        int end = fillGaps(info(), decodedRows_, false, planes);
+        RowWriter writer(info(), options_.upsampling, planes, picture);
+        writer.writeUntil(end);
+        writer.fillRest();
+    }
+    return picture;
+}
+
+void Decoder::streamScan(Picture& picture)
+{
+    take(firstScan_);
+    ScanDecoder coder(file_, headers_, firstScan_);
+    ScanPipeline pipeline(info(), coder, RowStream::needsRowAbove(info(), options_));
+    pipeline.run(
+        threads(), [&](int row) { return RowStream(info(), steps_, coder.layout(), options_, picture, row); },
+        [&] { report(coder); });
+    if (scanBehind(coder)) warnings_.push_back("scans behind the picture are left out");
+}
+
+// Writes the lines of the picture that become ready with rows `from` to `to`, not including it, of MCUs.
+void Decoder::streamBand(const ScanLayout& layout, std::vector<BlockStore>& stores, int from, int to, Picture& picture)
+{
+    StoredBlocks places(layout, stores);
+    RowStream stream(info(), steps_, layout, options_, picture, from);
+    auto transform = [&](int row) { stream.row(row, [&](auto& sink) { handOver(layout, places, row, sink); }); };
+    if (from > 0 && RowStream::needsRowAbove(info(), options_)) transform(from - 1);
+    for (int row = from; row < to; ++row) {
+        transform(row);
+        stream.write(row);
+    }
+}
+
+// Bands of the picture are independent, but for the row of MCUs above each.
+void Decoder::streamStores(Picture& picture)
+{
+    std::vector<BlockStore> stores = decodeStores(picture.sizeInBytes());
+    ScanLayout layout = wholeLayout();
+    int rows = layout.mcusDown, bands = threads() == 1 ? 1 : std::min(rows, 4 * threads());
+    forEachInParallel(bands, threads(), [&](int band) {
+        auto start = [&](int b) { return int(int64_t(b) * rows / bands); };
+        streamBand(layout, stores, start(band), start(band + 1), picture);
+    });
+}
+
+void Decoder::streamLossless(Picture& picture)
+{
+    // Planes are no larger than the picture.
+    if (LosslessOutput::needsPlanes(info())) checkMemory(2 * picture.sizeInBytes());
+    LosslessOutput output(info(), picture);
+    forScans([&](ScanDecoder& coder) {
+        LosslessRows rows(info(), coder, headers_.restartInterval(), output);
+        forRows(coder, [&](int) { rows.decode(coder); });
+    });
+    output.finish(options_.upsampling);
+}
+
+// Notes what was wrong with the scan, and reads on to the next.
+std::optional<ScanHeader> Decoder::scanBehind(const ScanDecoder& coder)
+{
+    if (std::string damage = coder.damage(); !damage.empty()) warnings_.push_back(damage);
+    return scanFrom(coder.position());
+}
+
+// Headers that are damaged behind a scan may be its own data, damaged: they end the picture, but do not take away what
+// there is.
+std::optional<ScanHeader> Decoder::scanFrom(size_t position)
+{
+    try {
+        return headers_.nextScan(position);
+    } catch (const CodecError& error) {
+        warnings_.push_back(error.what());
+        return std::nullopt;
+    }
+}
+
+// False if the scan, and all behind it, are to be left out: sequential files hold each component once.
+bool Decoder::take(const ScanHeader& scan)
+{
+    for (auto& component : scan.components) {
+        const JpegComponent& c = info().components[component.index];
+        blocksPassed_ += int64_t(blocksFor(c.width)) * blocksFor(c.height);
+    }
+    if (info().scans > kMaxScans || blocksPassed_ > kMaxBlocksPassed) {
+        warnings_.push_back("scans from number " + std::to_string(info().scans) + " on are left out");
+        return false;
+    }
+    for (auto& component : scan.components) {
+        bool isNew = !progression_.has(component.index);
+        if (!isNew && !isProgressive()) {
+            warnings_.push_back("scans that repeat a component are left out");
+            return false;
+        }
+        if (isNew && !isLossless()) steps_[component.index] = headers_.quantizer(info().components[component.index]);
+    }
+    progression_.accept(scan);
+    return true;
+}
+
+void Decoder::noteMissing()
+{
+    Warnings missing = progression_.missing(isProgressive());
+    warnings_.insert(warnings_.end(), missing.begin(), missing.end());
+}
+
+// `decodeRows(coder)` for each scan.
+template <class DecodeRows> void Decoder::forScans(DecodeRows decodeRows)
+{
+    for (std::optional<ScanHeader> scan = firstScan_; scan && take(*scan);) {
+        ScanDecoder coder(file_, headers_, *scan);
+        decodeRows(coder);
+        scan = scanBehind(coder);
+    }
+    noteMissing();
+}
+
+template <class DecodeRow> void Decoder::forRows(ScanDecoder& coder, DecodeRow decodeRow)
+{
+    for (int row = 0; row < coder.layout().mcusDown && !coder.ended(); ++row) {
+        decodeRow(row);
+        report(coder);
+    }
+}
+
+std::vector<Plane> Decoder::decodePlanes(uint64_t otherMemory)
+{
+    uint64_t bytes = otherMemory;
+    for (const JpegComponent& c : info().components)
+        bytes += uint64_t(64) * paddedBlocksAcross(info(), c) * paddedBlocksDown(info(), c);
+    checkMemory(bytes);
+
+    std::vector<Plane> planes;
+    for (const JpegComponent& c : info().components)
+        planes.emplace_back(8 * paddedBlocksAcross(info(), c), 8 * paddedBlocksDown(info(), c));
+    if (isProgressive()) {
+        std::vector<BlockStore> stores = decodeStores(bytes);
+        ScanLayout layout = wholeLayout();
+        StoredBlocks places(layout, stores);
+        BlockTransform transform(steps_, layout, planes);
+        for (int row = 0; row < layout.mcusDown; ++row) {
+            transform.startRow(row);
+            handOver(layout, places, row, transform);
+        }
+        for (size_t i = 0; i < planes.size(); ++i) decodedRows_[i] = info().components[i].height;
+        return planes;
+    }
+    forScans([&](ScanDecoder& coder) {
+        BlockTransform transform(steps_, coder.layout(), planes);
+        forRows(coder, [&](int row) {
+            transform.startRow(row);
+            coder.decodeRow(transform);
+            for (const ScanShare& share : coder.layout().shares) decodedRows_[share.component] += 8 * share.down;
+        });
+    });
+    return planes;
+}
+
+std::vector<BlockStore> Decoder::decodeStores(uint64_t otherMemory)
+{
+    uint64_t bytes = otherMemory;
+    for (const JpegComponent& c : info().components)
+        bytes += uint64_t(BlockStore::kBytesPerBlock) * paddedBlocksAcross(info(), c) * paddedBlocksDown(info(), c);
+    checkMemory(bytes);
+
+    std::vector<BlockStore> stores;
+    for (const JpegComponent& c : info().components) stores.emplace_back(info(), c, BlockStore::Fill::zero);
+    if (isProgressive() && threads() > 1) {
+        decodeTogether(stores);
+        return stores;
+    }
+    forScans([&](ScanDecoder& coder) {
+        StoredBlocks places(coder.layout(), stores);
+        forRows(coder, [&](int row) {
+            places.startRow(row);
+            coder.decodeRowInto(places);
+        });
+    });
+    return stores;
+}
+
+// As many scans at once as can be found without decoding, which are all, unless the file is damaged.
+void Decoder::decodeTogether(std::vector<BlockStore>& stores)
+{
+    for (std::optional<ScanHeader> scan = firstScan_; scan;) {
+        ScanChain chain(info(), stores);
+        Warnings damages;
+        size_t warned = warnings_.size();
+        std::optional<size_t> end = scan->dataAt;
+        while (scan && end && take(*scan)) {
+            chain.add({file_, headers_, *scan});
+            end = endOfScan(file_, scan->dataAt);
+            if (end) scan = scanFrom(*end);
+        }
+        chain.run(threads(), options_.progress);
+        for (const ScanDecoder& coder : chain.scans())
+            if (std::string damage = coder.damage(); !damage.empty()) damages.push_back(damage);
+        // Scans come before what stands behind them.
+        warnings_.insert(warnings_.begin() + ptrdiff_t(warned), damages.begin(), damages.end());
+        scan = end ? std::nullopt : scanFrom(chain.scans().back().position());
+    }
+    noteMissing();
+}
+
+std::vector<JpegPlane> Decoder::separatePlanes()
+{
+    checkHasBlocks();
+    std::vector<JpegPlane> result;
+    std::vector<Plane> planes = decodePlanes(uint64_t(info().width) * info().height * info().components.size());
+    fillGaps(info(), decodedRows_, true, planes);
+    for (size_t i = 0; i < planes.size(); ++i) {
+        const JpegComponent& component = info().components[i];
+        JpegPlane& plane = result.emplace_back(JpegPlane{component.width, component.height, {}});
+        plane.samples.reserve(size_t(plane.width) * plane.height);
+        for (int y = 0; y < plane.height; ++y)
+            plane.samples.insert(plane.samples.end(), planes[i].row(y), planes[i].row(y) + plane.width);
+    }
+    return result;
+}
+
+std::vector<JpegCoefficients> Decoder::coefficients()
+{
+    checkHasBlocks();
+    uint64_t bytes = 0;
+    for (const JpegComponent& c : info().components) bytes += uint64_t(128) * blocksFor(c.width) * blocksFor(c.height);
+    std::vector<BlockStore> stores = decodeStores(bytes);
+    std::vector<JpegCoefficients> components;
+    for (size_t i = 0; i < stores.size(); ++i) {
+        const JpegComponent& c = info().components[i];
+        JpegCoefficients& result =
+            components.emplace_back(JpegCoefficients{blocksFor(c.width), blocksFor(c.height), {}});
+        result.values.reserve(size_t(64) * result.blocksAcross * result.blocksDown);
+        for (int row = 0; row < result.blocksDown; ++row) {
+            const int16_t* blocks = stores[i].block(row, 0);
+            result.values.insert(result.values.end(), blocks, blocks + size_t(64) * result.blocksAcross);
+        }
+    }
+    return components;
+}
+
+}
+
+DecodedJpeg decodeJpeg(Bytes file, const JpegDecodeOptions& options)
+{
+    Decoder decoder(file, options);
+    Picture picture = withThreads(decoder.threads(), [&] { return decoder.picture(); });
+    return {std::move(picture), decoder.info(), decoder.takeWarnings()};
+}
+
+DecodedJpegPlanes decodeJpegPlanes(Bytes file, const JpegDecodeOptions& options)
+{
+    Decoder decoder(file, options);
+    std::vector<JpegPlane> planes = withThreads(decoder.threads(), [&] { return decoder.separatePlanes(); });
+    return {std::move(planes), decoder.info(), decoder.takeWarnings()};
+}
+
+DecodedJpegCoefficients decodeJpegCoefficients(Bytes file, const JpegDecodeOptions& options)
+{
+    Decoder decoder(file, options);
+    auto components = withThreads(decoder.threads(), [&] { return decoder.coefficients(); });
+    return {std::move(components), decoder.info(), decoder.takeWarnings()};
+}
+
+}

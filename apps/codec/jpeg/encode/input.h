@@ -1,0 +1,41 @@
+// From the picture to components: colour conversion and down-sampling, a row of MCUs at a time.
+#pragma once
+
+#include <vector>
+
+#include "codec/base/picture.h"
+#include "codec/base/plane.h"
+#include "codec/jpeg/info.h"
+
+namespace qel::codec {
+
+class StripReader {
+public:
+    // `info` describes the components to be made; sampling factors are 1 or 2.
+    StripReader(const JpegInfo& info, const Picture& picture);
+
+    // Fills the strips with the rows of samples of one row of MCUs. Edges are repeated up to whole MCUs.
+    void load(int mcuRow);
+
+    // Rows of component i in the row of MCUs that was loaded last, from row 0.
+    const Plane& strip(int i) const { return components_[i].strip; }
+
+private:
+    enum class Filter { none, boxH2V1, boxH2V2, boxH1V2 };
+    struct Component {
+        Filter filter;
+        int v;
+        Plane strip;
+        Plane full; // two rows before down-sampling
+    };
+    uint8_t* rowToFill(Component& component, int y);
+    void convert(int y, uint8_t* const rows[]) const;
+    void sampleDown(Component& component, int y);
+
+    const Picture& picture_;
+    JpegColour colour_;
+    int maxV_, paddedWidth_;
+    std::vector<Component> components_;
+};
+
+}

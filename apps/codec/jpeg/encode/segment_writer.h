@@ -1,0 +1,35 @@
+// Writes the marker segments of a JPEG file (T.81 B.2).
+#pragma once
+
+#include <cstdint>
+#include <string_view>
+#include <vector>
+
+#include "codec/jpeg/headers.h"
+
+namespace qel::codec {
+
+class SegmentWriter {
+public:
+    explicit SegmentWriter(std::vector<uint8_t>& out) : out_(out) {}
+
+    void marker(uint8_t code);
+    void jfif();
+    void adobe(int transform);
+    void quantizer(int slot, const QuantizerSteps& steps);
+    void frame(const JpegInfo& info);
+    // `kind` is 0 for DC, 1 for AC.
+    void huffmanTable(int kind, int slot, const HuffmanLists& lists);
+    void restartInterval(int mcus);
+    void scan(const JpegInfo& info, const ScanHeader& scan);
+
+private:
+    void begin(uint8_t code, int parameterBytes);
+    void u8(int value) { out_.push_back(uint8_t(value)); }
+    void u16(int value);
+    void text(std::string_view text) { out_.insert(out_.end(), text.begin(), text.end()); }
+
+    std::vector<uint8_t>& out_;
+};
+
+}

@@ -1,0 +1,59 @@
+// Encodes pictures of 8-bit samples as baseline, extended sequential or progressive JPEG files, and pictures of 2 to 16
+// bits as lossless ones (T.81).
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <vector>
+
+#include "codec/base/picture.h"
+#include "codec/jpeg/encode/scan_script.h"
+#include "codec/jpeg/info.h"
+
+namespace qel::codec {
+
+struct JpegSampling {
+    int h = 1, v = 1; // 1 or 2
+};
+
+// Sampling factors of up to four components, in the file's order (Y Cb Cr, R G B, C M Y K or Y Cb Cr K).
+using JpegSamplings = std::array<JpegSampling, 4>;
+inline constexpr JpegSamplings kSampling444 = {{{1, 1}, {1, 1}, {1, 1}, {1, 1}}};
+inline constexpr JpegSamplings kSampling422 = {{{2, 1}, {1, 1}, {1, 1}, {2, 1}}};
+inline constexpr JpegSamplings kSampling440 = {{{1, 2}, {1, 1}, {1, 1}, {1, 2}}};
+inline constexpr JpegSamplings kSampling420 = {{{2, 2}, {1, 1}, {1, 1}, {2, 2}}};
+
+inline constexpr int kBestPredictor = 0;
+
+// What the file shall hold. `usual` is grey, YCbCr or YCCK, as the picture is.
+enum class JpegTarget { usual, grey, ycbcr, rgb, cmyk, ycck };
+
+struct JpegEncodeOptions {
+    int quality = 90; // 1 to 100
+    JpegTarget target = JpegTarget::usual;
+    std::optional<JpegSamplings> sampling = {}; // else 4:2:0 for YCbCr and YCCK, 4:4:4 for RGB and CMYK; grey has none
+    bool optimiseTables = false;                // Huffman tables made for this picture: two passes, a smaller file
+    bool interleaved = true;                    // one scan for all components, or one scan for each
+    bool progressive = false;                   // by the usual script, with tables made for each scan
+    JpegScanScript scans = {};                  // if not empty, these instead; they say whether the file is progressive
+    int restartInterval = 0;                    // in MCUs; 0 is none
+    int restartRows = 0;                        // or in rows of MCUs of each scan; not both
+    // At the lowest qualities, quantization steps above 255 in 16-bit tables (the file is then extended sequential).
+    bool wideQuantizers = false;
+    // A lossless file (T.81 Annex H): samples of 2 to 16 bits in the picture's own colours, with tables made for it.
+    // Restart intervals are whole rows. What is said above of quality, sampling and progressive files does not apply.
+    bool lossless = false;
+    int predictor = 1;      // 1 to 7, or kBestPredictor: the one that makes the smallest scan
+    int pointTransform = 0; // low bits of each sample to be dropped
+    bool planes = false;    // never convert MCU by MCU
+    // Called now and then with the part of the work that is done, 0 to 1; may be empty.
+    std::function<void(double)> progress = {};
+};
+
+// The file. CMYK samples are written as they stand, with an Adobe marker (whose readers take 255 for no ink). Throws
+// CodecError for options outside their range, or that do not fit the picture, or sizes that JPEG cannot hold.
+std::vector<uint8_t> encodeJpeg(const Picture& picture, const JpegEncodeOptions& options = {});
+
+}
