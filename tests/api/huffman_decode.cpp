@@ -5,7 +5,7 @@
 
 #include "argument_faults.h"
 #include "huffman_stream.h"
-#include "jpeg/entropy/huffman_bits.h"
+#include "jpeg/entropy/huffman_decode_doors.h"
 
 using namespace qel::test;
 

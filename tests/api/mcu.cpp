@@ -9,7 +9,7 @@
 
 #include "argument_faults.h"
 #include "guarded.h"
-#include "jpeg/colour/mcu.h"
+#include "jpeg/colour/mcu_doors.h"
 #include "pixel_layouts.h"
 #include "random.h"
 

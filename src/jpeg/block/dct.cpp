@@ -1,4 +1,4 @@
-// The 8x8 DCT: exported functions.
+// The 8x8 DCT: public functions.
 #include "jpeg/block/dct.h"
 
 #include "core/checks.h"
@@ -51,12 +51,4 @@ QelStatus qeliDCT8x8InvLSClip_16s8u_C1R(const int16_t* pSrc, uint8_t* pDst, int 
     if (QelStatus bad = first(pointers(pSrc, pDst), steps(dstStep))) return bad;
     kernels<DctKernels>().inverseClip(pSrc, pDst, dstStep, shift, min, max);
     return qelStsNoErr;
-}
-
-void dct_8x8_fwd_16s(const int16_t* src, int16_t* dst) { kernels<DctKernels>().forward(src, dst); }
-void dct_8x8_inv_16s(const int16_t* src, int16_t* dst) { kernels<DctKernels>().inverse(src, dst); }
-
-void own_8x8_LSClip_16s8u(const int16_t* src, uint8_t* dst, int dstStep, int16_t shift, uint8_t min, uint8_t max)
-{
-    kernels<DctKernels>().clip(src, dst, dstStep, shift, min, max);
 }

@@ -1,10 +1,8 @@
-// The 8x8 DCT, alone and fused with quantization, level shift and clamping: the table of its block kernels, and their
-// exported doors.
+// The 8x8 DCT, alone and fused with quantization, level shift and clamping: the table of its block kernels.
 #pragma once
 
 #include <stdint.h>
 
-#include "core/exports.h"
 #include "core/kernel_tables.h"
 #include "qeljx/types.h"
 
@@ -26,8 +24,3 @@ struct DctKernels {
 };
 
 }
-
-QEL_KERNEL void dct_8x8_fwd_16s(const int16_t* src, int16_t* dst);
-QEL_KERNEL void dct_8x8_inv_16s(const int16_t* src, int16_t* dst);
-QEL_KERNEL void own_8x8_LSClip_16s8u(const int16_t* src, uint8_t* dst, int dstStep, int16_t shift, uint8_t min,
-                                     uint8_t max);

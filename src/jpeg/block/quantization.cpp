@@ -1,4 +1,4 @@
-// Quantization: tables, and exported functions.
+// Quantization: tables, and public functions.
 #include "jpeg/block/quantization.h"
 
 #include <string.h>
@@ -68,19 +68,4 @@ QelStatus qeliQuantInv8x8_JPEG_16s_C1I(int16_t* pSrcDst, const uint16_t* pDecTab
     if (QelStatus bad = first(pointers(pSrcDst, pDecTable))) return bad;
     kernels<QuantizationKernels>().inverse(pSrcDst, pSrcDst, pDecTable);
     return qelStsNoErr;
-}
-
-void ownqj_QuantFwd_8x8_Sfs15_16s(const int16_t* src, int16_t* dst, const uint16_t* encTable)
-{
-    kernels<QuantizationKernels>().forward(src, dst, encTable);
-}
-
-void ownqj_QuantInv_8x8_16s(const int16_t* src, int16_t* dst, const uint16_t* decTable)
-{
-    kernels<QuantizationKernels>().inverse(src, dst, decTable);
-}
-
-void ownqj_QuantInv_8x8_16s_I(int16_t* srcDst, const uint16_t* decTable)
-{
-    kernels<QuantizationKernels>().inverse(srcDst, srcDst, decTable);
 }

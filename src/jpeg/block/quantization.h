@@ -1,9 +1,8 @@
-// Quantization: the table of its block kernels, and their exported doors.
+// Quantization: the table of its block kernels.
 #pragma once
 
 #include <stdint.h>
 
-#include "core/exports.h"
 #include "core/kernel_tables.h"
 
 namespace qel {
@@ -17,7 +16,3 @@ struct QuantizationKernels {
 };
 
 }
-
-QEL_KERNEL void ownqj_QuantFwd_8x8_Sfs15_16s(const int16_t* src, int16_t* dst, const uint16_t* encTable);
-QEL_KERNEL void ownqj_QuantInv_8x8_16s(const int16_t* src, int16_t* dst, const uint16_t* decTable);
-QEL_KERNEL void ownqj_QuantInv_8x8_16s_I(int16_t* srcDst, const uint16_t* decTable);

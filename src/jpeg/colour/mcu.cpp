@@ -1,4 +1,4 @@
-// MCU conversion: exported functions.
+// MCU conversion: public functions.
 #include "jpeg/colour/mcu.h"
 
 #include "core/checks.h"
@@ -9,16 +9,16 @@ using namespace qel;
 
 namespace {
 
-template <int kComponents, class Pixel> QelStatus decode(void (*kernel)(const int16_t* const*, Pixel*, int),
-                                                         const int16_t* const* pSrc, Pixel* pDst, int dstStep)
+template <int kComponents, class Pixel> QelStatus decode(const int16_t* const* pSrc, Pixel* pDst, int dstStep,
+                                                         void (*kernel)(const int16_t* const*, Pixel*, int))
 {
     if (QelStatus bad = first(planes<kComponents>(pSrc), pointers(pDst), steps(dstStep))) return bad;
     kernel(pSrc, pDst, dstStep);
     return qelStsNoErr;
 }
 
-template <int kComponents, class Pixel> QelStatus encode(void (*kernel)(const Pixel*, int, int16_t* const*),
-                                                         const Pixel* pSrc, int srcStep, int16_t* const* pDst)
+template <int kComponents, class Pixel> QelStatus encode(const Pixel* pSrc, int srcStep, int16_t* const* pDst,
+                                                         void (*kernel)(const Pixel*, int, int16_t* const*))
 {
     if (QelStatus bad = first(planes<kComponents>(pDst), pointers(pSrc), steps(srcStep))) return bad;
     kernel(pSrc, srcStep, pDst);
@@ -27,95 +27,192 @@ template <int kComponents, class Pixel> QelStatus encode(void (*kernel)(const Pi
 
 }
 
-// A member: components, type of its pixels, the exported function, the door to its kernel, and the kernel.
-#define QEL_DECODE(COMPONENTS, PIXEL, EXPORTED, DOOR, KERNEL)                                                          \
-    QelStatus EXPORTED(const int16_t* const* pSrc, PIXEL* pDst, int dstStep)                                           \
-    {                                                                                                                  \
-        return decode<COMPONENTS>(kernels<McuKernels>().KERNEL, pSrc, pDst, dstStep);                                  \
-    }                                                                                                                  \
-    void DOOR(const int16_t* const* src, PIXEL* dst, int dstStep) { kernels<McuKernels>().KERNEL(src, dst, dstStep); }
-#define QEL_ENCODE(COMPONENTS, PIXEL, EXPORTED, DOOR, KERNEL)                                                          \
-    QelStatus EXPORTED(const PIXEL* pSrc, int srcStep, int16_t* const* pDst)                                           \
-    {                                                                                                                  \
-        return encode<COMPONENTS>(kernels<McuKernels>().KERNEL, pSrc, srcStep, pDst);                                  \
-    }                                                                                                                  \
-    void DOOR(const PIXEL* src, int srcStep, int16_t* const* dst) { kernels<McuKernels>().KERNEL(src, srcStep, dst); }
+QelStatus qeliYCbCr444ToRGBLS_MCU_16s8u_P3C3R(const int16_t* const* pSrc, uint8_t* pDst, int dstStep)
+{
+    return decode<3>(pSrc, pDst, dstStep, kernels<McuKernels>().toRgb.s444);
+}
 
-// clang-format off
-QEL_DECODE(3, uint8_t, qeliYCbCr444ToRGBLS_MCU_16s8u_P3C3R,
-           ownqj_YCbCr444ToRGBLS_MCU_16s8u_P3C3R, toRgb.s444)
-QEL_DECODE(3, uint8_t, qeliYCbCr422ToRGBLS_MCU_16s8u_P3C3R,
-           ownqj_YCbCr422ToRGBLS_MCU_16s8u_P3C3R, toRgb.s422)
-QEL_DECODE(3, uint8_t, qeliYCbCr411ToRGBLS_MCU_16s8u_P3C3R,
-           ownqj_YCbCr411ToRGBLS_MCU_16s8u_P3C3R, toRgb.s411)
-QEL_DECODE(3, uint8_t, qeliYCbCr444ToBGRLS_MCU_16s8u_P3C3R,
-           ownqj_YCbCr444ToBGRLS_MCU_16s8u_P3C3R, toBgr.s444)
-QEL_DECODE(3, uint8_t, qeliYCbCr422ToBGRLS_MCU_16s8u_P3C3R,
-           ownqj_YCbCr422ToBGRLS_MCU_16s8u_P3C3R, toBgr.s422)
-QEL_DECODE(3, uint8_t, qeliYCbCr411ToBGRLS_MCU_16s8u_P3C3R,
-           ownqj_YCbCr411ToBGRLS_MCU_16s8u_P3C3R, toBgr.s411)
-QEL_DECODE(3, uint16_t, qeliYCbCr444ToBGR555LS_MCU_16s16u_P3C3R,
-           ownqj_YCbCr444ToBGR555LS_MCU_16s16u_P3C3R, toBgr555.s444)
-QEL_DECODE(3, uint16_t, qeliYCbCr422ToBGR555LS_MCU_16s16u_P3C3R,
-           ownqj_YCbCr422ToBGR555LS_MCU_16s16u_P3C3R, toBgr555.s422)
-QEL_DECODE(3, uint16_t, qeliYCbCr411ToBGR555LS_MCU_16s16u_P3C3R,
-           ownqj_YCbCr411ToBGR555LS_MCU_16s16u_P3C3R, toBgr555.s411)
-QEL_DECODE(3, uint16_t, qeliYCbCr444ToBGR565LS_MCU_16s16u_P3C3R,
-           ownqj_YCbCr444ToBGR565LS_MCU_16s16u_P3C3R, toBgr565.s444)
-QEL_DECODE(3, uint16_t, qeliYCbCr422ToBGR565LS_MCU_16s16u_P3C3R,
-           ownqj_YCbCr422ToBGR565LS_MCU_16s16u_P3C3R, toBgr565.s422)
-QEL_DECODE(3, uint16_t, qeliYCbCr411ToBGR565LS_MCU_16s16u_P3C3R,
-           ownqj_YCbCr411ToBGR565LS_MCU_16s16u_P3C3R, toBgr565.s411)
-QEL_DECODE(4, uint8_t, qeliYCCK444ToCMYKLS_MCU_16s8u_P4C4R,
-           ownqj_YCCK444ToCMYKLS_MCU_16s8u_P4C4R, toCmyk.s444)
-QEL_DECODE(4, uint8_t, qeliYCCK422ToCMYKLS_MCU_16s8u_P4C4R,
-           ownqj_YCCK422ToCMYKLS_MCU_16s8u_P4C4R, toCmyk.s422)
-QEL_DECODE(4, uint8_t, qeliYCCK411ToCMYKLS_MCU_16s8u_P4C4R,
-           ownqj_YCCK411ToCMYKLS_MCU_16s8u_P4C4R, toCmyk.s411)
-QEL_DECODE(3, uint8_t, qeliSampleUp444LS_MCU_16s8u_P3C3R,
-           ownqj_SampleUp444LS_MCU_16s8u_P3C3R, toYcc.s444)
-QEL_DECODE(3, uint8_t, qeliSampleUp422LS_MCU_16s8u_P3C3R,
-           ownqj_SampleUp422LS_MCU_16s8u_P3C3R, toYcc.s422)
-QEL_DECODE(3, uint8_t, qeliSampleUp411LS_MCU_16s8u_P3C3R,
-           ownqj_SampleUp411LS_MCU_16s8u_P3C3R, toYcc.s411)
-QEL_DECODE(3, uint8_t, qeliJoin422LS_MCU_16s8u_P3C2R,
-           ownqj_Join422LS_MCU_16s8u_P3C2R, toPairs422)
-QEL_ENCODE(3, uint8_t, qeliRGBToYCbCr444LS_MCU_8u16s_C3P3R,
-           ownqj_RGBToYCbCr444LS_MCU_8u16s_C3P3R, fromRgb.s444)
-QEL_ENCODE(3, uint8_t, qeliRGBToYCbCr422LS_MCU_8u16s_C3P3R,
-           ownqj_RGBToYCbCr422LS_MCU_8u16s_C3P3R, fromRgb.s422)
-QEL_ENCODE(3, uint8_t, qeliRGBToYCbCr411LS_MCU_8u16s_C3P3R,
-           ownqj_RGBToYCbCr411LS_MCU_8u16s_C3P3R, fromRgb.s411)
-QEL_ENCODE(3, uint8_t, qeliBGRToYCbCr444LS_MCU_8u16s_C3P3R,
-           ownqj_BGRToYCbCr444LS_MCU_8u16s_C3P3R, fromBgr.s444)
-QEL_ENCODE(3, uint8_t, qeliBGRToYCbCr422LS_MCU_8u16s_C3P3R,
-           ownqj_BGRToYCbCr422LS_MCU_8u16s_C3P3R, fromBgr.s422)
-QEL_ENCODE(3, uint8_t, qeliBGRToYCbCr411LS_MCU_8u16s_C3P3R,
-           ownqj_BGRToYCbCr411LS_MCU_8u16s_C3P3R, fromBgr.s411)
-QEL_ENCODE(3, uint16_t, qeliBGR555ToYCbCr444LS_MCU_16u16s_C3P3R,
-           ownqj_BGR555ToYCbCr444LS_MCU_16u16s_C3P3R, fromBgr555.s444)
-QEL_ENCODE(3, uint16_t, qeliBGR555ToYCbCr422LS_MCU_16u16s_C3P3R,
-           ownqj_BGR555ToYCbCr422LS_MCU_16u16s_C3P3R, fromBgr555.s422)
-QEL_ENCODE(3, uint16_t, qeliBGR555ToYCbCr411LS_MCU_16u16s_C3P3R,
-           ownqj_BGR555ToYCbCr411LS_MCU_16u16s_C3P3R, fromBgr555.s411)
-QEL_ENCODE(3, uint16_t, qeliBGR565ToYCbCr444LS_MCU_16u16s_C3P3R,
-           ownqj_BGR565ToYCbCr444LS_MCU_16u16s_C3P3R, fromBgr565.s444)
-QEL_ENCODE(3, uint16_t, qeliBGR565ToYCbCr422LS_MCU_16u16s_C3P3R,
-           ownqj_BGR565ToYCbCr422LS_MCU_16u16s_C3P3R, fromBgr565.s422)
-QEL_ENCODE(3, uint16_t, qeliBGR565ToYCbCr411LS_MCU_16u16s_C3P3R,
-           ownqj_BGR565ToYCbCr411LS_MCU_16u16s_C3P3R, fromBgr565.s411)
-QEL_ENCODE(4, uint8_t, qeliCMYKToYCCK444LS_MCU_8u16s_C4P4R,
-           ownqj_CMYKToYCCK444LS_MCU_8u16s_C4P4R, fromCmyk.s444)
-QEL_ENCODE(4, uint8_t, qeliCMYKToYCCK422LS_MCU_8u16s_C4P4R,
-           ownqj_CMYKToYCCK422LS_MCU_8u16s_C4P4R, fromCmyk.s422)
-QEL_ENCODE(4, uint8_t, qeliCMYKToYCCK411LS_MCU_8u16s_C4P4R,
-           ownqj_CMYKToYCCK411LS_MCU_8u16s_C4P4R, fromCmyk.s411)
-QEL_ENCODE(3, uint8_t, qeliSampleDown444LS_MCU_8u16s_C3P3R,
-           ownqj_SampleDown444LS_MCU_8u16s_C3P3R, fromYcc.s444)
-QEL_ENCODE(3, uint8_t, qeliSampleDown422LS_MCU_8u16s_C3P3R,
-           ownqj_SampleDown422LS_MCU_8u16s_C3P3R, fromYcc.s422)
-QEL_ENCODE(3, uint8_t, qeliSampleDown411LS_MCU_8u16s_C3P3R,
-           ownqj_SampleDown411LS_MCU_8u16s_C3P3R, fromYcc.s411)
-QEL_ENCODE(3, uint8_t, qeliSplit422LS_MCU_8u16s_C2P3R,
-           ownqj_Split422LS_MCU_8u16s_C2P3R, fromPairs422)
-// clang-format on
+QelStatus qeliYCbCr422ToRGBLS_MCU_16s8u_P3C3R(const int16_t* const* pSrc, uint8_t* pDst, int dstStep)
+{
+    return decode<3>(pSrc, pDst, dstStep, kernels<McuKernels>().toRgb.s422);
+}
+
+QelStatus qeliYCbCr411ToRGBLS_MCU_16s8u_P3C3R(const int16_t* const* pSrc, uint8_t* pDst, int dstStep)
+{
+    return decode<3>(pSrc, pDst, dstStep, kernels<McuKernels>().toRgb.s411);
+}
+
+QelStatus qeliYCbCr444ToBGRLS_MCU_16s8u_P3C3R(const int16_t* const* pSrc, uint8_t* pDst, int dstStep)
+{
+    return decode<3>(pSrc, pDst, dstStep, kernels<McuKernels>().toBgr.s444);
+}
+
+QelStatus qeliYCbCr422ToBGRLS_MCU_16s8u_P3C3R(const int16_t* const* pSrc, uint8_t* pDst, int dstStep)
+{
+    return decode<3>(pSrc, pDst, dstStep, kernels<McuKernels>().toBgr.s422);
+}
+
+QelStatus qeliYCbCr411ToBGRLS_MCU_16s8u_P3C3R(const int16_t* const* pSrc, uint8_t* pDst, int dstStep)
+{
+    return decode<3>(pSrc, pDst, dstStep, kernels<McuKernels>().toBgr.s411);
+}
+
+QelStatus qeliYCbCr444ToBGR555LS_MCU_16s16u_P3C3R(const int16_t* const* pSrc, uint16_t* pDst, int dstStep)
+{
+    return decode<3>(pSrc, pDst, dstStep, kernels<McuKernels>().toBgr555.s444);
+}
+
+QelStatus qeliYCbCr422ToBGR555LS_MCU_16s16u_P3C3R(const int16_t* const* pSrc, uint16_t* pDst, int dstStep)
+{
+    return decode<3>(pSrc, pDst, dstStep, kernels<McuKernels>().toBgr555.s422);
+}
+
+QelStatus qeliYCbCr411ToBGR555LS_MCU_16s16u_P3C3R(const int16_t* const* pSrc, uint16_t* pDst, int dstStep)
+{
+    return decode<3>(pSrc, pDst, dstStep, kernels<McuKernels>().toBgr555.s411);
+}
+
+QelStatus qeliYCbCr444ToBGR565LS_MCU_16s16u_P3C3R(const int16_t* const* pSrc, uint16_t* pDst, int dstStep)
+{
+    return decode<3>(pSrc, pDst, dstStep, kernels<McuKernels>().toBgr565.s444);
+}
+
+QelStatus qeliYCbCr422ToBGR565LS_MCU_16s16u_P3C3R(const int16_t* const* pSrc, uint16_t* pDst, int dstStep)
+{
+    return decode<3>(pSrc, pDst, dstStep, kernels<McuKernels>().toBgr565.s422);
+}
+
+QelStatus qeliYCbCr411ToBGR565LS_MCU_16s16u_P3C3R(const int16_t* const* pSrc, uint16_t* pDst, int dstStep)
+{
+    return decode<3>(pSrc, pDst, dstStep, kernels<McuKernels>().toBgr565.s411);
+}
+
+QelStatus qeliYCCK444ToCMYKLS_MCU_16s8u_P4C4R(const int16_t* const* pSrc, uint8_t* pDst, int dstStep)
+{
+    return decode<4>(pSrc, pDst, dstStep, kernels<McuKernels>().toCmyk.s444);
+}
+
+QelStatus qeliYCCK422ToCMYKLS_MCU_16s8u_P4C4R(const int16_t* const* pSrc, uint8_t* pDst, int dstStep)
+{
+    return decode<4>(pSrc, pDst, dstStep, kernels<McuKernels>().toCmyk.s422);
+}
+
+QelStatus qeliYCCK411ToCMYKLS_MCU_16s8u_P4C4R(const int16_t* const* pSrc, uint8_t* pDst, int dstStep)
+{
+    return decode<4>(pSrc, pDst, dstStep, kernels<McuKernels>().toCmyk.s411);
+}
+
+QelStatus qeliSampleUp444LS_MCU_16s8u_P3C3R(const int16_t* const* pSrc, uint8_t* pDst, int dstStep)
+{
+    return decode<3>(pSrc, pDst, dstStep, kernels<McuKernels>().toYcc.s444);
+}
+
+QelStatus qeliSampleUp422LS_MCU_16s8u_P3C3R(const int16_t* const* pSrc, uint8_t* pDst, int dstStep)
+{
+    return decode<3>(pSrc, pDst, dstStep, kernels<McuKernels>().toYcc.s422);
+}
+
+QelStatus qeliSampleUp411LS_MCU_16s8u_P3C3R(const int16_t* const* pSrc, uint8_t* pDst, int dstStep)
+{
+    return decode<3>(pSrc, pDst, dstStep, kernels<McuKernels>().toYcc.s411);
+}
+
+QelStatus qeliJoin422LS_MCU_16s8u_P3C2R(const int16_t* const* pSrc, uint8_t* pDst, int dstStep)
+{
+    return decode<3>(pSrc, pDst, dstStep, kernels<McuKernels>().toPairs422);
+}
+
+QelStatus qeliRGBToYCbCr444LS_MCU_8u16s_C3P3R(const uint8_t* pSrc, int srcStep, int16_t* const* pDst)
+{
+    return encode<3>(pSrc, srcStep, pDst, kernels<McuKernels>().fromRgb.s444);
+}
+
+QelStatus qeliRGBToYCbCr422LS_MCU_8u16s_C3P3R(const uint8_t* pSrc, int srcStep, int16_t* const* pDst)
+{
+    return encode<3>(pSrc, srcStep, pDst, kernels<McuKernels>().fromRgb.s422);
+}
+
+QelStatus qeliRGBToYCbCr411LS_MCU_8u16s_C3P3R(const uint8_t* pSrc, int srcStep, int16_t* const* pDst)
+{
+    return encode<3>(pSrc, srcStep, pDst, kernels<McuKernels>().fromRgb.s411);
+}
+
+QelStatus qeliBGRToYCbCr444LS_MCU_8u16s_C3P3R(const uint8_t* pSrc, int srcStep, int16_t* const* pDst)
+{
+    return encode<3>(pSrc, srcStep, pDst, kernels<McuKernels>().fromBgr.s444);
+}
+
+QelStatus qeliBGRToYCbCr422LS_MCU_8u16s_C3P3R(const uint8_t* pSrc, int srcStep, int16_t* const* pDst)
+{
+    return encode<3>(pSrc, srcStep, pDst, kernels<McuKernels>().fromBgr.s422);
+}
+
+QelStatus qeliBGRToYCbCr411LS_MCU_8u16s_C3P3R(const uint8_t* pSrc, int srcStep, int16_t* const* pDst)
+{
+    return encode<3>(pSrc, srcStep, pDst, kernels<McuKernels>().fromBgr.s411);
+}
+
+QelStatus qeliBGR555ToYCbCr444LS_MCU_16u16s_C3P3R(const uint16_t* pSrc, int srcStep, int16_t* const* pDst)
+{
+    return encode<3>(pSrc, srcStep, pDst, kernels<McuKernels>().fromBgr555.s444);
+}
+
+QelStatus qeliBGR555ToYCbCr422LS_MCU_16u16s_C3P3R(const uint16_t* pSrc, int srcStep, int16_t* const* pDst)
+{
+    return encode<3>(pSrc, srcStep, pDst, kernels<McuKernels>().fromBgr555.s422);
+}
+
+QelStatus qeliBGR555ToYCbCr411LS_MCU_16u16s_C3P3R(const uint16_t* pSrc, int srcStep, int16_t* const* pDst)
+{
+    return encode<3>(pSrc, srcStep, pDst, kernels<McuKernels>().fromBgr555.s411);
+}
+
+QelStatus qeliBGR565ToYCbCr444LS_MCU_16u16s_C3P3R(const uint16_t* pSrc, int srcStep, int16_t* const* pDst)
+{
+    return encode<3>(pSrc, srcStep, pDst, kernels<McuKernels>().fromBgr565.s444);
+}
+
+QelStatus qeliBGR565ToYCbCr422LS_MCU_16u16s_C3P3R(const uint16_t* pSrc, int srcStep, int16_t* const* pDst)
+{
+    return encode<3>(pSrc, srcStep, pDst, kernels<McuKernels>().fromBgr565.s422);
+}
+
+QelStatus qeliBGR565ToYCbCr411LS_MCU_16u16s_C3P3R(const uint16_t* pSrc, int srcStep, int16_t* const* pDst)
+{
+    return encode<3>(pSrc, srcStep, pDst, kernels<McuKernels>().fromBgr565.s411);
+}
+
+QelStatus qeliCMYKToYCCK444LS_MCU_8u16s_C4P4R(const uint8_t* pSrc, int srcStep, int16_t* const* pDst)
+{
+    return encode<4>(pSrc, srcStep, pDst, kernels<McuKernels>().fromCmyk.s444);
+}
+
+QelStatus qeliCMYKToYCCK422LS_MCU_8u16s_C4P4R(const uint8_t* pSrc, int srcStep, int16_t* const* pDst)
+{
+    return encode<4>(pSrc, srcStep, pDst, kernels<McuKernels>().fromCmyk.s422);
+}
+
+QelStatus qeliCMYKToYCCK411LS_MCU_8u16s_C4P4R(const uint8_t* pSrc, int srcStep, int16_t* const* pDst)
+{
+    return encode<4>(pSrc, srcStep, pDst, kernels<McuKernels>().fromCmyk.s411);
+}
+
+QelStatus qeliSampleDown444LS_MCU_8u16s_C3P3R(const uint8_t* pSrc, int srcStep, int16_t* const* pDst)
+{
+    return encode<3>(pSrc, srcStep, pDst, kernels<McuKernels>().fromYcc.s444);
+}
+
+QelStatus qeliSampleDown422LS_MCU_8u16s_C3P3R(const uint8_t* pSrc, int srcStep, int16_t* const* pDst)
+{
+    return encode<3>(pSrc, srcStep, pDst, kernels<McuKernels>().fromYcc.s422);
+}
+
+QelStatus qeliSampleDown411LS_MCU_8u16s_C3P3R(const uint8_t* pSrc, int srcStep, int16_t* const* pDst)
+{
+    return encode<3>(pSrc, srcStep, pDst, kernels<McuKernels>().fromYcc.s411);
+}
+
+QelStatus qeliSplit422LS_MCU_8u16s_C2P3R(const uint8_t* pSrc, int srcStep, int16_t* const* pDst)
+{
+    return encode<3>(pSrc, srcStep, pDst, kernels<McuKernels>().fromPairs422);
+}

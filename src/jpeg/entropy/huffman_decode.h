@@ -1,9 +1,8 @@
-// Sequential Huffman decoding: the table of its kernels, and their exported doors.
+// Sequential Huffman decoding: the table of its kernels.
 #pragma once
 
 #include <stdint.h>
 
-#include "core/exports.h"
 #include "core/kernel_tables.h"
 #include "jpeg/entropy/huffman_tables.h"
 #include "qeljx/jpeg_entropy.h"
@@ -38,15 +37,3 @@ struct HuffmanDecodeKernels {
 };
 
 }
-
-QEL_KERNEL QelStatus ownqj_DecodeHuffman8x8_JPEG_1u16s_C1(const uint8_t* src, int srcLen, int* pos, int16_t* dst,
-                                                          int16_t* lastDc, uint32_t* marker,
-                                                          const QelDecodeHuffmanSpec* dc,
-                                                          const QelDecodeHuffmanSpec* ac, QelDecodeHuffmanState* state);
-QEL_KERNEL QelStatus ownqj_DecodeHuffman8x8_Direct_JPEG_1u16s_C1(const uint8_t* src, int* bitPosition, int16_t* dst,
-                                                                 int16_t* lastDc, uint32_t* marker, uint32_t* bits,
-                                                                 int* count, const QelDecodeHuffmanSpec* dc,
-                                                                 const QelDecodeHuffmanSpec* ac);
-QEL_KERNEL QelStatus ownqj_DecodeHuffmanOne_JPEG_1u16s_C1(const uint8_t* src, int srcLen, int* pos, int16_t* dst,
-                                                          uint32_t* marker, const QelDecodeHuffmanSpec* spec,
-                                                          QelDecodeHuffmanState* state);

@@ -1,4 +1,4 @@
-// Sequential Huffman encoding and statistics: exported functions, and the plain steps, which define what is written.
+// Sequential Huffman encoding and statistics: public functions, and the plain steps, which define what is written.
 #include "jpeg/entropy/huffman_encode.h"
 
 #include "core/checks.h"
@@ -33,23 +33,6 @@ QelStatus encodeAc(const PlainWriter& out, const int16_t* block, const QelEncode
         run = 0;
     }
     return run == 0 ? qelStsNoErr : out.writeSymbol(ac, kEndOfBlock);
-}
-
-// What writeShort leaves, faults of arguments, and the end of the scan. Failures to write are not reported. A
-// difference of 32768 in magnitude has no bits behind its category.
-__attribute__((noinline)) QelStatus finishOne(const int16_t* src, uint8_t* dst, int dstLen, int* pos,
-                                              const QelEncodeHuffmanSpec* spec, QelEncodeHuffmanState* state, int flush)
-{
-    if (QelStatus bad = first(pointers(dst), length(dstLen), pointers(pos, state))) return bad;
-    PlainWriter out = {dst, dstLen, pos, state};
-    if (flush) {
-        out.flush();
-        return qelStsNoErr;
-    }
-    if (QelStatus bad = pointers(src, spec)) return bad;
-    int value = coefficientAt(src, 0), category = categoryOf(value);
-    if (out.writeSymbol(spec, category) == qelStsNoErr && category < 16) out.writeValue(value, category);
-    return qelStsNoErr;
 }
 
 int takeDifference(const int16_t* block, int16_t* lastDc)
@@ -102,7 +85,24 @@ QelStatus qeliEncodeHuffman8x8_Direct_JPEG_16s1u_C1(const int16_t* pSrc, uint8_t
                                                     const QelEncodeHuffmanSpec* pAcTable)
 {
     if (QelStatus bad = pointers(pSrc, pDst, pDstBitsLen, pLastDC, pDcTable, pAcTable)) return bad;
-    ownqj_EncodeHuffman8x8_Direct_JPEG_16s1u_C1(pSrc, pDst, pDstBitsLen, pLastDC, pDcTable, pAcTable);
+    kernels<HuffmanEncodeKernels>().encodeBlockDirect(pSrc, pDst, pDstBitsLen, pLastDC, pDcTable, pAcTable);
+    return qelStsNoErr;
+}
+
+// What writeShort leaves, faults of arguments, and the end of the scan. Failures to write are not reported. A
+// difference of 32768 in magnitude has no bits behind its category.
+QelStatus qel::encodeOnePlainly(const int16_t* src, uint8_t* dst, int dstLen, int* pos,
+                                const QelEncodeHuffmanSpec* spec, QelEncodeHuffmanState* state, int flush)
+{
+    if (QelStatus bad = first(pointers(dst), length(dstLen), pointers(pos, state))) return bad;
+    PlainWriter out = {dst, dstLen, pos, state};
+    if (flush) {
+        out.flush();
+        return qelStsNoErr;
+    }
+    if (QelStatus bad = pointers(src, spec)) return bad;
+    int value = coefficientAt(src, 0), category = categoryOf(value);
+    if (out.writeSymbol(spec, category) == qelStsNoErr && category < 16) out.writeValue(value, category);
     return qelStsNoErr;
 }
 
@@ -114,7 +114,7 @@ QelStatus qeliEncodeHuffmanOne_JPEG_16s1u_C1(const int16_t* pSrc, uint8_t* pDst,
     bool isPlain = pDst && pDstCurrPos && pState && pSrc && !flush && pDcTable;
     PlainWriter out = {pDst, dstLenBytes, pDstCurrPos, pState};
     if (isPlain && out.writeShort(pDcTable, magnitudeOf(coefficientAt(pSrc, 0)))) return qelStsNoErr;
-    return finishOne(pSrc, pDst, dstLenBytes, pDstCurrPos, pDcTable, pState, flush);
+    return encodeOnePlainly(pSrc, pDst, dstLenBytes, pDstCurrPos, pDcTable, pState, flush);
 }
 
 QelStatus qeliGetHuffmanStatistics8x8_JPEG_16s_C1(const int16_t* pSrc, uint32_t* pDcStatistics, uint32_t* pAcStatistics,
@@ -132,23 +132,4 @@ QelStatus qeliGetHuffmanStatisticsOne_JPEG_16s_C1(const int16_t* pSrc, uint32_t*
     if (category > 16) return qelStsOutOfRangeErr;
     ++pStatistics[category];
     return qelStsNoErr;
-}
-
-QelStatus ownqj_EncodeHuffman8x8_JPEG_16s1u_C1(const int16_t* src, uint8_t* dst, int dstLen, int* pos, int16_t* lastDc,
-                                               const QelEncodeHuffmanSpec* dc, const QelEncodeHuffmanSpec* ac,
-                                               QelEncodeHuffmanState* state)
-{
-    return kernels<HuffmanEncodeKernels>().encodeBlock(src, dst, dstLen, pos, lastDc, dc, ac, state);
-}
-
-void ownqj_EncodeHuffman8x8_Direct_JPEG_16s1u_C1(const int16_t* src, uint8_t* dst, int* bitLength, int16_t* lastDc,
-                                                 const QelEncodeHuffmanSpec* dc, const QelEncodeHuffmanSpec* ac)
-{
-    kernels<HuffmanEncodeKernels>().encodeBlockDirect(src, dst, bitLength, lastDc, dc, ac);
-}
-
-void ownqj_EecodeHuffmanOne_JPEG_16s1u_C1(const int16_t* src, uint8_t* dst, int* pos, const QelEncodeHuffmanSpec* spec,
-                                          QelEncodeHuffmanState* state)
-{
-    finishOne(src, dst, *pos + 9, pos, spec, state, 0);
 }

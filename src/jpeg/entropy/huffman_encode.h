@@ -1,9 +1,9 @@
-// Sequential Huffman encoding: the table of its kernels, and their exported doors.
+// Sequential Huffman encoding: the table of its kernels, and the plain step that its doors
+// share.
 #pragma once
 
 #include <stdint.h>
 
-#include "core/exports.h"
 #include "core/kernel_tables.h"
 #include "jpeg/entropy/huffman_tables.h"
 #include "qeljx/jpeg_entropy.h"
@@ -31,14 +31,9 @@ struct HuffmanEncodeKernels {
     QEL_BUILDS(HuffmanEncodeKernels);
 };
 
-}
+// What the public function for a single value does, without its fast path.
+__attribute__((noinline)) QelStatus encodeOnePlainly(const int16_t* src, uint8_t* dst, int dstLen, int* pos,
+                                                     const QelEncodeHuffmanSpec* spec, QelEncodeHuffmanState* state,
+                                                     int flush);
 
-QEL_KERNEL QelStatus ownqj_EncodeHuffman8x8_JPEG_16s1u_C1(const int16_t* src, uint8_t* dst, int dstLen, int* pos,
-                                                          int16_t* lastDc, const QelEncodeHuffmanSpec* dc,
-                                                          const QelEncodeHuffmanSpec* ac, QelEncodeHuffmanState* state);
-QEL_KERNEL void ownqj_EncodeHuffman8x8_Direct_JPEG_16s1u_C1(const int16_t* src, uint8_t* dst, int* bitLength,
-                                                            int16_t* lastDc, const QelEncodeHuffmanSpec* dc,
-                                                            const QelEncodeHuffmanSpec* ac);
-// Needs 9 bytes of room.
-QEL_KERNEL void ownqj_EecodeHuffmanOne_JPEG_16s1u_C1(const int16_t* src, uint8_t* dst, int* pos,
-                                                     const QelEncodeHuffmanSpec* spec, QelEncodeHuffmanState* state);
+}

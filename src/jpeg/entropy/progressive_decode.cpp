@@ -1,4 +1,4 @@
-// Progressive Huffman decoding: exported functions, and the doors to the kernels of AC scans.
+// Progressive Huffman decoding: public functions.
 #include "jpeg/entropy/progressive_decode.h"
 
 #include "core/checks.h"
@@ -79,18 +79,4 @@ QelStatus qeliDecodeHuffman8x8_ACRefine_JPEG_1u16s_C1(const uint8_t* pSrc, int s
 {
     return decodeAc(&ProgressiveDecodeKernels::acRefine, pSrc, srcLenBytes, pSrcCurrPos, pDst, pMarker, ss, se, al,
                     pAcTable, pState);
-}
-
-QelStatus ownqj_DecodeHuffman8x8_ACFirst_JPEG_1u16s_C1(const uint8_t* src, int srcLen, int* pos, int16_t* block,
-                                                       uint32_t* marker, int ss, int se, int al,
-                                                       const QelDecodeHuffmanSpec* table, QelDecodeHuffmanState* state)
-{
-    return kernels<ProgressiveDecodeKernels>().acFirst(src, srcLen, pos, block, marker, ss, se, al, table, state);
-}
-
-QelStatus ownqj_DecodeHuffman8x8_ACRefine_JPEG_1u16s_C1(const uint8_t* src, int srcLen, int* pos, int16_t* block,
-                                                        uint32_t* marker, int ss, int se, int al,
-                                                        const QelDecodeHuffmanSpec* table, QelDecodeHuffmanState* state)
-{
-    return kernels<ProgressiveDecodeKernels>().acRefine(src, srcLen, pos, block, marker, ss, se, al, table, state);
 }

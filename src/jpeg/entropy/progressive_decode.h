@@ -1,9 +1,8 @@
-// Progressive Huffman decoding: the table of its kernels, and their exported doors.
+// Progressive Huffman decoding: the table of its kernels.
 #pragma once
 
 #include <stdint.h>
 
-#include "core/exports.h"
 #include "core/kernel_tables.h"
 #include "jpeg/entropy/huffman_tables.h"
 #include "qeljx/jpeg_progressive.h"
@@ -25,12 +24,3 @@ struct ProgressiveDecodeKernels {
 };
 
 }
-
-QEL_KERNEL QelStatus ownqj_DecodeHuffman8x8_ACFirst_JPEG_1u16s_C1(const uint8_t* src, int srcLen, int* pos,
-                                                                  int16_t* block, uint32_t* marker, int ss, int se,
-                                                                  int al, const QelDecodeHuffmanSpec* table,
-                                                                  QelDecodeHuffmanState* state);
-QEL_KERNEL QelStatus ownqj_DecodeHuffman8x8_ACRefine_JPEG_1u16s_C1(const uint8_t* src, int srcLen, int* pos,
-                                                                   int16_t* block, uint32_t* marker, int ss, int se,
-                                                                   int al, const QelDecodeHuffmanSpec* table,
-                                                                   QelDecodeHuffmanState* state);

@@ -1,0 +1,18 @@
+// Sequential Huffman encoding: the internal functions that the library exports beside its interface. They check
+// nothing.
+#pragma once
+
+#include <stdint.h>
+
+#include "core/exports.h"
+#include "qeljx/jpeg_entropy.h"
+
+QEL_KERNEL QelStatus ownqj_EncodeHuffman8x8_JPEG_16s1u_C1(const int16_t* src, uint8_t* dst, int dstLen, int* pos,
+                                                          int16_t* lastDc, const QelEncodeHuffmanSpec* dc,
+                                                          const QelEncodeHuffmanSpec* ac, QelEncodeHuffmanState* state);
+QEL_KERNEL void ownqj_EncodeHuffman8x8_Direct_JPEG_16s1u_C1(const int16_t* src, uint8_t* dst, int* bitLength,
+                                                            int16_t* lastDc, const QelEncodeHuffmanSpec* dc,
+                                                            const QelEncodeHuffmanSpec* ac);
+// Needs 9 bytes of room.
+QEL_KERNEL void ownqj_EecodeHuffmanOne_JPEG_16s1u_C1(const int16_t* src, uint8_t* dst, int* pos,
+                                                     const QelEncodeHuffmanSpec* spec, QelEncodeHuffmanState* state);

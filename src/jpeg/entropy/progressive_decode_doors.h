@@ -1,0 +1,17 @@
+// Progressive Huffman decoding: the internal functions that the library exports beside its interface. They check
+// nothing.
+#pragma once
+
+#include <stdint.h>
+
+#include "core/exports.h"
+#include "qeljx/jpeg_progressive.h"
+
+QEL_KERNEL QelStatus ownqj_DecodeHuffman8x8_ACFirst_JPEG_1u16s_C1(const uint8_t* src, int srcLen, int* pos,
+                                                                  int16_t* block, uint32_t* marker, int ss, int se,
+                                                                  int al, const QelDecodeHuffmanSpec* table,
+                                                                  QelDecodeHuffmanState* state);
+QEL_KERNEL QelStatus ownqj_DecodeHuffman8x8_ACRefine_JPEG_1u16s_C1(const uint8_t* src, int srcLen, int* pos,
+                                                                   int16_t* block, uint32_t* marker, int ss, int se,
+                                                                   int al, const QelDecodeHuffmanSpec* table,
+                                                                   QelDecodeHuffmanState* state);

@@ -1,0 +1,45 @@
+// Progressive Huffman encoding: exported internal functions.
+#include "jpeg/entropy/progressive_encode_doors.h"
+
+#include "core/dispatch.h"
+#include "jpeg/entropy/progressive_plain_writer.h"
+
+using namespace qel;
+
+QelStatus ownqj_EncodeHuffman8x8_ACFirst_JPEG_16s1u_C1(const int16_t* src, uint8_t* dst, int dstLen, int* pos, int ss,
+                                                       int se, int al, const QelEncodeHuffmanSpec* ac,
+                                                       QelEncodeHuffmanState* state)
+{
+    auto kernel = kernels<ProgressiveEncodeKernels>().encodeFirst;
+    return encodeBand(kernel, writeFirst, src, {ss, se, al}, {{dst, dstLen, pos, state}, ac}, state);
+}
+
+QelStatus ownqj_EncodeHuffman8x8_ACRefine_JPEG_16s1u_C1(const int16_t* src, uint8_t* dst, int dstLen, int* pos, int ss,
+                                                        int se, int al, const QelEncodeHuffmanSpec* ac,
+                                                        QelEncodeHuffmanState* state)
+{
+    auto kernel = kernels<ProgressiveEncodeKernels>().encodeRefinement;
+    return encodeBand(kernel, writeRefinement, src, {ss, se, al}, {{dst, dstLen, pos, state}, ac}, state);
+}
+
+QelStatus ownqj_EncodeHuffman8x8_ACFlush_JPEG_16s1u_C1(uint8_t* dst, int dstLen, int* pos,
+                                                       const QelEncodeHuffmanSpec* ac, QelEncodeHuffmanState* state)
+{
+    return flushRun({{dst, dstLen, pos, state}, ac}, state);
+}
+
+QelStatus ownqj_count_eobrun(uint32_t* statistics, QelEncodeHuffmanState* state)
+{
+    return kernels<ProgressiveEncodeKernels>().countRun(statistics, state);
+}
+
+QelStatus ownqj_GetHuffmanStatistics8x8_ACRefine_JPEG_16s_C1(const int16_t* src, uint32_t* statistics, int ss, int se,
+                                                             int al, QelEncodeHuffmanState* state)
+{
+    return kernels<ProgressiveEncodeKernels>().countRefinement(src, statistics, {ss, se, al}, state);
+}
+
+QelStatus ownqj_GetHuffmanStatistics8x8_ACFlush_JPEG_16s_C1(uint32_t* statistics, QelEncodeHuffmanState* state)
+{
+    return flushCount(statistics, state);
+}
