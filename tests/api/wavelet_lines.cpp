@@ -4,7 +4,7 @@
 
 #include "argument_faults.h"
 #include "guarded.h"
-#include "jpeg2k/transform/line_movers.h"
+#include "jpeg2k/transform/line_mover_doors.h"
 #include "jpeg2k/transform/wavelet_doors.h"
 #include "random.h"
 #include "wavelet_functions.h"

@@ -1,5 +1,5 @@
-// Line movers: exported functions.
-#include "jpeg2k/transform/line_movers.h"
+// Line movers: exported internal functions.
+#include "jpeg2k/transform/line_mover_doors.h"
 
 #include "core/rows.h"
 #include "jpeg2k/transform/wavelet_lines.h"

@@ -1,4 +1,5 @@
-// Moves lines between a picture and a line buffer, with their symmetric extension: exported doors.
+// Moves lines between a picture and a line buffer, with their symmetric extension: internal functions that the
+// library exports beside its interface. They check nothing.
 //
 // A line is `len` samples in turns low and high; the first is high if `phase` is not 0. The extension lies
 // around it: of ReadExt as many samples on each side as 5/3 forward needs, of ReadInterleaveExt as 5/3 inverse needs (1
