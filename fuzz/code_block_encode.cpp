@@ -8,9 +8,10 @@ namespace {
 
 struct Coded {
     QelSize size;
-    int band, planes, passes, segments, style;
-    std::vector<uint8_t> bytes;
-    std::vector<uint32_t> lengths;
+    int band, style;
+    int planes = 0, passes = 0, segments = 0;
+    std::vector<uint8_t> bytes = {};
+    std::vector<uint32_t> lengths = {};
 };
 
 std::vector<int32_t> blockOf(Input& in, QelSize size)
@@ -47,7 +48,7 @@ std::vector<int32_t> decode(const Coded& coded)
     int bytes = 0, plane = 0;
     qeliDecodeGetBufSize_JPEG2K(coded.size, &bytes);
     Buffer state{size_t(bytes)}, src(coded.bytes.size());
-    memcpy(src, coded.bytes.data(), coded.bytes.size());
+    std::copy(coded.bytes.begin(), coded.bytes.end(), src.as<uint8_t>());
     std::vector<int32_t> block(size_t(coded.size.width) * size_t(coded.size.height));
     if (qeliDecodeCodeBlock_JPEG2K_1u32s_C1R(src, block.data(), 4 * coded.size.width, coded.size, coded.band,
                                              coded.planes, coded.passes, coded.lengths.data(), coded.segments,
@@ -67,8 +68,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     }();
     Input in(data, size);
     const int style = in.below(64), method = in.below(3), leastRates = in.below(2) * JPEG2K_LEAST_RATES;
-    Coded coded = {{1 + in.below(80), 1 + in.below(80)}, in.below(4)};
-    coded.style = (style & 0x1F) | (method == 2 ? int(JPEG2K_PREDICTABLE_TERMINATION) : 0);
+    Coded coded = {{1 + in.below(80), 1 + in.below(80)},
+                   in.below(4),
+                   (style & 0x1F) | (method == 2 ? int(JPEG2K_PREDICTABLE_TERMINATION) : 0)};
     std::vector<int32_t> block = blockOf(in, coded.size);
     if (qeliEncodeLoadCodeBlock_JPEG2K_32s_C1R(block.data(), 4 * coded.size.width, coded.size.width, coded.size.height,
                                                encoder, coded.band, 31, method, 0, style | leastRates, &coded.planes,

@@ -9,6 +9,10 @@ struct Encoder {
     int16_t lastDc = 0;
     Buffer table, state;
 
+    Encoder(int bytes, size_t tableSize, size_t stateSize)
+        : dst(size_t(bytes)), room(bytes), table(tableSize), state(stateSize)
+    {}
+
     QelStatus write(int which, Input& in)
     {
         in.fill(block, 2 * size_t(in.below(65)));
@@ -66,8 +70,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
         qeliEncodeHuffmanRawTableInit_JPEG_8u(counts, stated.bits, stated.values);
     }
     const int room = in.below(200);
-    Encoder encoder = {Buffer(size_t(room)), .room = room, .table = Buffer(size_t(tableSize)),
-                       .state = Buffer(size_t(stateSize))};
+    Encoder encoder(room, size_t(tableSize), size_t(stateSize));
     auto* spec = encoder.table.as<QelEncodeHuffmanSpec>();
     if (qeliEncodeHuffmanSpecInit_JPEG_8u(stated.bits, stated.values, spec) != qelStsNoErr) return 0;
     qeliEncodeHuffmanStateInit_JPEG_8u(encoder.state.as<QelEncodeHuffmanState>());

@@ -62,9 +62,14 @@ void convert(QelStatus (*function)(const S*, int, D*, int, QelSize), Input& in)
     Region src(in, kSrcBytes * size.width, size.height), dst(in, kDstBytes * size.width, size.height);
     function(src.buffer.as<S>(), src.step, dst.buffer.as<D>(), dst.step, size);
 }
-void resample(QelStatus (*function)(const uint8_t*, int, QelSize, uint8_t*, int, QelSize), Input& in)
+// Down-sampling reads twice the destination's size, up-sampling half of it, of what there is.
+enum class Way { down, up };
+void resample(QelStatus (*function)(const uint8_t*, int, QelSize, uint8_t*, int, QelSize), Way way, Input& in)
 {
-    const QelSize srcSize = sizeOf(in), dstSize = sizeOf(in);
+    const QelSize dstSize = sizeOf(in);
+    QelSize srcSize = sizeOf(in);
+    if (way == Way::down) srcSize = {2 * dstSize.width, 2 * dstSize.height};
+    if (way == Way::up) srcSize.width = (dstSize.width + 1) / 2;
     Region src(in, srcSize.width, srcSize.height), dst(in, dstSize.width, dstSize.height);
     function(src.buffer, src.step, srcSize, dst.buffer, dst.step, dstSize);
 }
@@ -120,10 +125,10 @@ void (*const kCases[])(Input&) = {
     [](Input& in) { convert<1, 2>(qeliSub128_JPEG_8u16s_C1R, in); },
     [](Input& in) { convert<2, 1>(qeliAdd128_JPEG_16s8u_C1R, in); },
     [](Input& in) { convert<1, 2>(qeliConvert_8u16u_C1R, in); },
-    [](Input& in) { resample(qeliSampleDownH2V1_JPEG_8u_C1R, in); },
-    [](Input& in) { resample(qeliSampleDownH2V2_JPEG_8u_C1R, in); },
-    [](Input& in) { resample(qeliSampleUpH2V1_JPEG_8u_C1R, in); },
-    [](Input& in) { resample(qeliSampleUpH2V2_JPEG_8u_C1R, in); },
+    [](Input& in) { resample(qeliSampleDownH2V1_JPEG_8u_C1R, Way::down, in); },
+    [](Input& in) { resample(qeliSampleDownH2V2_JPEG_8u_C1R, Way::down, in); },
+    [](Input& in) { resample(qeliSampleUpH2V1_JPEG_8u_C1R, Way::up, in); },
+    [](Input& in) { resample(qeliSampleUpH2V2_JPEG_8u_C1R, Way::up, in); },
     [](Input& in) {
         wavelet(qeliWTGetBufSize_B53_JPEG2K_16s_C1IR, qeliWTFwd_B53_JPEG2K_16s_C1IR, qeliWTInv_B53_JPEG2K_16s_C1IR,
                 true, in);

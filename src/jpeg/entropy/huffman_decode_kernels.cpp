@@ -158,7 +158,7 @@ __attribute__((noinline)) QelStatus finishOne(const uint8_t* src, int srcLen, in
     return readBytewise(src, srcLen, pos, marker, state, [=](StateReader& in) {
         int symbol = in.symbol(*spec);
         if (symbol < 0 || (symbol < 16 && !in.has(symbol))) return qelStsJPEGOutOfBufErr;
-        *dst = int16_t(symbol == 0 ? 0 : symbol > 15 ? -32768 : in.takeValue(symbol));
+        store(dst, int16_t(symbol == 0 ? 0 : symbol > 15 ? -32768 : in.takeValue(symbol)));
         return qelStsNoErr;
     });
 }
@@ -171,7 +171,7 @@ QelStatus decodeOne(const uint8_t* src, int srcLen, int* pos, int16_t* dst, uint
     bool isFull = in.fill();
     if (__builtin_expect(isFull, 1)) {
         unsigned symbol = in.symbol(*spec);
-        *dst = int16_t(__builtin_expect(symbol > 15, 0) ? -32768 : in.difference(symbol));
+        store(dst, int16_t(__builtin_expect(symbol > 15, 0) ? -32768 : in.difference(symbol)));
     }
     in.giveBackNoted(src, pos, state);
     return isFull ? qelStsNoErr : finishOne(src, srcLen, pos, dst, marker, spec, state);
