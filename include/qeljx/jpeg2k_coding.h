@@ -36,7 +36,7 @@ QEL_API QelStatus qeliDecodeGetBufSize_JPEG2K(QelSize maxSize, int* pSize);
 
 /* Decodes a code-block (T.800 D.1 to D.7) whose segments are all at hand.
  *
- * pSrc has the segments one after the other, pSegLengths their nSegments lengths in bytes; a byte behind the end of a
+ * pSrc has the segments one after the other, pSegLengths their nSegments lengths in bytes; a byte after the end of a
  * segment counts as 0xFF, and none is read. pDst takes size.height rows of size.width coefficients, dstStep bytes
  * apart, each as sign and magnitude: bit 31 is 1 for a negative one, bit p of the others is magnitude bit plane p.
  * bandType is 0 for LL, 1 for LH (low-pass horizontally), 2 for HL, 3 for HH; any other is like 0 and 1. nBitPlanes is
@@ -51,7 +51,7 @@ QEL_API QelStatus qeliDecodeGetBufSize_JPEG2K(QelSize maxSize, int* pSize);
  * A magnitude has its decoded bits, and below them a one: half of what is not known. Unless the style has
  * JPEG2K_KEEP_LOW_BITS, all bits below the current plane are cleared in the end. That is the plane p of the last pass,
  * so that the one goes; but a coefficient that has no bit of plane p yet keeps the one that stands there for it. Where
- * a cleanup pass ends a segment for another one to follow, so with every pass terminated behind each cleanup pass, the
+ * a cleanup pass ends a segment for another one to follow, so with every pass terminated after each cleanup pass, the
  * current plane is p - 1 already, and the one stays (see qeliDecodeCBProgrGetCurBitPlaneNum_JPEG2K).
  *
  * Checks, in this order: pSrc and pState (qelStsNullPtrErr), the size (qelStsSizeErr), pSegLengths and pDst
@@ -60,7 +60,7 @@ QEL_API QelStatus qeliDecodeGetBufSize_JPEG2K(QelSize maxSize, int* pSize);
  * pass goes to *pErrorBitPlane, which may be null and is otherwise not written, and the coefficients have what was
  * decoded up to and with that pass; with JPEG2K_CONCEAL_ERRORS they are cut off below that plane, which stays, as
  * qeliDecodeCBProgrConcealError_JPEG2K does. Where a style asks for both checks, that of the termination decides. It is
- * made behind arithmetic coded passes that end their segment; where the first segment has several passes, only if these
+ * made after arithmetic coded passes that end their segment; where the first segment has several passes, only if these
  * go down to the last plane that it may have. All other damage goes unnoticed, and does no harm.
  *
  * Worked: the byte 0x00 with one plane and one pass, of a block of 1x1, decodes to 1. */
@@ -84,9 +84,9 @@ QEL_API QelStatus qeliDecodeCBProgrAttach_JPEG2K_32s_C1R(int32_t* pDst, int dstS
  * also for all later segments. */
 QEL_API QelStatus qeliDecodeCBProgrStep_JPEG2K(const uint8_t* pSrc, int segmentLength, QelDecodeCBProgrState* pState);
 /* The plane of the last pass; before the first one nBitPlanes - 1, or -1 if there are no planes. Where a cleanup pass
- * ends its segment it is the next lower plane already: with JPEG2K_TERMINATE_EVERY_PASS behind each of them; else with
- * JPEG2K_BYPASS behind that of the fourth plane, or of the last if there are fewer, and behind later ones if passes are
- * left. So behind all planes it is -1, or 0 where no segment could follow; with more passes than planes can have, -1.
+ * ends its segment it is the next lower plane already: with JPEG2K_TERMINATE_EVERY_PASS after each of them; else with
+ * JPEG2K_BYPASS after that of the fourth plane, or of the last if there are fewer, and after later ones if passes are
+ * left. So after all planes it is -1, or 0 where no segment could follow; with more passes than planes can have, -1.
  * Returns qelStsNullPtrErr for a null pBitPlane. */
 QEL_API QelStatus qeliDecodeCBProgrGetCurBitPlaneNum_JPEG2K(int* pBitPlane, QelDecodeCBProgrState* pState);
 /* Of each coefficient the bits from the current plane up, those of that plane too, are kept; if its magnitude then is
@@ -162,7 +162,7 @@ QEL_API QelStatus qeliEncodeGetDist_JPEG2K(const QelEncodeState* pState, int pas
  * wherever raw passes begin or end; else there is one. */
 QEL_API QelStatus qeliEncodeGetTermPassLen_JPEG2K(const QelEncodeState* pState, int segmentIndex, uint32_t* pLength);
 
-/* Stores the next bytes of the block, segment behind segment, in as many calls as wanted. *pDstLen is the room at pDst,
+/* Stores the next bytes of the block, segment after segment, in as many calls as wanted. *pDstLen is the room at pDst,
  * and becomes the number of bytes that are stored there; *pIsNotLast becomes 1 if there are more, else 0. Without a
  * pass, or when all is stored, that is 0 bytes.
  *

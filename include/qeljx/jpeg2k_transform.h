@@ -63,7 +63,7 @@ QEL_API QelStatus qeliICTInv_JPEG2K_32f_P3C3R(const float* const pSrc[3], int sr
  * if the first sample of the region is low, anything else if it is high.
  *
  * Read beside the region are the samples that the results depend on, all of them and nothing else. They are counted
- * here along the line, before it and behind it; for columns they are rows.
+ * here along the line, before it and after it; for columns they are rows.
  *
  *   Forward, of w pairs x[0] .. x[2w - 1]:
  *     - 5/3, phase 0:   x[-2], x[-1]                     x[2w]

@@ -21,7 +21,7 @@ typedef struct QelEncodeHuffmanState QelEncodeHuffmanState; /* bits of a stream 
  *
  * Spec objects are made of the two lists of a DHT segment (T.81 B.2.4.2, C.2): pBits has 16 bytes, the numbers of codes
  * of 1 to 16 bits, and pVals as many bytes as they add up to, the symbols in order of code length. State objects are
- * zero after Init; a decoder's is initialised again behind each restart marker.
+ * zero after Init; a decoder's is initialised again after each restart marker.
  *
  * Returns qelStsNullPtrErr if a pointer is null, and from InitAlloc also if there is no memory; nothing is written
  * then. The Init functions of specs return qelStsJPEGHuffSpecErr if the lists stand for more than 256 codes; for an
@@ -72,7 +72,7 @@ QEL_API QelStatus qeliEncodeHuffmanRawTableInit_JPEG_8u(const uint32_t* pStatist
 /*
  * Encoding of sequential scans (T.81 F.1.2). A block has 64 coefficients in natural order, row after row, at any
  * address. The stream is written to pDst, a buffer of dstLenBytes bytes, from byte *pDstCurrPos on, which moves on; a
- * byte 0xFF is followed by a stuffed 0. Up to 7 bits stay in pState until the next call. Bytes behind the position are
+ * byte 0xFF is followed by a stuffed 0. Up to 7 bits stay in pState until the next call. Bytes after the position are
  * left as they are, and those before it are not looked at again: between any two calls the caller may take them away
  * and set the position to 0, or go on in another buffer. No call needs more than 512 bytes of room: 64 codes and values
  * of 32 bits, each byte stuffed; a flush needs 2. *pLastDC is the DC coefficient of the last block of the component (0
@@ -98,7 +98,7 @@ QEL_API QelStatus qeliEncodeHuffman8x8_JPEG_16s1u_C1(const int16_t* pSrc, uint8_
 /*
  * Like qeliEncodeHuffman8x8_JPEG_16s1u_C1, but without a state: *pDstBitsLen is the number of bits in pDst, and those
  * of a partial last byte stand at its top. The caller provides the room: a block adds at most 513 bytes, and nothing
- * behind its last byte is touched. The position has 31 bits: a stream ends before 256 MiB. There is no flush. Returns
+ * after its last byte is touched. The position has 31 bits: a stream ends before 256 MiB. There is no flush. Returns
  * qelStsNullPtrErr if a pointer is null, else qelStsNoErr; a block ends early at a symbol without a code.
  */
 QEL_API QelStatus qeliEncodeHuffman8x8_Direct_JPEG_16s1u_C1(const int16_t* pSrc, uint8_t* pDst, int* pDstBitsLen,
@@ -106,7 +106,7 @@ QEL_API QelStatus qeliEncodeHuffman8x8_Direct_JPEG_16s1u_C1(const int16_t* pSrc,
                                                             const QelEncodeHuffmanSpec* pAcTable);
 /*
  * The difference *pSrc of a lossless scan (T.81 H.1.2.2), at any address, like a DC coefficient; -32768 stands for the
- * difference 32768, whose category 16 has no bits behind it. Checks and flush are those of
+ * difference 32768, whose category 16 has no bits after it. Checks and flush are those of
  * qeliEncodeHuffman8x8_JPEG_16s1u_C1 (a flush looks at neither pSrc nor pDcTable), but past the checks the result is
  * always qelStsNoErr: the caller provides 8 bytes of room for a difference, 2 for a flush, and a code for every
  * category. Where one of them lacks, writing ends there.
@@ -127,9 +127,9 @@ QEL_API QelStatus qeliGetHuffmanStatisticsOne_JPEG_16s_C1(const int16_t* pSrc, u
 /*
  * Decoding of sequential scans (T.81 F.2.2). The segment is read from pSrc, srcLenBytes bytes, from byte *pSrcCurrPos
  * on, which moves on past what has been taken in: up to 63 bits wait in pState. Stuffed zeros and fill bytes are
- * dropped. When the reader comes to a marker, its code (0xD9 for 0xFF 0xD9) goes to *pMarker, the position lies behind
+ * dropped. When the reader comes to a marker, its code (0xD9 for 0xFF 0xD9) goes to *pMarker, the position lies after
  * it, and no byte is read until the caller sets *pMarker to 0; what is left in pState is still decoded. That may be
- * some blocks ahead: the reader looks on until it holds 25 bits again, also behind a block. So the marker that follows
+ * some blocks ahead: the reader looks on until it holds 25 bits again, also after a block. So the marker that follows
  * the last block of an interval, if it is in pSrc yet, has come when that block has; and a restart interval is
  *
  *     qeliDecodeHuffmanStateInit_JPEG_8u(state);
@@ -161,10 +161,10 @@ QEL_API QelStatus qeliDecodeHuffman8x8_JPEG_1u16s_C1(const uint8_t* pSrc, int sr
                                                      QelDecodeHuffmanState* pState);
 /*
  * Like qeliDecodeHuffman8x8_JPEG_1u16s_C1, but without a length: the segment has to end with a marker, and no byte
- * behind one is read. Without a state: *pPrefetchedBits holds *pNumValidPrefetchedBits unread bits (0 to 32) at its low
+ * after one is read. Without a state: *pPrefetchedBits holds *pNumValidPrefetchedBits unread bits (0 to 32) at its low
  * end, and the byte that *pSrcBitsLen, a position in bits, lies in is read next; it comes back as a multiple of 8. A
  * marker within an AC symbol ends the block with success and no valid bits left; within the DC symbol only *pMarker is
- * set, and the block is 0. The marker behind an interval's last block comes when bits are lacking, mostly with that
+ * set, and the block is 0. The marker after an interval's last block comes when bits are lacking, mostly with that
  * block but perhaps only with such a further call. Segments end before 256 MiB, as the position has 31 bits. Within the
  * bits of a value it gives qelStsJPEGOutOfBufErr. A code that is not in the table gives qelStsJPEGHuffTableErr. Before
  * all of that, qelStsNullPtrErr if a pointer is null, then qelStsBadArgErr if the position is less than 0 or the number

@@ -17,7 +17,7 @@ extern "C" {
  * magnitudes of AC coefficients are, so that -1 with al = 1 counts as 0.
  *
  * Blocks whose band has nothing (more) to code are counted in pState: the run they form, of up to 32767 blocks, is
- * written before the next coefficient, at its greatest length, or by the flush. Each scan, and behind a restart marker
+ * written before the next coefficient, at its greatest length, or by the flush. Each scan, and after a restart marker
  * each interval, therefore ends with a call whose `flush` is not 0, with the table of the scan. It looks at neither
  * block, *pLastDC, ss, se nor al.
  *
@@ -81,7 +81,7 @@ QEL_API QelStatus qeliGetHuffmanStatistics8x8_ACRefine_JPEG_16s_C1(const int16_t
  * Of a block, 64 coefficients in natural order at any address, each scan gives some coefficients or some of their bits
  * (T.81 G.2); the caller clears it before the first scan and keeps it between scans. Stream, position, marker and state
  * are those of qeliDecodeHuffman8x8_JPEG_1u16s_C1: the caller initialises pState and sets *pMarker and *pLastDC to 0
- * before each scan and behind each restart marker. A caller whose data come in pieces keeps a copy of the block too,
+ * before each scan and after each restart marker. A caller whose data come in pieces keeps a copy of the block too,
  * for refinements change some coefficients before they find that bits are lacking. ss, se and al are those of the
  * scan's header: the band, in positions along the zigzag, and the bits that this scan leaves to later ones.
  *

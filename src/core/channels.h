@@ -15,7 +15,9 @@ template <class T> struct Planes3 {
 
     template <class Visit> QEL_INLINE void atAddresses(ptrdiff_t i, Visit visit) const
     {
-        visit(first + i), visit(second + i), visit(third + i);
+        visit(first + i);
+        visit(second + i);
+        visit(third + i);
     }
     QEL_INLINE auto get(auto lanes, ptrdiff_t i) const
     {
@@ -23,7 +25,9 @@ template <class T> struct Planes3 {
     }
     QEL_INLINE void put(auto lanes, ptrdiff_t i, auto v) const
     {
-        lanes.store(first + i, v.a), lanes.store(second + i, v.b), lanes.store(third + i, v.c);
+        lanes.store(first + i, v.a);
+        lanes.store(second + i, v.b);
+        lanes.store(third + i, v.c);
     }
 };
 
@@ -41,7 +45,10 @@ template <class T> struct Planes4 {
 
     template <class Visit> QEL_INLINE void atAddresses(ptrdiff_t i, Visit visit) const
     {
-        visit(first + i), visit(second + i), visit(third + i), visit(fourth + i);
+        visit(first + i);
+        visit(second + i);
+        visit(third + i);
+        visit(fourth + i);
     }
     QEL_INLINE auto get(auto lanes, ptrdiff_t i) const
     {
@@ -49,7 +56,9 @@ template <class T> struct Planes4 {
     }
     QEL_INLINE void put(auto lanes, ptrdiff_t i, auto v) const
     {
-        lanes.store(first + i, v.a), lanes.store(second + i, v.b), lanes.store(third + i, v.c);
+        lanes.store(first + i, v.a);
+        lanes.store(second + i, v.b);
+        lanes.store(third + i, v.c);
         lanes.store(fourth + i, v.d);
     }
 };

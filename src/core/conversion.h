@@ -17,13 +17,13 @@ template <class T, int kPlanes> struct Planes {
     int step;
 
     QelStatus check() const { return qel::planes<kPlanes>(planes); }
-    // Planes that lie at the same place in pages of 4 KB hinder each other on the way past the caches, which takes
-    // twice as long as storing into them.
+    // Non-temporal stores to planes that lie at the same place in pages of 4 KB hinder each other, and take twice as
+    // long as stores into the caches.
     bool canStream() const
     {
         for (int i = 1; i < kPlanes; ++i)
             for (int j = 0; j < i; ++j)
-                if (((uintptr_t)planes[i] - (uintptr_t)planes[j]) % 4096 == 0) return false;
+                if ((uintptr_t(planes[i]) - uintptr_t(planes[j])) % 4096 == 0) return false;
         return true;
     }
     auto row(int r) const
@@ -53,7 +53,7 @@ void convertRows(Source src, Destination dst, QelSize roi, Streamable<Row> kerne
             std::apply(kernel, std::tuple_cat(src.row(r), dst.row(r), std::tuple(roi.width)));
     });
 }
-// The same behind the checks that all such functions have, by kernels or by their place in the family's table.
+// The same after the checks that all such functions have, by kernels or by their place in the family's table.
 template <Threads kThreads, class Source, class Destination, class Row>
 QelStatus convert(Source src, Destination dst, QelSize roi, Streamable<Row> kernels)
 {

@@ -47,10 +47,12 @@ template <int N> struct Lanes {
     }
     static QEL_INLINE void store2(uint8_t* p, Pair<Bytes> v)
     {
-        if constexpr (N == 1)
-            p[0] = v.a, p[1] = v.b;
-        else
+        if constexpr (N == 1) {
+            p[0] = v.a;
+            p[1] = v.b;
+        } else {
             Simd<N>::store2(p, v.a, v.b);
+        }
     }
     template <class T> static QEL_INLINE Triple<Of<T>> load3(const T* p)
     {
@@ -63,10 +65,13 @@ template <int N> struct Lanes {
     }
     template <class T> static QEL_INLINE void store3(T* p, Triple<Of<T>> v)
     {
-        if constexpr (N == 1)
-            store(p, v.a), store(p + 1, v.b), store(p + 2, v.c);
-        else
+        if constexpr (N == 1) {
+            store(p, v.a);
+            store(p + 1, v.b);
+            store(p + 2, v.c);
+        } else {
             Simd<N>::store3((uint8_t*)p, v.a, v.b, v.c);
+        }
     }
     static QEL_INLINE Quad<Bytes> load4(const uint8_t* p)
     {
@@ -79,10 +84,14 @@ template <int N> struct Lanes {
     }
     static QEL_INLINE void store4(uint8_t* p, Quad<Bytes> v)
     {
-        if constexpr (N == 1)
-            p[0] = v.a, p[1] = v.b, p[2] = v.c, p[3] = v.d;
-        else
+        if constexpr (N == 1) {
+            p[0] = v.a;
+            p[1] = v.b;
+            p[2] = v.c;
+            p[3] = v.d;
+        } else {
             Simd<N>::store4(p, v.a, v.b, v.c, v.d);
+        }
     }
 
     // Samples of 8 bits as 16.

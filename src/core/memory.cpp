@@ -18,9 +18,9 @@ constexpr size_t kMargin = 36;
 uint8_t* qelsMalloc_8u(int len)
 {
     if (len < 1) return nullptr;
-    void* block = malloc((size_t)len + kMargin);
+    void* block = malloc(size_t(len) + kMargin);
     if (block == nullptr) return nullptr;
-    auto* result = (uint8_t*)(((uintptr_t)block + kMargin - 1) & ~(uintptr_t)(kAlignment - 1));
+    auto* result = (uint8_t*)((uintptr_t(block) + kMargin - 1) & ~uintptr_t(kAlignment - 1));
     memcpy(result - sizeof block, &block, sizeof block);
     return result;
 }

@@ -19,7 +19,7 @@ template <class Lane> QEL_INLINE Lane clampTo(int v, int low, int high)
 template <int N> struct PortableSimd {
     static constexpr int kBlock = 16;
 
-    // Sums and differences that saturate.
+    // Sums and differences that saturate (x86: adds, subs; NEON: vqadd, vqsub).
     static QEL_INLINE S16<N> addSat(S16<N> a, S16<N> b)
     {
         for (int i = 0; i < N / 2; ++i) a[i] = clampTo<int16_t>(a[i] + b[i], -32768, 32767);
@@ -41,7 +41,7 @@ template <int N> struct PortableSimd {
         return a;
     }
 
-    // (a + b + 1) / 2.
+    // (a + b + 1) / 2 (pavg).
     static QEL_INLINE U8<N> average(U8<N> a, U8<N> b)
     {
         for (int i = 0; i < N; ++i) a[i] = uint8_t((a[i] + b[i] + 1) >> 1);
@@ -53,6 +53,7 @@ template <int N> struct PortableSimd {
         return a;
     }
 
+    // Minimum and maximum.
     static QEL_INLINE U8<N> least(U8<N> a, U8<N> b)
     {
         for (int i = 0; i < N; ++i) a[i] = a[i] < b[i] ? a[i] : b[i];
@@ -74,7 +75,7 @@ template <int N> struct PortableSimd {
         return a;
     }
 
-    // The upper half of each product.
+    // The upper half of each product (pmulhw, pmulhuw).
     static QEL_INLINE S16<N> mulHigh(S16<N> a, S16<N> b)
     {
         for (int i = 0; i < N / 2; ++i) a[i] = int16_t((int32_t(a[i]) * b[i]) >> 16);
@@ -86,7 +87,7 @@ template <int N> struct PortableSimd {
         return a;
     }
 
-    // Lane i is the sum of lanes 0 to i, every lane of `total` that of all; they wrap.
+    // Inclusive prefix sum: lane i is the sum of lanes 0 to i, every lane of `total` that of all; they wrap.
     static QEL_INLINE S16<N> runningSum(S16<N> a, S16<N>& total)
     {
         for (int i = 1; i < N / 2; ++i) a[i] = int16_t(a[i] + a[i - 1]);
@@ -94,7 +95,7 @@ template <int N> struct PortableSimd {
         return a;
     }
 
-    // Products in units of 2^-15, rounded to nearest, ties to even; -1 times -1 wraps.
+    // Products in units of 2^-15, rounded to nearest, ties to even (pmulhrsw has them up); -1 times -1 wraps.
     static QEL_INLINE S16<N> mulRoundEven(S16<N> a, S16<N> b)
     {
         for (int i = 0; i < N / 2; ++i) {
@@ -112,7 +113,7 @@ template <int N> struct PortableSimd {
         return (kDivisor < 0 ? kHalf - a : a + kHalf) >> kBits;
     }
 
-    // Lane i is a[2i] * b[2i] + a[2i + 1] * b[2i + 1], wrapping.
+    // Lane i is a[2i] * b[2i] + a[2i + 1] * b[2i + 1], wrapping (pmaddwd).
     static QEL_INLINE S32<N> mulAddPairs(S16<N> a, S16<N> b)
     {
         S32<N> sum = {};
@@ -121,7 +122,7 @@ template <int N> struct PortableSimd {
         return sum;
     }
 
-    // The same on bytes by signed weights, with a saturating sum.
+    // The same on bytes by signed weights, with a saturating sum (pmaddubsw).
     static QEL_INLINE S16<N> mulAddPairs(U8<N> a, S8<N> weights)
     {
         S16<N> sum = {};
@@ -130,7 +131,7 @@ template <int N> struct PortableSimd {
         return sum;
     }
 
-    // Per block: the lanes of `a`, then those of `b`, narrowed with saturation.
+    // Per block: the lanes of `a`, then those of `b`, narrowed with saturation (packssdw, packuswb).
     static QEL_INLINE S16<N> pack(S32<N> a, S32<N> b)
     {
         S16<N> packed = {};
@@ -169,25 +170,26 @@ template <int N> struct PortableSimd {
         return (V)to;
     }
 
-    // Per block: the lanes of the lower (upper) halves of `a` and `b` in turns.
+    // Interleave (punpckl, punpckh). Per block: the lanes of the lower (upper) halves of `a` and `b` in turns.
     template <class V> static QEL_INLINE V zipLow(V a, V b) { return zip<0>(a, b); }
     template <class V> static QEL_INLINE V zipHigh(V a, V b) { return zip<1>(a, b); }
 
-    // Per block: the bytes of a, b and c in turns, as three registers; and back.
+    // Interleave by three, and deinterleave. Per block: the bytes of a, b and c in turns, as three registers; and back.
     static QEL_INLINE void zip3(U8<N>& a, U8<N>& b, U8<N>& c)
     {
-        U8<N> from[3] = {a, b, c}, to[3] = {};
-        for (int i = 0; i < 3 * N; ++i) to[i % 48 / 16][i / 48 * 16 + i % 16] = from[i % 3][i / 48 * 16 + i % 48 / 3];
-        a = to[0], b = to[1], c = to[2];
+        U8<N> from[3] = {a, b, c}, *to[3] = {&a, &b, &c};
+        for (int i = 0; i < 3 * N; ++i)
+            (*to[i % 48 / 16])[i / 48 * 16 + i % 16] = from[i % 3][i / 48 * 16 + i % 48 / 3];
     }
     static QEL_INLINE void unzip3(U8<N>& a, U8<N>& b, U8<N>& c)
     {
-        U8<N> from[3] = {a, b, c}, to[3] = {};
-        for (int i = 0; i < 3 * N; ++i) to[i % 3][i / 48 * 16 + i % 48 / 3] = from[i % 48 / 16][i / 48 * 16 + i % 16];
-        a = to[0], b = to[1], c = to[2];
+        U8<N> from[3] = {a, b, c}, *to[3] = {&a, &b, &c};
+        for (int i = 0; i < 3 * N; ++i)
+            (*to[i % 3])[i / 48 * 16 + i % 48 / 3] = from[i % 48 / 16][i / 48 * 16 + i % 16];
     }
 
-    // 64 bytes, in 64 / N registers, by index: byte i becomes what byte kFrom.index[i] was. Not fast everywhere.
+    // 64 bytes, in 64 / N registers, by index (vpermb): byte i becomes what byte kFrom.index[i] was. Not fast
+    // everywhere.
     static constexpr bool kPermutesFast = true;
     template <const auto& kFrom> static QEL_INLINE void permute(U8<N>* v)
     {
@@ -197,7 +199,7 @@ template <int N> struct PortableSimd {
         __builtin_memcpy(v, to, 64);
     }
 
-    // Per block: the lanes of `v` moved up by one, behind the last lane of `before`.
+    // Per block: the lanes of `v` moved up by one, after the last lane of `before` (palignr).
     template <class V> static QEL_INLINE V shiftIn(V before, V v)
     {
         constexpr int kPerBlock = kBlock / sizeof(v[0]);
@@ -207,7 +209,7 @@ template <int N> struct PortableSimd {
         return shifted;
     }
 
-    // All lanes of `v` moved up by one, behind the last lane of `before`.
+    // The same over the whole register (NEON: vext).
     static QEL_INLINE S16<N> moveUp(S16<N> before, S16<N> v)
     {
         S16<N> moved = v;
@@ -215,7 +217,7 @@ template <int N> struct PortableSimd {
         return moved;
     }
 
-    // Towards zero; what an int32_t cannot hold gives its least value.
+    // Towards zero; what an int32_t cannot hold gives its least value (cvttps2dq).
     static QEL_INLINE S32<N> truncate(F32<N> v)
     {
         S32<N> whole = {};
@@ -236,12 +238,16 @@ template <int N> struct PortableSimd {
     static QEL_INLINE S16<N> join(S16<N / 2> lower, S16<N / 2> upper)
     {
         S16<N> joined = {};
-        for (int i = 0; i < N / 4; ++i) joined[i] = lower[i], joined[i + N / 4] = upper[i];
+        for (int i = 0; i < N / 4; ++i) {
+            joined[i] = lower[i];
+            joined[i + N / 4] = upper[i];
+        }
         return joined;
     }
     static QEL_INLINE S16<N / 2> lowerHalf(S16<N> a) { return half<0>(a); }
     static QEL_INLINE S16<N / 2> upperHalf(S16<N> a) { return half<1>(a); }
 
+    // Whether all bits are 0 (ptest).
     template <class V> static QEL_INLINE bool isZero(V v)
     {
         U64<N> lanes = (U64<N>)v;
@@ -250,7 +256,7 @@ template <int N> struct PortableSimd {
         return true;
     }
 
-    // Bit i is the highest bit of lane i.
+    // Bit i is the highest bit of lane i (pmovmskb).
     static QEL_INLINE uint64_t signMask(U8<N> a)
     {
         uint64_t mask = 0;
@@ -265,7 +271,7 @@ template <int N> struct PortableSimd {
         __builtin_memcpy(upper, (const uint8_t*)&v + N / 2, N / 2);
     }
 
-    // The bits of `bits` where `from` has ones, moved together to the low end. Not fast everywhere.
+    // The bits of `bits` where `from` has ones, moved together to the low end (pext). Not fast everywhere.
     static constexpr bool kGathersFast = false;
     static QEL_INLINE uint64_t gatherBits(uint64_t bits, uint64_t from)
     {
@@ -275,73 +281,47 @@ template <int N> struct PortableSimd {
         return gathered;
     }
 
-    // Per block of lanes wider than a byte: the even lanes of `a`, then those of `b`; and the odd ones.
+    // Deinterleave. Per block of lanes wider than a byte: the even lanes of `a`, then those of `b`; and the odd ones.
     template <class V> static QEL_INLINE void unzip2(V& a, V& b)
     {
         constexpr int kPerBlock = kBlock / sizeof(a[0]), kHalf = kPerBlock / 2;
         V from[2] = {a, b};
         for (int i = 0; i < int(N / sizeof(a[0])); ++i) {
             int lane = i / kPerBlock * kPerBlock + i % kHalf * 2;
-            a[i] = from[i % kPerBlock / kHalf][lane], b[i] = from[i % kPerBlock / kHalf][lane + 1];
+            a[i] = from[i % kPerBlock / kHalf][lane];
+            b[i] = from[i % kPerBlock / kHalf][lane + 1];
         }
     }
 
-    // k * N bytes of interleaved elements to and from k registers, in order.
-    static QEL_INLINE void load2(const uint8_t* p, U8<N>& a, U8<N>& b)
-    {
-        for (int i = 0; i < N; ++i) a[i] = p[2 * i], b[i] = p[2 * i + 1];
-    }
-    template <class V> static QEL_INLINE void store2(uint8_t* p, V a, V b)
-    {
-        constexpr int kLane = sizeof(a[0]);
-        for (int i = 0; i < N / kLane; ++i, p += 2 * kLane) store(p, a[i]), store(p + kLane, b[i]);
-    }
+    // k * N bytes of interleaved elements to and from k registers, in order (NEON: vld2, vst3 and their like).
+    static QEL_INLINE void load2(const uint8_t* p, U8<N>& a, U8<N>& b) { loadEach<2>(p, {&a, &b}); }
+    template <class V> static QEL_INLINE void store2(uint8_t* p, V a, V b) { storeEach<2, V>(p, {a, b}); }
     template <class V> static QEL_INLINE void load3(const uint8_t* p, V& a, V& b, V& c)
     {
-        constexpr int kLanes = N / sizeof(a[0]);
-        V from[3] = {load<V>(p), load<V>(p + N), load<V>(p + 2 * N)};
-        V to[3] = {};
-        for (int k = 0; k < 3 * kLanes; ++k) to[k % 3][k / 3] = from[k / kLanes][k % kLanes];
-        a = to[0], b = to[1], c = to[2];
+        loadEach<3, V>(p, {&a, &b, &c});
     }
-    template <class V> static QEL_INLINE void store3(uint8_t* p, V a, V b, V c)
-    {
-        constexpr int kLane = sizeof(a[0]);
-        for (int i = 0; i < N / kLane; ++i, p += 3 * kLane)
-            store(p, a[i]), store(p + kLane, b[i]), store(p + 2 * kLane, c[i]);
-    }
+    template <class V> static QEL_INLINE void store3(uint8_t* p, V a, V b, V c) { storeEach<3, V>(p, {a, b, c}); }
     // 3 * N bytes of triples (a, b, c) as pairs: ab[0] and c1[0] hold (a, b) and (c, 1) of the lower eight triples of
     // each block of 16, ab[1] and c1[1] those of the upper eight.
-    static QEL_INLINE void loadPairs3(const uint8_t* p, U8<N>* ab, U8<N>* c1)
-    {
-        for (int i = 0; i < N; ++i) {
-            int half = i % 16 / 8, at = i / 16 * 16 + 2 * (i % 8);
-            ab[half][at] = p[3 * i], ab[half][at + 1] = p[3 * i + 1];
-            c1[half][at] = p[3 * i + 2], c1[half][at + 1] = 1;
-        }
-    }
+    static QEL_INLINE void loadPairs3(const uint8_t* p, U8<N>* ab, U8<N>* c1) { loadPairs<3>(p, ab, c1); }
     // 4 * N bytes of (a, b, c, d) as pairs in the same order, and d.
     static QEL_INLINE void loadPairs4(const uint8_t* p, U8<N>* ab, U8<N>* c1, U8<N>& d)
     {
-        for (int i = 0; i < N; ++i) {
-            int half = i % 16 / 8, at = i / 16 * 16 + 2 * (i % 8);
-            ab[half][at] = p[4 * i], ab[half][at + 1] = p[4 * i + 1];
-            c1[half][at] = p[4 * i + 2], c1[half][at + 1] = 1;
-            d[i] = p[4 * i + 3];
-        }
+        loadPairs<4>(p, ab, c1);
+        for (int i = 0; i < N; ++i) d[i] = p[4 * i + 3];
     }
     static QEL_INLINE void load4(const uint8_t* p, U8<N>& a, U8<N>& b, U8<N>& c, U8<N>& d)
     {
-        for (int i = 0; i < N; ++i) a[i] = p[4 * i], b[i] = p[4 * i + 1], c[i] = p[4 * i + 2], d[i] = p[4 * i + 3];
+        loadEach<4>(p, {&a, &b, &c, &d});
     }
     static QEL_INLINE void store4(uint8_t* p, U8<N> a, U8<N> b, U8<N> c, U8<N> d)
     {
-        for (int i = 0; i < N; ++i) p[4 * i] = a[i], p[4 * i + 1] = b[i], p[4 * i + 2] = c[i], p[4 * i + 3] = d[i];
+        storeEach<4, U8<N>>(p, {a, b, c, d});
     }
 
-    // A store that bypasses the caches where the machine has one; `p` is a multiple of N.
+    // A non-temporal store, which bypasses the caches, where the machine has one; `p` is a multiple of N.
     template <class V> static QEL_INLINE void stream(void* p, V v) { store(p, v); }
-    // Orders the stores of stream() before all later ones.
+    // Orders the stores of stream() before all later ones (sfence).
     static QEL_INLINE void fence() {}
 
 private:
@@ -350,6 +330,27 @@ private:
         S16<N / 2> lanes = {};
         for (int i = 0; i < N / 4; ++i) lanes[i] = a[kHalf * N / 4 + i];
         return lanes;
+    }
+    template <int kChannels, class V> static QEL_INLINE void loadEach(const uint8_t* p, V* const (&to)[kChannels])
+    {
+        constexpr int kLane = sizeof((*to[0])[0]);
+        for (int i = 0; i < kChannels * N / kLane; ++i)
+            __builtin_memcpy((uint8_t*)to[i % kChannels] + i / kChannels * kLane, p + i * kLane, kLane);
+    }
+    template <int kChannels, class V> static QEL_INLINE void storeEach(uint8_t* p, const V (&from)[kChannels])
+    {
+        constexpr int kLane = sizeof(from[0][0]);
+        for (int i = 0; i < kChannels * N / kLane; ++i) store(p + i * kLane, from[i % kChannels][i / kChannels]);
+    }
+    template <int kChannels> static QEL_INLINE void loadPairs(const uint8_t* p, U8<N>* ab, U8<N>* c1)
+    {
+        for (int i = 0; i < N; ++i, p += kChannels) {
+            int half = i % 16 / 8, at = i / 16 * 16 + 2 * (i % 8);
+            ab[half][at] = p[0];
+            ab[half][at + 1] = p[1];
+            c1[half][at] = p[2];
+            c1[half][at + 1] = 1;
+        }
     }
     template <int kHalf, class V> static QEL_INLINE V zip(V a, V b)
     {
@@ -365,13 +366,15 @@ private:
 
 template <int N> struct Simd : PortableSimd<N> {};
 
-// Per block: the bytes of a, b, c and d in turns, as four registers.
+// Interleave by four. Per block: the bytes of a, b, c and d in turns, as four registers.
 template <int N> QEL_INLINE void zip4(U8<N>& a, U8<N>& b, U8<N>& c, U8<N>& d)
 {
     auto abLow = (U16<N>)Simd<N>::zipLow(a, b), abHigh = (U16<N>)Simd<N>::zipHigh(a, b);
     auto cdLow = (U16<N>)Simd<N>::zipLow(c, d), cdHigh = (U16<N>)Simd<N>::zipHigh(c, d);
-    a = (U8<N>)Simd<N>::zipLow(abLow, cdLow), b = (U8<N>)Simd<N>::zipHigh(abLow, cdLow);
-    c = (U8<N>)Simd<N>::zipLow(abHigh, cdHigh), d = (U8<N>)Simd<N>::zipHigh(abHigh, cdHigh);
+    a = (U8<N>)Simd<N>::zipLow(abLow, cdLow);
+    b = (U8<N>)Simd<N>::zipHigh(abLow, cdLow);
+    c = (U8<N>)Simd<N>::zipLow(abHigh, cdHigh);
+    d = (U8<N>)Simd<N>::zipHigh(abHigh, cdHigh);
 }
 
 }

@@ -42,15 +42,15 @@ template <class V> QEL_INLINE V load(const void* p)
 }
 template <class V> QEL_INLINE void store(void* p, V v) { __builtin_memcpy(p, &v, sizeof v); }
 
-// Reading can be faster than processors expect, which look no further ahead than the page of 4 KB: they are asked for
-// the bytes that are wanted a while later, which may lie outside of all memory.
-template <int kBytes> QEL_INLINE void fetchAhead(const uint8_t* p)
+// Hardware prefetchers stop at the page of 4 KB, so ask one page ahead. Prefetching an address that is not mapped is
+// harmless.
+template <int kBytes> QEL_INLINE void prefetchPageAhead(const uint8_t* p)
 {
 #pragma GCC unroll 8
-    for (int i = 0; i < kBytes; i += 64) __builtin_prefetch((const uint8_t*)((uintptr_t)p + 4096 + i));
+    for (int i = 0; i < kBytes; i += 64) __builtin_prefetch((const uint8_t*)(uintptr_t(p) + 4096 + i));
 }
 
-// Lanes by index, the same in each block of 16 bytes: inBlocks<1, 0, 3, 2>(v) swaps neighbours of 32 bits.
+// Shuffle: lanes by index, the same in each block of 16 bytes. inBlocks<1, 0, 3, 2>(v) swaps neighbours of 32 bits.
 template <int... kFrom, class V> QEL_INLINE V inBlocks(V v)
 {
     constexpr int kLanes = sizeof...(kFrom);
@@ -62,7 +62,7 @@ template <int... kFrom, class V> QEL_INLINE V inBlocks(V v)
                                        (kFrom + 3 * kLanes)...);
 }
 
-// The same from two registers: the lanes of `b` count on behind those of `a`.
+// The same from two registers: the lanes of `b` go on after those of `a`.
 template <int... kFrom, class V> QEL_INLINE V inBlocks(V a, V b)
 {
     constexpr int kLanes = sizeof...(kFrom), kAll = sizeof a / sizeof(a[0]);

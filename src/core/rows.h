@@ -15,7 +15,7 @@ namespace qel {
 // Row `row` of a plane whose rows lie `step` bytes apart.
 template <class T> inline T* rowAt(T* base, int step, int row)
 {
-    return (T*)((uintptr_t)base + (uintptr_t)((ptrdiff_t)step * row));
+    return (T*)(uintptr_t(base) + uintptr_t(ptrdiff_t(step) * row));
 }
 
 // Who may walk the rows: the calling thread alone, or all that OpenMP has.
@@ -34,7 +34,7 @@ static_assert(kElementsPerThread >= kSerialElements);
 inline int threadsFor([[maybe_unused]] QelSize roi)
 {
 #ifdef _OPENMP
-    int64_t paid = (int64_t)roi.width * roi.height / kElementsPerThread;
+    int64_t paid = int64_t(roi.width) * roi.height / kElementsPerThread;
     if (paid < 2 || omp_get_active_level() >= omp_get_max_active_levels()) return 1;
     int64_t most = omp_get_max_threads() < roi.height ? omp_get_max_threads() : roi.height;
     return int(paid < most ? paid : most);

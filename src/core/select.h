@@ -40,7 +40,9 @@ QEL_INLINE void replaceIf(uint32_t condition, uint32_t& x, uint32_t a, uint32_t&
 QEL_INLINE uint64_t select(uint32_t condition, uint64_t a, uint64_t b) { return condition ? a : b; }
 QEL_INLINE void replaceIf(uint32_t condition, uint32_t& x, uint32_t a, uint32_t& y, uint32_t b, uint32_t& z, uint32_t c)
 {
-    x = condition ? a : x, y = condition ? b : y, z = condition ? c : z;
+    x = condition ? a : x;
+    y = condition ? b : y;
+    z = condition ? c : z;
 }
 #endif
 

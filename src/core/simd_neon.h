@@ -101,11 +101,15 @@ template <> struct Simd<16> : PortableSimd<16> {
     template <class V> static QEL_INLINE void unzip2(V& a, V& b)
     {
         V even, odd;
-        if constexpr (sizeof(a[0]) == 2)
-            even = (V)vuzp1q_u16((uint16x8_t)a, (uint16x8_t)b), odd = (V)vuzp2q_u16((uint16x8_t)a, (uint16x8_t)b);
-        else
-            even = (V)vuzp1q_u32((uint32x4_t)a, (uint32x4_t)b), odd = (V)vuzp2q_u32((uint32x4_t)a, (uint32x4_t)b);
-        a = even, b = odd;
+        if constexpr (sizeof(a[0]) == 2) {
+            even = (V)vuzp1q_u16((uint16x8_t)a, (uint16x8_t)b);
+            odd = (V)vuzp2q_u16((uint16x8_t)a, (uint16x8_t)b);
+        } else {
+            even = (V)vuzp1q_u32((uint32x4_t)a, (uint32x4_t)b);
+            odd = (V)vuzp2q_u32((uint32x4_t)a, (uint32x4_t)b);
+        }
+        a = even;
+        b = odd;
     }
 
     // Bytes of three registers by their places among all 48.
@@ -146,18 +150,26 @@ template <> struct Simd<16> : PortableSimd<16> {
     static QEL_INLINE void load2(const uint8_t* p, U8<16>& a, U8<16>& b)
     {
         auto v = vld2q_u8(p);
-        a = (U8<16>)v.val[0], b = (U8<16>)v.val[1];
+        a = (U8<16>)v.val[0];
+        b = (U8<16>)v.val[1];
     }
     template <class V> static QEL_INLINE void load3(const uint8_t* p, V& a, V& b, V& c)
     {
-        auto from = [&](auto v) { a = (V)v.val[0], b = (V)v.val[1], c = (V)v.val[2]; };
+        auto from = [&](auto v) {
+            a = (V)v.val[0];
+            b = (V)v.val[1];
+            c = (V)v.val[2];
+        };
         if constexpr (sizeof(a[0]) == 1) from(vld3q_u8(p));
         if constexpr (sizeof(a[0]) == 4) from(vld3q_u32((const uint32_t*)p));
     }
     static QEL_INLINE void load4(const uint8_t* p, U8<16>& a, U8<16>& b, U8<16>& c, U8<16>& d)
     {
         auto v = vld4q_u8(p);
-        a = (U8<16>)v.val[0], b = (U8<16>)v.val[1], c = (U8<16>)v.val[2], d = (U8<16>)v.val[3];
+        a = (U8<16>)v.val[0];
+        b = (U8<16>)v.val[1];
+        c = (U8<16>)v.val[2];
+        d = (U8<16>)v.val[3];
     }
     template <class V> static QEL_INLINE void store2(uint8_t* p, V a, V b)
     {
@@ -227,8 +239,10 @@ private:
     static QEL_INLINE void zipPairs(U8<16> a, U8<16> b, U8<16> c, U8<16>* ab, U8<16>* c1)
     {
         U8<16> one = U8<16>{} + 1;
-        ab[0] = zipLow(a, b), ab[1] = zipHigh(a, b);
-        c1[0] = zipLow(c, one), c1[1] = zipHigh(c, one);
+        ab[0] = zipLow(a, b);
+        ab[1] = zipHigh(a, b);
+        c1[0] = zipLow(c, one);
+        c1[1] = zipHigh(c, one);
     }
 };
 constexpr Simd<16>::Triples Simd<16>::kTriples = Simd<16>::makeTriples();

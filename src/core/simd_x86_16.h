@@ -88,7 +88,10 @@ template <> struct Simd<16> : GatheredBits, Interleaved<16, Simd<16>> {
     static QEL_INLINE void store4(uint8_t* p, U8<16> a, U8<16> b, U8<16> c, U8<16> d)
     {
         zip4<16>(a, b, c, d);
-        store(p, a), store(p + 16, b), store(p + 32, c), store(p + 48, d);
+        store(p, a);
+        store(p + 16, b);
+        store(p + 32, c);
+        store(p + 48, d);
     }
 
 #if defined(__SSE4_1__)
@@ -109,7 +112,9 @@ template <> struct Simd<16> : GatheredBits, Interleaved<16, Simd<16>> {
     static QEL_INLINE void shuffleHalves(U8<16>& r0, U8<16>& r1, U8<16>& r2)
     {
         U8<16> s0 = zipLow(r0, upperHalf(r1)), s1 = zipLow(upperHalf(r0), r2), s2 = zipLow(r1, upperHalf(r2));
-        r0 = s0, r1 = s1, r2 = s2;
+        r0 = s0;
+        r1 = s1;
+        r2 = s2;
     }
     static QEL_INLINE void unshuffleHalves(U8<16>& r0, U8<16>& r1, U8<16>& r2)
     {
@@ -117,7 +122,9 @@ template <> struct Simd<16> : GatheredBits, Interleaved<16, Simd<16>> {
         auto odd = [](U8<16> r) { return (S16<16>)((U16<16>)r >> 8); };
         U8<16> s0 = packUnsigned(even(r0), even(r1)), s1 = packUnsigned(even(r2), odd(r0)),
                s2 = packUnsigned(odd(r1), odd(r2));
-        r0 = s0, r1 = s1, r2 = s2;
+        r0 = s0;
+        r1 = s1;
+        r2 = s2;
     }
     static QEL_INLINE U8<16> upperHalf(U8<16> r) { return (U8<16>)_mm_srli_si128((__m128i)r, 8); }
     static QEL_INLINE void unzip3(U8<16>& a, U8<16>& b, U8<16>& c)
@@ -131,13 +138,17 @@ template <> struct Simd<16> : GatheredBits, Interleaved<16, Simd<16>> {
 #endif
     template <class V> static QEL_INLINE void load3(const uint8_t* p, V& a, V& b, V& c)
     {
-        a = load<V>(p), b = load<V>(p + 16), c = load<V>(p + 32);
+        a = load<V>(p);
+        b = load<V>(p + 16);
+        c = load<V>(p + 32);
         unzip3(a, b, c);
     }
     template <class V> static QEL_INLINE void store3(uint8_t* p, V a, V b, V c)
     {
         zip3(a, b, c);
-        store(p, a), store(p + 16, b), store(p + 32, c);
+        store(p, a);
+        store(p + 16, b);
+        store(p + 32, c);
     }
 
     template <class V> static QEL_INLINE void stream(void* p, V v) { _mm_stream_si128((__m128i*)p, (__m128i)v); }

@@ -152,14 +152,16 @@ template <> struct Simd<32> : GatheredBits, Interleaved<32, Simd<32>> {
         auto both = (U8<32>)_mm256_inserti128_si256(_mm256_castsi128_si256(low), high, 1);
         return (U64<32>)shuffle(both, kTriples.pairs[kSkip / 4]);
     }
-    // The last load starts four bytes early, so as not to read behind the triples.
+    // The last load starts four bytes early, so as not to read beyond the triples.
     static QEL_INLINE void loadPairs3(const uint8_t* p, U8<32>* ab, U8<32>* c1)
     {
         auto one = (U8<32>)(U16<32>{} + 256);
         U64<32> t0 = fourTriples<0>(p), t1 = fourTriples<0>(p + 12);
         U64<32> t2 = fourTriples<0>(p + 24), t3 = fourTriples<4>(p + 36);
-        ab[0] = (U8<32>)zipLow(t0, t1), ab[1] = (U8<32>)zipLow(t2, t3);
-        c1[0] = (U8<32>)zipHigh(t0, t1) | one, c1[1] = (U8<32>)zipHigh(t2, t3) | one;
+        ab[0] = (U8<32>)zipLow(t0, t1);
+        ab[1] = (U8<32>)zipLow(t2, t3);
+        c1[0] = (U8<32>)zipHigh(t0, t1) | one;
+        c1[1] = (U8<32>)zipHigh(t2, t3) | one;
     }
     // Four quadruples for each block: their pairs (a, b) in its lower half, pairs (c, d) in its upper one.
     static QEL_INLINE U64<32> fourQuadruples(const uint8_t* p)
@@ -172,9 +174,11 @@ template <> struct Simd<32> : GatheredBits, Interleaved<32, Simd<32>> {
     {
         U64<32> q0 = fourQuadruples(p), q1 = fourQuadruples(p + 16);
         U64<32> q2 = fourQuadruples(p + 32), q3 = fourQuadruples(p + 48);
-        ab[0] = (U8<32>)zipLow(q0, q1), ab[1] = (U8<32>)zipLow(q2, q3);
+        ab[0] = (U8<32>)zipLow(q0, q1);
+        ab[1] = (U8<32>)zipLow(q2, q3);
         auto cd0 = (U16<32>)zipHigh(q0, q1), cd1 = (U16<32>)zipHigh(q2, q3);
-        c1[0] = (U8<32>)((cd0 & 0xFF) | 256), c1[1] = (U8<32>)((cd1 & 0xFF) | 256);
+        c1[0] = (U8<32>)((cd0 & 0xFF) | 256);
+        c1[1] = (U8<32>)((cd1 & 0xFF) | 256);
         d = packUnsigned((S16<32>)(cd0 >> 8), (S16<32>)(cd1 >> 8));
     }
     template <class V> static QEL_INLINE void store3(uint8_t* p, V a, V b, V c)

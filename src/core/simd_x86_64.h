@@ -39,7 +39,7 @@ constexpr auto kTriplesOfWords = makeWideTriples<uint32_t>();
 template <> struct Simd<64> : GatheredBits, Interleaved<64, Simd<64>> {
     QEL_X86_OPERATIONS(64, _mm512, __m512i, __m512)
 
-    // Sums of four lanes, of eight, of each block; then sums of blocks join those behind them.
+    // Sums of four lanes, of eight, of each block; then sums of blocks join those after them.
     static QEL_INLINE S16<64> runningSum(S16<64> a, S16<64>& total)
     {
         a += (S16<64>)((U64<64>)a << 16);

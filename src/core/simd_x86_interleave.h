@@ -48,12 +48,16 @@ template <int N, class Simd> struct Interleaved {
     template <class V> static QEL_INLINE void zip3(V& a, V& b, V& c)
     {
         V s0 = inBlocks<0, 3, 2, 1>(a), s1 = inBlocks<1, 0, 3, 2>(b), s2 = inBlocks<2, 1, 0, 3>(c);
-        a = blendTurns(s0, s1, s2), b = blendTurns(s1, s2, s0), c = blendTurns(s2, s0, s1);
+        a = blendTurns(s0, s1, s2);
+        b = blendTurns(s1, s2, s0);
+        c = blendTurns(s2, s0, s1);
     }
     template <class V> static QEL_INLINE void unzip3(V& r0, V& r1, V& r2)
     {
         V a = blendTurns(r0, r2, r1), b = blendTurns(r1, r0, r2), c = blendTurns(r2, r1, r0);
-        r0 = inBlocks<0, 3, 2, 1>(a), r1 = inBlocks<1, 0, 3, 2>(b), r2 = inBlocks<2, 1, 0, 3>(c);
+        r0 = inBlocks<0, 3, 2, 1>(a);
+        r1 = inBlocks<1, 0, 3, 2>(b);
+        r2 = inBlocks<2, 1, 0, 3>(c);
     }
 
     // These two need byte shuffles; Simd<16> has others for SSE2.
@@ -88,7 +92,8 @@ template <int N, class Simd> struct Interleaved {
     static QEL_INLINE void load2(const uint8_t* p, U8<N>& a, U8<N>& b)
     {
         auto first = load<U8<N>>(p), second = load<U8<N>>(p + N);
-        a = evenBytes(first, second), b = oddBytes(first, second);
+        a = evenBytes(first, second);
+        b = oddBytes(first, second);
     }
     template <class V> static QEL_INLINE void unzip2(V& a, V& b)
     {
@@ -118,8 +123,10 @@ template <int N, class Simd> struct Interleaved {
     static QEL_INLINE void zipPairs(U8<N> a, U8<N> b, U8<N> c, U8<N>* ab, U8<N>* c1)
     {
         U8<N> one = U8<N>{} + 1;
-        ab[0] = Simd::zipLow(a, b), ab[1] = Simd::zipHigh(a, b);
-        c1[0] = Simd::zipLow(c, one), c1[1] = Simd::zipHigh(c, one);
+        ab[0] = Simd::zipLow(a, b);
+        ab[1] = Simd::zipHigh(a, b);
+        c1[0] = Simd::zipLow(c, one);
+        c1[1] = Simd::zipHigh(c, one);
     }
     static QEL_INLINE void load4(const uint8_t* p, U8<N>& a, U8<N>& b, U8<N>& c, U8<N>& d)
     {

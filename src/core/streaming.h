@@ -1,4 +1,5 @@
-// Output that no cache can hold goes past the caches, by non-temporal stores: the one place that decides it.
+// Output that no cache can hold is streamed: non-temporal stores write it to memory and leave the caches to others.
+// This is the one place that decides it.
 #pragma once
 
 #include <stddef.h>
@@ -10,12 +11,12 @@
 
 namespace qel {
 
-// From this many bytes on, output is far over the size of most caches; below, storing past them loses.
+// From this many bytes on, output is far over the size of most caches; below, streaming loses.
 constexpr size_t kStreamedBytes = size_t(24) << 20;
 
 inline bool isStreamed(QelSize roi, size_t bytesPerElement)
 {
-    return (size_t)roi.width * (size_t)roi.height * bytesPerElement >= kStreamedBytes;
+    return size_t(roi.width) * size_t(roi.height) * bytesPerElement >= kStreamedBytes;
 }
 
 // Calls block(kernel, first, end) for all rows of an output that may be streamed, with the kernel that suits its size,

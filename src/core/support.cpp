@@ -17,9 +17,9 @@ QelStatus eachRow(const Src* pSrc, int srcStep, Dst* pDst, int dstStep, QelSize 
 {
     // Sizes before steps, unlike most functions.
     if (QelStatus bad = first(pointers(pSrc, pDst), size(roi), steps(srcStep, dstStep))) return bad;
-    size_t width = (size_t)roi.width;
-    bool isDense = (size_t)srcStep == width * sizeof(Src) && (size_t)dstStep == width * sizeof(Dst);
-    size_t elements = isDense ? width * (size_t)roi.height : width;
+    size_t width = size_t(roi.width);
+    bool isDense = size_t(srcStep) == width * sizeof(Src) && size_t(dstStep) == width * sizeof(Dst);
+    size_t elements = isDense ? width * size_t(roi.height) : width;
     QelSize rows = {roi.width, isDense ? 1 : roi.height};
     bool streams = isStreamed(roi, sizeof(Dst));
     forBlocksOfOutput<Threads::one>(rows, streams, kernels, [=](Row* kernel, int row, int end) {
@@ -77,21 +77,21 @@ QelStatus qeliAndC_32s_C1IR(int32_t value, int32_t* pSrcDst, int srcDstStep, Qel
 QelStatus qelsZero_8u(uint8_t* pDst, int len)
 {
     if (QelStatus bad = first(pointers(pDst), length(len))) return bad;
-    memset(pDst, 0, (size_t)len);
+    memset(pDst, 0, size_t(len));
     return qelStsNoErr;
 }
 
 QelStatus qelsZero_16s(int16_t* pDst, int len)
 {
     if (QelStatus bad = first(pointers(pDst), length(len))) return bad;
-    memset(pDst, 0, (size_t)len * sizeof *pDst);
+    memset(pDst, 0, size_t(len) * sizeof *pDst);
     return qelStsNoErr;
 }
 
 QelStatus qelsCopy_8u(const uint8_t* pSrc, uint8_t* pDst, int len)
 {
     if (QelStatus bad = first(pointers(pSrc, pDst), length(len))) return bad;
-    memcpy(pDst, pSrc, (size_t)len);
+    memcpy(pDst, pSrc, size_t(len));
     return qelStsNoErr;
 }
 

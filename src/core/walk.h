@@ -7,7 +7,7 @@ namespace qel {
 namespace QEL_BUILD {
 namespace {
 
-// The two ways to store: into the caches, or by non-temporal stores past them, for output that no cache can hold.
+// The two ways to store: into the caches, or non-temporally, for output that no cache can hold.
 struct Cached {
     template <class V> static QEL_INLINE void store(void* p, V v) { qel::QEL_BUILD::store(p, v); }
 };
@@ -15,7 +15,7 @@ struct Streamed {
     template <class V> static QEL_INLINE void store(void* p, V v)
     {
         constexpr int kBytes = int(sizeof(V));
-        if ((uintptr_t)p % kBytes == 0)
+        if (uintptr_t(p) % kBytes == 0)
             Simd<kBytes>::stream(p, v);
         else
             qel::QEL_BUILD::store(p, v);
@@ -74,8 +74,9 @@ QEL_INLINE void walkInto(T* dst, ptrdiff_t n, Body body)
                    QEL_INLINE_BODY { body(lanes, i, Output<Cached, T, lanes.kBytes>{dst + kOutputs * i}); });
 }
 
-// The same for rows past the caches: whole lines are streamed, parts of lines at both ends stored as usual. A line that
-// is stored both ways costs more than a row gains, and so does waiting for the line at the end, which has to be read.
+// The same for rows that are streamed: whole lines by non-temporal stores, parts of lines at both ends as usual. A line
+// that is stored both ways costs more than a row gains, and so does waiting for the line at the end, which has to be
+// read.
 template <int kOutputs, class T, class Body> QEL_INLINE void walkLines(T* dst, ptrdiff_t n, Body body)
 {
     using Wide = Lanes<QEL_WIDTH>;
@@ -91,7 +92,7 @@ template <int kOutputs, class T, class Body> QEL_INLINE void walkLines(T* dst, p
         body(Wide(), from, Output<Cached, T, QEL_WIDTH>{room});
         __builtin_memcpy(dst + kOutputs * i, room + kOutputs * (i - from), size_t(kBytes * (end - i)));
     };
-    auto before = ptrdiff_t(-(uintptr_t)dst % kCacheLine);
+    auto before = ptrdiff_t(-uintptr_t(dst) % kCacheLine);
     ptrdiff_t first = before % kBytes != 0 || before / kBytes > n ? n : before / kBytes;
     ptrdiff_t last = first + (n - first) / kUnit * kUnit;
     partOfLine(0, first);

@@ -59,10 +59,14 @@ QEL_INLINE void inverseColumns(Row (&x)[8])
     auto s = mulHighPlus1(factor.cos4Minus1, add(e1, h0)), m = mulHighPlus1(factor.cos4Minus1, sub(e1, h0));
     auto p = add(x[0], x[4]), q = sub(x[0], x[4]);
     auto p0 = add(p, f), p3 = sub(p, f), q1 = add(q, g), q2 = sub(q, g);
-    x[0] = add(e0, p0) >> 5, x[7] = sub(p0, e0) >> 5;
-    x[1] = add(q1, s) >> 5, x[6] = sub(q1, s) >> 5;
-    x[2] = add(q2, m) >> 5, x[5] = sub(q2, m) >> 5;
-    x[3] = add(h1, p3) >> 5, x[4] = sub(p3, h1) >> 5;
+    x[0] = add(e0, p0) >> 5;
+    x[7] = sub(p0, e0) >> 5;
+    x[1] = add(q1, s) >> 5;
+    x[6] = sub(q1, s) >> 5;
+    x[2] = add(q2, m) >> 5;
+    x[5] = sub(q2, m) >> 5;
+    x[3] = add(h1, p3) >> 5;
+    x[4] = sub(p3, h1) >> 5;
 }
 
 }

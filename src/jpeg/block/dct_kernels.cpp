@@ -158,7 +158,7 @@ QelStatus forwardQuantSamples(const uint8_t* src, int srcStep, int16_t* dst, con
 {
     Row rows[8];
 #pragma GCC unroll 8
-    for (int r = 0; r < 8; ++r) rows[r] = Simd<16>::widen(src + (ptrdiff_t)r * srcStep);
+    for (int r = 0; r < 8; ++r) rows[r] = Simd<16>::widen(src + ptrdiff_t(r) * srcStep);
     forwardColumns<true>(rows);
     // The level shift: 64 samples times 8. It changes nothing but the mean, and no sum leaves 16 bits without it.
     rows[0] += load<Row>(columnFactors().levelShift);
@@ -185,7 +185,7 @@ struct Samples {
         uint8_t* row = dst;
         auto middle = load<U8<16>>(columnFactors().middle);
 #pragma GCC unroll 4
-        for (int r = 0; r < 8; r += 2, row += 2 * (ptrdiff_t)dstStep) {
+        for (int r = 0; r < 8; r += 2, row += 2 * ptrdiff_t(dstStep)) {
             // The compiler is not to see where the row is: it would compute the addresses of all rows at once, and save
             // registers for them.
             asm("" : "+r"(row));
@@ -260,7 +260,7 @@ void clip(const int16_t* src, uint8_t* dst, int dstStep, int16_t shift, uint8_t 
     for (int r = 0; r < 8; r += 2) {
         auto samples = Simd<16>::packUnsigned(shifted(r), shifted(r + 1));
         auto atLeast = Simd<16>::greatest(samples, U8<16>{} + min);
-        uint8_t* row = dst + (ptrdiff_t)r * dstStep;
+        uint8_t* row = dst + ptrdiff_t(r) * dstStep;
         Simd<16>::storeHalves(row, row + dstStep, Simd<16>::least(atLeast, U8<16>{} + max));
     }
 }

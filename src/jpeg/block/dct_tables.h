@@ -21,11 +21,17 @@ constexpr ColumnFactors makeColumnFactors()
 {
     ColumnFactors f = {};
     for (int i = 0; i < 8; ++i) {
-        f.tan1[i] = 13036, f.tan2[i] = 27146, f.tan3Minus1[i] = -21746;
-        f.cos4[i] = 23170, f.cos4Minus1[i] = -19195;
-        f.one[i] = 1, f.levelShift[i] = -128 * 64;
+        f.tan1[i] = 13036;
+        f.tan2[i] = 27146;
+        f.tan3Minus1[i] = -21746;
+        f.cos4[i] = 23170;
+        f.cos4Minus1[i] = -19195;
+        f.one[i] = 1;
+        f.levelShift[i] = -128 * 64;
         f.middle[i] = f.middle[i + 8] = 128;
-        f.meanUpper[i] = 16 + 1 + 1, f.meanMiddle[i] = 16, f.meanLower[i] = 16 - 1;
+        f.meanUpper[i] = 16 + 1 + 1;
+        f.meanMiddle[i] = 16;
+        f.meanLower[i] = 16 - 1;
     }
     return f;
 }

@@ -16,7 +16,7 @@ namespace {
 int64_t percentOf(int quality)
 {
     if (quality == 0) return 100 * 256;
-    return quality < 50 ? 5000 / quality : 200 - 2 * (int64_t)quality;
+    return quality < 50 ? 5000 / quality : 200 - 2 * int64_t(quality);
 }
 
 }

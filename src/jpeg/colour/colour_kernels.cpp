@@ -117,13 +117,21 @@ struct ToYcck {
 
     template <class Visit> QEL_INLINE void atAddresses(ptrdiff_t i, Visit visit) const
     {
-        ycc.atAddresses(i, visit), visit(k + i);
+        ycc.atAddresses(i, visit);
+        visit(k + i);
     }
     template <class Fixed> QEL_INLINE void put(auto lanes, ptrdiff_t i, auto inks) const
     {
-        ycc.put<Fixed>(lanes, i, inks.rgb), lanes.store(k + i, inks.black);
+        {
+            ycc.put<Fixed>(lanes, i, inks.rgb);
+            lanes.store(k + i, inks.black);
+        }
     }
-    QEL_INLINE void putByTables(ptrdiff_t i, auto inks) const { ycc.putByTables(i, inks.rgb), k[i] = inks.black; }
+    QEL_INLINE void putByTables(ptrdiff_t i, auto inks) const
+    {
+        ycc.putByTables(i, inks.rgb);
+        k[i] = inks.black;
+    }
 };
 struct ToY {
     uint8_t* row;

@@ -125,7 +125,10 @@ template <class T> QEL_INLINE auto coloursAt(Several auto lanes, Cmyk32<T> pixel
 {
     using V = typename decltype(lanes)::Bytes;
     auto [pairs, black] = lanes.loadPairs4(pixels.row + 4 * i);
-    for (int k = 0; k < 2; ++k) pairs.ab[k] = ~pairs.ab[k], pairs.c1[k] ^= (V)pairsOf<sizeof(V)>(255, 0);
+    for (int k = 0; k < 2; ++k) {
+        pairs.ab[k] = ~pairs.ab[k];
+        pairs.c1[k] ^= (V)pairsOf<sizeof(V)>(255, 0);
+    }
     return Inks<Pairs<V, false>, V>{{pairs}, black};
 }
 

@@ -17,13 +17,13 @@ template <int kHorizontal, int kVertical> struct Sampling {
     static constexpr int chromaAt(int x, int y) { return 8 * (y / kV) + x / kH; }
 
     // In registers: the pixels of row y and of the rows kV, 2 kV, ... below it, so that their chroma is a register in
-    // order. In 444 the upper halves of the blocks are the rows behind these.
+    // order. In 444 the upper halves of the blocks are the rows after these.
     static constexpr int kChromaRows = kH == 1 ? 2 * kBlocks : kBlocks;
     using TileLanes = Tile<kH == 2>;
 
     template <class T> static QEL_INLINE TileRows<T> rows(T* tile, int step, int y)
     {
-        return {tile + (ptrdiff_t)y * step, (ptrdiff_t)kV * step, (ptrdiff_t)kBlocks * step};
+        return {tile + ptrdiff_t(y) * step, ptrdiff_t(kV) * step, ptrdiff_t(kBlocks) * step};
     }
     // The samples of one half of these pixels.
     template <class T> static QEL_INLINE T* half(T* blocks, int y, int h)
@@ -89,7 +89,7 @@ QEL_INLINE void decodeSingly(const int16_t* const* src, uint8_t* dst, int dstSte
         auto sums = Colour::decode(sample(0, luma), sample(1, chroma), sample(2, chroma));
         auto byte = [&](int i) { return clampToByte(sums.at[i] + 128); };
         uint8_t k = Colour::kComponents == 4 ? uint8_t(sample(3, luma) + 128) : 0;
-        Pixels<uint8_t*> row = {dst + (ptrdiff_t)y * dstStep};
+        Pixels<uint8_t*> row = {dst + ptrdiff_t(y) * dstStep};
         putPixels<Colour>(row, Lanes<1>(), x, Triple{byte(0), byte(1), byte(2)}, k);
     });
 }
@@ -99,7 +99,7 @@ QEL_INLINE void encodeSingly(const uint8_t* src, int srcStep, int16_t* const* ds
 {
     int sums[2][64] = {};
     eachPixel<S>([&](int x, int y) {
-        Pixels<const uint8_t*> row = {src + (ptrdiff_t)y * srcStep};
+        Pixels<const uint8_t*> row = {src + ptrdiff_t(y) * srcStep};
         auto [colours, k] = getPixels<Colour>(row, Lanes<1>(), x);
         auto samples = Colour::encode(colours.a, colours.b, colours.c);
         store(dst[0] + S::lumaAt(x, y), int16_t(samples.at[0]));

@@ -35,24 +35,24 @@ template <int N> struct Samples : Lanes<N> {
     }
     static QEL_INLINE Triple<Bytes> load3(const uint8_t* p)
     {
-        fetchAhead<3 * N>(p);
+        prefetchPageAhead<3 * N>(p);
         return Lanes<N>::load3(p);
     }
     static QEL_INLINE Quad<Bytes> load4(const uint8_t* p)
     {
-        fetchAhead<4 * N>(p);
+        prefetchPageAhead<4 * N>(p);
         return Lanes<N>::load4(p);
     }
     static QEL_INLINE ThreeAsPairs<Bytes> loadPairs3(const uint8_t* p)
     {
-        fetchAhead<3 * N>(p);
+        prefetchPageAhead<3 * N>(p);
         ThreeAsPairs<Bytes> v;
         Simd<N>::loadPairs3(p, v.ab, v.c1);
         return v;
     }
     static QEL_INLINE FourAsPairs<Bytes> loadPairs4(const uint8_t* p)
     {
-        fetchAhead<4 * N>(p);
+        prefetchPageAhead<4 * N>(p);
         FourAsPairs<Bytes> v;
         Simd<N>::loadPairs4(p, v.three.ab, v.three.c1, v.d);
         return v;
@@ -170,7 +170,7 @@ QEL_INLINE ptrdiff_t walkGroupsInto(To to, ptrdiff_t i, ptrdiff_t n, Body body)
     if constexpr (QEL_WIDTH >= 16 && __is_same(Store, Streamed)) {
         auto beginsLines = [=](ptrdiff_t at) {
             uintptr_t bits = 0;
-            to.atAddresses(at, [&](const uint8_t* p) QEL_INLINE_BODY { bits |= (uintptr_t)p; });
+            to.atAddresses(at, [&](const uint8_t* p) QEL_INLINE_BODY { bits |= uintptr_t(p); });
             return bits % kCacheLine == 0;
         };
         to.atAddresses(n, [](const uint8_t* p) QEL_INLINE_BODY { __builtin_prefetch(p, 1); });

@@ -67,18 +67,21 @@ QelStatus qeliSampleUpH2V2_JPEG_8u_C1R(const uint8_t* pSrc, int srcStep, QelSize
     if (QelStatus bad = checkPlanes(pSrc, srcStep, srcSize, pDst, dstStep, dstSize)) return bad;
     auto& table = kernels<SamplingKernels>();
     auto both = table.upBothH2V2;
-    // Two rows at a time halve the work of loading, but two streams past the caches are slower than one, and rows that
-    // overlap have to be written one after the other.
+    // Two rows at a time halve the work of loading, but two rows of non-temporal stores are slower than one, and rows
+    // that overlap have to be written one after the other.
     bool streams = isStreamed(dstSize, 1), inPairs = !streams && dstStep >= dstSize.width;
     forBlocksOfOutput<Threads::all>(dstSize, streams, table.upH2V2, [=](auto* up, int r, int end) {
         while (r < end) {
             auto near = rowAt(pSrc, srcStep, nearRow(r, srcSize.height)),
                  far = rowAt(pSrc, srcStep, farRow(r, srcSize.height));
             auto dst = rowAt(pDst, dstStep, r);
-            if (inPairs && r % 2 == 1 && r + 1 < end)
-                both(near, far, dst, rowAt(dst, dstStep, 1), dstSize.width), r += 2;
-            else
-                up(near, far, dst, dstSize.width), ++r;
+            if (inPairs && r % 2 == 1 && r + 1 < end) {
+                both(near, far, dst, rowAt(dst, dstStep, 1), dstSize.width);
+                r += 2;
+            } else {
+                up(near, far, dst, dstSize.width);
+                ++r;
+            }
         }
     });
     return qelStsNoErr;

@@ -19,7 +19,7 @@ template <int kEven, int kOdd> QEL_INLINE auto roundingAt(auto lanes, ptrdiff_t 
 template <int kEven, int kOdd, class... Rows> QEL_INLINE void boxes(uint8_t* dst, int dstWidth, const Rows*... rows)
 {
     auto box = [=](auto lanes, ptrdiff_t i) QEL_INLINE_BODY {
-        (fetchAhead<2 * lanes.kBytes>(rows + 2 * i), ...);
+        (prefetchPageAhead<2 * lanes.kBytes>(rows + 2 * i), ...);
         lanes.store(dst + i, lanes.narrow([=](ptrdiff_t k) QEL_INLINE_BODY {
             auto sum = (lanes.sumPairs(rows + 2 * (i + k)) + ... + roundingAt<kEven, kOdd>(lanes, i));
             return sum >> sizeof...(rows);

@@ -18,7 +18,7 @@ const int32_t own_qj_lowest_coef[16] = {
 
 uint32_t ownqj_get_csize(int value)
 {
-    uint32_t magnitude = value < 0 ? 0u - (uint32_t)value : (uint32_t)value;
+    uint32_t magnitude = value < 0 ? 0u - uint32_t(value) : uint32_t(value);
     return magnitude < 256 ? own_qj_csize[magnitude] : own_qj_csize[(magnitude >> 8) & 0xFF] + 8;
 }
 
@@ -37,8 +37,8 @@ QelStatus ownqj_write_bits_jpeg(uint32_t value, int length, uint8_t* dst, int ds
     uint32_t bits = state->accumulator[0] | ((value & ((1u << length) - 1)) << (24 - count));
     for (; count >= 8; count -= 8, bits <<= 8) {
         // Unsigned, so that no negative position passes.
-        if ((unsigned)*pos >= (unsigned)dstLen) return qelStsJPEGOutOfBufErr;
-        auto byte = (uint8_t)(bits >> 16);
+        if (unsigned(*pos) >= unsigned(dstLen)) return qelStsJPEGOutOfBufErr;
+        auto byte = uint8_t(bits >> 16);
         dst[(*pos)++] = byte;
         if (byte != 0xFF) continue;
         if (*pos == dstLen) return qelStsJPEGOutOfBufErr;

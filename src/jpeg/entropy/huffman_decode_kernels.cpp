@@ -76,7 +76,7 @@ struct BlockAhead {
     }
 
 private:
-    // False behind the last coefficient.
+    // False after the last coefficient.
     QEL_INLINE bool decodeNext(const QelDecodeHuffmanSpec& ac)
     {
         unsigned symbol = in.symbol(ac), n = symbol & 15;
@@ -151,7 +151,7 @@ QelStatus decodeBlockDirect(const uint8_t* src, int* bitPosition, int16_t* dst, 
     return status;
 }
 
-// A difference of category 16 is 32768, with no bits behind the symbol.
+// A difference of category 16 is 32768, with no bits after the symbol.
 __attribute__((noinline)) QelStatus finishOne(const uint8_t* src, int srcLen, int* pos, int16_t* dst, uint32_t* marker,
                                               const QelDecodeHuffmanSpec* spec, QelDecodeHuffmanState* state)
 {

@@ -74,7 +74,7 @@ QelStatus qeliEncodeHuffman8x8_JPEG_16s1u_C1(const int16_t* pSrc, uint8_t* pDst,
     auto encode = flushStream;
     if (!flush) {
         if (QelStatus bad = pointers(pSrc, pLastDC, pDcTable, pAcTable)) return bad;
-        bool isFarFromEnd = dstLenBytes - (int64_t)*pDstCurrPos >= HuffmanEncodeKernels::kRoomForAnyBlock;
+        bool isFarFromEnd = dstLenBytes - int64_t(*pDstCurrPos) >= HuffmanEncodeKernels::kRoomForAnyBlock;
         encode = isFarFromEnd && *pDstCurrPos >= 0 ? kernels<HuffmanEncodeKernels>().encodeBlock : encodeNearEnd;
     }
     return encode(pSrc, pDst, dstLenBytes, pDstCurrPos, pLastDC, pDcTable, pAcTable, pState);
@@ -90,7 +90,7 @@ QelStatus qeliEncodeHuffman8x8_Direct_JPEG_16s1u_C1(const int16_t* pSrc, uint8_t
 }
 
 // What writeShort leaves, faults of arguments, and the end of the scan. Failures to write are not reported. A
-// difference of 32768 in magnitude has no bits behind its category.
+// difference of 32768 in magnitude has no bits after its category.
 QelStatus qel::encodeOnePlainly(const int16_t* src, uint8_t* dst, int dstLen, int* pos,
                                 const QelEncodeHuffmanSpec* spec, QelEncodeHuffmanState* state, int flush)
 {

@@ -13,11 +13,11 @@ namespace qel {
 struct HuffmanEncodeKernels {
     // Writes what the plain steps write, up to a symbol that has no code; needs kRoomForBlock bytes of room. Where the
     // block comes near the end of the buffer, which is only with less than kRoomForAnyBlock, the result is
-    // qelStsJPEGOutOfBufErr, and all is as it was but for bytes behind the position.
+    // qelStsJPEGOutOfBufErr, and all is as it was but for bytes after the position.
     QelStatus (*encodeBlock)(const int16_t* src, uint8_t* dst, int dstLen, int* pos, int16_t* lastDc,
                              const QelEncodeHuffmanSpec* dc, const QelEncodeHuffmanSpec* ac,
                              QelEncodeHuffmanState* state);
-    // The pending bits stand in the buffer, and nothing behind the last bit is touched. Ends at a symbol without a
+    // The pending bits stand in the buffer, and nothing after the last bit is touched. Ends at a symbol without a
     // code.
     void (*encodeBlockDirect)(const int16_t* src, uint8_t* dst, int* bitLength, int16_t* lastDc,
                               const QelEncodeHuffmanSpec* dc, const QelEncodeHuffmanSpec* ac);
@@ -25,7 +25,7 @@ struct HuffmanEncodeKernels {
     void (*countBlock)(const int16_t* src, uint32_t* dcStatistics, uint32_t* acStatistics, int16_t* lastDc);
 
     static constexpr int kRoomForBlock = 24;
-    // 64 codes and values of 32 bits behind 7 pending ones, each byte stuffed, and a step of 16 bytes behind them.
+    // 64 codes and values of 32 bits after 7 pending ones, each byte stuffed, and a step of 16 bytes after them.
     static constexpr int kRoomForAnyBlock = 2 * ((7 + 64 * 32) / 8) + 16;
 
     QEL_BUILDS(HuffmanEncodeKernels);

@@ -42,7 +42,7 @@ public:
     // For the end of a block, whose caller then sees to the marker.
     QEL_INLINE bool isMarkerNear() const { return qel::isMarkerNear(next_, end_); }
 
-    // Whether there are enough bits for every code and the value behind it.
+    // Whether there are enough bits for every code and the value after it.
     QEL_INLINE bool isReady() const { return count_ >= kLongestStep; }
 
     // Takes in what fits; whether the window is full then, with 56 bits or more. Markers are left alone, and so is the

@@ -35,7 +35,7 @@ public:
         Tree a, b;
         while (takeRarest(a) && takeRarest(b)) {
             int node = kSymbols + madeCount_;
-            parent_[a.node] = parent_[b.node] = (int16_t)node;
+            parent_[a.node] = parent_[b.node] = int16_t(node);
             insert({a.frequency + b.frequency, a.symbol, node});
         }
     }
@@ -102,7 +102,7 @@ void listValues(const int* lengths, uint8_t* values)
     for (int symbol = 0; symbol < kReserved; ++symbol) ++counts[lengths[symbol]];
     for (int length = 1; length <= kLongestUnlimited; values += counts[length++]) next[length] = values;
     for (int symbol = 0; symbol < kReserved; ++symbol)
-        if (lengths[symbol] > 0) *next[lengths[symbol]]++ = (uint8_t)symbol;
+        if (lengths[symbol] > 0) *next[lengths[symbol]]++ = uint8_t(symbol);
 }
 
 // T.81 Figure K.3: two codes that are too long become one a bit shorter and two below a shorter prefix.
@@ -139,7 +139,7 @@ QelStatus qeliEncodeHuffmanRawTableInit_JPEG_8u(const uint32_t* pStatistics, uin
     if (!countLengths(lengths, counts)) return qelStsJPEGHuffSpecErr;
     limitLengths(counts);
     removeReserved(counts);
-    for (int length = 1; length <= kLongestCode; ++length) pBits[length - 1] = (uint8_t)counts[length];
+    for (int length = 1; length <= kLongestCode; ++length) pBits[length - 1] = uint8_t(counts[length]);
     listValues(lengths, pVals);
     return qelStsNoErr;
 }

@@ -27,7 +27,7 @@ constexpr int kNoBits = -256;
 constexpr int kNoSuchCode = -1;
 
 // kBounded: the segment ends at `len`, and a code that is not in the table is symbol 0. Otherwise the segment ends at
-// a marker only, and no byte behind one is touched.
+// a marker only, and no byte after one is touched.
 template <bool kBounded> struct PlainReader {
     const uint8_t* src;
     int len;
@@ -37,7 +37,7 @@ template <bool kBounded> struct PlainReader {
     int count;       // at most kMostBits
 
     // Takes in bytes until kEnoughBits are there, unstuffed, up to a marker or the end of the segment. An 0xFF that the
-    // segment ends with is left alone: what it means comes with the bytes behind it.
+    // segment ends with is left alone: what it means comes with the bytes after it.
     QelStatus fillBytewise(int needed)
     {
         if (marker != 0) return count < needed ? qelStsJPEGOutOfBufErr : qelStsNoErr;

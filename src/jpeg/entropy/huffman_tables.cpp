@@ -53,10 +53,10 @@ void fillLengths(const uint8_t* bits, const CodeList& list, QelDecodeHuffmanSpec
         int ofLength = bits[length - 1];
         spec.largestCode[length] = kNoCodeOfLength;
         if (ofLength == 0) continue;
-        spec.valueIndex[length] = (uint16_t)first;
-        spec.firstCode[length] = (uint16_t)list.codes[first];
+        spec.valueIndex[length] = uint16_t(first);
+        spec.firstCode[length] = uint16_t(list.codes[first]);
         first += ofLength;
-        spec.largestCode[length] = (uint16_t)list.codes[first - 1];
+        spec.largestCode[length] = uint16_t(list.codes[first - 1]);
     }
     spec.largestCode[kLongestCode + 1] = kNoCodeOfLength;
 }
@@ -67,7 +67,7 @@ void fillLookAhead(const CodeList& list, QelDecodeHuffmanSpec& spec)
         int spare = kLookAheadBits - list.lengths[i];
         uint32_t from = list.codes[i] << spare, to = from + (1u << spare);
         for (uint32_t k = from; k < to && k < 256; ++k)
-            spec.lookAhead[k] = ((uint32_t)list.lengths[i] << 16) | spec.values[i];
+            spec.lookAhead[k] = (uint32_t(list.lengths[i]) << 16) | spec.values[i];
     }
 }
 
@@ -115,7 +115,7 @@ QelStatus ownqj_EncodeHuffmanSpecInit(const uint8_t* bits, const uint8_t* values
     if (!listLengths(bits, list)) return qelStsJPEGHuffSpecErr;
     assignCodes(list);
     if (!allFit(list)) return qelStsJPEGHuffSpecErr;
-    for (int i = 0; i < list.count; ++i) spec->entries[values[i]] = ((uint32_t)list.lengths[i] << 16) | list.codes[i];
+    for (int i = 0; i < list.count; ++i) spec->entries[values[i]] = (uint32_t(list.lengths[i]) << 16) | list.codes[i];
     return qelStsNoErr;
 }
 

@@ -27,7 +27,7 @@ struct QEL_ANYWHERE QelDecodeHuffmanState {
     uint32_t accumulator[2]; // low word first; bytes enter at the low end; above `count` bits nothing counts
     int32_t count;           // bits not yet used, at the low end
     uint32_t endOfBandRun;   // progressive scans: blocks still to be passed over
-    uint32_t positionsLeft;  // positions behind the last one that the last sequential block reached
+    uint32_t positionsLeft;  // positions after the last one that the last sequential block reached
 };
 static_assert(sizeof(QelDecodeHuffmanState) == 20);
 

@@ -99,7 +99,7 @@ struct FirstAhead {
     }
 
 private:
-    // False behind the last coefficient.
+    // False after the last coefficient.
     QEL_INLINE bool decodeNext()
     {
         unsigned symbol = in.symbol(table), n = symbol & 15;
@@ -190,7 +190,7 @@ QEL_INLINE int16_t corrected(int value, int bit, int al)
 // Decodes a refinement of a band as long as the window fills. The coefficients that are passed over are corrected
 // together at the end: their bits come in the order of the scan, and with all in a row there is one loop for all.
 struct RefinementAhead {
-    // So many that a full window has bits for all of them behind the longest code and a sign.
+    // So many that a full window has bits for all of them after the longest code and a sign.
     static constexpr unsigned kMostNonZero = 39;
 
     FastReader in;
@@ -274,7 +274,7 @@ private:
     }
 };
 
-// Passes over coefficients from `at` on, correcting those that are not 0, up to the one behind `zeros` that are 0.
+// Passes over coefficients from `at` on, correcting those that are not 0, up to the one after `zeros` that are 0.
 // Where that one is, or last + 1 if there is none; kNoBits where the segment ends.
 QEL_INLINE int correct(StateReader& in, int16_t* block, int at, int last, int zeros, int al)
 {

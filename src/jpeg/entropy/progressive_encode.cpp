@@ -49,7 +49,7 @@ template <class Kernel> inline QelStatus countAc(Kernel ProgressiveEncodeKernels
 // The DC difference after the point transform.
 int takeDcDifference(const int16_t* block, int al, int16_t* lastDc)
 {
-    auto dc = (int16_t)(coefficientAt(block, 0) >> al);
+    auto dc = int16_t(coefficientAt(block, 0) >> al);
     int difference = dc - *lastDc;
     *lastDc = dc;
     return difference;
@@ -82,7 +82,7 @@ QelStatus qeliEncodeHuffman8x8_DCRefine_JPEG_16s1u_C1(const int16_t* pSrc, uint8
     PlainWriter out = {pDst, dstLenBytes, pDstCurrPos, pState};
     if (flush) return out.flush();
     if (QelStatus bad = first(pointers(pSrc), values(isPointTransform(al)))) return bad;
-    return out.write((uint32_t)(coefficientAt(pSrc, 0) >> al), 1);
+    return out.write(uint32_t(coefficientAt(pSrc, 0) >> al), 1);
 }
 
 QelStatus qeliEncodeHuffman8x8_ACFirst_JPEG_16s1u_C1(const int16_t* pSrc, uint8_t* pDst, int dstLenBytes,

@@ -28,7 +28,7 @@ struct Band {
 struct ProgressiveEncodeKernels {
     // A block of a first scan, and of a refinement scan; they write what the plain steps write and need kRoomForBlock
     // bytes of room. Where the block comes near the end of the buffer the result is qelStsJPEGOutOfBufErr, and all is
-    // as it was but for bytes behind the position.
+    // as it was but for bytes after the position.
     QelStatus (*encodeFirst)(const int16_t* src, uint8_t* dst, int dstLen, int* pos, Band band,
                              const QelEncodeHuffmanSpec* ac, QelEncodeHuffmanState* state);
     QelStatus (*encodeRefinement)(const int16_t* src, uint8_t* dst, int dstLen, int* pos, Band band,

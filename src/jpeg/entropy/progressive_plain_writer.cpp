@@ -21,8 +21,8 @@ QelStatus endRun(const BandWriter& sink, QelEncodeHuffmanState* state)
     if (run > 0) {
         uint32_t size = ownqj_get_eobsize(run);
         if (size > kLongestRunSize) return qelStsJPEGHuffTableErr;
-        if (QelStatus bad = sink.symbol((int)size << 4)) return bad;
-        if (QelStatus bad = sink.bits(run, (int)size)) return bad;
+        if (QelStatus bad = sink.symbol(int(size) << 4)) return bad;
+        if (QelStatus bad = sink.bits(run, int(size))) return bad;
     }
     return sink.corrections(state->correctionBits, count);
 }
@@ -72,14 +72,13 @@ QelStatus writeFirst(const int16_t* block, const Band& band, const BandWriter& s
         int category = categoryOf(magnitude);
         if (category > kLargestWritten) return qelStsJPEGHuffTableErr;
         if (QelStatus bad = sink.symbol(zeros << 4 | category)) return bad;
-        if (QelStatus bad = sink.bits((uint32_t)(isNegativeAt(block, k) ? ~magnitude : magnitude), category))
-            return bad;
+        if (QelStatus bad = sink.bits(uint32_t(isNegativeAt(block, k) ? ~magnitude : magnitude), category)) return bad;
         zeros = 0;
     }
     return zeros == 0 ? qelStsNoErr : lengthenRun(sink, 0, state);
 }
 
-// The correction bits of a block are kept behind those of the pending run; once that run is written, they move to the
+// The correction bits of a block are kept after those of the pending run; once that run is written, they move to the
 // front of the buffer.
 QelStatus writeRefinement(const int16_t* block, const Band& band, const BandWriter& sink, QelEncodeHuffmanState* state)
 {

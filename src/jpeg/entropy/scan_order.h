@@ -8,7 +8,7 @@ namespace QEL_BUILD {
 namespace {
 
 struct ScanOrder {
-    uint8_t index[64 + 16]; // by position: 8 * row + column; 63 also behind the end, as far as a run of zeros leads
+    uint8_t index[64 + 16]; // by position: 8 * row + column; 63 also after the end, as far as a run of zeros leads
 };
 constexpr ScanOrder makeScanOrder()
 {
@@ -25,8 +25,10 @@ constexpr ScanOrder makeScanOrder()
             ++column;
         else if (!up && column == 0)
             ++row;
-        else
-            row += up ? -1 : 1, column += up ? 1 : -1;
+        else {
+            row += up ? -1 : 1;
+            column += up ? 1 : -1;
+        }
     }
     for (int position = 64; position < 80; ++position) order.index[position] = 63;
     return order;

@@ -17,7 +17,7 @@ QelStatus firstRow(const int16_t* src, int16_t* dst, int width, int precision, i
 {
     bool isAllowed = precision >= 2 && precision <= 16 && pointTransform >= 0;
     if (QelStatus bad = first(pointers(src, dst), length(width), values(isAllowed))) return bad;
-    auto above = (int16_t)(uint32_t(1) << ((precision - pointTransform - 1) & 31));
+    auto above = int16_t(uint32_t(1) << ((precision - pointTransform - 1) & 31));
     (kernels<PredictionKernels>().*rows)[0](src, &above, dst, width);
     return qelStsNoErr;
 }

@@ -59,7 +59,7 @@ QEL_INLINE int16_t at(const int16_t* p) { return load<int16_t>(p); }
 
 QEL_INLINE bool overlap(const int16_t* a, const int16_t* b, int width)
 {
-    uintptr_t first = (uintptr_t)a, second = (uintptr_t)b, bytes = 2 * (uintptr_t)width;
+    uintptr_t first = uintptr_t(a), second = uintptr_t(b), bytes = 2 * uintptr_t(width);
     return first - second < bytes || second - first < bytes;
 }
 // Predictor 1 has read the one sample that it takes from `prev` before it writes any.
@@ -89,7 +89,7 @@ QEL_INLINE void diffLong(const int16_t* src, const int16_t* prev, int16_t* dst, 
     using V = S16<N>;
     auto step = [=](ptrdiff_t i) { diffStep<kPredictor>(Lanes<N>(), src + i, prev + i, dst + i); };
     step(1);
-    ptrdiff_t i = 1 + N / 2 - ((1 + (ptrdiff_t)((uintptr_t)dst / 2)) & (N / 2 - 1)), last = width - N / 2;
+    ptrdiff_t i = 1 + N / 2 - ((1 + ptrdiff_t(uintptr_t(dst) / 2)) & (N / 2 - 1)), last = width - N / 2;
     V before = carried<kPredictor>(V{} + at(src + i - 1), V{} + at(prev + i - 1));
 #pragma GCC unroll 2
     for (; i < last; i += N / 2) {
@@ -112,7 +112,7 @@ template <int kPredictor> void diff(const int16_t* src, const int16_t* prev, int
         if (!inTurn && width > 3 * QEL_WIDTH) return diffLong<kPredictor, QEL_WIDTH>(src, prev, dst, width);
     auto step = [=](auto lanes, ptrdiff_t i)
                     QEL_INLINE_BODY { diffStep<kPredictor>(lanes, src + i, prev + i, dst + i); };
-    if (!inTurn) return walkOverlapping<int16_t>(1, width, (ptrdiff_t)((uintptr_t)dst / 2), step);
+    if (!inTurn) return walkOverlapping<int16_t>(1, width, ptrdiff_t(uintptr_t(dst) / 2), step);
     for (ptrdiff_t i = 1; i < width; ++i) step(Lanes<1>(), i);
 }
 
@@ -129,7 +129,9 @@ QEL_INLINE void reconstructInTurn(const int16_t* src, const int16_t* prev, int16
 template <int kPredictor> QEL_INLINE void addRow(const int16_t* src, const int16_t* prev, int16_t* dst, int width)
 {
     store(dst, int16_t(at(src) + at(prev)));
-    ++src, ++prev, ++dst;
+    ++src;
+    ++prev;
+    ++dst;
     walk<int16_t>(width - 1, [=](auto lanes, ptrdiff_t i) QEL_INLINE_BODY {
         using V = typename decltype(lanes)::template Of<int16_t>;
         lanes.store(dst + i, V(lanes.load(src + i) + predictAt<kPredictor, V>(dst + i, prev + i)));

@@ -38,7 +38,7 @@ DecodeCBProgrState newState(const QelDecodeCBProgrState* buffer)
 {
     DecodeCBProgrState state = {};
     state.tag = kDecoderTag;
-    auto flags = ((uintptr_t)buffer + sizeof state + kFlagAlignment - 1) & ~(uintptr_t)(kFlagAlignment - 1);
+    auto flags = (uintptr_t(buffer) + sizeof state + kFlagAlignment - 1) & ~uintptr_t(kFlagAlignment - 1);
     state.flags = (FlagColumn*)flags + kFlagMargin;
     return state;
 }
@@ -65,7 +65,7 @@ void attach(DecodeCBProgrState& state, int32_t* dst, int dstStep, QelSize size, 
     state.flagPitch = flagPitch(size.width);
     mqDecoderResetCtx(&state.mq);
     if (!(style & JPEG2K_KEEP_DESTINATION))
-        forRows(size, [=](int r) { memset(rowAt(dst, dstStep, r), 0, (size_t)size.width * sizeof *dst); });
+        forRows(size, [=](int r) { memset(rowAt(dst, dstStep, r), 0, size_t(size.width) * sizeof *dst); });
     if (!(style & JPEG2K_KEEP_FLAGS)) memset(state.flags - kFlagMargin, 0, flagBytes(size.width, size.height));
 }
 
@@ -145,9 +145,9 @@ template <class Change> void changeEach(const DecodeCBProgrState& state, Change 
         auto* row = rowAt(state.dst, state.dstStep, r);
         for (int c = 0; c < state.width; ++c) {
             uint32_t coefficient;
-            memcpy(&coefficient, row + (size_t)c * sizeof coefficient, sizeof coefficient);
+            memcpy(&coefficient, row + size_t(c) * sizeof coefficient, sizeof coefficient);
             coefficient = change(coefficient);
-            memcpy(row + (size_t)c * sizeof coefficient, &coefficient, sizeof coefficient);
+            memcpy(row + size_t(c) * sizeof coefficient, &coefficient, sizeof coefficient);
         }
     });
 }
@@ -185,11 +185,11 @@ QelStatus decodeAll(DecodeCBProgrState& state, const uint8_t* src, const uint32_
 QelStatus qeliDecodeGetBufSize_JPEG2K(QelSize maxSize, int* pSize)
 {
     if (QelStatus bad = first(pointers(pSize), size(maxSize))) return bad;
-    constexpr int64_t kMask = ~(int64_t)(kFlagAlignment - 1);
-    int64_t row = (4 * (int64_t)maxSize.width + 8 + ((int64_t)kFlagAlignment - 1)) & kMask;
-    int64_t rows = ((int64_t)maxSize.height + 1) / 2 + 2;
-    if (rows > (INT_MAX - (int64_t)kStateRoom) / row) return qelStsSizeErr;
-    *pSize = (int)(row * rows + (int64_t)kStateRoom);
+    constexpr int64_t kMask = ~int64_t(kFlagAlignment - 1);
+    int64_t row = (4 * int64_t(maxSize.width) + 8 + (int64_t(kFlagAlignment) - 1)) & kMask;
+    int64_t rows = (int64_t(maxSize.height) + 1) / 2 + 2;
+    if (rows > (INT_MAX - int64_t(kStateRoom)) / row) return qelStsSizeErr;
+    *pSize = int(row * rows + int64_t(kStateRoom));
     return qelStsNoErr;
 }
 

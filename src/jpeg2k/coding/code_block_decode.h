@@ -17,7 +17,7 @@ struct RawReader {
     const uint8_t* buffer;
     int32_t length;
     int32_t position; // of the next byte
-    int32_t bitIndex; // in the last byte, of the bit that was taken last; below 0 before and behind it
+    int32_t bitIndex; // in the last byte, of the bit that was taken last; below 0 before and after it
     uint32_t lastByte;
 };
 

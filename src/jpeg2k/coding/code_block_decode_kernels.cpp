@@ -120,7 +120,7 @@ private:
 };
 
 // The neighbours in the next group of significant samples.
-QEL_INLINE uint64_t reachedBehind(uint64_t significant)
+QEL_INLINE uint64_t reachedAfter(uint64_t significant)
 {
     uint64_t last = significant >> 60;
     return (last | last << 1 | last >> 1) & 15;
@@ -152,7 +152,7 @@ template <class Visit> QEL_INLINE void forGroups(DecodeCBProgrState* state, Visi
             if (columnsLeft > kGroupColumns)
                 next = GroupMasks::of(group.stripe.neighbours + kGroupColumns, group.stripe.samples + kGroupColumns,
                                       columnsLeft - kGroupColumns);
-            next.near |= reachedBehind(visit(group, masks));
+            next.near |= reachedAfter(visit(group, masks));
             masks = next;
             group.stripe.neighbours += kGroupColumns;
             group.stripe.samples += kGroupColumns;

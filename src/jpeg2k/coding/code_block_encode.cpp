@@ -56,7 +56,7 @@ struct Sizes {
     {
         int64_t words = BlockMaps::wordsFor(largest.width), stripes = BlockMaps::stripesFor(largest.height);
         int64_t columns = largest.width * stripes;
-        maps = BlockMaps::kMaps * ((words + 1) * (stripes + 2) + 1) * (int64_t)sizeof(uint64_t);
+        maps = BlockMaps::kMaps * ((words + 1) * (stripes + 2) + 1) * int64_t(sizeof(uint64_t));
         // Of a column in a pass at most a run and its position, that sample's sign, and three samples with theirs.
         decisions = 10 * columns + kSegmentationSymbols + CodeBlockEncodeKernels::kRecordSlack;
         // Of a column in all: each sample in each plane, their signs, a run and its position. A decision shifts by at
@@ -71,7 +71,7 @@ struct Sizes {
     // Of more columns the bytes would not fit an int, nor need they fit 64 bits.
     static bool mayFit(QelSize largest)
     {
-        return (int64_t)largest.width * BlockMaps::stripesFor(largest.height) <= INT32_MAX;
+        return int64_t(largest.width) * BlockMaps::stripesFor(largest.height) <= INT32_MAX;
     }
 };
 
@@ -99,8 +99,8 @@ PassRecord record(const PassSequence& sequence, int pass, int bandType, const Bl
 // Where a sum is too large for the mantissa, it loses low bits.
 void setReduction(Pass& pass, int64_t reduction, int exponent)
 {
-    for (; reduction != (int32_t)reduction; ++exponent) reduction /= 2;
-    pass.mantissa = (int32_t)reduction;
+    for (; reduction != int32_t(reduction); ++exponent) reduction /= 2;
+    pass.mantissa = int32_t(reduction);
     pass.exponent = exponent;
 }
 
@@ -124,13 +124,13 @@ void setLeastRates(QelEncodeState& state, int first, int last, bool isRaw)
         uint32_t rate = i == last ? end : pass.rate;
         if (!isRaw && i < last)
             rate = pass.emitted +
-                   (uint32_t)neededBytes(pass.interval, state.coded + pass.emitted, int(end - pass.emitted));
+                   uint32_t(neededBytes(pass.interval, state.coded + pass.emitted, int(end - pass.emitted)));
         while (rate > 0 && state.coded[rate - 1] == 0xFF) --rate;
         setRate(state, i, rate);
     }
 }
 
-// Codes what a pass has recorded, behind what is coded.
+// Codes what a pass has recorded, after what is coded.
 void code(QelEncodeState& state, int index, bool isRaw, const uint8_t* end)
 {
     Pass& pass = state.passes[index];
@@ -157,7 +157,7 @@ void encode(QelEncodeState& state, const BlockMaps& maps, const PassSequence& se
 {
     int firstOfSegment = 0;
     uint32_t segmentBegin = 0;
-    state.passCount = (int)sequence.count();
+    state.passCount = int(sequence.count());
     for (int i = 0; i < state.passCount; ++i) {
         bool isRaw = sequence.isRaw(i);
         PassRecord recorded = record(sequence, i, bandType, maps, state.decisions);
@@ -209,7 +209,7 @@ QelStatus qeliEncodeInitAlloc_JPEG2K(QelEncodeState** ppState, int maxWidth, int
     if (!Sizes::mayFit(largest)) return qelStsMemAllocErr;
     Sizes sizes(largest);
     if (sizes.all() > INT32_MAX) return qelStsMemAllocErr;
-    uint8_t* memory = qelsMalloc_8u((int)sizes.all());
+    uint8_t* memory = qelsMalloc_8u(int(sizes.all()));
     if (memory == nullptr) return qelStsMemAllocErr;
     *ppState = (QelEncodeState*)memory;
     QelEncodeState& state = **ppState;
@@ -298,10 +298,10 @@ QelStatus qeliEncodeStoreBits_JPEG2K_1u(uint8_t* pDst, int* pDstLen, QelEncodeSt
 {
     if (QelStatus bad = first(checkState(pState), pointers(pDst, pDstLen, pIsNotLast))) return bad;
     if (QelStatus bad = length(*pDstLen)) return bad;
-    auto count = (int)std::min<uint32_t>((uint32_t)*pDstLen, pState->codedLength - pState->storedLength);
-    memcpy(pDst, pState->coded + pState->storedLength, (size_t)count);
-    lowerRates(*pState, pState->storedLength, pState->storedLength + (uint32_t)count);
-    pState->storedLength += (uint32_t)count;
+    auto count = int(std::min<uint32_t>(uint32_t(*pDstLen), pState->codedLength - pState->storedLength));
+    memcpy(pDst, pState->coded + pState->storedLength, size_t(count));
+    lowerRates(*pState, pState->storedLength, pState->storedLength + uint32_t(count));
+    pState->storedLength += uint32_t(count);
     *pDstLen = count;
     *pIsNotLast = pState->storedLength < pState->codedLength;
     return qelStsNoErr;

@@ -12,11 +12,11 @@
 namespace qel {
 
 // A word is a set of up to 64 samples in the order of the scan: 16 columns of a stripe, four rows each from the lowest
-// bit up; those that lie outside of the block stay empty. A map has the words of each stripe with one behind them, and
+// bit up; those that lie outside of the block stay empty. A map has the words of each stripe with one after them, and
 // a stripe above and below. These stay empty from the map of signs on: only there words are looked at from beside.
 struct BlockMaps {
     int width, height;
-    int words, stripes; // words in a stripe without the one behind them
+    int words, stripes; // words in a stripe without the one after them
     uint64_t* first;    // maps follow each other: bits 0 to 30 of the magnitudes, then those below
     enum { kSigns = 31, kSignificant, kVisited, kRefined, kMaps };
 

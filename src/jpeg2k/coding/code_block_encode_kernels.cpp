@@ -207,9 +207,12 @@ struct WordBytes {
         U8<16> r0 = byBytes(0), r1 = byBytes(1), r2 = byBytes(2), r3 = byBytes(3);
         using Op = Simd<16>;
         U8<16> even = Op::zipLow(r0, r2), odd = Op::zipLow(r1, r3);
-        store(byte(0) + 4 * first, Op::zipLow(even, odd)), store(byte(1) + 4 * first, Op::zipHigh(even, odd));
-        even = Op::zipHigh(r0, r2), odd = Op::zipHigh(r1, r3);
-        store(byte(2) + 4 * first, Op::zipLow(even, odd)), store(byte(3) + 4 * first, Op::zipHigh(even, odd));
+        store(byte(0) + 4 * first, Op::zipLow(even, odd));
+        store(byte(1) + 4 * first, Op::zipHigh(even, odd));
+        even = Op::zipHigh(r0, r2);
+        odd = Op::zipHigh(r1, r3);
+        store(byte(2) + 4 * first, Op::zipLow(even, odd));
+        store(byte(3) + 4 * first, Op::zipHigh(even, odd));
         all |= rows[0] | rows[1] | rows[2] | rows[3];
     }
     QEL_INLINE uint32_t unionOfAll() const
@@ -228,7 +231,7 @@ QEL_INLINE void fill(WordBytes& bytes, const uint8_t* src, int srcStep, int colu
     for (int c = 0; c < kColumns; c += 4) {
         U8<16> four[4] = {};
         for (int r = 0; r < rows; ++r) {
-            const uint8_t* from = src + (ptrdiff_t)r * srcStep + 4 * c;
+            const uint8_t* from = src + ptrdiff_t(r) * srcStep + 4 * c;
             if (columns - c >= 4)
                 four[r] = load<U8<16>>(from);
             else if (columns > c)
@@ -283,7 +286,12 @@ uint32_t loadMaps(const int32_t* src, int srcStep, int lowest, const BlockMaps& 
 class Registers {
 public:
     QEL_INLINE explicit Registers(MqEncoder& mq) : mq_(mq), a_(mq.a << kUp), c_(mq.c << kUp), ct_(mq.ct) {}
-    QEL_INLINE void store() const { mq_.a = a_ >> kUp, mq_.c = c_ >> kUp, mq_.ct = ct_; }
+    QEL_INLINE void store() const
+    {
+        mq_.a = a_ >> kUp;
+        mq_.c = c_ >> kUp;
+        mq_.ct = ct_;
+    }
 
     // T.800 C.2.4 to C.2.7. Which way a decision goes is a choice of values; only the output of bytes is a branch.
     QEL_INLINE uint8_t* encode(uint8_t recorded, uint8_t* out)
@@ -303,7 +311,8 @@ public:
         if (ct_ > 0) return out;
         store();
         out = lateBytesOut(mq_, out);
-        c_ = mq_.c << kUp, ct_ = mq_.ct;
+        c_ = mq_.c << kUp;
+        ct_ = mq_.ct;
         return out;
     }
 

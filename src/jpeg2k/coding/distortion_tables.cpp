@@ -20,7 +20,7 @@ template <int kEntries, class Rule> constexpr DistortionTable<kEntries> tableOf(
     return table;
 }
 
-// Behind a refinement the middle of the upper or the lower half.
+// After a refinement the middle of the upper or the lower half.
 constexpr int middleOfHalf(int magnitude) { return magnitude < kStep ? kStep / 2 : kStep * 3 / 2; }
 
 }

@@ -22,12 +22,12 @@ struct MqDecoderState {
     int32_t endOfData; // 1 from the end of the segment, or a marker in it, on
 };
 
-// Where a byte lies behind the segment it is 0xFF.
+// Where a byte lies after the segment it is 0xFF.
 inline __attribute__((always_inline)) unsigned byteAt(const MqDecoderState& mq, int64_t position)
 {
     return position < mq.length ? mq.buffer[position] : 0xFF;
 }
-constexpr unsigned kFirstMarkerByte = 0x90; // behind a 0xFF
+constexpr unsigned kFirstMarkerByte = 0x90; // after a 0xFF
 
 // Starts a segment; the contexts stay as they are.
 void mqDecoderInit(MqDecoderState* mq, const uint8_t* buffer, int length);
@@ -36,7 +36,7 @@ void mqDecoderByteIn(MqDecoderState* mq);
 void mqDecoderRenorm(MqDecoderState* mq);
 // The next decision.
 int ownqj_DecoderDecode_asm(MqDecoderState* mq, int context, const uint32_t (*table)[4]);
-// Behind the last pass of a segment with predictable termination (T.800 D.4.2): 1 if it does not end as it should.
+// After the last pass of a segment with predictable termination (T.800 D.4.2): 1 if it does not end as it should.
 int mqDecoderCheckErrPredTerm(MqDecoderState* mq);
 
 }

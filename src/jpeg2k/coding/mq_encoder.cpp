@@ -13,7 +13,7 @@ uint8_t* shiftOut(MqEncoder& mq, uint8_t* next)
     return byteOut(mq, next);
 }
 
-// As many bits as possible are set (T.800 Figure C.11), also behind the interval's own: the last byte is often 0xFF,
+// As many bits as possible are set (T.800 Figure C.11), also after the interval's own: the last byte is often 0xFF,
 // which stays in b and is dropped.
 uint8_t* flush(MqEncoder& mq, uint8_t* next)
 {
@@ -27,14 +27,14 @@ uint8_t* flush(MqEncoder& mq, uint8_t* next)
     return mq.b == 0xFF ? next : shiftOut(mq, next);
 }
 
-// T.800 D.4.2: the decoder can tell from the bits behind the last decision whether it has lost its way.
+// T.800 D.4.2: the decoder can tell from the bits after the last decision whether it has lost its way.
 uint8_t* endPredictably(MqEncoder& mq, uint8_t* next)
 {
     for (int k = 12 - mq.ct; k > 0; k -= mq.ct) next = shiftOut(mq, next);
     return mq.b == 0xFF ? next : shiftOut(mq, next);
 }
 
-// The flush, cut where ones serve as well. There is no shorter end: what n bytes with ones behind them amount to is
+// The flush, cut where ones serve as well. There is no shorter end: what n bytes with ones after them amount to is
 // less than a multiple of the last byte's unit by nothing that counts, and such a multiple must lie above C and not
 // above C + A. The first one above C follows the bits of C down to that unit, which the flush has: it changes only bits
 // 0 to 15, and clears bit 15 only where that is 0 in C. As A is at least 0x8000, no smaller unit is needed. If none of
@@ -42,10 +42,10 @@ uint8_t* endPredictably(MqEncoder& mq, uint8_t* next)
 uint8_t* endShortest(MqEncoder& mq, uint8_t* next)
 {
     const MqInterval interval = intervalOf(mq);
-    const bool isBehindFF = mq.isBehindFF;
+    const bool isAfterFF = mq.isAfterFF;
     uint8_t* end = flush(mq, next);
     int needed = neededBytes(interval, next, int(end - next));
-    return next + needed - (needed == 0 && isBehindFF);
+    return next + needed - (needed == 0 && isAfterFF);
 }
 
 }
@@ -57,7 +57,7 @@ void startSegment(MqEncoder& mq)
     mq.ct = 12;
     mq.b = 0;
     mq.isFirst = true;
-    mq.isBehindFF = false;
+    mq.isAfterFF = false;
 }
 
 void resetContexts(MqEncoder& mq)
@@ -70,20 +70,20 @@ MqInterval intervalOf(const MqEncoder& mq)
 {
     constexpr uint64_t kUnitOfB = uint64_t(1) << 27;
     uint64_t lower = mq.b * kUnitOfB + (mq.c << mq.ct), length = uint64_t(mq.a) << mq.ct;
-    return {lower, lower + length, mq.isFirst ? kUnitOfB : kUnitOfB << (8 - mq.isBehindFF)};
+    return {lower, lower + length, mq.isFirst ? kUnitOfB : kUnitOfB << (8 - mq.isAfterFF)};
 }
 
 int neededBytes(const MqInterval& interval, const uint8_t* bytes, int length)
 {
-    // What the bytes so far and ones amount to. A byte behind 0xFF overlaps it by its highest bit, a carry; so ones may
+    // What the bytes so far and ones amount to. A byte after 0xFF overlaps it by its highest bit, a carry; so ones may
     // also be too little.
     uint64_t unit = interval.unit, value = 0;
-    bool isBehindFF = unit == uint64_t(1) << 34;
+    bool isAfterFF = unit == uint64_t(1) << 34;
     int count = 0;
     for (; count < length && (value + unit > interval.upper || value + unit <= interval.lower); ++count) {
-        unit >>= 8 - isBehindFF;
+        unit >>= 8 - isAfterFF;
         value += bytes[count] * unit;
-        isBehindFF = bytes[count] == 0xFF;
+        isAfterFF = bytes[count] == 0xFF;
     }
     return count;
 }

@@ -15,16 +15,16 @@ struct MqEncoder {
     uint32_t a;
     uint64_t c;
     int32_t ct;
-    uint32_t b;      // the byte that a carry can still reach
-    bool isFirst;    // b precedes the first byte of the segment, and is no part of it
-    bool isBehindFF; // the byte before b is 0xFF
+    uint32_t b;     // the byte that a carry can still reach
+    bool isFirst;   // b precedes the first byte of the segment, and is no part of it
+    bool isAfterFF; // the byte before b is 0xFF
     MqState states[kContexts];
 };
 
 void startSegment(MqEncoder& mq);
 void resetContexts(MqEncoder& mq);
 
-// Hands on b, and takes the next one from the carry position on: 8 bits, or 7 behind 0xFF, where the highest bit is the
+// Hands on b, and takes the next one from the carry position on: 8 bits, or 7 after 0xFF, where the highest bit is the
 // carry's.
 QEL_INLINE uint8_t* byteOut(MqEncoder& mq, uint8_t* next)
 {
@@ -38,8 +38,8 @@ QEL_INLINE uint8_t* byteOut(MqEncoder& mq, uint8_t* next)
     *next = uint8_t(mq.b);
     next += !mq.isFirst;
     mq.isFirst = false;
-    mq.isBehindFF = mq.b == 0xFF;
-    low -= 8 - mq.isBehindFF;
+    mq.isAfterFF = mq.b == 0xFF;
+    low -= 8 - mq.isAfterFF;
     mq.b = takeAbove();
     mq.ct = 27 - low;
     return next;
@@ -51,7 +51,7 @@ QEL_INLINE uint8_t* lateBytesOut(MqEncoder& mq, uint8_t* next)
     return next;
 }
 
-// What may follow the bytes handed out so far, for decoders to find the decisions so far: with ones behind it, a value
+// What may follow the bytes handed out so far, for decoders to find the decisions so far: with ones after it, a value
 // from `lower` on and below `upper`, in units that make the last of those bytes worth `unit`.
 struct MqInterval {
     uint64_t lower, upper, unit;
@@ -63,7 +63,7 @@ int neededBytes(const MqInterval& interval, const uint8_t* bytes, int length);
 
 enum MqTermination { kFlush = 0, kShortest = 1, kPredictable = 2 };
 
-// Ends the segment; no more than kTerminationBytes bytes follow. Never behind a 0xFF, which may be taken back.
+// Ends the segment; no more than kTerminationBytes bytes follow. Never after a 0xFF, which may be taken back.
 constexpr int kTerminationBytes = 8;
 uint8_t* terminate(MqEncoder& mq, int method, uint8_t* next);
 

@@ -64,7 +64,7 @@ QEL_INLINE unsigned splitInterval(uint64_t& code, uint64_t& interval, uint64_t& 
 
 #else
 
-// Code and interval in the upper 16 bits; the code may have more behind. Returns the decision.
+// Code and interval in the upper 16 bits; the code may have more below. Returns the decision.
 QEL_INLINE unsigned splitInterval(uint64_t& code, uint64_t& interval, uint64_t& context)
 {
     const MqRow& row = rowAt(context);

@@ -7,7 +7,7 @@ namespace qel {
 
 // All that coding a decision asks of a state.
 struct alignas(uint64_t) MqState {
-    uint16_t next[2]; // the state behind the decision 0 and 1, if it renormalizes
+    uint16_t next[2]; // the state after the decision 0 and 1, if it renormalizes
     uint8_t mps;      // the more probable decision
     uint8_t shift;    // brings Qe to 0x8000 or more
     uint16_t qe;

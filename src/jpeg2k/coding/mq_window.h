@@ -1,4 +1,4 @@
-// The MQ decoder without branches: the code register, and behind it the bits that come next, in one word that takes in
+// The MQ decoder without branches: the code register, and after it the bits that come next, in one word that takes in
 // several bytes at a time. For kernels; the results are those of the steps in mq_decoder.h, whatever the bytes.
 #pragma once
 
@@ -14,7 +14,7 @@ struct MqInput {
     const uint8_t* buffer;
     int32_t length;
     int32_t position; // of the byte that was last taken in
-    int32_t filled;   // bits behind the end of data that were taken in: kFill, or twice that for more
+    int32_t filled;   // bits after the end of data that were taken in: kFill, or twice that for more
     static constexpr int32_t kFill = 1 << 24;
 };
 
@@ -23,7 +23,7 @@ struct MqBits {
     int64_t count;
 };
 
-// One byte as T.800 C.3.4 has it. False where it is not to be taken in yet: the bits of a byte above 0x7F behind 0xFF,
+// One byte as T.800 C.3.4 has it. False where it is not to be taken in yet: the bits of a byte above 0x7F after 0xFF,
 // which no encoder writes, reach into those in front of them.
 inline bool takeByte(MqBits& bits, MqInput* in)
 {

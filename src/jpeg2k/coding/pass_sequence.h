@@ -16,7 +16,7 @@ struct PassSequence {
 
     static constexpr int kPassesBeforeRaw = 10;
 
-    int64_t count() const { return top < low ? 0 : 3 * ((int64_t)top - low) + 1; }
+    int64_t count() const { return top < low ? 0 : 3 * (int64_t(top) - low) + 1; }
     PassKind kindOf(int64_t pass) const { return PassKind((pass + 2) % 3); }
     int planeOf(int64_t pass) const { return int(top - (pass + 2) / 3); }
     bool isRaw(int64_t pass) const

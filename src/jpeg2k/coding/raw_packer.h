@@ -8,11 +8,11 @@
 namespace qel {
 
 struct RawPacker {
-    uint32_t bits;   // of the byte being filled, at the low end
-    int32_t free;    // how many it still lacks
-    bool isBehindFF; // the last byte was 0xFF: this one has 7 bits below a 0
+    uint32_t bits;  // of the byte being filled, at the low end
+    int32_t free;   // how many it still lacks
+    bool isAfterFF; // the last byte was 0xFF: this one has 7 bits below a 0
 
-    QEL_INLINE bool isPending() const { return free != 8 - isBehindFF; }
+    QEL_INLINE bool isPending() const { return free != 8 - isAfterFF; }
 };
 
 QEL_INLINE void startSegment(RawPacker& raw) { raw = {0, 8, false}; }
@@ -22,10 +22,10 @@ QEL_INLINE uint8_t* packBit(RawPacker& raw, uint32_t decision, uint8_t* next)
 {
     raw.bits = raw.bits << 1 | (decision & 1);
     if (--raw.free > 0) return next;
-    raw.isBehindFF = raw.bits == 0xFF;
+    raw.isAfterFF = raw.bits == 0xFF;
     *next = uint8_t(raw.bits);
     raw.bits = 0;
-    raw.free = 8 - raw.isBehindFF;
+    raw.free = 8 - raw.isAfterFF;
     return next + 1;
 }
 

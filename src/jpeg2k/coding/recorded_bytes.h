@@ -105,14 +105,16 @@ struct SampleBytes {
         if (added == 0) return zero.put(members, out);
         if constexpr (!kGathers) {
             eachSample(members, [&](int i) {
-                out[0] = zero.of[i], out[1] = sign.of[i];
+                out[0] = zero.of[i];
+                out[1] = sign.of[i];
                 out += 1 + (added >> i & 1);
             });
             return out;
         }
         using Op = Simd<16>;
         Bytes64 isMember, isAdded;
-        isMember.fillLanes(members), isAdded.fillLanes(added);
+        isMember.fillLanes(members);
+        isAdded.fillLanes(added);
         for (int i = 0; i < 64; i += 16) {
             out = putChosen(Op::zipLow(zero.at(i), sign.at(i)), Op::zipLow(isMember.at(i), isAdded.at(i)), out);
             out = putChosen(Op::zipHigh(zero.at(i), sign.at(i)), Op::zipHigh(isMember.at(i), isAdded.at(i)), out);
@@ -133,7 +135,8 @@ struct SampleBytes {
             out[1] = uint8_t(kUniform | (end & 1));
             out[2] = sign.of[end];
             out += 3;
-            members &= ~upToTop, added &= ~upToTop;
+            members &= ~upToTop;
+            added &= ~upToTop;
         }
         return put(members, added, out);
     }

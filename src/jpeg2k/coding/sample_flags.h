@@ -40,12 +40,12 @@ constexpr int kStripeHeight = 4;
 using FlagColumn = uint8_t[kStripeHeight];
 
 // Columns of a row of flags, with one at least between the rows; multiples of 32 bytes stay aligned.
-constexpr size_t flagPitch(int width) { return ((size_t)width + 1 + 7) / 8 * 8; }
+constexpr size_t flagPitch(int width) { return (size_t(width) + 1 + 7) / 8 * 8; }
 // Columns in front of the first row.
 constexpr size_t kFlagMargin = 8;
 constexpr size_t flagBytes(int width, int height)
 {
-    size_t stripes = ((size_t)height + kStripeHeight - 1) / kStripeHeight;
+    size_t stripes = (size_t(height) + kStripeHeight - 1) / kStripeHeight;
     return (kFlagMargin + 2 * stripes * flagPitch(width)) * sizeof(FlagColumn);
 }
 
@@ -89,10 +89,18 @@ struct FlagStripe {
         reach[0] = reach[1] = above ? up : down;
         reach[2] = reach[3] = below ? down : up;
         __builtin_memset(beyond, 0, sizeof beyond);
-        if (above)
-            beyond[0][0] = kRightBottom, beyond[0][1] = kBottom, beyond[0][2] = kLeftBottom,
+        if (above) {
+            beyond[0][0] = kRightBottom;
+            beyond[0][1] = kBottom;
+            beyond[0][2] = kLeftBottom;
             beyond[0][3] = kBottomNegative;
-        if (below) beyond[3][0] = kRightTop, beyond[3][1] = kTop, beyond[3][2] = kLeftTop, beyond[3][3] = kTopNegative;
+        }
+        if (below) {
+            beyond[3][0] = kRightTop;
+            beyond[3][1] = kTop;
+            beyond[3][2] = kLeftTop;
+            beyond[3][3] = kTopNegative;
+        }
     }
 
     // The sample becomes significant.
@@ -100,7 +108,9 @@ struct FlagStripe {
     {
         setColumns(neighbours + column, kFlagPatterns.neighbours[row], ~0u);
         auto* there = (uint8_t*)(neighbours + column) + reach[row];
-        there[-4] |= beyond[row][0], there[0] |= beyond[row][1], there[4] |= beyond[row][2];
+        there[-4] |= beyond[row][0];
+        there[0] |= beyond[row][1];
+        there[4] |= beyond[row][2];
     }
 
     // The sign of a sample that has become significant.

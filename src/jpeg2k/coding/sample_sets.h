@@ -26,7 +26,7 @@ QEL_INLINE uint64_t lower(uint64_t here, uint64_t below)
 }
 // Each sample's neighbour in the column to the left and to the right.
 QEL_INLINE uint64_t fromLeft(uint64_t before, uint64_t here) { return here << 4 | before >> 60; }
-QEL_INLINE uint64_t fromRight(uint64_t here, uint64_t behind) { return here >> 4 | behind << 60; }
+QEL_INLINE uint64_t fromRight(uint64_t here, uint64_t after) { return here >> 4 | after << 60; }
 
 // Which samples have a neighbour in a set.
 struct Neighbours {
@@ -37,7 +37,7 @@ struct Neighbours {
 
 // The words of a map around one of them.
 struct Surroundings {
-    uint64_t aboveBefore, above, aboveBehind, before, here, behind, belowBefore, below, belowBehind;
+    uint64_t aboveBefore, above, aboveAfter, before, here, after, belowBefore, below, belowAfter;
 
     // Of the stripe below only the samples of `seen` count.
     static QEL_INLINE Surroundings of(const uint64_t* word, ptrdiff_t stride, uint64_t seen)
@@ -49,23 +49,23 @@ struct Surroundings {
 
     QEL_INLINE bool isEmpty() const
     {
-        return (aboveBefore | above | aboveBehind | before | here | behind | belowBefore | below | belowBehind) == 0;
+        return (aboveBefore | above | aboveAfter | before | here | after | belowBefore | below | belowAfter) == 0;
     }
 
-    // The scan has passed the words above and before, and not yet those behind and below. Of this word, samples have
+    // The scan has passed the words above and before, and not yet those after and below. Of this word, samples have
     // `now` when they are neighbours of later ones, and had `here` for earlier ones.
     QEL_INLINE Neighbours neighbours(uint64_t now) const
     {
         uint64_t overNow = upper(above, now), underNow = lower(now, below);
         uint64_t over = upper(above, here), under = lower(here, below);
         return {fromLeft(before, now),
-                fromRight(here, behind),
+                fromRight(here, after),
                 overNow,
                 under,
                 fromLeft(upper(aboveBefore, before), overNow),
-                fromRight(over, upper(aboveBehind, behind)),
+                fromRight(over, upper(aboveAfter, after)),
                 fromLeft(lower(before, belowBefore), underNow),
-                fromRight(under, lower(behind, belowBehind))};
+                fromRight(under, lower(after, belowAfter))};
     }
 };
 
@@ -107,7 +107,11 @@ template <Coding kCoding> QEL_INLINE Decisions zeroCoding(const Neighbours& n, u
     }
     if constexpr (kCoding == Coding::hl) {
         uint64_t h = h1;
-        h1 = v1, v1 = h, h = h2, h2 = v2, v2 = h;
+        h1 = v1;
+        v1 = h;
+        h = h2;
+        h2 = v2;
+        v2 = h;
     }
     uint64_t h = h1 & ~h2, none = ~(h1 | v1);
     uint64_t is10 = h2, is9 = h & v1, is8 = h & ~v1 & d1, is7 = h & ~v1 & ~d1, is6 = ~h1 & v2, is5 = ~h1 & v1 & ~v2;

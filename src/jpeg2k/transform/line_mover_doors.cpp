@@ -8,9 +8,9 @@ using namespace qel;
 
 namespace {
 
-// How many samples of extension a line needs before and behind it.
+// How many samples of extension a line needs before and after it.
 struct Extension {
-    int before, behind;
+    int before, after;
 };
 constexpr Extension kFour = {4, 4};
 
@@ -22,9 +22,9 @@ Extension inverseExtension(int len, int phase) { return {phase ? 2 : 1, lastIsHi
 template <class T, class Place>
 void read(const T* src, int step, T* dst, const Line& line, Extension extension, Place placeOf)
 {
-    for (ptrdiff_t i = -extension.before; i < line.length + extension.behind; ++i) {
+    for (ptrdiff_t i = -extension.before; i < line.length + extension.after; ++i) {
         ptrdiff_t inside = line.length == 1 ? 0 : line.inside(i);
-        storeOne(dst + i, loadOne(rowAt(src, step, (int)placeOf(inside))));
+        storeOne(dst + i, loadOne(rowAt(src, step, int(placeOf(inside)))));
     }
 }
 template <class T> void read(const T* src, int step, T* dst, int len, Extension extension)
@@ -43,7 +43,7 @@ template <class T> void write(const T* src, T* dst, int step, int len)
 template <class T> void writeHalves(const T* src, T* dst, int step, int len, int phase)
 {
     Line line = {len, phase != 0};
-    for (int i = 0; i < len; ++i) storeOne(rowAt(dst, step, (int)halfOf(line, i)), loadOne(src + i));
+    for (int i = 0; i < len; ++i) storeOne(rowAt(dst, step, int(halfOf(line, i))), loadOne(src + i));
 }
 
 }

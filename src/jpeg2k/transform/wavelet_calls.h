@@ -9,7 +9,7 @@
 namespace qel {
 namespace {
 
-inline Line extendedLine(int pairs, int phase) { return {2 * (ptrdiff_t)pairs, phase != 0, false}; }
+inline Line extendedLine(int pairs, int phase) { return {2 * ptrdiff_t(pairs), phase != 0, false}; }
 
 template <class T> QelStatus forwardRows(const LiftingKernels<T>& kernels, const T* src, int srcStep, T* low,
                                          int lowStep, T* high, int highStep, QelSize dstSize, int phase)
@@ -65,7 +65,7 @@ template <class T> void liftLine(const LiftingKernels<T>& kernels, Direction dir
 inline QelStatus putSize(int64_t bytes, int* pSize)
 {
     if (bytes < 0 || bytes > INT32_MAX) return qelStsSizeErr;
-    *pSize = (int)bytes;
+    *pSize = int(bytes);
     return qelStsNoErr;
 }
 // A line of the tile and its extension, for tiles that have lines of `least` samples or more.
@@ -73,7 +73,7 @@ template <class T> int64_t lineBytes(const QelRect& tile, int least, int extensi
 {
     if (tile.width < least && tile.height < least) return 0;
     int64_t longer = tile.width > tile.height ? tile.width : tile.height;
-    return (int64_t)sizeof(T) * (longer + extension);
+    return int64_t(sizeof(T)) * (longer + extension);
 }
 template <class T> QelStatus lineBufferSize(const QelRect* tile, int* pSize, int least, int extension)
 {
@@ -83,7 +83,7 @@ template <class T> QelStatus lineBufferSize(const QelRect* tile, int* pSize, int
 template <class T> QelStatus tileBufferSize(const QelRect* tile, int* pSize, int least, int extension)
 {
     if (QelStatus bad = pointers(tile, pSize)) return bad;
-    int64_t step = ((int64_t)sizeof(T) * tile->width + 31) & ~(int64_t)31, rows;
+    int64_t step = (int64_t(sizeof(T)) * tile->width + 31) & ~int64_t(31), rows;
     if (__builtin_mul_overflow(step, tile->height, &rows) || rows > INT32_MAX) return qelStsSizeErr;
     return putSize(rows + lineBytes<T>(*tile, least, extension), pSize);
 }

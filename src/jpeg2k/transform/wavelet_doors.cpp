@@ -24,7 +24,7 @@ inline int pieceOf(int left, int most) { return left < most ? left : most; }
 class StreamedRow {
 public:
     explicit StreamedRow(void* dst)
-        : before_((uintptr_t)dst % kLine), held_(before_), line_((uint8_t*)dst - before_),
+        : before_(uintptr_t(dst) % kLine), held_(before_), line_((uint8_t*)dst - before_),
           stream_(kernels<SupportKernels>().copy.streamed)
     {}
 
@@ -66,7 +66,7 @@ void forwardStreamedRow(const LiftingKernels<T>& kernels, const T* src, T* low, 
     StreamedRow lows(low), highs(high);
     for (int i = 0, count; i < len; i += count) {
         count = pieceOf(len - i, kPieceElements);
-        kernels.forwardRow(src + 2 * (ptrdiff_t)i, extendedLine(count, phase), (T*)lows.room(), (T*)highs.room());
+        kernels.forwardRow(src + 2 * ptrdiff_t(i), extendedLine(count, phase), (T*)lows.room(), (T*)highs.room());
         lows.add(count * sizeof(T));
         highs.add(count * sizeof(T));
     }

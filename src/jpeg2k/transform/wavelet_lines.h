@@ -16,12 +16,12 @@ template <class T> struct Rows {
     ptrdiff_t step[2];
     ptrdiff_t apart; // least distance of rows in the same place
 
-    T* at(ptrdiff_t i) const { return (T*)((uintptr_t)start[i & 1] + (uintptr_t)((i >> 1) * step[i & 1])); }
+    T* at(ptrdiff_t i) const { return (T*)(uintptr_t(start[i & 1]) + uintptr_t((i >> 1) * step[i & 1])); }
     operator Rows<const T>() const { return {{start[0], start[1]}, {step[0], step[1]}, apart}; }
 };
 template <class T> Rows<T> inTurns(T* data, ptrdiff_t step)
 {
-    return {{data, (T*)((uintptr_t)data + (uintptr_t)step)}, {2 * step, 2 * step}, step};
+    return {{data, (T*)(uintptr_t(data) + uintptr_t(step))}, {2 * step, 2 * step}, step};
 }
 template <class T> Rows<T> inHalves(T* low, ptrdiff_t lowStep, T* high, ptrdiff_t highStep, int phase)
 {
@@ -53,7 +53,7 @@ template <class T> void liftStrip(const LiftingKernels<T>& kernels, Direction di
     T beyond[4 * kStrip];
     if (line.mirrored)
         for (int i = 0; i < reach; ++i)
-            memcpy(beyond + i * width, src.at(line.inside(line.length + i)) + column, (size_t)width * sizeof(T));
+            memcpy(beyond + i * width, src.at(line.inside(line.length + i)) + column, size_t(width) * sizeof(T));
 
     // Forward takes (odd, even) and gives (even, odd), inverse the other way round.
     auto from = [&](ptrdiff_t position) -> const T* {
@@ -73,7 +73,8 @@ template <class T> void liftStrip(const LiftingKernels<T>& kernels, Direction di
             ptrdiff_t taken = 2 * (k + i) + forward, given = 2 * (k + i - kernels.lag) - !forward;
             in[2 * i + 1] = from(taken + 1);
             in[2 * i] = k + i == pairs.first ? in[2 * i + 1] : from(taken);
-            out[2 * i] = to(given), out[2 * i + 1] = to(given + 1);
+            out[2 * i] = to(given);
+            out[2 * i + 1] = to(given + 1);
         }
         lift(in, out, count, kept, width);
     }
@@ -103,23 +104,23 @@ template <class T> void liftOne(Direction direction, int phase, const T* src, T*
 {
     for (int i = 0; i < width; ++i) {
         T v = loadOne(src + i);
-        storeOne(dst + i, phase == 0 ? v : direction == Direction::forward ? T(2u * (uint32_t)v) : T(v >> 1));
+        storeOne(dst + i, phase == 0 ? v : direction == Direction::forward ? T(2u * uint32_t(v)) : T(v >> 1));
     }
 }
 
 // Two samples, 5/3: the formulas with both neighbours the same, free of the overflow of their sum.
 template <class T> void liftTwo(Direction direction, int phase, Rows<const T> src, Rows<T> dst, int width)
 {
-    auto half = [](T high) { return (uint32_t)((high >> 1) + (high & 1)); };
+    auto half = [](T high) { return uint32_t((high >> 1) + (high & 1)); };
     // From right to left and from the upper row to the lower one, like the strips.
     for (int i = width - 1; i >= 0; --i) {
         T even = loadOne(src.at(phase) + i), odd = loadOne(src.at(1 - phase) + i);
         if (direction == Direction::forward) {
-            odd = T((uint32_t)odd - (uint32_t)even);
-            even = T((uint32_t)even + half(odd));
+            odd = T(uint32_t(odd) - uint32_t(even));
+            even = T(uint32_t(even) + half(odd));
         } else {
-            even = T((uint32_t)even - half(odd));
-            odd = T((uint32_t)odd + (uint32_t)even);
+            even = T(uint32_t(even) - half(odd));
+            odd = T(uint32_t(odd) + uint32_t(even));
         }
         storeOne(dst.at(0) + i, phase == 0 ? even : odd);
         storeOne(dst.at(1) + i, phase == 0 ? odd : even);

@@ -37,9 +37,9 @@ void permuteRows(T* data, int step, const QelRect& tile, void* buffer, From from
     };
     for (int r = 0; r < tile.height; ++r) {
         if (!isFirstOfCycle(r)) continue;
-        memcpy(aside, rowAt(data, step, r), (size_t)tile.width * sizeof(T));
+        memcpy(aside, rowAt(data, step, r), size_t(tile.width) * sizeof(T));
         int to = r;
-        for (int next = (int)from(to); next != r; to = next, next = (int)from(to))
+        for (int next = int(from(to)); next != r; to = next, next = int(from(to)))
             move(rowAt(data, step, next), rowAt(data, step, to));
         move(aside, rowAt(data, step, to));
     }
@@ -68,7 +68,7 @@ void inverseInPlace(const LiftingKernels<T>& kernels, T* data, int step, const Q
 }
 
 // The work buffer of the functions with subbands: the tile in rows that begin at multiples of 32 bytes, and a row more.
-template <class T> ptrdiff_t bufferStep(const QelRect& tile) { return ((ptrdiff_t)tile.width * sizeof(T) + 31) & ~31; }
+template <class T> ptrdiff_t bufferStep(const QelRect& tile) { return (ptrdiff_t(tile.width) * sizeof(T) + 31) & ~31; }
 
 // Low and high part of row r of the halves in the subbands. The subbands part the halves in the middle, the larger part
 // first: at odd origins and sizes that is one sample or row further than the low half goes.
@@ -97,7 +97,7 @@ template <class T> void forwardToBands(const LiftingKernels<T>& kernels, const T
     for (int r = 0; r < tile.height; ++r) {
         const T* from = rows.at(turnOf(column, r));
         BandRow<T> to(bands, tile, r);
-        if (row.lows() == (ptrdiff_t)to.firstCount) {
+        if (row.lows() == ptrdiff_t(to.firstCount)) {
             forwardTileRow(kernels, row, from, to.first, to.second);
             continue;
         }
@@ -118,7 +118,7 @@ template <class T> void inverseFromBands(const LiftingKernels<T>& kernels, Bands
     for (int r = 0; r < tile.height; ++r) {
         T* to = rows.at(turnOf(column, r));
         BandRow<const T> from(bands, tile, r);
-        if (row.lows() == (ptrdiff_t)from.firstCount) {
+        if (row.lows() == ptrdiff_t(from.firstCount)) {
             inverseTileRow(kernels, row, from.first, from.second, to);
             continue;
         }
