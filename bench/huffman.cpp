@@ -78,7 +78,7 @@ void decode(JpegCoefficients& source, std::vector<int16_t>& blocks)
     Owned<QelDecodeHuffmanSpec> ac[] = {decoderTable(source.ac[0]), decoderTable(source.ac[1])};
     auto state = make(qeliDecodeHuffmanStateInitAlloc_JPEG_8u, qeliDecodeHuffmanStateFree_JPEG_8u);
     const uint8_t* scan = source.file().data() + source.scanStart();
-    // The end marker behind the scan belongs to what the decoder may read.
+    // The end marker after the scan belongs to what the decoder may read.
     int16_t lastDc[3] = {};
     int position = 0, length = int(source.scanLength()) + 2;
     uint32_t marker = 0;

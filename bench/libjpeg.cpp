@@ -24,7 +24,7 @@ std::vector<uint8_t> encode(const codec::Picture& picture, int quality, int tjSa
     return file;
 }
 
-// Behind the header of the first scan.
+// After the header of the first scan.
 size_t scanStartOf(const std::vector<uint8_t>& file)
 {
     size_t at = 2;

@@ -147,7 +147,7 @@ Contest decoding(const Picture& picture, int predictor)
 }
 
 // The green channel, with noise below its eight bits. The highest bit stays free: FFmpeg reads a difference of 32768
-// with bits behind it that T.81 does not have.
+// with bits after it that T.81 does not have.
 Picture deepGrey(const Picture& rgb)
 {
     Picture grey(rgb.width(), rgb.height(), ColourSpace::grey, 16);

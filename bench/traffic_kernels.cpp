@@ -10,14 +10,14 @@ namespace {
 using Width = Simd<QEL_WIDTH>;
 using Register = U64<QEL_WIDTH>;
 
-template <int In, int Out, bool kPast> QEL_INLINE Register step(const uint8_t* src, uint8_t* dst)
+template <int In, int Out, bool kStreamed> QEL_INLINE Register step(const uint8_t* src, uint8_t* dst)
 {
     Register read = load<Register>(src);
 #pragma GCC unroll 4
     for (int i = 1; i < In; ++i) read |= load<Register>(src + i * QEL_WIDTH);
 #pragma GCC unroll 4
     for (int i = 0; i < Out; ++i) {
-        if (kPast)
+        if (kStreamed)
             Width::stream(dst + i * QEL_WIDTH, read);
         else
             store(dst + i * QEL_WIDTH, read);
@@ -25,13 +25,13 @@ template <int In, int Out, bool kPast> QEL_INLINE Register step(const uint8_t* s
     return read;
 }
 
-template <int In, int Out, bool kPast> uint64_t move(const uint8_t* src, uint8_t* dst, size_t steps)
+template <int In, int Out, bool kStreamed> uint64_t move(const uint8_t* src, uint8_t* dst, size_t steps)
 {
     Register seen = {};
 #pragma GCC unroll 4
     for (size_t i = 0; i < steps; ++i)
-        seen |= step<In, Out, kPast>(src + i * In * QEL_WIDTH, dst + i * Out * QEL_WIDTH);
-    if (kPast) Width::fence();
+        seen |= step<In, Out, kStreamed>(src + i * In * QEL_WIDTH, dst + i * Out * QEL_WIDTH);
+    if (kStreamed) Width::fence();
     return seen[0];
 }
 

@@ -71,7 +71,7 @@ void expectOrder(Function function, const Arguments& good, const First& first, c
         for (Arguments arguments : {good, spoilt(good, rest...)}) {
             first.put(i, arguments);
             EXPECT_EQ(std::apply(function, arguments), first.status)
-                << sizeof...(rest) << " faults are behind it, " << i;
+                << sizeof...(rest) << " faults come after it, " << i;
         }
     expectOrder(function, good, rest...);
 }

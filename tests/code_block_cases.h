@@ -53,7 +53,7 @@ inline DecodedBlock decodeGuarded(const CodedBlock& block)
     std::copy(bytes.begin(), bytes.end(), src.data());
     int stateSize = 0;
     EXPECT_EQ(qeliDecodeGetBufSize_JPEG2K({block.width, block.height}, &stateSize), qelStsNoErr);
-    Guarded<uint8_t> state(static_cast<size_t>(stateSize), Fault::behind, bytes.size() % 32);
+    Guarded<uint8_t> state(static_cast<size_t>(stateSize), Fault::after, bytes.size() % 32);
     DecodedBlock decoded = {};
     decoded.status = qeliDecodeCodeBlock_JPEG2K_1u32s_C1R(
         src.data(), (int32_t*)dst.data(), int(step), {block.width, block.height}, block.bandType, block.planes,

@@ -1,4 +1,4 @@
-// Buffers whose edges are watched: a page that faults lies directly behind (or before) the elements, and bytes of a
+// Buffers whose edges are watched: a page that faults lies directly after (or before) the elements, and bytes of a
 // known value on the other side.
 #pragma once
 
@@ -55,15 +55,15 @@ private:
     uint8_t* first_;
 };
 
-enum class Fault { behind, before };
+enum class Fault { after, before };
 
 template <class T> class Guarded {
 public:
     // `offset` bytes lie between the elements and the faulting page, to try every alignment.
-    explicit Guarded(size_t count, Fault fault = Fault::behind, size_t offset = 0)
+    explicit Guarded(size_t count, Fault fault = Fault::after, size_t offset = 0)
         : pages_((count * sizeof(T) + offset + kWatched + Pages::size() - 1) / Pages::size()), count_(count)
     {
-        start_ = fault == Fault::behind ? pages_.end() - offset - count * sizeof(T) : pages_.begin() + offset;
+        start_ = fault == Fault::after ? pages_.end() - offset - count * sizeof(T) : pages_.begin() + offset;
         memset(pages_.begin(), kValue, size_t(pages_.end() - pages_.begin()));
     }
 

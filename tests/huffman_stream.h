@@ -26,7 +26,7 @@ inline QelEncodeHuffmanSpec encodeSpecOf(const Lists& lists)
     return spec;
 }
 
-// Any bytes, or mostly the same ones. Most 0xFF are stuffed, so that the stream goes on behind them.
+// Any bytes, or mostly the same ones. Most 0xFF are stuffed, so that the stream goes on after them.
 inline std::vector<uint8_t> randomStream(Random& random, int length)
 {
     std::vector<uint8_t> stream(static_cast<size_t>(length));

@@ -112,7 +112,7 @@ const Member kMembers[] = {
     MEMBER(qeliBGRToY_JPEG_8u_C3C1R, kBgr, kGray, Encoder{false}),
 };
 
-// The planes of one side, one behind the other.
+// The planes of one side, one after the other.
 template <class Byte> std::vector<Byte*> planesOf(Byte* data, const Layout& layout, size_t planeBytes)
 {
     std::vector<Byte*> planes;

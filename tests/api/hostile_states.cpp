@@ -12,7 +12,7 @@ namespace {
 
 // An object of bytes that mean nothing, at any address.
 template <class T> struct Hostile {
-    explicit Hostile(Random& random) : bytes(sizeof(T), Fault::behind, size_t(random.between(0, 3)))
+    explicit Hostile(Random& random) : bytes(sizeof(T), Fault::after, size_t(random.between(0, 3)))
     {
         random.fill(bytes.data(), bytes.size());
     }

@@ -40,7 +40,7 @@ struct Pair {
     {
         ASSERT_EQ(pos, (int)reference.bytes.size());
         ASSERT_TRUE(std::equal(reference.bytes.begin(), reference.bytes.end(), dst.data()));
-        for (int i = pos; i < room(); ++i) ASSERT_EQ(dst.data()[i], 0xA5) << "byte " << i << " behind " << pos;
+        for (int i = pos; i < room(); ++i) ASSERT_EQ(dst.data()[i], 0xA5) << "byte " << i << " after " << pos;
         ASSERT_TRUE(dst.intact());
         ASSERT_EQ(lastDc, reference.lastDc);
         ASSERT_EQ(state.count, (int)reference.pending.size());
@@ -129,7 +129,7 @@ TEST(EncodeHuffman, OrderOfFaults)
     EXPECT_TRUE(p.pos == 0 && bits == 0 && counts[0] == 0 && counts[1] == 0);
 }
 
-// The bit position stands for the pending bits, which stay in the buffer; nothing is written behind the last bit.
+// The bit position stands for the pending bits, which stay in the buffer; nothing is written after the last bit.
 TEST(EncodeHuffmanDirect, EqualsTheBitwiseCoder)
 {
     Random random(4);

@@ -200,7 +200,7 @@ TEST(OptimalTable, EqualsTheStepByStepOne)
         tooDeep += expected.isTooDeep();
         if (expected.isTooDeep()) continue;
         ASSERT_EQ(bits, expected.bits);
-        expected.values.resize(256, 77); // nothing is written behind the last symbol
+        expected.values.resize(256, 77); // nothing is written after the last symbol
         ASSERT_EQ(values, expected.values);
     }
     EXPECT_GT(tooDeep, 5);

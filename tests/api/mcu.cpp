@@ -132,9 +132,9 @@ struct Mcu {
     int16_t* blocks[4] = {luma.data(), cb.data(), cr.data(), k.data()};
 
     Mcu(int h, int v, int bytes, int extra, size_t offset)
-        : columns(8 * h), rows(8 * v), step(columns * bytes + extra), luma(64 * h * v, Fault::behind, offset),
-          cb(64, Fault::behind, offset), cr(64, Fault::behind, offset), k(64 * h * v, Fault::behind, offset),
-          tile(size_t(step) * (rows - 1) + columns * bytes, Fault::behind, offset)
+        : columns(8 * h), rows(8 * v), step(columns * bytes + extra), luma(64 * h * v, Fault::after, offset),
+          cb(64, Fault::after, offset), cr(64, Fault::after, offset), k(64 * h * v, Fault::after, offset),
+          tile(size_t(step) * (rows - 1) + columns * bytes, Fault::after, offset)
     {}
     bool intact() const { return luma.intact() && cb.intact() && cr.intact() && k.intact() && tile.intact(); }
 

@@ -163,12 +163,12 @@ TEST(SampleUp, Planes)
     }
 }
 
-// The first sample read is the one before the first row, the last one that behind the last row, however many rows are
+// The first sample read is the one before the first row, the last one that after the last row, however many rows are
 // asked for: those below the source's repeat its last one.
 TEST(SampleUp, PlanesReadNothingBeyondTheNeighbours)
 {
     constexpr int kWidth = 67, kHeight = 3, kRows = 2 * kHeight + 2, kStep = kWidth + 2;
-    for (auto fault : {Fault::before, Fault::behind}) {
+    for (auto fault : {Fault::before, Fault::after}) {
         Guarded<uint8_t> src(kStep * kHeight, fault), dst(2 * kWidth * kRows, fault);
         Random(8).fill(src.data(), src.size());
         for (auto up : {qeliSampleUpH2V1_JPEG_8u_C1R, qeliSampleUpH2V2_JPEG_8u_C1R})

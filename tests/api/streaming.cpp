@@ -1,4 +1,4 @@
-// Regions whose output goes past the caches: the same samples as those of parts that do not.
+// Regions whose output is streamed: the same samples as those of parts that are not.
 #include <gtest/gtest.h>
 
 #include <vector>
@@ -27,7 +27,7 @@ template <class Work> void expectSameInParts(int bytes, Work work)
     EXPECT_EQ(whole, parts);
 }
 
-TEST(PastCaches, EqualParts)
+TEST(Streaming, EqualParts)
 {
     qel::test::Random random(1);
     Bytes src(size_t(kStep) * (kSize.height + 2) * 2);

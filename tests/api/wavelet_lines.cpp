@@ -31,7 +31,7 @@ struct Lines97OfFloat : TextbookFloat97<float> {
 
 // How far the functions read beside a region, in the order of the phases.
 struct Reach {
-    int before, behind;
+    int before, after;
 };
 template <class F> constexpr Reach kForwardReach[2] = {{F::kReversible ? 2 : 4, F::kReversible ? 1 : 3},
                                                        {F::kReversible ? 1 : 3, F::kReversible ? 2 : 4}};
@@ -51,11 +51,11 @@ template <class T> T anySample(Random& random)
 }
 
 // `lines` lines side by side: rows one below the other, or columns. Between the first (last) sample that may be read
-// and the page that faults there is nothing, where the page can be: before the first line, behind the last.
+// and the page that faults there is nothing, where the page can be: before the first line, after the last.
 template <class T> class Region {
 public:
     Region(bool columns, int lines, int len, Reach reach, Fault fault)
-        : columns_(columns), lines_(lines), len_(len), reach_(reach), whole_(len + reach.before + reach.behind),
+        : columns_(columns), lines_(lines), len_(len), reach_(reach), whole_(len + reach.before + reach.after),
           memory_(size_t(lines) * size_t(whole_), fault)
     {}
     T* start() { return memory_.data() + (columns_ ? reach_.before * lines_ : reach_.before); }
@@ -86,7 +86,7 @@ template <class F> void checkForward(Random& random, bool columns, int pairs, in
     const int lines = columns ? pairs + 5 : 3;
     const Reach reach = kForwardReach<F>[phase];
     Region<T> src(columns, lines, 2 * pairs, reach, fault), low(columns, lines, pairs, {0, 0}, fault),
-        high(columns, lines, pairs, {0, 0}, Fault::behind);
+        high(columns, lines, pairs, {0, 0}, Fault::after);
     src.fill(random);
     QelSize size = columns ? QelSize{lines, pairs} : QelSize{pairs, lines};
     ASSERT_EQ(F::kForward[columns](src.start(), src.step(), low.start(), low.step(), high.start(), high.step(), size,
@@ -95,7 +95,7 @@ template <class F> void checkForward(Random& random, bool columns, int pairs, in
     ASSERT_TRUE(low.intact() && high.intact());
     for (int line = 0; line < lines; ++line) {
         std::vector<T> extended(4, T(1));
-        for (int i = -reach.before; i < 2 * pairs + reach.behind; ++i) extended.push_back(src.at(line, i));
+        for (int i = -reach.before; i < 2 * pairs + reach.after; ++i) extended.push_back(src.at(line, i));
         extended.resize(extended.size() + 4, T(1));
         const int start = 4 + reach.before;
         liftExtended<F>(extended, (start + phase) % 2, true);
@@ -112,7 +112,7 @@ template <class F> void checkInverse(Random& random, bool columns, int pairs, in
     const int lines = columns ? pairs + 5 : 3;
     const auto reach = kInverseReach<F>[phase];
     Region<T> low(columns, lines, pairs, reach.low, fault), high(columns, lines, pairs, reach.high, fault),
-        dst(columns, lines, 2 * pairs, {0, 0}, Fault::behind);
+        dst(columns, lines, 2 * pairs, {0, 0}, Fault::after);
     low.fill(random), high.fill(random);
     QelSize size = columns ? QelSize{lines, pairs} : QelSize{pairs, lines};
     ASSERT_EQ(
@@ -127,7 +127,7 @@ template <class F> void checkInverse(Random& random, bool columns, int pairs, in
             bool isLow = (i + phase) % 2 == 0;
             int at = (i - (i & 1)) / 2;
             Reach r = isLow ? reach.low : reach.high;
-            bool given = at >= -r.before && at < pairs + r.behind;
+            bool given = at >= -r.before && at < pairs + r.after;
             extended.push_back(given ? (isLow ? low : high).at(line, at) : T(1));
         }
         liftExtended<F>(extended, (kAround + phase) % 2, false);
@@ -142,7 +142,7 @@ TYPED_TEST(WaveletLines, EqualTheTextbookAndReadNoMoreThanPromised)
     for (int pairs = 1; pairs <= 70; ++pairs)
         for (int kind = 0; kind < 8; ++kind) {
             SCOPED_TRACE(testing::Message() << pairs << " pairs, kind " << kind);
-            Fault fault = kind & 4 ? Fault::before : Fault::behind;
+            Fault fault = kind & 4 ? Fault::before : Fault::after;
             checkForward<TypeParam>(random, kind & 2, pairs, kind & 1, fault);
             checkInverse<TypeParam>(random, kind & 2, pairs, kind & 1, fault);
             if (testing::Test::HasFatalFailure()) return;
@@ -229,10 +229,10 @@ TEST(WaveletDoors, ExtensionsAreExact)
             std::vector<int16_t> src(static_cast<size_t>(len));
             for (int i = 0; i < len; ++i) src[size_t(i)] = int16_t(i + 1);
             auto check = [&](Reach reach, auto placeOf, auto read) {
-                Guarded<int16_t> room(size_t(reach.before + len + reach.behind));
+                Guarded<int16_t> room(size_t(reach.before + len + reach.after));
                 int16_t* line = room.data() + reach.before;
                 read(line);
-                for (int i = -reach.before; i < len + reach.behind; ++i)
+                for (int i = -reach.before; i < len + reach.after; ++i)
                     ASSERT_EQ(line[i], src[size_t(placeOf(mirrored(i, len)))]) << i;
                 ASSERT_TRUE(room.intact());
             };
@@ -246,8 +246,8 @@ TEST(WaveletDoors, ExtensionsAreExact)
         }
 }
 
-// Results that go past the caches are the same results.
-TEST(WaveletDoors, RowsPastTheCaches)
+// Results that are streamed are the same results.
+TEST(WaveletDoors, StreamedRows)
 {
     using Rows = std::vector<int32_t>;
     Random random(6);

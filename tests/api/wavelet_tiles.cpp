@@ -28,7 +28,7 @@ template <class F, class T = typename F::Sample> Tile<T> inPlace(Tile<T> tile, b
     const QelRect rect = {tile.x, tile.y, tile.width, tile.height};
     int size = -1;
     EXPECT_EQ(F::kFunctions.inPlaceSize(&rect, &size), qelStsNoErr);
-    Guarded<uint8_t> buffer(size_t(size), Fault::behind, size_t(tile.width) % 4);
+    Guarded<uint8_t> buffer(size_t(size), Fault::after, size_t(tile.width) % 4);
     const size_t rowBytes = size_t(tile.width) * sizeof(T), step = rowBytes + 5;
     Guarded<uint8_t> picture(size_t(tile.height - 1) * step + rowBytes);
     memset(picture.data(), 0x5A, picture.size());
@@ -64,7 +64,7 @@ template <class F, class T = typename F::Sample> Tile<T> throughBands(const Tile
     const QelRect rect = {tile.x, tile.y, tile.width, tile.height};
     int size = -1;
     EXPECT_EQ(F::kFunctions.bandsSize(&rect, &size), qelStsNoErr);
-    Guarded<uint8_t> buffer(size_t(size), forward ? Fault::behind : Fault::before, size_t(tile.height) % 4);
+    Guarded<uint8_t> buffer(size_t(size), forward ? Fault::after : Fault::before, size_t(tile.height) % 4);
     Tile<T> from = tile, to = tile;
     Quarters<T> bands(forward ? to : from);
     const int step = tile.width * int(sizeof(T));

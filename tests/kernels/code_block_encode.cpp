@@ -128,7 +128,7 @@ TEST(DecisionCoder, RawBits)
     for (auto& row : table) EXPECT_EQ(encode({}, row.decisions), row.bytes);
 }
 
-// Of all strings of two bytes, behind what the segment begins with, none that is shorter will do.
+// Of all strings of two bytes, after what the segment begins with, none that is shorter will do.
 TEST(DecisionCoder, ShortestTermination)
 {
     Random random(3);
@@ -156,7 +156,7 @@ struct Contexts {
     uint32_t index[kContexts] = {46, 3, 4}, mps[kContexts] = {};
 };
 
-// A segment as T.800 Figures C.5 to C.8 code it, with the registers behind a decision; or of raw bits (D.6).
+// A segment as T.800 Figures C.5 to C.8 code it, with the registers after a decision; or of raw bits (D.6).
 struct PlainSegment {
     uint32_t a = 0x8000, c = 0, ct = 12, free = 0;
     Bytes bytes = {0}; // the first is none of the segment; the last is B, or has free bits

@@ -34,7 +34,7 @@ template <class... Arguments> void check(Streamable<Row<Arguments...>> ColourKer
     Random random(2);
     auto expectDoor = [&](Row<Arguments...>* door, int width) {
         expectSame(
-            random, roomsOf(size_t(width)), Fault::behind, 0, [&](Rooms& r) { run(door, r, width); },
+            random, roomsOf(size_t(width)), Fault::after, 0, [&](Rooms& r) { run(door, r, width); },
             [&](Rooms& r) { run(ColourKernels::scalar.*entry, r, width); });
     };
     expectDoor(whole, 103);

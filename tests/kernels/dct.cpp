@@ -41,8 +41,8 @@ void fillTable(Random& random, uint16_t* table, int kind)
 template <class Check> void everyBlock(Check check)
 {
     Random random(5);
-    Guarded<int16_t> src(64, Fault::behind, 1);
-    Guarded<uint16_t> table(64, Fault::behind, 1);
+    Guarded<int16_t> src(64, Fault::after, 1);
+    Guarded<uint16_t> table(64, Fault::after, 1);
     for (int kind = 0; kind < 64 * 20; ++kind) {
         int16_t block[64];
         uint16_t entries[64];
@@ -64,7 +64,7 @@ template <class T> void expectEqual(const T* actual, const T* expected)
 TEST(DctKernels, Forward)
 {
     everyTable([](const DctKernels& kernels) {
-        Guarded<int16_t> out(64, Fault::behind, 1);
+        Guarded<int16_t> out(64, Fault::after, 1);
         int16_t expected[64];
         everyBlock([&](const int16_t* block, const uint16_t* entries, const int16_t* src, const uint16_t* table) {
             referenceForward(block, expected);
@@ -86,12 +86,12 @@ TEST(DctKernels, ForwardSamples)
     const ExactDct exact;
     everyTable([&](const DctKernels& kernels) {
         Random random(6);
-        Guarded<int16_t> out(64, Fault::behind, 1);
+        Guarded<int16_t> out(64, Fault::after, 1);
         uint16_t table[64];
         int16_t shifted[64], expected[64];
         for (int round = 0; round < 2000; ++round) {
             const int step = 8 + round % 5;
-            Guarded<uint8_t> samples(7 * step + 8, round % 2 ? Fault::behind : Fault::before);
+            Guarded<uint8_t> samples(7 * step + 8, round % 2 ? Fault::after : Fault::before);
             random.fill(samples.data(), samples.size());
             fillTable(random, table, round / 128);
             for (int i = 0; i < 64; ++i) {
@@ -134,7 +134,7 @@ TEST(DctKernels, Inverse)
     } bounds[] = {{128, 0, 255}, {128, 16, 235}, {32767, 0, 255}, {32767, 1, 255}, {-32768, 0, 254}, {0, 9, 9}};
     everyTable([&](const DctKernels& kernels) {
         constexpr int kStep = 11;
-        Guarded<int16_t> out(64, Fault::behind, 1);
+        Guarded<int16_t> out(64, Fault::after, 1);
         Guarded<uint8_t> samples(7 * kStep + 8);
         int16_t expected[64], scaled[64];
         everyBlock([&](const int16_t* block, const uint16_t* entries, const int16_t* src, const uint16_t* table) {

@@ -139,7 +139,7 @@ private:
 template <class Tested, class Expected> void expectSame(Random& random, const std::vector<Room>& rooms, Fault fault,
                                                         size_t offset, Tested tested, Expected expected)
 {
-    Rooms ours(rooms, fault, offset), theirs(rooms, Fault::behind, 0);
+    Rooms ours(rooms, fault, offset), theirs(rooms, Fault::after, 0);
     for (size_t i = 0; i < rooms.size(); ++i) {
         rooms[i].fill(random, ours[i], rooms[i].bytes);
         memcpy(theirs[i].p, ours[i].p, rooms[i].bytes);
@@ -157,7 +157,7 @@ template <class Table, class RoomsOf, class Call> void everyRowEqualsScalar(Room
         Random random(1);
         everyLength([&](int length) {
             std::vector<Room> rooms = roomsOf(size_t(length));
-            for (auto fault : {Fault::behind, Fault::before}) {
+            for (auto fault : {Fault::after, Fault::before}) {
                 SCOPED_TRACE(length);
                 expectSame(
                     random, rooms, fault, size_t(length % 4), [&](Rooms& r) { call(table, r, length); },

@@ -36,7 +36,7 @@ TEST(LevelShiftKernels, Blocks)
                 }
             };
             expectSame(
-                random, rooms, Fault::behind, 1,
+                random, rooms, Fault::after, 1,
                 [&](Rooms& r) { table.sub128Block(r[0], step, r[1]), table.add128Block(r[2], r[0], step); }, rows);
         }
     });

@@ -39,7 +39,7 @@ template <class KernelOf> void equalsScalar(Shape shape, KernelOf kernelOf)
 {
     const int row = shape.columns * shape.bytesPerPixel;
     const size_t tileBytes = size_t((row + 5) * (shape.rows - 1) + row), luma = size_t(shape.columns * shape.rows / 64);
-    const std::pair<Fault, size_t> places[] = {{Fault::behind, 0}, {Fault::behind, 1}, {Fault::before, 3}};
+    const std::pair<Fault, size_t> places[] = {{Fault::after, 0}, {Fault::after, 1}, {Fault::before, 3}};
     everyBuild<McuKernels>([&](const McuKernels& table) {
         int step = 0;
         auto runOn = [&](const McuKernels& build, Rooms& r) {

@@ -18,7 +18,7 @@ TEST(QuantizationKernels, BothWays)
         Random random(7);
         for (size_t round = 0; round < 300 && !testing::Test::HasFatalFailure(); ++round)
             expectSame(
-                random, std::vector(4, room<int16_t>(64)), Fault::behind, round % 4,
+                random, std::vector(4, room<int16_t>(64)), Fault::after, round % 4,
                 [&](Rooms& r) { quantize(table, r); }, [&](Rooms& r) { quantize(QuantizationKernels::scalar, r); });
     });
 }

@@ -32,7 +32,7 @@ TEST(SamplingKernels, Box)
 
 TEST(SamplingKernels, Triangle)
 {
-    // Planes have a sample on either side. For an odd width the last destination sample belongs to the one behind the
+    // Planes have a sample on either side. For an odd width the last destination sample belongs to the one after the
     // last whole pair.
     everyRowEqualsScalar<SamplingKernels>([](size_t n) { return rowsOf(n / 2 + 2, n); },
                                           [](auto& table, Rooms& r, int n) {

@@ -31,7 +31,7 @@ template <class Table, class T> void rows(LiftingKernels<T> Table::*of)
         const Line line = {2 + round / 4, round % 2, round % 4 < 2};
         const size_t lows = size_t(line.lows()), highs = size_t(line.highs());
         const size_t around = line.mirrored ? 0 : 4, offset = size_t(round) % 3;
-        const Fault fault = line.length % 2 ? Fault::behind : Fault::before;
+        const Fault fault = line.length % 2 ? Fault::after : Fault::before;
         Guarded<T> turns(lows + highs + 2 * around, fault, offset), low(lows, fault, offset), high(highs, fault);
         fill(random, turns.data(), turns.size());
         kernels.forwardRow(turns.data() + around, line, low.data(), high.data());
@@ -50,7 +50,7 @@ template <class Table, class T> void pairs(LiftingKernels<T> Table::*of)
     everyLength([=](int width) {
         everyRoundEqualsScalar<Table>(kMostPairs, [=](const Table& table, Random& random, int round) {
             const int count = round + 1;
-            Guarded<T> kept(size_t(4 * width)), rows(size_t(2 * count * width), Fault::behind, 1);
+            Guarded<T> kept(size_t(4 * width)), rows(size_t(2 * count * width), Fault::after, 1);
             // At first zeros, as before the first pair: random bits need not be finite values.
             memset(kept.data(), 0, kept.sizeInBytes());
             fill(random, rows.data(), rows.size());

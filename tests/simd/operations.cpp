@@ -18,7 +18,7 @@ TEST(Simd, OperationsEqualTheirDefinitions)
             Guarded<uint8_t> out(operation.outputBytes), expected(operation.outputBytes);
             for (int round = 0; round < 200; ++round) {
                 // Other offsets than 0 try unaligned loads.
-                Guarded<uint8_t> in(operation.inputBytes, Fault::behind, round % 3);
+                Guarded<uint8_t> in(operation.inputBytes, Fault::after, round % 3);
                 random.fill(in.data(), in.size());
                 operation.run(in.data(), out.data());
                 operation.define(in.data(), expected.data());
