@@ -122,10 +122,8 @@ struct ToYcck {
     }
     template <class Fixed> QEL_INLINE void put(auto lanes, ptrdiff_t i, auto inks) const
     {
-        {
-            ycc.put<Fixed>(lanes, i, inks.rgb);
-            lanes.store(k + i, inks.black);
-        }
+        ycc.put<Fixed>(lanes, i, inks.rgb);
+        lanes.store(k + i, inks.black);
     }
     QEL_INLINE void putByTables(ptrdiff_t i, auto inks) const
     {

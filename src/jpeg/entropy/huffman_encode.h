@@ -1,5 +1,4 @@
-// Sequential Huffman encoding: the table of its kernels, and the plain step that its doors
-// share.
+// Sequential Huffman encoding: the table of its kernels, and a plain step that its doors share.
 #pragma once
 
 #include <stdint.h>

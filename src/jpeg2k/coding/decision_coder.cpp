@@ -1,3 +1,4 @@
+// Records of decisions to bytes: all but the loop of a kernel.
 #include "jpeg2k/coding/decision_coder.h"
 
 #include "core/dispatch.h"

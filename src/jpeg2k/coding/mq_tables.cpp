@@ -1,3 +1,4 @@
+// T.800 Table C.2, and the states in which contexts start (Table D.7).
 #include "jpeg2k/coding/mq_tables.h"
 
 #include "jpeg2k/coding/mq_rows.h"
