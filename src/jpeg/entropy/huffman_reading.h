@@ -58,7 +58,8 @@ inline __attribute__((always_inline)) bool takeHeldValue(const QelDecodeHuffmanS
     count -= int(entry & 0xF);
     if (count < 0) return false;
     uint32_t value = uint32_t(bits >> count) & range.all;
-    *dst = int16_t(value - (range.all & -uint32_t(value < range.half)));
+    auto decoded = int16_t(value - (range.all & -uint32_t(value < range.half)));
+    memcpy(dst, &decoded, sizeof decoded);
     state->count = count;
     return true;
 }
