@@ -1,18 +1,19 @@
 /* SPDX-License-Identifier: Apache-2.0 */
-/* A decoder of baseline JPEG that takes its input as it comes, 1000 bytes at a time here, and goes on behind damage at
+/* A decoder of baseline JPEG that takes its input as it comes, so many bytes at a time, and goes on behind damage at
  * the next restart marker. Grey and YCbCr files with 4:4:4, 4:2:2 or 4:2:0 sampling.
- *     decoder picture.jpg picture.ppm
+ *     decoder picture.jpg picture.ppm [bytes]
  */
 #include "common.h"
 
 #include <string.h>
 
-enum { kPiece = 1000, kMostComponents = 3, kMostBlocks = 6, kMostPixels = 1 << 28 };
+enum { kMostComponents = 3, kMostBlocks = 6, kMostPixels = 1 << 28 };
 
 typedef struct {
     FILE* file;
     uint8_t* bytes; /* what has come and is not done with */
     int position, length, room;
+    int piece; /* bytes that come at a time */
 } Input;
 
 typedef struct {
@@ -40,12 +41,12 @@ static int readPiece(Input* in)
 {
     int left = in->length - in->position;
     if (left > 0) memmove(in->bytes, in->bytes + in->position, (size_t)left);
-    if (left + kPiece > in->room) {
-        in->room = 2 * (left + kPiece);
+    if (left + in->piece > in->room) {
+        in->room = 2 * (left + in->piece);
         in->bytes = realloc(in->bytes, (size_t)in->room);
         if (!in->bytes) fail("there is not enough memory");
     }
-    int came = (int)fread(in->bytes + left, 1, kPiece, in->file);
+    int came = (int)fread(in->bytes + left, 1, (size_t)in->piece, in->file);
     in->position = 0;
     in->length = left + came;
     return came > 0;
@@ -149,13 +150,11 @@ static void readHeaders(Decoder* d)
 /* The blocks of one MCU from what has come so far. */
 static QelStatus decodeBlocks(Decoder* d, int16_t blocks[kMostBlocks][64])
 {
-    int length = d->in.length;
-    while (length > d->in.position && d->in.bytes[length - 1] == 0xFF) --length; /* waits for what follows it */
     for (int c = 0, block = 0; c < d->components; ++c) {
         Component* component = &d->component[c];
         for (int i = 0; i < component->blocks; ++i, ++block) {
             QelStatus status = qeliDecodeHuffman8x8_JPEG_1u16s_C1(
-                d->in.bytes, length, &d->in.position, blocks[block], &component->lastDc, &d->marker,
+                d->in.bytes, d->in.length, &d->in.position, blocks[block], &component->lastDc, &d->marker,
                 d->spec[0][component->dc], d->spec[1][component->ac], d->state);
             if (status < 0) return status;
         }
@@ -226,7 +225,9 @@ static int decodeScan(Decoder* d)
 int main(int argc, char** argv)
 {
     static Decoder d;
-    if (argc < 3) fail("usage: decoder picture.jpg picture.ppm");
+    if (argc < 3) fail("usage: decoder picture.jpg picture.ppm [bytes]");
+    d.in.piece = argc > 3 ? atoi(argv[3]) : 1000;
+    if (d.in.piece < 1 || d.in.piece > 1 << 20) fail("pieces have 1 to 1048576 bytes");
     d.in.file = openFile(argv[1], "rb");
     check(qeliDecodeHuffmanStateInitAlloc_JPEG_8u(&d.state));
     check(qeliDecodeHuffmanStateGetBufSize_JPEG_8u(&d.stateSize));
