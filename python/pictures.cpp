@@ -4,7 +4,7 @@
 #include <omp.h>
 #endif
 
-#include <cstring>
+#include <algorithm>
 #include <memory>
 
 #include "arrays.h"
@@ -39,7 +39,19 @@ py::array arrayOf(Picture picture)
     return py::array(type, shape, samples, capsule);
 }
 
-Picture pictureOf(const py::array& given, int precision)
+// An array as a picture. Rows that follow each other are used where they lie, others are copied.
+struct Given {
+    py::array array;
+    Picture picture;
+};
+
+template <class T> bool areBelow(const Picture& picture, int limit)
+{
+    const T* samples = picture.row<T>(0);
+    return std::all_of(samples, samples + picture.sizeInBytes() / sizeof(T), [&](T sample) { return sample < limit; });
+}
+
+Given pictureOf(const py::array& given, int precision)
 {
     bool isWide = given.dtype().is(py::dtype::of<uint16_t>());
     require(isWide || given.dtype().is(py::dtype::of<uint8_t>()), "samples are uint8 or uint16");
@@ -52,9 +64,10 @@ Picture pictureOf(const py::array& given, int precision)
                         : array.shape(2) == 3 ? ColourSpace::rgb
                                               : ColourSpace::cmyk;
     require(array.shape(0) <= INT32_MAX && array.shape(1) <= INT32_MAX, "the picture is too large");
-    Picture picture(int(array.shape(1)), int(array.shape(0)), space, precision);
-    std::memcpy(picture.row(0), array.data(), picture.sizeInBytes());
-    return picture;
+    Picture picture = Picture::over(array.data(), int(array.shape(1)), int(array.shape(0)), space, precision);
+    require(precision % 8 == 0 || (isWide ? areBelow<uint16_t> : areBelow<uint8_t>)(picture, 1 << precision),
+            "samples have no more bits than the precision says");
+    return {std::move(array), std::move(picture)};
 }
 
 // The bytes of a file: given as they are, or read from a path.
@@ -120,15 +133,15 @@ py::bytes bytesOf(const std::vector<uint8_t>& file)
 py::bytes encodeToJpeg(const py::array& array, int quality, const std::string& sampling, bool optimize,
                        bool progressive, int restart, bool lossless, int predictor, int precision)
 {
-    Picture picture = pictureOf(array, precision);
+    Given given = pictureOf(array, precision);
     JpegEncodeOptions options = {.quality = quality,
                                  .optimiseTables = optimize,
                                  .progressive = progressive,
                                  .restartInterval = restart,
                                  .lossless = lossless,
                                  .predictor = predictor};
-    if (!lossless && picture.space() != ColourSpace::grey) options.sampling = samplingNamed(sampling);
-    return bytesOf(unlocked([&] { return encodeJpeg(picture, options); }));
+    if (!lossless && given.picture.space() != ColourSpace::grey) options.sampling = samplingNamed(sampling);
+    return bytesOf(unlocked([&] { return encodeJpeg(given.picture, options); }));
 }
 
 py::bytes encodeToJ2k(const py::array& array, std::optional<int> quality, std::optional<double> rate,
@@ -136,21 +149,21 @@ py::bytes encodeToJ2k(const py::array& array, std::optional<int> quality, std::o
 {
     require(lossless + quality.has_value() + rate.has_value() + psnr.has_value() <= 1,
             "quality, rate, psnr and lossless exclude each other");
-    Picture picture = pictureOf(array, precision);
+    Given given = pictureOf(array, precision);
     J2kEncodeOptions options = {.isLossless = lossless,
                                 .bitsPerPixel = rate,
                                 .psnr = psnr,
                                 .quality = quality.value_or(90),
                                 .layers = layers,
                                 .isJp2 = isJp2};
-    return bytesOf(unlocked([&] { return encodeJ2k(picture, options); }));
+    return bytesOf(unlocked([&] { return encodeJ2k(given.picture, options); }));
 }
 
 py::tuple comparison(const py::array& a, const py::array& b, int precision)
 {
-    Picture first = pictureOf(a, precision), second = pictureOf(b, precision);
-    Difference whole = unlocked([&] { return compare(first, second); }).whole;
-    return py::make_tuple(whole.psnr(first.precision()), whole.meanSquaredError, whole.largestError);
+    Given first = pictureOf(a, precision), second = pictureOf(b, precision);
+    Difference whole = unlocked([&] { return compare(first.picture, second.picture); }).whole;
+    return py::make_tuple(whole.psnr(first.picture.precision()), whole.meanSquaredError, whole.largestError);
 }
 
 void setThreads(int threads)

@@ -20,6 +20,8 @@ public:
     Picture() = default;
     // Samples are left unset. Throws CodecError, before memory is taken, for sizes below 1 or above kMaxBytes.
     Picture(int width, int height, ColourSpace space, int precision);
+    // Samples that lie elsewhere, row after row; they have to live on, and nothing is written to them.
+    static Picture over(const void* samples, int width, int height, ColourSpace space, int precision);
 
     static constexpr uint64_t kMaxBytes = uint64_t(1) << 30;
 
@@ -42,9 +44,17 @@ public:
     }
 
 private:
+    struct Release {
+        bool areElsewhere;
+        void operator()(uint8_t* samples) const
+        {
+            if (!areElsewhere) delete[] samples;
+        }
+    };
+
     int width_ = 0, height_ = 0, precision_ = 8;
     ColourSpace space_ = ColourSpace::grey;
-    std::unique_ptr<uint8_t[]> samples_;
+    std::unique_ptr<uint8_t[], Release> samples_;
 };
 
 }
