@@ -44,7 +44,7 @@ struct Block {
 
 int libraryStyle(int codStyle)
 {
-    using namespace codec::j2k_style;
+    using namespace codec::j2k::style;
     const struct {
         int cod, library;
     } styles[] = {{kBypass, JPEG2K_BYPASS},
@@ -62,24 +62,25 @@ int libraryStyle(int codStyle)
 std::vector<Block> blocksOf(const std::vector<uint8_t>& file, int style)
 {
     std::vector<Block> blocks;
-    codec::J2kFile opened = codec::openJ2k(file);
-    auto tile = codec::readJ2kTile(*opened.codestream, 0);
-    tile.components[0].resolutions[0].forCodedBlocks([&](const codec::J2kBand& band, const codec::J2kCodeBlock& from) {
-        Block block = {{from.width, from.height, int(band.kind), band.bitPlanes - from.zeroBitPlanes,
-                        int(from.passes()), libraryStyle(style)},
-                       int(from.x),
-                       int(from.y),
-                       {},
-                       {}};
-        for (codec::Bytes piece : from.data) block.bytes.insert(block.bytes.end(), piece.begin(), piece.end());
-        auto next = block.bytes.begin();
-        for (auto& segment : from.segments) {
-            block.lengths.push_back(segment.length);
-            block.coded.segments.emplace_back(next, next + segment.length);
-            next += segment.length;
-        }
-        blocks.push_back(block);
-    });
+    codec::j2k::File opened = codec::j2k::open(file);
+    auto tile = codec::j2k::readTile(*opened.codestream, 0);
+    tile.components[0].resolutions[0].forCodedBlocks(
+        [&](const codec::j2k::Band& band, const codec::j2k::CodeBlock& from) {
+            Block block = {{from.width, from.height, int(band.kind), band.bitPlanes - from.zeroBitPlanes,
+                            int(from.passes()), libraryStyle(style)},
+                           int(from.x),
+                           int(from.y),
+                           {},
+                           {}};
+            for (codec::Bytes piece : from.data) block.bytes.insert(block.bytes.end(), piece.begin(), piece.end());
+            auto next = block.bytes.begin();
+            for (auto& segment : from.segments) {
+                block.lengths.push_back(segment.length);
+                block.coded.segments.emplace_back(next, next + segment.length);
+                next += segment.length;
+            }
+            blocks.push_back(block);
+        });
     return blocks;
 }
 
@@ -217,7 +218,7 @@ void add(const std::string& name, const NamedPicture& named, int step, int block
 
 void addCodeBlockCases()
 {
-    using namespace codec::j2k_style;
+    using namespace codec::j2k::style;
     for (auto& named : pictures()) {
         add(named.name + " lossless/64x64", named, 1, 64, 0);
         add(named.name + " step 16/64x64", named, 16, 64, 0);

@@ -18,7 +18,7 @@ constexpr int kQuality = 90;
 
 struct Sampling {
     const char* name;
-    codec::JpegSamplings ours;
+    codec::jpeg::Samplings ours;
     int theirs;
 };
 
@@ -57,7 +57,7 @@ struct Source {
 
     const codec::Picture& picture;
     Sampling sampling;
-    codec::JpegEncodeOptions options;
+    codec::jpeg::EncodeOptions options;
     std::vector<uint8_t> file, decoded;
 
 private:
@@ -74,10 +74,10 @@ double pixelsOf(const Source& s) { return double(s.picture.width()) * s.picture.
 Contest encoding(const Shared& s)
 {
     Contest contest = {"pixel", pixelsOf(*s), {}};
-    contest.contestants = {{kLibrary, [=] { codec::encodeJpeg(s->picture, s->options); }},
+    contest.contestants = {{kLibrary, [=] { codec::jpeg::encode(s->picture, s->options); }},
                            {"libjpeg-turbo", [=] { s->encode(); }}};
     contest.check = [=] {
-        auto ours = codec::encodeJpeg(s->picture, s->options);
+        auto ours = codec::jpeg::encode(s->picture, s->options);
         auto theirs = double(s->file.size());
         // Another rounding makes other small coefficients, and so a somewhat smaller or larger file.
         bool alike = double(ours.size())<1.08 * theirs&& double(ours.size())> 0.92 * theirs;
@@ -93,11 +93,11 @@ Contest encoding(const Shared& s)
 Contest decoding(const Shared& s)
 {
     Contest contest = {"pixel", pixelsOf(*s), {}};
-    contest.contestants = {{kLibrary, [=] { codec::decodeJpeg(s->file); }},
+    contest.contestants = {{kLibrary, [=] { codec::jpeg::decode(s->file); }},
                            {"libjpeg-turbo", [=] { s->decode(s->file); }}};
     contest.check = [=] {
         s->decode(s->file);
-        auto ours = codec::decodeJpeg(s->file);
+        auto ours = codec::jpeg::decode(s->file);
         require(ours.warnings.empty() && s->distance(ours.picture.row(0)) < 1, "the picture differs from the peer's");
     };
     return contest;
@@ -111,11 +111,11 @@ void add(const NamedPicture& named, const Sampling& sampling)
     addCase("codec/decode/" + name, [=] { return decoding(source()); });
     addCase("threads/codec/encode/" + name, [=] {
         auto s = source();
-        return oneAgainstTwo("pixel", pixelsOf(*s), [s] { codec::encodeJpeg(s->picture, s->options); });
+        return oneAgainstTwo("pixel", pixelsOf(*s), [s] { codec::jpeg::encode(s->picture, s->options); });
     });
     addCase("threads/codec/decode/" + name, [=] {
         auto s = source();
-        return oneAgainstTwo("pixel", pixelsOf(*s), [s] { codec::decodeJpeg(s->file); });
+        return oneAgainstTwo("pixel", pixelsOf(*s), [s] { codec::jpeg::decode(s->file); });
     });
 }
 
@@ -123,8 +123,8 @@ void add(const NamedPicture& named, const Sampling& sampling)
 
 void addCodecCases()
 {
-    const Sampling samplings[] = {{"4:2:0", codec::kSampling420, TJSAMP_420},
-                                  {"4:4:4", codec::kSampling444, TJSAMP_444}};
+    const Sampling samplings[] = {{"4:2:0", codec::jpeg::kSampling420, TJSAMP_420},
+                                  {"4:4:4", codec::jpeg::kSampling444, TJSAMP_444}};
     for (auto& named : pictures())
         for (auto& sampling : samplings) add(named, sampling);
 }

@@ -33,7 +33,7 @@ struct Source {
         parameters.tcp_rates[0] = coding.ratio;
         Peer::encode(Peer::imageOf(picture), parameters, file);
     }
-    codec::Picture decode() const { return codec::decodeJ2k(file.bytes).picture; }
+    codec::Picture decode() const { return codec::j2k::decode(file.bytes).picture; }
     void expectAlike()
     {
         codec::Picture ours = decode();

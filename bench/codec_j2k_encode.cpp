@@ -22,7 +22,7 @@ struct Source {
         options.isLossless = rate == 0;
         if (rate) options.bitsPerPixel = rate;
     }
-    File encode() const { return codec::encodeJ2k(picture, options); }
+    File encode() const { return codec::j2k::encode(picture, options); }
     // With so many threads besides the calling one.
     void encodeWithPeer(int threads = 0)
     {
@@ -49,7 +49,7 @@ struct Source {
 
     const codec::Picture& picture;
     double rate; // bits per pixel; 0 is lossless
-    codec::J2kEncodeOptions options;
+    codec::j2k::EncodeOptions options;
     Peer::File peers;
 };
 

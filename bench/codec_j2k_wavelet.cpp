@@ -13,12 +13,12 @@ constexpr int kLevels = 5;
 
 template <class T> Contest transform(bool inverse, int width, int height)
 {
-    const codec::J2kRect rect = {0, 0, uint32_t(width), uint32_t(height)};
-    constexpr auto kZero = codec::J2kPlane<T>::Fill::zero;
-    auto samples = [=] { return codec::J2kPlane<T>(rect.width(), rect.height(), kZero); };
-    auto bands = [=] { return codec::J2kSubbands<T>(rect, kLevels, kZero); };
-    Contestant library = {kLibrary, [=] { codec::forwardWavelet(samples(), rect, kLevels, 1); }, samples};
-    if (inverse) library = {kLibrary, [=] { codec::inverseWavelet(bands(), 1); }, bands};
+    const codec::j2k::Rect rect = {0, 0, uint32_t(width), uint32_t(height)};
+    constexpr auto kZero = codec::j2k::Plane<T>::Fill::zero;
+    auto samples = [=] { return codec::j2k::Plane<T>(rect.width(), rect.height(), kZero); };
+    auto bands = [=] { return codec::j2k::Subbands<T>(rect, kLevels, kZero); };
+    Contestant library = {kLibrary, [=] { codec::j2k::forwardWavelet(samples(), rect, kLevels, 1); }, samples};
+    if (inverse) library = {kLibrary, [=] { codec::j2k::inverseWavelet(bands(), 1); }, bands};
     OpenJpegCoding coding = {.irreversible = std::is_same_v<T, float>}, without = coding;
     coding.resolutions = kLevels + 1;
     return {"sample", double(width) * height, {library, openJpegDifference(width, height, coding, without, inverse)}};

@@ -134,14 +134,15 @@ void addCodec(std::vector<LoadCase>& cases)
 {
     const codec::Picture& picture = pictures()[0].picture;
     for (bool isProgressive : {false, true}) {
-        codec::JpegEncodeOptions options = {.progressive = isProgressive};
+        codec::jpeg::EncodeOptions options = {.progressive = isProgressive};
         std::string name = isProgressive ? "progressive" : "sequential";
-        cases.push_back({"encode " + name, [&picture, options] { codec::encodeJpeg(picture, options); }});
-        cases.push_back({"decode " + name, [file = codec::encodeJpeg(picture, options)] { codec::decodeJpeg(file); }});
+        cases.push_back({"encode " + name, [&picture, options] { codec::jpeg::encode(picture, options); }});
+        cases.push_back(
+            {"decode " + name, [file = codec::jpeg::encode(picture, options)] { codec::jpeg::decode(file); }});
     }
-    codec::J2kEncodeOptions options = {.isLossless = true};
-    cases.push_back({"encode JPEG 2000", [&picture, options] { codec::encodeJ2k(picture, options); }});
-    cases.push_back({"decode JPEG 2000", [file = codec::encodeJ2k(picture, options)] { codec::decodeJ2k(file); }});
+    codec::j2k::EncodeOptions options = {.isLossless = true};
+    cases.push_back({"encode JPEG 2000", [&picture, options] { codec::j2k::encode(picture, options); }});
+    cases.push_back({"decode JPEG 2000", [file = codec::j2k::encode(picture, options)] { codec::j2k::decode(file); }});
 }
 
 }

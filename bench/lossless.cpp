@@ -56,9 +56,9 @@ Contest rowsOf(int predictor, bool isDifference)
     return contest;
 }
 
-JpegEncodeOptions options(int predictor)
+jpeg::EncodeOptions options(int predictor)
 {
-    JpegEncodeOptions encoding;
+    jpeg::EncodeOptions encoding;
     encoding.lossless = true;
     encoding.predictor = predictor;
     return encoding;
@@ -68,14 +68,14 @@ JpegEncodeOptions options(int predictor)
 struct ScanOfRgb {
     explicit ScanOfRgb(const Picture& rgb) : picture(rgb), peer(rgb)
     {
-        info.process = JpegProcess::lossless;
+        info.process = jpeg::Process::lossless;
         info.width = rgb.width(), info.height = rgb.height();
         for (int i : {0, 1, 2}) {
             info.components.push_back({i + 1, 1, 1, 0, 0, 0});
             scan.components.push_back({i, i > 0, 0});
         }
-        setComponentSizes(info);
-        scan.kind = ScanKind::lossless;
+        jpeg::setComponentSizes(info);
+        scan.kind = jpeg::ScanKind::lossless;
         scan.predictor = 1;
     }
 
@@ -84,16 +84,16 @@ struct ScanOfRgb {
         out.clear();
         const std::function<void(double)> nobody;
         Progress progress(nobody, picture.height());
-        ScanLayout layout(info, {0, 1, 2});
-        Differences differences(picture, layout, scan, 0);
-        ScanEncoder coder(out, layout, scan, {{{kTypicalDc[0], {}}, {kTypicalDc[1], {}}}});
+        jpeg::ScanLayout layout(info, {0, 1, 2});
+        jpeg::Differences differences(picture, layout, scan, 0);
+        jpeg::ScanEncoder coder(out, layout, scan, {{{jpeg::kTypicalDc[0], {}}, {jpeg::kTypicalDc[1], {}}}});
         differences.code(coder, progress);
     }
 
     const Picture& picture;
     FfmpegLosslessEncoder peer;
-    JpegInfo info;
-    ScanHeader scan;
+    jpeg::Info info;
+    jpeg::ScanHeader scan;
     std::vector<uint8_t> out;
 };
 
@@ -111,7 +111,7 @@ Contest encoding(const NamedPicture& named)
         s->encode();
         // Their MCUs are two rows high, so that the same symbols come in another order.
         auto& file = s->peer.file();
-        DecodedJpeg decoded = decodeJpeg(file);
+        jpeg::Decoded decoded = jpeg::decode(file);
         require(decoded.warnings.empty() && isSame(decoded.picture, named.picture), "the peer's file is not ours");
         double ratio = double(s->out.size()) / double(file.size());
         require(ratio > 0.99 && ratio < 1.01, "the scan is not as long as the peer's");
@@ -124,10 +124,10 @@ Contest encodingFile(const NamedPicture& named)
 {
     auto peer = std::make_shared<FfmpegLosslessEncoder>(named.picture);
     Contest contest = {"pixel", double(named.picture.width()) * named.picture.height(), {}};
-    contest.contestants = {{kLibrary, [&named] { encodeJpeg(named.picture, options(1)); }},
+    contest.contestants = {{kLibrary, [&named] { jpeg::encode(named.picture, options(1)); }},
                            {"FFmpeg", [=] { peer->encode(); }}};
     contest.check = [=, &named] {
-        require(encodeJpeg(named.picture, options(1)).size() <= peer->file().size(),
+        require(jpeg::encode(named.picture, options(1)).size() <= peer->file().size(),
                 "the file is longer than FFmpeg's");
     };
     return contest;
@@ -135,13 +135,13 @@ Contest encodingFile(const NamedPicture& named)
 
 Contest decoding(const Picture& picture, int predictor)
 {
-    auto file = std::make_shared<std::vector<uint8_t>>(encodeJpeg(picture, options(predictor)));
+    auto file = std::make_shared<std::vector<uint8_t>>(jpeg::encode(picture, options(predictor)));
     auto peer = std::make_shared<FfmpegDecoder>(*file);
     Contest contest = {"pixel", double(picture.width()) * picture.height(), {}};
-    contest.contestants = {{kLibrary, [=] { decodeJpeg(*file); }}, {"FFmpeg", [=] { peer->decode(); }}};
+    contest.contestants = {{kLibrary, [=] { jpeg::decode(*file); }}, {"FFmpeg", [=] { peer->decode(); }}};
     contest.check = [=] {
         peer->decode();
-        require(peer->equals(decodeJpeg(*file).picture), "the picture differs from the peer's");
+        require(peer->equals(jpeg::decode(*file).picture), "the picture differs from the peer's");
     };
     return contest;
 }

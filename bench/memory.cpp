@@ -65,17 +65,17 @@ void run()
     codec::ThreadLimit alone(1);
     codec::Picture picture = largePicture();
     printf("%d x %d pixels, %.1f MB\n", picture.width(), picture.height(), double(picture.sizeInBytes()) / (1 << 20));
-    codec::JpegEncodeOptions options;
-    std::vector<uint8_t> file = codec::encodeJpeg(picture, options);
+    codec::jpeg::EncodeOptions options;
+    std::vector<uint8_t> file = codec::jpeg::encode(picture, options);
     options.progressive = true;
-    std::vector<uint8_t> progressive = codec::encodeJpeg(picture, options);
+    std::vector<uint8_t> progressive = codec::jpeg::encode(picture, options);
     printf("files of %.1f and %.1f MB\n", double(file.size()) / (1 << 20), double(progressive.size()) / (1 << 20));
     for (int threads : {1, 2}) {
         std::string name = threads == 1 ? "qeljx, one thread: " : "qeljx, two threads: ";
-        measure((name + "encode 4:2:0").c_str(), threads, [&] { codec::encodeJpeg(picture, {}); });
-        measure((name + "decode 4:2:0").c_str(), threads, [&] { codec::decodeJpeg(file); });
-        measure((name + "encode progressive").c_str(), threads, [&] { codec::encodeJpeg(picture, options); });
-        measure((name + "decode progressive").c_str(), threads, [&] { codec::decodeJpeg(progressive); });
+        measure((name + "encode 4:2:0").c_str(), threads, [&] { codec::jpeg::encode(picture, {}); });
+        measure((name + "decode 4:2:0").c_str(), threads, [&] { codec::jpeg::decode(file); });
+        measure((name + "encode progressive").c_str(), threads, [&] { codec::jpeg::encode(picture, options); });
+        measure((name + "decode progressive").c_str(), threads, [&] { codec::jpeg::decode(progressive); });
     }
     auto theirEncode = [&](int flags) {
         auto handle = tjInitCompress();

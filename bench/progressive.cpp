@@ -28,10 +28,10 @@ struct Source {
     {
         peer.writeProgressive();
         file = peer.progressiveFile();
-        info = readJpegInfo(file);
-        auto decoded = decodeJpegCoefficients(file).components;
+        info = jpeg::readInfo(file);
+        auto decoded = jpeg::decodeCoefficients(file).components;
         for (size_t c = 0; c < decoded.size(); ++c) {
-            stores.emplace_back(info, info.components[c], BlockStore::Fill::zero);
+            stores.emplace_back(info, info.components[c], jpeg::BlockStore::Fill::zero);
             memcpy(stores[c].block(0, 0), decoded[c].values.data(), 2 * decoded[c].values.size());
         }
     }
@@ -41,31 +41,31 @@ struct Source {
         out.clear();
         const std::function<void(double)> nobody;
         Progress progress(nobody, 1);
-        for (const JpegScan& described : usualScript(3, true)) {
-            ScanHeader scan;
+        for (const jpeg::Scan& described : jpeg::usualScript(3, true)) {
+            jpeg::ScanHeader scan;
             for (int c : described.components) scan.components.push_back({c, c > 0, c > 0});
-            scan.kind = scanKind(described.first, described.high);
+            scan.kind = jpeg::scanKind(described.first, described.high);
             scan.first = described.first;
             scan.last = described.last;
             scan.high = described.high;
             scan.low = described.low;
-            ScanLayout layout(info, described.components);
-            StoredBlocks blocks(layout, stores);
-            ScanStatistics statistics(scan);
-            codeScan(layout, 0, blocks, statistics, progress);
-            ScanEncoder coder(out, layout, scan, {statistics.tables(0), statistics.tables(1)});
-            codeScan(layout, 0, blocks, coder, progress);
+            jpeg::ScanLayout layout(info, described.components);
+            jpeg::StoredBlocks blocks(layout, stores);
+            jpeg::ScanStatistics statistics(scan);
+            jpeg::codeScan(layout, 0, blocks, statistics, progress);
+            jpeg::ScanEncoder coder(out, layout, scan, {statistics.tables(0), statistics.tables(1)});
+            jpeg::codeScan(layout, 0, blocks, coder, progress);
         }
     }
 
-    std::vector<BlockStore> decode()
+    std::vector<jpeg::BlockStore> decode()
     {
-        std::vector<BlockStore> result;
-        for (auto& component : info.components) result.emplace_back(info, component, BlockStore::Fill::zero);
-        JpegHeaders headers(file);
+        std::vector<jpeg::BlockStore> result;
+        for (auto& component : info.components) result.emplace_back(info, component, jpeg::BlockStore::Fill::zero);
+        jpeg::Headers headers(file);
         for (auto scan = headers.nextScan(2); scan;) {
-            ScanDecoder coder(file, headers, *scan);
-            StoredBlocks places(coder.layout(), result);
+            jpeg::ScanDecoder coder(file, headers, *scan);
+            jpeg::StoredBlocks places(coder.layout(), result);
             for (int row = 0; row < coder.layout().mcusDown; ++row) {
                 places.startRow(row);
                 coder.decodeRowInto(places);
@@ -77,8 +77,8 @@ struct Source {
 
     JpegCoefficients peer;
     std::vector<uint8_t> file, out;
-    JpegInfo info;
-    std::vector<BlockStore> stores;
+    jpeg::Info info;
+    std::vector<jpeg::BlockStore> stores;
 };
 
 using Shared = std::shared_ptr<Source>;
@@ -101,7 +101,7 @@ Contest decoding(const Shared& s)
     Contest contest = {"pixel", s->peer.pixels, {}};
     contest.contestants = {{kLibrary, [=] { s->decode(); }}, {"libjpeg-turbo", [=] { s->peer.readProgressive(); }}};
     contest.check = [=] {
-        auto decoded = decodeJpegCoefficients(s->file);
+        auto decoded = jpeg::decodeCoefficients(s->file);
         require(decoded.warnings.empty(), "the peer's file is not whole");
         auto ours = s->decode();
         for (size_t c = 0; c < ours.size(); ++c) {

@@ -6,6 +6,6 @@ using namespace qel::codec;
 
 void tryFile(Bytes file)
 {
-    decodeJ2k(file, {.maxPixels = 1 << 16});
-    decodeJ2kComponent(file, 0, {.reduce = 1, .layers = 2, .transformComponents = false, .maxPixels = 1 << 16});
+    j2k::decode(file, {.maxPixels = 1 << 16});
+    j2k::decodeComponent(file, 0, {.reduce = 1, .layers = 2, .transformComponents = false, .maxPixels = 1 << 16});
 }

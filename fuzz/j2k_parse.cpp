@@ -9,14 +9,14 @@ using namespace qel::codec;
 
 void tryFile(Bytes file)
 {
-    auto check = [&](const J2kBand&, const J2kCodeBlock& block) {
+    auto check = [&](const j2k::Band&, const j2k::CodeBlock& block) {
         for (Bytes piece : block.data)
             if (piece.data() < file.data() || piece.data() + piece.size() > file.data() + file.size()) std::abort();
     };
-    J2kFile opened = openJ2k(file);
+    j2k::File opened = j2k::open(file);
     for (auto& [index, parts] : opened.codestream->tileParts()) {
-        J2kTile tile = readJ2kTile(*opened.codestream, index);
-        for (const J2kTileComponent& component : tile.components)
-            for (const J2kResolution& resolution : component.resolutions) resolution.forCodedBlocks(check);
+        j2k::Tile tile = j2k::readTile(*opened.codestream, index);
+        for (const j2k::TileComponent& component : tile.components)
+            for (const j2k::Resolution& resolution : component.resolutions) resolution.forCodedBlocks(check);
     }
 }

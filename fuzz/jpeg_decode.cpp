@@ -6,7 +6,7 @@ using namespace qel::codec;
 
 void tryFile(Bytes file)
 {
-    const JpegDecodeOptions options = {.maxPixels = 1 << 18};
-    decodeJpeg(file, options);
-    decodeJpegCoefficients(file, options);
+    const jpeg::DecodeOptions options = {.maxPixels = 1 << 18};
+    jpeg::decode(file, options);
+    jpeg::decodeCoefficients(file, options);
 }

@@ -96,13 +96,13 @@ LoadedPicture decodeAny(Bytes file, int reduce, int layers, bool smooth)
 {
     FileKind kind = kindOf(file);
     if (kind == FileKind::jpeg2000) {
-        DecodedJ2k decoded = decodeJ2k(file, {.reduce = reduce, .layers = layers ? layers : 65535});
+        j2k::Decoded decoded = j2k::decode(file, {.reduce = reduce, .layers = layers ? layers : 65535});
         return {std::move(decoded.picture), std::move(decoded.warnings), decoded.isDamaged};
     }
     require(reduce == 0 && layers == 0, "reduce and layers are for JPEG 2000 files");
     if (kind != FileKind::jpeg) return loadPicture(file);
-    auto upsampling = smooth ? JpegUpsampling::triangle : JpegUpsampling::replicate;
-    DecodedJpeg decoded = decodeJpeg(file, {.upsampling = upsampling});
+    auto upsampling = smooth ? jpeg::Upsampling::triangle : jpeg::Upsampling::replicate;
+    jpeg::Decoded decoded = jpeg::decode(file, {.upsampling = upsampling});
     bool isDamaged = !decoded.warnings.empty();
     return {std::move(decoded.picture), std::move(decoded.warnings), isDamaged};
 }
@@ -116,13 +116,13 @@ py::tuple decode(const py::object& given, int reduce, int layers, bool smooth)
     return py::make_tuple(arrayOf(std::move(loaded.picture)), colour, precision, loaded.warnings, loaded.isDamaged);
 }
 
-JpegSamplings samplingNamed(const std::string& name)
+jpeg::Samplings samplingNamed(const std::string& name)
 {
-    if (name == "444") return kSampling444;
-    if (name == "422") return kSampling422;
-    if (name == "440") return kSampling440;
+    if (name == "444") return jpeg::kSampling444;
+    if (name == "422") return jpeg::kSampling422;
+    if (name == "440") return jpeg::kSampling440;
     require(name == "420", "the sampling is 444, 422, 440 or 420");
-    return kSampling420;
+    return jpeg::kSampling420;
 }
 
 py::bytes bytesOf(const std::vector<uint8_t>& file)
@@ -134,14 +134,14 @@ py::bytes encodeToJpeg(const py::array& array, int quality, const std::string& s
                        bool progressive, int restart, bool lossless, int predictor, int precision)
 {
     Given given = pictureOf(array, precision);
-    JpegEncodeOptions options = {.quality = quality,
-                                 .optimiseTables = optimize,
-                                 .progressive = progressive,
-                                 .restartInterval = restart,
-                                 .lossless = lossless,
-                                 .predictor = predictor};
+    jpeg::EncodeOptions options = {.quality = quality,
+                                   .optimiseTables = optimize,
+                                   .progressive = progressive,
+                                   .restartInterval = restart,
+                                   .lossless = lossless,
+                                   .predictor = predictor};
     if (!lossless && given.picture.space() != ColourSpace::grey) options.sampling = samplingNamed(sampling);
-    return bytesOf(unlocked([&] { return encodeJpeg(given.picture, options); }));
+    return bytesOf(unlocked([&] { return jpeg::encode(given.picture, options); }));
 }
 
 py::bytes encodeToJ2k(const py::array& array, std::optional<int> quality, std::optional<double> rate,
@@ -150,13 +150,13 @@ py::bytes encodeToJ2k(const py::array& array, std::optional<int> quality, std::o
     require(lossless + quality.has_value() + rate.has_value() + psnr.has_value() <= 1,
             "quality, rate, psnr and lossless exclude each other");
     Given given = pictureOf(array, precision);
-    J2kEncodeOptions options = {.isLossless = lossless,
-                                .bitsPerPixel = rate,
-                                .psnr = psnr,
-                                .quality = quality.value_or(90),
-                                .layers = layers,
-                                .isJp2 = isJp2};
-    return bytesOf(unlocked([&] { return encodeJ2k(given.picture, options); }));
+    j2k::EncodeOptions options = {.isLossless = lossless,
+                                  .bitsPerPixel = rate,
+                                  .psnr = psnr,
+                                  .quality = quality.value_or(90),
+                                  .layers = layers,
+                                  .isJp2 = isJp2};
+    return bytesOf(unlocked([&] { return j2k::encode(given.picture, options); }));
 }
 
 py::tuple comparison(const py::array& a, const py::array& b, int precision)

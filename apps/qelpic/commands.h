@@ -20,11 +20,11 @@ enum ExitCode {
 
 struct Options {
     std::string input, output; // for `compare` the two pictures
-    codec::JpegEncodeOptions encoding;
-    codec::J2kEncodeOptions j2k;
+    codec::jpeg::EncodeOptions encoding;
+    codec::j2k::EncodeOptions j2k;
     std::string scanScript; // file that `encoding.scans` is read from; empty if there is none
-    codec::JpegDecodeOptions decoding;
-    codec::J2kDecodeOptions j2kDecoding;
+    codec::jpeg::DecodeOptions decoding;
+    codec::j2k::DecodeOptions j2kDecoding;
     std::optional<int> component; // to be decoded alone
     bool isQuiet = false;
     int runs = 0; // how often to code for the time to be taken; 0 is once, without a report

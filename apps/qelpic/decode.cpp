@@ -9,27 +9,27 @@ namespace qel::qelpic {
 namespace {
 
 double pixelsOf(const codec::LoadedPicture& loaded) { return double(loaded.picture.width()) * loaded.picture.height(); }
-double pixelsOf(const codec::DecodedJ2kComponent& decoded)
+double pixelsOf(const codec::j2k::DecodedComponent& decoded)
 {
     return double(decoded.samples.width) * decoded.samples.height;
 }
 
 codec::LoadedPicture decodeJpeg(codec::Bytes file, const Options& all, ProgressBar& bar)
 {
-    const codec::J2kDecodeOptions &others = all.j2kDecoding, none;
+    const codec::j2k::DecodeOptions &others = all.j2kDecoding, none;
     if (others.reduce != none.reduce || others.layers != none.layers || !others.transformComponents)
         throw codec::CodecError("--reduce, --layers and --no-component-transform are for JPEG 2000 files");
-    codec::JpegDecodeOptions options = all.decoding;
+    codec::jpeg::DecodeOptions options = all.decoding;
     options.progress = bar.callback();
-    codec::DecodedJpeg decoded = codec::decodeJpeg(file, options);
+    codec::jpeg::Decoded decoded = codec::jpeg::decode(file, options);
     bool isDamaged = !decoded.warnings.empty();
     return {std::move(decoded.picture), std::move(decoded.warnings), isDamaged};
 }
 
-codec::LoadedPicture decodeJ2k(codec::Bytes file, codec::J2kDecodeOptions options, ProgressBar& bar)
+codec::LoadedPicture decodeJ2k(codec::Bytes file, codec::j2k::DecodeOptions options, ProgressBar& bar)
 {
     options.progress = bar.callback();
-    codec::DecodedJ2k decoded = codec::decodeJ2k(file, options);
+    codec::j2k::Decoded decoded = codec::j2k::decode(file, options);
     return {std::move(decoded.picture), std::move(decoded.warnings), decoded.isDamaged};
 }
 
@@ -53,9 +53,9 @@ ExitCode decodeComponent(const Options& options)
     about(options.output, [&] { codec::checkPgxExtension(options.output); });
     auto decoded = decodeInput(options, [&](codec::Bytes file, bool isJ2k, ProgressBar& bar) {
         if (!isJ2k) throw codec::CodecError("--component is for JPEG 2000 files");
-        codec::J2kDecodeOptions decoding = options.j2kDecoding;
+        codec::j2k::DecodeOptions decoding = options.j2kDecoding;
         decoding.progress = bar.callback();
-        return codec::decodeJ2kComponent(file, size_t(*options.component), decoding);
+        return codec::j2k::decodeComponent(file, size_t(*options.component), decoding);
     });
     warn(options.input, decoded.warnings, options.isQuiet);
     about(options.output, [&] { codec::storePgx(decoded.samples, options.output); });

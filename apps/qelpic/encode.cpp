@@ -24,30 +24,30 @@ codec::LoadedPicture loadForJpeg(const Options& options)
     return loaded;
 }
 
-codec::JpegScanScript loadScript(const std::string& path)
+codec::jpeg::ScanScript loadScript(const std::string& path)
 {
     if (path.empty()) return {};
     return about(path, [&] {
         std::vector<uint8_t> text = codec::readFile(path);
-        return codec::parseScanScript({reinterpret_cast<const char*>(text.data()), text.size()});
+        return codec::jpeg::parseScanScript({reinterpret_cast<const char*>(text.data()), text.size()});
     });
 }
 
 std::vector<uint8_t> encodeAsJpeg(const codec::Picture& picture, const Options& options,
-                                  const codec::JpegScanScript& scans, ProgressBar& bar)
+                                  const codec::jpeg::ScanScript& scans, ProgressBar& bar)
 {
-    codec::JpegEncodeOptions encoding = options.encoding;
+    codec::jpeg::EncodeOptions encoding = options.encoding;
     encoding.scans = scans;
     encoding.progress = bar.callback();
-    return codec::encodeJpeg(picture, encoding);
+    return codec::jpeg::encode(picture, encoding);
 }
 
 std::vector<uint8_t> encodeAsJ2k(const codec::Picture& picture, const Options& options, ProgressBar& bar)
 {
-    codec::J2kEncodeOptions encoding = options.j2k;
+    codec::j2k::EncodeOptions encoding = options.j2k;
     encoding.isJp2 = codec::extensionOf(options.output) == "jp2";
     encoding.progress = bar.callback();
-    return codec::encodeJ2k(picture, encoding);
+    return codec::j2k::encode(picture, encoding);
 }
 
 }
@@ -65,7 +65,7 @@ ExitCode encode(const Options& options)
             throw codec::CodecError("what is encoded is JPEG or JPEG 2000: the name should end in .jpg, .jp2 or .j2k");
     });
     bool isJ2k = isJpeg2000Name(options.output);
-    codec::JpegScanScript scans = loadScript(options.scanScript);
+    codec::jpeg::ScanScript scans = loadScript(options.scanScript);
     auto loaded = about(options.input, [&] {
         return isJ2k ? codec::loadPicture(codec::readFile(options.input)) : loadForJpeg(options);
     });

@@ -11,12 +11,12 @@
 namespace qel::qelpic {
 namespace {
 
-void printJpeg(const codec::JpegInfo& jpeg)
+void printJpeg(const codec::jpeg::Info& jpeg)
 {
-    std::printf("format           JPEG, %s\n", codec::nameOf(jpeg.process));
+    std::printf("format           JPEG, %s\n", nameOf(jpeg.process));
     std::printf("size             %d x %d\n", jpeg.width, jpeg.height);
-    std::printf("colour           %s, %d bits\n", codec::nameOf(jpeg.colour), jpeg.precision);
-    bool isLossless = jpeg.process == codec::JpegProcess::lossless;
+    std::printf("colour           %s, %d bits\n", nameOf(jpeg.colour), jpeg.precision);
+    bool isLossless = jpeg.process == codec::jpeg::Process::lossless;
     for (auto& component : jpeg.components) {
         std::printf("component %-6d %d x %d, sampling %dx%d", component.id, component.width, component.height,
                     component.h, component.v);
@@ -47,11 +47,11 @@ ExitCode info(const Options& options)
         double pixels;
         codec::FileKind kind = codec::kindOf(file);
         if (kind == codec::FileKind::jpeg2000) {
-            codec::J2kFile j2k = codec::openJ2k(file);
+            codec::j2k::File j2k = codec::j2k::open(file);
             warn(options.input, j2k.warnings, options.isQuiet);
             pixels = printJ2k(j2k);
         } else if (kind == codec::FileKind::jpeg) {
-            codec::JpegInfo jpeg = codec::readJpegInfo(file);
+            codec::jpeg::Info jpeg = codec::jpeg::readInfo(file);
             printJpeg(jpeg);
             pixels = double(jpeg.width) * jpeg.height;
         } else {

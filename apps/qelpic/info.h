@@ -6,6 +6,6 @@
 namespace qel::qelpic {
 
 // Prints what the headers say; returns the number of pixels.
-double printJ2k(const codec::J2kFile& file);
+double printJ2k(const codec::j2k::File& file);
 
 }

@@ -13,61 +13,61 @@ using namespace codec;
 
 std::string product(uint64_t a, uint64_t b) { return std::to_string(a) + " x " + std::to_string(b); }
 
-std::string nameOf(const Jp2Colour& colour)
+std::string nameOf(const j2k::Jp2Colour& colour)
 {
-    if (colour.method != Jp2Colour::kEnumerated)
+    if (colour.method != j2k::Jp2Colour::kEnumerated)
         return "ICC profile of " + std::to_string(colour.profile.size()) + " bytes";
     switch (colour.space) {
-    case Jp2Colour::kCmyk:
+    case j2k::Jp2Colour::kCmyk:
         return "CMYK";
-    case Jp2Colour::kSrgb:
+    case j2k::Jp2Colour::kSrgb:
         return "sRGB";
-    case Jp2Colour::kGrey:
+    case j2k::Jp2Colour::kGrey:
         return "grey";
-    case Jp2Colour::kSycc:
+    case j2k::Jp2Colour::kSycc:
         return "sYCC";
     default:
         return "enumerated colour space " + std::to_string(colour.space);
     }
 }
 
-std::string nameOf(const Jp2Definition& definition)
+std::string nameOf(const j2k::Jp2Definition& definition)
 {
     switch (definition.kind) {
-    case Jp2Definition::kColour:
+    case j2k::Jp2Definition::kColour:
         return "colour " + std::to_string(definition.association);
-    case Jp2Definition::kOpacity:
+    case j2k::Jp2Definition::kOpacity:
         return "opacity";
-    case Jp2Definition::kPremultipliedOpacity:
+    case j2k::Jp2Definition::kPremultipliedOpacity:
         return "premultiplied opacity";
     default:
         return "unspecified";
     }
 }
 
-void printJp2(const Jp2File& jp2)
+void printJp2(const j2k::Jp2File& jp2)
 {
-    for (const Jp2Colour& colour : jp2.colours) std::printf("colour           %s\n", nameOf(colour).c_str());
+    for (const j2k::Jp2Colour& colour : jp2.colours) std::printf("colour           %s\n", nameOf(colour).c_str());
     if (jp2.palette)
         std::printf("palette          %d entries of %zu columns\n", jp2.palette->entries, jp2.palette->columns.size());
-    for (const Jp2Definition& definition : jp2.definitions)
+    for (const j2k::Jp2Definition& definition : jp2.definitions)
         std::printf("channel %-8d %s\n", definition.channel, nameOf(definition).c_str());
 }
 
-bool areAlike(const J2kComponent& a, const J2kComponent& b)
+bool areAlike(const j2k::Component& a, const j2k::Component& b)
 {
     return a.precision == b.precision && a.isSigned == b.isSigned && a.dx == b.dx && a.dy == b.dy;
 }
 
 // One line for components that are alike.
-void printComponents(const J2kSize& size)
+void printComponents(const j2k::Size& size)
 {
     for (size_t first = 0, next; first < size.components.size(); first = next) {
-        const J2kComponent& component = size.components[first];
+        const j2k::Component& component = size.components[first];
         for (next = first + 1; next < size.components.size() && areAlike(component, size.components[next]);) ++next;
         std::string numbers = std::to_string(first);
         if (next - first > 1) numbers.append("-").append(std::to_string(next - 1));
-        J2kRect rect = size.component(first);
+        j2k::Rect rect = size.component(first);
         std::printf("component %-6s %s, %d bits%s, subsampling %ux%u\n", numbers.c_str(),
                     product(rect.width(), rect.height()).c_str(), component.precision,
                     component.isSigned ? " signed" : "", component.dx, component.dy);
@@ -88,11 +88,11 @@ std::string nameOfStyle(int style)
     return text;
 }
 
-void printCoding(const J2kParameters& parameters)
+void printCoding(const j2k::Parameters& parameters)
 {
-    const J2kTileStyle& style = *parameters.style;
-    const J2kCoding& coding = *parameters.coding;
-    std::printf("progression      %s%s\n", codec::nameOf(style.order),
+    const j2k::TileStyle& style = *parameters.style;
+    const j2k::Coding& coding = *parameters.coding;
+    std::printf("progression      %s%s\n", nameOf(style.order),
                 parameters.progressions.empty() ? "" : ", with changes");
     std::printf("layers           %d\n", style.layers);
     std::printf("wavelet          %s, %d levels\n", coding.isReversible ? "5/3 reversible" : "9/7 irreversible",
@@ -100,16 +100,16 @@ void printCoding(const J2kParameters& parameters)
     std::printf("colour transform %s\n", style.transformsComponents ? "yes" : "no");
     std::printf("code-blocks      %s%s\n", product(1u << coding.blockWidthBits, 1u << coding.blockHeightBits).c_str(),
                 nameOfStyle(coding.style).c_str());
-    std::printf("quantization     %s, %d guard bits\n", codec::nameOf(parameters.quantization->kind),
+    std::printf("quantization     %s, %d guard bits\n", nameOf(parameters.quantization->kind),
                 parameters.quantization->guardBits);
 }
 
 }
 
-double printJ2k(const codec::J2kFile& file)
+double printJ2k(const codec::j2k::File& file)
 {
-    const J2kSize& size = file.codestream->size();
-    const J2kRect &picture = size.picture, &tile = size.firstTile;
+    const j2k::Size& size = file.codestream->size();
+    const j2k::Rect &picture = size.picture, &tile = size.firstTile;
     std::printf("format           JPEG 2000, %s\n", file.jp2 ? "JP2" : "codestream");
     std::printf("size             %s", product(picture.width(), picture.height()).c_str());
     if (picture.x0 || picture.y0) std::printf(", offset %u, %u", picture.x0, picture.y0);

@@ -7,8 +7,7 @@
 namespace qel::qelpic {
 namespace {
 
-using codec::J2kOrder;
-using codec::J2kTermination;
+namespace j2k = codec::j2k;
 using Words = std::vector<std::string>;
 using Size = std::pair<uint32_t, uint32_t>;
 
@@ -32,15 +31,15 @@ Size parseSize(const char* option, const std::string& word)
 }
 
 const std::map<std::string, int> kStyles = {
-    {"bypass", codec::j2k_style::kBypass},
-    {"termall", codec::j2k_style::kTerminateEvery},
-    {"reset", codec::j2k_style::kReset},
-    {"causal", codec::j2k_style::kVerticallyCausal},
-    {"predterm", codec::j2k_style::kPredictableTermination},
-    {"segsym", codec::j2k_style::kSegmentationSymbols},
+    {"bypass", codec::j2k::style::kBypass},
+    {"termall", codec::j2k::style::kTerminateEvery},
+    {"reset", codec::j2k::style::kReset},
+    {"causal", codec::j2k::style::kVerticallyCausal},
+    {"predterm", codec::j2k::style::kPredictableTermination},
+    {"segsym", codec::j2k::style::kSegmentationSymbols},
 };
 
-void setStyles(const Words& words, codec::J2kEncodeOptions& options)
+void setStyles(const Words& words, codec::j2k::EncodeOptions& options)
 {
     for (const std::string& word : words) {
         auto found = kStyles.find(word);
@@ -50,7 +49,7 @@ void setStyles(const Words& words, codec::J2kEncodeOptions& options)
     }
 }
 
-void addTargets(CLI::App& command, codec::J2kEncodeOptions& options)
+void addTargets(CLI::App& command, codec::j2k::EncodeOptions& options)
 {
     auto* rate = command.add_option("--rate", options.bitsPerPixel, "Bits per pixel of the whole file")
                      ->check(CLI::Range(0.001, 1000.0).description(""))
@@ -63,11 +62,11 @@ void addTargets(CLI::App& command, codec::J2kEncodeOptions& options)
         for (CLI::Option* target : {rate, psnr}) target->excludes(other);
 }
 
-void addDivisions(CLI::App& command, codec::J2kEncodeOptions& options)
+void addDivisions(CLI::App& command, codec::j2k::EncodeOptions& options)
 {
     command
         .add_option("--levels", options.levels, "Levels of the wavelet, 0 to 32; 5 by default, fewer if it is small")
-        ->check(CLI::Range(0, codec::kJ2kMaxLevels).description(""))
+        ->check(CLI::Range(0, codec::j2k::kMaxLevels).description(""))
         ->type_name("N");
     command
         .add_option_function<std::string>(
@@ -95,18 +94,18 @@ void addDivisions(CLI::App& command, codec::J2kEncodeOptions& options)
         ->type_name("WxH,...");
 }
 
-void addCoding(CLI::App& command, codec::J2kEncodeOptions& options)
+void addCoding(CLI::App& command, codec::j2k::EncodeOptions& options)
 {
-    const std::map<std::string, J2kOrder> orders = {{"lrcp", J2kOrder::lrcp},
-                                                    {"rlcp", J2kOrder::rlcp},
-                                                    {"rpcl", J2kOrder::rpcl},
-                                                    {"pcrl", J2kOrder::pcrl},
-                                                    {"cprl", J2kOrder::cprl}};
-    const std::map<std::string, J2kTermination> terminations = {{"flush", J2kTermination::flush},
-                                                                {"shortest", J2kTermination::shortest},
-                                                                {"predictable", J2kTermination::predictable}};
+    const std::map<std::string, j2k::Order> orders = {{"lrcp", j2k::Order::lrcp},
+                                                      {"rlcp", j2k::Order::rlcp},
+                                                      {"rpcl", j2k::Order::rpcl},
+                                                      {"pcrl", j2k::Order::pcrl},
+                                                      {"cprl", j2k::Order::cprl}};
+    const std::map<std::string, j2k::Termination> terminations = {{"flush", j2k::Termination::flush},
+                                                                  {"shortest", j2k::Termination::shortest},
+                                                                  {"predictable", j2k::Termination::predictable}};
     command.add_option("--layers", options.layers, "Layers of quality that the file can be cut to")
-        ->check(CLI::Range(1, codec::kJ2kMostLayers).description(""))
+        ->check(CLI::Range(1, codec::j2k::kMostLayers).description(""))
         ->type_name("N");
     command
         .add_option("--progression", options.order,
@@ -129,7 +128,7 @@ void addCoding(CLI::App& command, codec::J2kEncodeOptions& options)
 
 }
 
-void addJ2kOptions(CLI::App& command, codec::J2kEncodeOptions& options)
+void addJ2kOptions(CLI::App& command, codec::j2k::EncodeOptions& options)
 {
     addTargets(command, options);
     addDivisions(command, options);

@@ -8,6 +8,6 @@
 namespace qel::qelpic {
 
 // Adds those that only JPEG 2000 files have. The options have to live until the command line is parsed.
-void addJ2kOptions(CLI::App& command, codec::J2kEncodeOptions& options);
+void addJ2kOptions(CLI::App& command, codec::j2k::EncodeOptions& options);
 
 }

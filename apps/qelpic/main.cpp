@@ -15,8 +15,7 @@
 namespace qel::qelpic {
 namespace {
 
-using codec::JpegTarget;
-using codec::JpegUpsampling;
+namespace jpeg = codec::jpeg;
 
 constexpr const char* kAbout =
     "Encodes and decodes JPEG and JPEG 2000 files.\n"
@@ -151,8 +150,8 @@ struct CommandLine {
             ->add_option("output", options.output,
                          "Picture to write: .pgm, .ppm, .pnm, .pam or .png; .pgx with --component")
             ->required();
-        const std::map<std::string, JpegUpsampling> names = {{"triangle", JpegUpsampling::triangle},
-                                                             {"replicate", JpegUpsampling::replicate}};
+        const std::map<std::string, jpeg::Upsampling> names = {{"triangle", jpeg::Upsampling::triangle},
+                                                               {"replicate", jpeg::Upsampling::replicate}};
         command
             ->add_option("--upsampling", options.decoding.upsampling,
                          "Chroma of JPEG files to full size: triangle (smooth, the default) or replicate (fast)")
@@ -218,14 +217,14 @@ struct CommandLine {
         options.j2k.isLossless = options.encoding.lossless;
         auto& encoding = options.encoding;
         encoding.interleaved = !isSeparate;
-        encoding.predictor = predictor == "best" ? codec::kBestPredictor : std::stoi(predictor);
-        if (isRgb) encoding.target = JpegTarget::rgb;
-        if (isCmyk) encoding.target = JpegTarget::cmyk;
-        if (sampling == "grey") encoding.target = JpegTarget::grey;
-        const std::map<std::string, codec::JpegSamplings> samplings = {{"444", codec::kSampling444},
-                                                                       {"422", codec::kSampling422},
-                                                                       {"440", codec::kSampling440},
-                                                                       {"420", codec::kSampling420}};
+        encoding.predictor = predictor == "best" ? codec::jpeg::kBestPredictor : std::stoi(predictor);
+        if (isRgb) encoding.target = jpeg::Target::rgb;
+        if (isCmyk) encoding.target = jpeg::Target::cmyk;
+        if (sampling == "grey") encoding.target = jpeg::Target::grey;
+        const std::map<std::string, codec::jpeg::Samplings> samplings = {{"444", codec::jpeg::kSampling444},
+                                                                         {"422", codec::jpeg::kSampling422},
+                                                                         {"440", codec::jpeg::kSampling440},
+                                                                         {"420", codec::jpeg::kSampling420}};
         auto found = samplings.find(sampling);
         if (found != samplings.end()) encoding.sampling = found->second;
         options.j2kDecoding.transformComponents = !keepsTransform;

@@ -7,7 +7,7 @@ namespace qel::test {
 
 inline std::vector<OpenJpegCase> openJpegCases()
 {
-    using codec::J2kOrder;
+    namespace j2k = codec::j2k;
     std::vector<OpenJpegCase> cases = {
         {.name = "plain"},
         {.name = "jp2", .components = 3, .transformsComponents = true, .isJp2 = true},
@@ -24,7 +24,7 @@ inline std::vector<OpenJpegCase> openJpegCases()
         cases.push_back({.name = "style_" + std::to_string(style), .precision = 12, .layers = 5, .style = style});
     const char* orders[] = {"lrcp", "rlcp", "rpcl", "pcrl", "cprl"};
     for (int order = 0; order < 5; ++order) {
-        OpenJpegCase base = {.name = orders[order], .components = 3, .order = J2kOrder(order), .layers = 3};
+        OpenJpegCase base = {.name = orders[order], .components = 3, .order = j2k::Order(order), .layers = 3};
         base.precincts = {{32, 64}, {64, 16}};
         base.hasSop = base.hasEph = true;
         cases.push_back(base);

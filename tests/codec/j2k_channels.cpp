@@ -12,41 +12,41 @@ using namespace qel::test;
 using Values = std::vector<int>;
 
 // A component that covers the area, with these samples row by row.
-J2kSamples component(const J2kRect& area, uint32_t dx, uint32_t dy, const Values& values, int precision = 8,
-                     bool isSigned = false)
+j2k::Samples component(const j2k::Rect& area, uint32_t dx, uint32_t dy, const Values& values, int precision = 8,
+                       bool isSigned = false)
 {
-    J2kSamples samples = {precision, isSigned, dx, dy, subsampled(area, dx, dy), {}};
-    samples.plane = {samples.rect.width(), samples.rect.height(), J2kPlane<int32_t>::Fill::none};
+    j2k::Samples samples = {precision, isSigned, dx, dy, j2k::subsampled(area, dx, dy), {}};
+    samples.plane = {samples.rect.width(), samples.rect.height(), j2k::Plane<int32_t>::Fill::none};
     for (size_t i = 0; i < values.size(); ++i)
         samples.plane.row(i / samples.rect.width())[i % samples.rect.width()] = values[i];
     return samples;
 }
 
 // Of one row that fills the area.
-J2kSamples row(const Values& values, int precision = 8, bool isSigned = false)
+j2k::Samples row(const Values& values, int precision = 8, bool isSigned = false)
 {
     return component({0, 0, uint32_t(values.size()), 1}, 1, 1, values, precision, isSigned);
 }
 
-template <class... Samples> J2kImage imageOf(Samples... samples)
+template <class... Samples> j2k::Image imageOf(Samples... samples)
 {
-    J2kImage image;
+    j2k::Image image;
     (image.components.push_back(std::move(samples)), ...);
     return image;
 }
 
-Jp2File jp2Of(uint32_t space)
+j2k::Jp2File jp2Of(uint32_t space)
 {
-    Jp2File jp2;
-    jp2.colours.push_back({Jp2Colour::kEnumerated, space, {}});
+    j2k::Jp2File jp2;
+    jp2.colours.push_back({j2k::Jp2Colour::kEnumerated, space, {}});
     return jp2;
 }
 
-void expectPicture(const J2kImage& image, const J2kRect& area, const std::optional<Jp2File>& jp2, ColourSpace space,
-                   int precision, const Values& expected, size_t notes = 0)
+void expectPicture(const j2k::Image& image, const j2k::Rect& area, const std::optional<j2k::Jp2File>& jp2,
+                   ColourSpace space, int precision, const Values& expected, size_t notes = 0)
 {
     Warnings said;
-    Picture picture = pictureOf(image, area, 0, jp2, said);
+    Picture picture = j2k::pictureOf(image, area, 0, jp2, said);
     EXPECT_EQ(picture.space(), space);
     EXPECT_EQ(picture.precision(), precision);
     Values values;
@@ -58,27 +58,27 @@ void expectPicture(const J2kImage& image, const J2kRect& area, const std::option
 
 TEST(J2kChannels, BareCodestreamsByTheirNumber)
 {
-    const J2kRect area = {0, 0, 2, 1};
+    const j2k::Rect area = {0, 0, 2, 1};
     const Values a = {1, 2}, b = {3, 4}, c = {5, 6}, d = {7, 8}, rgb = {1, 3, 5, 2, 4, 6};
     expectPicture(imageOf(row(a)), area, {}, ColourSpace::grey, 8, a);
     expectPicture(imageOf(row(a), row(b)), area, {}, ColourSpace::grey, 8, a, 1);
     expectPicture(imageOf(row(a), row(b), row(c)), area, {}, ColourSpace::rgb, 8, rgb);
-    J2kImage four = imageOf(row(a), row(b), row(c), row(d));
+    j2k::Image four = imageOf(row(a), row(b), row(c), row(d));
     expectPicture(four, area, {}, ColourSpace::rgb, 8, rgb, 1);
-    expectPicture(four, area, jp2Of(Jp2Colour::kCmyk), ColourSpace::cmyk, 8, {1, 3, 5, 7, 2, 4, 6, 8});
+    expectPicture(four, area, jp2Of(j2k::Jp2Colour::kCmyk), ColourSpace::cmyk, 8, {1, 3, 5, 7, 2, 4, 6, 8});
 }
 
 TEST(J2kChannels, DefinitionsOrderColoursAndNameOpacity)
 {
-    const J2kRect area = {0, 0, 1, 1};
-    Jp2File jp2 = jp2Of(Jp2Colour::kSrgb);
-    jp2.definitions = {{0, Jp2Definition::kOpacity, 0}, {1, 0, 3}, {2, 0, 2}, {3, 0, 1}};
+    const j2k::Rect area = {0, 0, 1, 1};
+    j2k::Jp2File jp2 = jp2Of(j2k::Jp2Colour::kSrgb);
+    jp2.definitions = {{0, j2k::Jp2Definition::kOpacity, 0}, {1, 0, 3}, {2, 0, 2}, {3, 0, 1}};
     expectPicture(imageOf(row({9}), row({3}), row({2}), row({1})), area, jp2, ColourSpace::rgb, 8, {1, 2, 3}, 1);
 }
 
 TEST(J2kChannels, PrecisionAndSign)
 {
-    const J2kRect area = {0, 0, 2, 1};
+    const j2k::Rect area = {0, 0, 2, 1};
     expectPicture(imageOf(row({-2048, 2047}, 12, true)), area, {}, ColourSpace::grey, 12, {0, 4095});
     expectPicture(imageOf(row({0, (1 << 20) - 1}, 20)), area, {}, ColourSpace::grey, 16, {0, 65535});
     // The deepest one decides.
@@ -88,9 +88,9 @@ TEST(J2kChannels, PrecisionAndSign)
 
 TEST(J2kChannels, PalettesMapOneComponentToColours)
 {
-    const J2kRect area = {0, 0, 3, 1};
-    Jp2File jp2 = jp2Of(Jp2Colour::kSrgb);
-    jp2.palette = Jp2Palette{2, {{8, false}, {4, false}, {8, false}}, {10, 15, 30, 40, 0, 60}};
+    const j2k::Rect area = {0, 0, 3, 1};
+    j2k::Jp2File jp2 = jp2Of(j2k::Jp2Colour::kSrgb);
+    jp2.palette = j2k::Jp2Palette{2, {{8, false}, {4, false}, {8, false}}, {10, 15, 30, 40, 0, 60}};
     jp2.channels = {{0, 2}, {0, 1}, {0, 0}};
     // The index 2 is beyond the palette.
     expectPicture(imageOf(row({0, 1, 2}, 2)), area, jp2, ColourSpace::rgb, 8, {30, 255, 10, 60, 0, 40, 60, 0, 40});
@@ -99,10 +99,10 @@ TEST(J2kChannels, PalettesMapOneComponentToColours)
 TEST(J2kChannels, SubsampledComponentsAreReplicated)
 {
     // The columns 3 to 6 of the grid; the second component has those of 4 and 6, and none before.
-    const J2kRect area = {3, 1, 7, 3};
-    J2kImage image = imageOf(component(area, 1, 1, {0, 1, 2, 3, 4, 5, 6, 7}), component(area, 2, 2, {10, 20}),
-                             component(area, 1, 2, {50, 60, 70, 80}));
-    expectPicture(image, area, jp2Of(Jp2Colour::kSrgb), ColourSpace::rgb, 8,
+    const j2k::Rect area = {3, 1, 7, 3};
+    j2k::Image image = imageOf(component(area, 1, 1, {0, 1, 2, 3, 4, 5, 6, 7}), component(area, 2, 2, {10, 20}),
+                               component(area, 1, 2, {50, 60, 70, 80}));
+    expectPicture(image, area, jp2Of(j2k::Jp2Colour::kSrgb), ColourSpace::rgb, 8,
                   {0, 10, 50, 1, 10, 60, 2, 10, 70, 3, 20, 80, 4, 10, 50, 5, 10, 60, 6, 10, 70, 7, 20, 80});
     // All alike: no need for more pixels than there are.
     auto small = [&] { return component(area, 2, 2, {1, 2}); };
@@ -111,9 +111,9 @@ TEST(J2kChannels, SubsampledComponentsAreReplicated)
 
 TEST(J2kChannels, LuminanceAndChrominanceBecomeRgb)
 {
-    const J2kRect area = {0, 0, 2, 1};
-    J2kImage image = imageOf(row({76, 76}), component(area, 2, 1, {85}), component(area, 2, 1, {255}));
-    for (auto& jp2 : {std::optional<Jp2File>(jp2Of(Jp2Colour::kSycc)), std::optional<Jp2File>()})
+    const j2k::Rect area = {0, 0, 2, 1};
+    j2k::Image image = imageOf(row({76, 76}), component(area, 2, 1, {85}), component(area, 2, 1, {255}));
+    for (auto& jp2 : {std::optional<j2k::Jp2File>(jp2Of(j2k::Jp2Colour::kSycc)), std::optional<j2k::Jp2File>()})
         expectPicture(image, area, jp2, ColourSpace::rgb, 8, {254, 0, 0, 254, 0, 0});
 }
 

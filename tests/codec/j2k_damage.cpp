@@ -15,7 +15,7 @@ using namespace qel::test;
 
 size_t markerAt(const File& file, uint8_t code, size_t from = 0)
 {
-    while (!isJ2kMarker(file, from, code)) ++from;
+    while (!j2k::isMarker(file, from, code)) ++from;
     return from;
 }
 
@@ -29,7 +29,7 @@ TEST(J2kDamage, ATruncatedFileIsReadAsFarAsItGoes)
     OpenJpegCase options = {.width = 60, .height = 50, .components = 3, .layers = 3, .transformsComponents = true};
     File file = openJpegEncode(options);
     auto whole = codedIn(ReadJ2k(file));
-    size_t data = markerAt(file, j2k_marker::kSod) + 2, last = 0;
+    size_t data = markerAt(file, j2k::marker::kSod) + 2, last = 0;
     for (size_t keep = data; keep < file.size() - 2; ++keep) {
         ReadJ2k cut(Bytes(file).first(keep));
         ASSERT_FALSE(cut.warnings.empty()) << keep;
@@ -46,7 +46,7 @@ TEST(J2kDamage, ATruncatedFileIsReadAsFarAsItGoes)
     EXPECT_GE(last, 35u); // of 36: the last one may be empty
     EXPECT_EQ(ReadJ2k(Bytes(file).first(file.size() - 2)).tiles[0].packetsRead, 36u);
     for (size_t keep = 0; keep < data - 14; ++keep)
-        EXPECT_NE(errorOf([&] { openJ2k(Bytes(file).first(keep)); }), "") << keep;
+        EXPECT_NE(errorOf([&] { j2k::open(Bytes(file).first(keep)); }), "") << keep;
 }
 
 TEST(J2kDamage, PacketsThatAreLostAreNoticed)
@@ -54,8 +54,8 @@ TEST(J2kDamage, PacketsThatAreLostAreNoticed)
     OpenJpegCase options = {.components = 3};
     options.hasSop = options.hasEph = true;
     File file = openJpegEncode(options);
-    size_t third = markerAt(file, j2k_marker::kSod);
-    for (int i = 0; i < 3; ++i) third = markerAt(file, j2k_marker::kSop, third + 1);
+    size_t third = markerAt(file, j2k::marker::kSod);
+    for (int i = 0; i < 3; ++i) third = markerAt(file, j2k::marker::kSop, third + 1);
     file[third + 5] = 4;
     ReadJ2k read(file);
     EXPECT_EQ(read.warnings, Warnings{"tile 0: packet 4 out of order (at byte " + std::to_string(third) + ")"});
@@ -67,8 +67,8 @@ TEST(J2kDamage, RefusalsSayWhatAndWhere)
     OpenJpegCase options = {.components = 3, .layers = 2};
     options.precincts = {{32, 32}};
     const File sound = openJpegEncode(options);
-    size_t siz = 2, cod = markerAt(sound, j2k_marker::kCod), qcd = markerAt(sound, j2k_marker::kQcd),
-           sot = markerAt(sound, j2k_marker::kSot);
+    size_t siz = 2, cod = markerAt(sound, j2k::marker::kCod), qcd = markerAt(sound, j2k::marker::kQcd),
+           sot = markerAt(sound, j2k::marker::kSot);
     const struct {
         size_t at;
         uint64_t value;
@@ -109,16 +109,16 @@ TEST(J2kDamage, RefusalsSayWhatAndWhere)
     for (auto& row : table) {
         File file = sound;
         put(file, row.at, row.value, row.bytes);
-        EXPECT_EQ(errorOf([&] { openJ2k(file); }), row.message + " (at byte " + std::to_string(row.position) + ")");
+        EXPECT_EQ(errorOf([&] { j2k::open(file); }), row.message + " (at byte " + std::to_string(row.position) + ")");
     }
     File file = sound;
     put(file, cod + 1, 0x64, 1);
-    EXPECT_EQ(errorOf([&] { openJ2k(file); }), "COD is missing (at byte " + std::to_string(sot) + ")");
+    EXPECT_EQ(errorOf([&] { j2k::open(file); }), "COD is missing (at byte " + std::to_string(sot) + ")");
     file = sound;
     put(file, siz + 22, 1, 4);
     put(file, siz + 26, 1, 4);
     put(file, siz + 10, 5000, 4);
-    EXPECT_EQ(errorOf([&] { openJ2k(file); }), "SIZ: 485000 tiles (at byte " + std::to_string(siz + 38) + ")");
+    EXPECT_EQ(errorOf([&] { j2k::open(file); }), "SIZ: 485000 tiles (at byte " + std::to_string(siz + 38) + ")");
 }
 
 // Sizes and counts that are told in few bytes must not cost memory or time before the data for them is there.
@@ -127,7 +127,7 @@ TEST(J2kDamage, HugeClaimsTakeLittle)
     OpenJpegCase options = {.components = 3};
     options.precincts = {{32, 32}};
     const File sound = openJpegEncode(options);
-    size_t siz = 2, cod = markerAt(sound, j2k_marker::kCod);
+    size_t siz = 2, cod = markerAt(sound, j2k::marker::kCod);
     // The error, or else the last warning.
     auto complaint = [&](auto change) {
         File file = sound;
@@ -158,8 +158,8 @@ TEST(J2kDamage, HugeClaimsTakeLittle)
         setPrecincts(file, 0xFF);
         put(file, cod + 6, 65535, 2);
         put(file, cod + 10, 0, 2);
-        file.resize(markerAt(file, j2k_marker::kSod) + 2);
-        put(file, markerAt(file, j2k_marker::kSot) + 6, 0, 4);
+        file.resize(markerAt(file, j2k::marker::kSod) + 2);
+        put(file, markerAt(file, j2k::marker::kSot) + 6, 0, 4);
         file.insert(file.end(), 60000, 0x80);
     });
     EXPECT_TRUE(packets.starts_with("tile 0: packets of many code-blocks without data")) << packets;
@@ -169,11 +169,11 @@ TEST(J2kDamage, HugeClaimsTakeLittle)
 TEST(J2kDamage, ErrorsInCodeBlocksAreConcealed)
 {
     for (int style :
-         {j2k_style::kSegmentationSymbols, j2k_style::kPredictableTermination | j2k_style::kTerminateEvery}) {
+         {j2k::style::kSegmentationSymbols, j2k::style::kPredictableTermination | j2k::style::kTerminateEvery}) {
         Picture drawn = drawnPicture(64, 64, ColourSpace::grey, 8);
         File file = openJpegEncode({.levels = 1, .style = style}, drawn);
         for (size_t at = file.size() - 400; at < file.size() - 390; ++at) file[at] ^= 0x55;
-        DecodedJ2k decoded = decodeJ2k(file);
+        j2k::Decoded decoded = j2k::decode(file);
         EXPECT_EQ(decoded.warnings, Warnings{"tile 0: 1 code-blocks are damaged"});
         EXPECT_TRUE(decoded.isDamaged);
         EXPECT_LT(compare(decoded.picture, drawn).whole.meanSquaredError, 100);
@@ -184,9 +184,9 @@ TEST(J2kDamage, TilesThatAreMissingAreGrey)
 {
     Picture drawn = drawnPicture(40, 20, ColourSpace::grey, 8);
     File file = openJpegEncode({.tileWidth = 20, .tileHeight = 20, .levels = 1}, drawn);
-    size_t second = markerAt(file, j2k_marker::kSot, markerAt(file, j2k_marker::kSot) + 1);
+    size_t second = markerAt(file, j2k::marker::kSot, markerAt(file, j2k::marker::kSot) + 1);
     file.erase(file.begin() + ptrdiff_t(second), file.end() - 2);
-    DecodedJ2k decoded = decodeJ2k(file);
+    j2k::Decoded decoded = j2k::decode(file);
     EXPECT_EQ(decoded.warnings, Warnings{"tile 1 is missing"});
     for (int y = 0; y < 20; ++y) {
         EXPECT_EQ(std::memcmp(decoded.picture.row(y), drawn.row(y), 20), 0);
@@ -197,12 +197,12 @@ TEST(J2kDamage, TilesThatAreMissingAreGrey)
 TEST(J2kDamage, WhatCannotBeDecodedIsRefused)
 {
     const File sound = openJpegEncode({.levels = 2});
-    auto complaint = [&](const File& file, const J2kDecodeOptions& options) {
-        return errorOf([&] { decodeJ2k(file, options); });
+    auto complaint = [&](const File& file, const j2k::DecodeOptions& options) {
+        return errorOf([&] { j2k::decode(file, options); });
     };
     EXPECT_EQ(complaint(sound, {.reduce = 3}), "tile 0: 2 resolutions can be left out");
     EXPECT_EQ(complaint(sound, {.maxPixels = 97 * 71 - 1}), "a picture of 97 x 71 pixels is too large");
-    EXPECT_EQ(errorOf([&] { decodeJ2kComponent(sound, 1); }), "the picture has 1 components");
+    EXPECT_EQ(errorOf([&] { j2k::decodeComponent(sound, 1); }), "the picture has 1 components");
     size_t siz = 2;
     File file = sound;
     put(file, siz + 40, 37, 1);
@@ -217,8 +217,8 @@ class J2kMutations : public testing::TestWithParam<OpenJpegCase> {};
 TEST_P(J2kMutations, NeverBreakTheReader)
 {
     const File sound = openJpegEncode(GetParam());
-    everyMutation(sound, markerAt(sound, j2k_marker::kSod) + 30,
-                  [](const File& file) { decodeJ2k(file, {.maxPixels = 1 << 20}); });
+    everyMutation(sound, markerAt(sound, j2k::marker::kSod) + 30,
+                  [](const File& file) { j2k::decode(file, {.maxPixels = 1 << 20}); });
 }
 
 INSTANTIATE_TEST_SUITE_P(Cases, J2kMutations, testing::ValuesIn(openJpegCases()),

@@ -7,18 +7,21 @@
 
 namespace qel::codec {
 
-inline void PrintTo(const J2kRect& r, std::ostream* out) { *out << r.x0 << ',' << r.y0 << ".." << r.x1 << ',' << r.y1; }
+inline void PrintTo(const j2k::Rect& r, std::ostream* out)
+{
+    *out << r.x0 << ',' << r.y0 << ".." << r.x1 << ',' << r.y1;
+}
 
 }
 
 namespace {
 
 using namespace qel::codec;
-using enum J2kBandKind;
+using enum j2k::BandKind;
 
-J2kSize sizeOf(J2kRect picture, J2kRect firstTile, std::vector<J2kComponent> components)
+j2k::Size sizeOf(j2k::Rect picture, j2k::Rect firstTile, std::vector<j2k::Component> components)
 {
-    J2kSize size;
+    j2k::Size size;
     size.picture = picture;
     size.firstTile = firstTile;
     size.components = std::move(components);
@@ -27,44 +30,44 @@ J2kSize sizeOf(J2kRect picture, J2kRect firstTile, std::vector<J2kComponent> com
 
 TEST(J2kGeometry, TilesUpToTheEndOfTheGrid)
 {
-    J2kSize size = sizeOf({0, 0, UINT32_MAX, 1}, {0, 0, UINT32_MAX, UINT32_MAX}, {{}});
+    j2k::Size size = sizeOf({0, 0, UINT32_MAX, 1}, {0, 0, UINT32_MAX, UINT32_MAX}, {{}});
     EXPECT_EQ(size.tiles(), 1u);
     EXPECT_EQ(size.tile(0), size.picture);
     size.firstTile.x1 = 0x80000000;
     EXPECT_EQ(size.tiles(), 2u);
-    EXPECT_EQ(size.tile(1), (J2kRect{0x80000000, 0, UINT32_MAX, 1}));
+    EXPECT_EQ(size.tile(1), (j2k::Rect{0x80000000, 0, UINT32_MAX, 1}));
 }
 
 // Divisors and cells beyond 32 bits, and bands without samples.
 TEST(J2kGeometry, BandsAndPartitionsUpToTheEndOfTheGrid)
 {
-    const J2kRect widest = {0, 0, UINT32_MAX, 1}, odd = {17, 5, 30, 6};
-    EXPECT_EQ(bandRect(widest, 32, ll), (J2kRect{0, 0, 1, 1}));
-    EXPECT_EQ(bandRect(widest, 32, hh), (J2kRect{0, 0, 1, 0}));
-    EXPECT_EQ(resolutionRect(odd, 1), (J2kRect{9, 3, 15, 3})); // no row is low
-    EXPECT_EQ(bandRect(odd, 3, hh), (J2kRect{2, 1, 4, 1}));
-    EXPECT_EQ(J2kGrid({5, 8, 5, 9}, 3, 2).cells(), 0u);
-    EXPECT_EQ(J2kGrid({0, 0, UINT32_MAX, UINT32_MAX}, 15, 15).cells(), uint64_t(1) << 34);
+    const j2k::Rect widest = {0, 0, UINT32_MAX, 1}, odd = {17, 5, 30, 6};
+    EXPECT_EQ(j2k::bandRect(widest, 32, ll), (j2k::Rect{0, 0, 1, 1}));
+    EXPECT_EQ(j2k::bandRect(widest, 32, hh), (j2k::Rect{0, 0, 1, 0}));
+    EXPECT_EQ(j2k::resolutionRect(odd, 1), (j2k::Rect{9, 3, 15, 3})); // no row is low
+    EXPECT_EQ(j2k::bandRect(odd, 3, hh), (j2k::Rect{2, 1, 4, 1}));
+    EXPECT_EQ(j2k::Grid({5, 8, 5, 9}, 3, 2).cells(), 0u);
+    EXPECT_EQ(j2k::Grid({0, 0, UINT32_MAX, UINT32_MAX}, 15, 15).cells(), uint64_t(1) << 34);
 }
 
 // The samples of all code-blocks are those of the tile-component, once.
 TEST(J2kGeometry, CodeBlocksCoverTheTile)
 {
-    J2kSize size = sizeOf({13, 7, 90, 75}, {0, 0, 100, 100}, {{8, false, 2, 1}});
-    J2kParameters parameters;
+    j2k::Size size = sizeOf({13, 7, 90, 75}, {0, 0, 100, 100}, {{8, false, 2, 1}});
+    j2k::Parameters parameters;
     parameters.style.emplace();
-    J2kCoding& coding = parameters.coding.emplace();
+    j2k::Coding& coding = parameters.coding.emplace();
     coding.levels = 3;
     coding.blockWidthBits = 2;
     coding.blockHeightBits = 3;
     coding.precinctWidthBits = {1, 2, 4, 3};
     coding.precinctHeightBits = {3, 15, 2, 4};
     parameters.quantization.emplace().steps.resize(10);
-    J2kTile tile = makeJ2kTile(size, {parameters, J2kParameters()}, 0);
+    j2k::Tile tile = j2k::makeTile(size, {parameters, j2k::Parameters()}, 0);
     uint64_t samples = 0;
     for (auto& resolution : tile.components[0].resolutions)
         for (size_t p = 0; p < resolution.precincts.size(); ++p)
-            for (auto& band : makeJ2kPrecinctBands(resolution, p))
+            for (auto& band : j2k::makePrecinctBands(resolution, p))
                 for (auto& block : band.blocks) samples += uint64_t(block.width) * block.height;
     EXPECT_EQ(samples, tile.components[0].rect.area());
     EXPECT_EQ(samples, 38u * 68);

@@ -39,7 +39,7 @@ TEST_P(J2kInterop, DecodesLikeThePeer)
             auto theirs = openJpegComponents(file, reduce, layers);
             ASSERT_EQ(int(theirs.size()), tested.components);
             for (size_t c = 0; c < theirs.size(); ++c) {
-                auto ours = decodeJ2kComponent(file, c, {.reduce = reduce, .layers = layers});
+                auto ours = j2k::decodeComponent(file, c, {.reduce = reduce, .layers = layers});
                 EXPECT_EQ(ours.warnings, Warnings());
                 expectAlike(ours.samples, theirs[c]);
             }
@@ -64,7 +64,7 @@ TEST(J2kPicture, IsThePeersPicture)
         options.isJp2 = isColour;
         options.ratio = row.isReversible ? 0.f : 20.f;
         File file = openJpegEncode(options, drawn);
-        DecodedJ2k decoded = decodeJ2k(file);
+        j2k::Decoded decoded = j2k::decode(file);
         EXPECT_EQ(decoded.warnings, Warnings());
         if (row.isReversible) expectSame(decoded.picture, drawn);
         EXPECT_LE(compare(decoded.picture, openJpegDecode(file)).whole.largestError, row.isReversible ? 0 : 1);

@@ -42,7 +42,8 @@ public:
         if (check == "component_sha256") return expectDigest(bytesOf(component(size_t(number("component"))).samples));
         if (check == "all_components_sha256") return expectAllComponents();
         if (check == "picture") return expectPicture();
-        if (check == "error" || check == "no_crash") return expectDamage([&] { return !decodeJ2k(file()).isDamaged; });
+        if (check == "error" || check == "no_crash")
+            return expectDamage([&] { return !j2k::decode(file()).isDamaged; });
         ADD_FAILURE() << "unknown check " << check;
     }
 
@@ -56,7 +57,7 @@ private:
 
     PgxPicture component(size_t c) const
     {
-        DecodedJ2kComponent decoded = decodeJ2kComponent(file(), c, options_);
+        j2k::DecodedComponent decoded = j2k::decodeComponent(file(), c, options_);
         expectKnown(decoded.warnings);
         PgxPicture window = {number("width"), number("height"), number("bits"), decoded.samples.isSigned, {}};
         EXPECT_EQ(window.isSigned, text("signed") == "1");
@@ -101,12 +102,12 @@ private:
 
     void expectPicture() const
     {
-        DecodedJ2k decoded = decodeJ2k(file(), options_);
+        j2k::Decoded decoded = j2k::decode(file(), options_);
         EXPECT_FALSE(decoded.isDamaged);
         expectNearReference(decoded.picture);
     }
 
-    J2kDecodeOptions options_;
+    j2k::DecodeOptions options_;
     int shift_ = 0;
 };
 

@@ -29,7 +29,7 @@ inline void append(File& file, codec::Bytes more) { file.insert(file.end(), more
 inline File takeUpTo(codec::Bytes& rest, uint8_t code)
 {
     size_t at = 0;
-    while (at < rest.size() && !codec::isJ2kMarker(rest, at, code)) ++at;
+    while (at < rest.size() && !codec::j2k::isMarker(rest, at, code)) ++at;
     File taken(rest.begin(), rest.begin() + ptrdiff_t(at));
     rest = rest.subspan(at);
     return taken;
@@ -38,21 +38,21 @@ inline File takeUpTo(codec::Bytes& rest, uint8_t code)
 // Of a file in which each packet has a SOP before it and an EPH behind its header.
 inline CodestreamPieces takeApart(codec::Bytes file)
 {
-    codec::J2kCodestream codestream(file, 0, file.size());
-    std::vector<codec::J2kTilePart> parts;
+    codec::j2k::Codestream codestream(file, 0, file.size());
+    std::vector<codec::j2k::TilePart> parts;
     for (auto& [tile, some] : codestream.tileParts()) parts.insert(parts.end(), some.begin(), some.end());
-    std::ranges::sort(parts, {}, &codec::J2kTilePart::position);
+    std::ranges::sort(parts, {}, &codec::j2k::TilePart::position);
     CodestreamPieces pieces;
     append(pieces.mainHeader, file.first(parts[0].position));
-    for (const codec::J2kTilePart& part : parts) {
+    for (const codec::j2k::TilePart& part : parts) {
         TilePartPieces& taken = pieces.parts.emplace_back();
         append(taken.start, file.subspan(part.position, 12));
         for (codec::Bytes rest = part.body; !rest.empty();) {
             rest = rest.subspan(6);
             PacketPieces& packet = taken.packets.emplace_back();
-            packet.header = takeUpTo(rest, codec::j2k_marker::kEph);
+            packet.header = takeUpTo(rest, codec::j2k::marker::kEph);
             rest = rest.subspan(2);
-            packet.body = takeUpTo(rest, codec::j2k_marker::kSop);
+            packet.body = takeUpTo(rest, codec::j2k::marker::kSop);
         }
     }
     return pieces;
@@ -93,10 +93,10 @@ File putTogether(const CodestreamPieces& pieces, Segments segmentsOf = noSegment
         append(file, part.start);
         for (size_t i = 0; i < 4; ++i) file[at + 6 + i] = uint8_t(length >> (24 - 8 * i));
         append(file, segments);
-        file.insert(file.end(), {0xFF, codec::j2k_marker::kSod});
+        file.insert(file.end(), {0xFF, codec::j2k::marker::kSod});
         append(file, data);
     }
-    file.insert(file.end(), {0xFF, codec::j2k_marker::kEoc});
+    file.insert(file.end(), {0xFF, codec::j2k::marker::kEoc});
     return file;
 }
 

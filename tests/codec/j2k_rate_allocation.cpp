@@ -13,15 +13,15 @@
 namespace {
 
 using namespace qel::codec;
-using enum J2kBandKind;
+using enum j2k::BandKind;
 
 // Energy of what one coefficient, far from all edges, becomes.
-template <class Sample> double energyOfOne(int level, J2kBandKind kind, Sample value)
+template <class Sample> double energyOfOne(int level, j2k::BandKind kind, Sample value)
 {
-    J2kSubbands<Sample> bands({0, 0, 256, 256}, level, J2kPlane<Sample>::Fill::zero);
-    J2kPlane<Sample>& band = bands.band(level, kind);
+    j2k::Subbands<Sample> bands({0, 0, 256, 256}, level, j2k::Plane<Sample>::Fill::zero);
+    j2k::Plane<Sample>& band = bands.band(level, kind);
     band.row(band.height() / 2)[band.width() / 2] = value;
-    J2kPlane<Sample> plane = inverseWavelet(std::move(bands), 1);
+    j2k::Plane<Sample> plane = j2k::inverseWavelet(std::move(bands), 1);
     double energy = 0;
     for (uint32_t y = 0; y < 256; ++y)
         for (uint32_t x = 0; x < 256; ++x) energy += double(plane.row(y)[x]) * double(plane.row(y)[x]);
@@ -31,26 +31,26 @@ template <class Sample> double energyOfOne(int level, J2kBandKind kind, Sample v
 TEST(BandEnergy, IsThatOfTheInverseTransform)
 {
     for (int level : {1, 2, 4})
-        for (J2kBandKind kind : {ll, lh, hl, hh}) {
-            EXPECT_NEAR(bandEnergy(false, 256, 256, level, kind) / energyOfOne(level, kind, 1000.f), 1, 1e-5);
-            EXPECT_NEAR(bandEnergy(true, 256, 256, level, kind) / energyOfOne(level, kind, 1 << 20), 1, 1e-3);
+        for (j2k::BandKind kind : {ll, lh, hl, hh}) {
+            EXPECT_NEAR(j2k::bandEnergy(false, 256, 256, level, kind) / energyOfOne(level, kind, 1000.f), 1, 1e-5);
+            EXPECT_NEAR(j2k::bandEnergy(true, 256, 256, level, kind) / energyOfOne(level, kind, 1 << 20), 1, 1e-3);
         }
 }
 
-J2kEncodedBlock blockOf(double error, std::vector<J2kEncodedPass> passes)
+j2k::EncodedBlock blockOf(double error, std::vector<j2k::EncodedPass> passes)
 {
-    J2kEncodedBlock block;
+    j2k::EncodedBlock block;
     block.error = error;
     block.passes = std::move(passes);
     return block;
 }
 
-std::vector<int> cutsOf(J2kEncodedBlock block, int style)
+std::vector<int> cutsOf(j2k::EncodedBlock block, int style)
 {
-    findTruncations(block, style);
+    j2k::findTruncations(block, style);
     std::vector<int> cuts;
-    for (const J2kTruncation& truncation : block.truncations) cuts.push_back(truncation.passes);
-    EXPECT_TRUE(std::ranges::is_sorted(block.truncations, std::greater(), &J2kTruncation::slope));
+    for (const j2k::Truncation& truncation : block.truncations) cuts.push_back(truncation.passes);
+    EXPECT_TRUE(std::ranges::is_sorted(block.truncations, std::greater(), &j2k::Truncation::slope));
     return cuts;
 }
 
@@ -65,10 +65,10 @@ TEST(Truncations, AreTheConvexHull)
     // Passes without bytes.
     EXPECT_EQ(cutsOf(blockOf(100, {{0, 90}, {0, 80}, {5, 10}, {5, 5}}), 0), Cuts({2, 4}));
     // Segments end behind the first ten passes, and then behind two raw ones and one other.
-    std::vector<J2kEncodedPass> passes;
+    std::vector<j2k::EncodedPass> passes;
     for (uint32_t i = 1; i <= 14; ++i) passes.push_back({10 * i, 100.0 / i});
-    EXPECT_EQ(cutsOf(blockOf(200, passes), j2k_style::kBypass).size(), 14u);
-    EXPECT_EQ(cutsOf(blockOf(200, passes), j2k_style::kBypass | j2k_style::kPredictableTermination),
+    EXPECT_EQ(cutsOf(blockOf(200, passes), j2k::style::kBypass).size(), 14u);
+    EXPECT_EQ(cutsOf(blockOf(200, passes), j2k::style::kBypass | j2k::style::kPredictableTermination),
               Cuts({10, 12, 13, 14}));
 }
 

@@ -9,7 +9,7 @@
 namespace qel::test {
 
 // Codeword segments have no marker in them, so that most ways to cut them wrongly show.
-inline void expectSound(const codec::J2kBand& band, const codec::J2kCodeBlock& block)
+inline void expectSound(const codec::j2k::Band& band, const codec::j2k::CodeBlock& block)
 {
     EXPECT_LE(block.x + block.width, band.rect.width());
     EXPECT_LE(block.y + block.height, band.rect.height());
@@ -17,7 +17,7 @@ inline void expectSound(const codec::J2kBand& band, const codec::J2kCodeBlock& b
     std::vector<uint8_t> data;
     for (codec::Bytes piece : block.data) data.insert(data.end(), piece.begin(), piece.end());
     size_t at = 0;
-    for (const codec::J2kCodeSegment& segment : block.segments) {
+    for (const codec::j2k::CodeSegment& segment : block.segments) {
         ASSERT_GT(segment.passes, 0u);
         ASSERT_LE(at + segment.length, data.size());
         for (size_t i = 1; i < segment.length; ++i) EXPECT_FALSE(data[at + i - 1] == 0xFF && data[at + i] > 0x8F);
@@ -28,11 +28,11 @@ inline void expectSound(const codec::J2kBand& band, const codec::J2kCodeBlock& b
 
 // All tiles. Warnings of the file and of the tiles are in `warnings`.
 struct ReadJ2k {
-    explicit ReadJ2k(codec::Bytes bytes, const codec::J2kReadOptions& options = {})
-        : file(codec::openJ2k(bytes)), warnings(file.warnings)
+    explicit ReadJ2k(codec::Bytes bytes, const codec::j2k::ReadOptions& options = {})
+        : file(codec::j2k::open(bytes)), warnings(file.warnings)
     {
         for (auto& [index, parts] : file.codestream->tileParts()) {
-            tiles.push_back(codec::readJ2kTile(*file.codestream, index, options));
+            tiles.push_back(codec::j2k::readTile(*file.codestream, index, options));
             auto& more = tiles.back().warnings;
             warnings.insert(warnings.end(), more.begin(), more.end());
         }
@@ -47,15 +47,15 @@ struct ReadJ2k {
                     resolution.forCodedBlocks([&](auto& band, auto& block) { visit(c, band, block); });
     }
 
-    codec::J2kFile file;
+    codec::j2k::File file;
     codec::Warnings warnings;
-    std::vector<codec::J2kTile> tiles;
+    std::vector<codec::j2k::Tile> tiles;
 };
 
 // What is coded, without where it is stored.
 struct Coded {
     size_t component;
-    codec::J2kBandKind kind;
+    codec::j2k::BandKind kind;
     int level;
     uint32_t x, y;
     int zeroBitPlanes;
@@ -68,7 +68,7 @@ struct Coded {
 inline std::vector<Coded> codedIn(const ReadJ2k& read)
 {
     std::vector<Coded> all;
-    read.forCodedBlocks([&](size_t component, const codec::J2kBand& band, const codec::J2kCodeBlock& block) {
+    read.forCodedBlocks([&](size_t component, const codec::j2k::Band& band, const codec::j2k::CodeBlock& block) {
         Coded& coded =
             all.emplace_back(Coded{component, band.kind, band.level, block.x, block.y, block.zeroBitPlanes, {}, {}});
         for (auto& segment : block.segments) coded.segments.push_back({segment.passes, segment.length});

@@ -20,7 +20,7 @@ void expectSame(const File& file, const File& expected)
 
 File tiledFile()
 {
-    OpenJpegCase tiled = {.components = 3, .tileWidth = 48, .tileHeight = 40, .order = J2kOrder::rlcp, .layers = 2};
+    OpenJpegCase tiled = {.components = 3, .tileWidth = 48, .tileHeight = 40, .order = j2k::Order::rlcp, .layers = 2};
     tiled.hasSop = tiled.hasEph = true;
     tiled.tileParts = 'R';
     return openJpegEncode(tiled);
@@ -53,7 +53,7 @@ TEST_F(J2kTileParts, MayComeInAnyOrder)
 
 TEST_F(J2kTileParts, MayHaveThePacketHeadersInTheirOwn)
 {
-    auto headers = [](const TilePartPieces& part) { return segmentsOf(j2k_marker::kPpt, headersOf(part), 17); };
+    auto headers = [](const TilePartPieces& part) { return segmentsOf(j2k::marker::kPpt, headersOf(part), 17); };
     expectSame(putTogether(pieces, headers, bodiesOf), file);
 }
 
@@ -65,7 +65,7 @@ TEST_F(J2kTileParts, MayHaveThePacketHeadersInTheMainOne)
         all.insert(all.end(), {0, 0, uint8_t(headers.size() >> 8), uint8_t(headers.size())});
         append(all, headers);
     }
-    append(pieces.mainHeader, segmentsOf(j2k_marker::kPpm, all, 61));
+    append(pieces.mainHeader, segmentsOf(j2k::marker::kPpm, all, 61));
     expectSame(putTogether(pieces, noSegments, bodiesOf), file);
 }
 
@@ -102,7 +102,7 @@ TEST(J2kProgressions, MayChange)
     for (OpenJpegCase& tested : {std::ref(options), std::ref(other)}) {
         const File file = openJpegEncode(tested);
         for (int orders = 0; orders < 25; ++orders) {
-            J2kOrder a{orders / 5}, b{orders % 5};
+            j2k::Order a{orders / 5}, b{orders % 5};
             tested.changes = {{2, 4, 0, 3, 3, a}, {0, 2, 0, 3, 3, b}};
             expectSame(openJpegEncode(tested), file);
             tested.changes = {{0, 4, 1, 3, 3, a}, {3, 4, 0, 1, 3, b}, {0, 3, 0, 1, 3, a}};
@@ -119,7 +119,7 @@ TEST(J2kProgressions, LeaveLayersToLaterOnes)
     const File file = openJpegEncode(options);
     CodestreamPieces pieces = takeApart(file);
     // The first layer of the lowest resolution, all of the other one, and what is left; 0 ends the components for all.
-    const File changes = {0xFF, j2k_marker::kPoc, 0, 23, 0, 0, 0, 1, 1, 0, 0, 1, 0, 0, 3, 2, 1, 0, 0, 0, 0, 255, 33, 0,
+    const File changes = {0xFF, j2k::marker::kPoc, 0, 23, 0, 0, 0, 1, 1, 0, 0, 1, 0, 0, 3, 2, 1, 0, 0, 0, 0, 255, 33, 0,
                           0};
     const auto byLayers = pieces.parts[0].packets;
     ASSERT_EQ(byLayers.size(), 6u);

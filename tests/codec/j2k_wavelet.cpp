@@ -10,18 +10,18 @@ namespace {
 
 using namespace qel::codec;
 using namespace qel::test;
-using enum J2kBandKind;
+using enum j2k::BandKind;
 
-template <class T> J2kPlane<T> planeOf(const Tile<T>& tile)
+template <class T> j2k::Plane<T> planeOf(const Tile<T>& tile)
 {
-    J2kPlane<T> plane(uint32_t(tile.width), uint32_t(tile.height), J2kPlane<T>::Fill::none);
+    j2k::Plane<T> plane(uint32_t(tile.width), uint32_t(tile.height), j2k::Plane<T>::Fill::none);
     for (int r = 0; r < tile.height; ++r)
         std::copy_n(&tile.samples[size_t(r) * size_t(tile.width)], tile.width, plane.row(size_t(r)));
     return plane;
 }
 
 // The part of `tile` that begins at a column and a row.
-template <class T> Tile<T> cut(const Tile<T>& tile, int column, int row, const J2kRect& rect)
+template <class T> Tile<T> cut(const Tile<T>& tile, int column, int row, const j2k::Rect& rect)
 {
     Tile<T> part = {int(rect.x0), int(rect.y0), int(rect.width()), int(rect.height()), {}};
     for (int r = 0; r < part.height; ++r) {
@@ -31,7 +31,7 @@ template <class T> Tile<T> cut(const Tile<T>& tile, int column, int row, const J
     return part;
 }
 
-template <class T> void expectSame(const J2kPlane<T>& plane, const Tile<T>& tile, double tolerance = 0)
+template <class T> void expectSame(const j2k::Plane<T>& plane, const Tile<T>& tile, double tolerance = 0)
 {
     ASSERT_EQ(int(plane.width()), tile.samples.empty() ? 0 : tile.width);
     for (size_t i = 0; i < tile.samples.size(); ++i)
@@ -39,7 +39,7 @@ template <class T> void expectSame(const J2kPlane<T>& plane, const Tile<T>& tile
 }
 
 // Forward against the textbook, band by band, and back.
-template <class Filter> void expectTransform(const J2kRect& rect, int levels, int threads)
+template <class Filter> void expectTransform(const j2k::Rect& rect, int levels, int threads)
 {
     using T = typename Filter::Sample;
     SCOPED_TRACE(testing::Message() << rect.x0 << ',' << rect.y0 << ' ' << rect.width() << 'x' << rect.height());
@@ -47,18 +47,18 @@ template <class Filter> void expectTransform(const J2kRect& rect, int levels, in
     Tile<T> tile = {int(rect.x0), int(rect.y0), int(rect.width()), int(rect.height()), {}};
     for (uint64_t i = 0; i < rect.area(); ++i) tile.samples.push_back(T(random.between(-32768, 32767)));
     const Tile<T> samples = tile;
-    J2kSubbands<T> bands = forwardWavelet(planeOf(tile), rect, levels, threads);
+    j2k::Subbands<T> bands = j2k::forwardWavelet(planeOf(tile), rect, levels, threads);
     for (int level = 1; level <= levels; ++level) {
         Tile<T> halves = tile.samples.empty() ? tile : forwardTile<Filter>(tile);
-        J2kRect lows = resolutionRect(rect, level);
+        j2k::Rect lows = j2k::resolutionRect(rect, level);
         int right = int(lows.width()), lower = int(lows.height());
         tile = cut(halves, 0, 0, lows);
-        expectSame(bands.band(level, lh), cut(halves, 0, lower, bandRect(rect, level, lh)));
-        expectSame(bands.band(level, hl), cut(halves, right, 0, bandRect(rect, level, hl)));
-        expectSame(bands.band(level, hh), cut(halves, right, lower, bandRect(rect, level, hh)));
+        expectSame(bands.band(level, lh), cut(halves, 0, lower, j2k::bandRect(rect, level, lh)));
+        expectSame(bands.band(level, hl), cut(halves, right, 0, j2k::bandRect(rect, level, hl)));
+        expectSame(bands.band(level, hh), cut(halves, right, lower, j2k::bandRect(rect, level, hh)));
     }
     expectSame(bands.band(levels, ll), tile);
-    expectSame(inverseWavelet(std::move(bands), threads), samples, Filter::kReversible ? 0 : 0.25);
+    expectSame(j2k::inverseWavelet(std::move(bands), threads), samples, Filter::kReversible ? 0 : 0.25);
 }
 
 template <class Filter> class J2kWavelet : public testing::Test {};

@@ -23,21 +23,21 @@ struct WriterCase {
     int width = 97, height = 71;
     ColourSpace space = grey;
     int precision = 8;
-    J2kEncodeOptions options = {};
+    j2k::EncodeOptions options = {};
 
     friend void PrintTo(const WriterCase& tested, std::ostream* out) { *out << tested.name; }
 };
 
 void addStyles(std::vector<WriterCase>& cases)
 {
-    using namespace j2k_style;
+    using namespace j2k::style;
     for (int style : {1, 2, 4, 8, 32, 5, 6, 13, 20, 21, 38, 47, 63}) {
         WriterCase tested = {"style_" + std::to_string(style), 97, 71, grey, 12};
         tested.options.style = style;
         tested.options.layers = 3;
         cases.push_back(tested);
     }
-    for (auto termination : {J2kTermination::flush, J2kTermination::shortest, J2kTermination::predictable})
+    for (auto termination : {j2k::Termination::flush, j2k::Termination::shortest, j2k::Termination::predictable})
         for (int style : {0, kBypass, kTerminateEvery, kBypass | kTerminateEvery}) {
             WriterCase tested = {"termination_" + std::to_string(int(termination)) + "_" + std::to_string(style)};
             tested.options.style = style;
@@ -51,7 +51,7 @@ void addOrders(std::vector<WriterCase>& cases)
     const char* orders[] = {"lrcp", "rlcp", "rpcl", "pcrl", "cprl"};
     for (int order = 0; order < 5; ++order) {
         WriterCase tested = {orders[order], 130, 101, rgb};
-        tested.options.order = J2kOrder(order);
+        tested.options.order = j2k::Order(order);
         tested.options.layers = 4;
         tested.options.precincts = {{32, 64}, {64, 16}};
         cases.push_back(tested);
@@ -114,7 +114,7 @@ void expectComplete(const File& file, const WriterCase& tested)
         EXPECT_EQ(tile.packetsRead, tile.packets);
         EXPECT_EQ(tile.style.layers, tested.options.layers);
     }
-    read.forCodedBlocks([&](size_t, const J2kBand& band, const J2kCodeBlock& block) { expectSound(band, block); });
+    read.forCodedBlocks([&](size_t, const j2k::Band& band, const j2k::CodeBlock& block) { expectSound(band, block); });
 }
 
 double psnr(const Picture& a, const Picture& b) { return compare(a, b).whole.psnr(a.precision()); }
@@ -128,10 +128,10 @@ TEST_P(J2kWriter, LosslessFilesAreThePicture)
     for (bool isNoise : {false, true}) {
         Picture picture =
             (isNoise ? randomPicture : drawnPicture)(tested.width, tested.height, tested.space, tested.precision);
-        File file = encodeJ2k(picture, tested.options);
+        File file = j2k::encode(picture, tested.options);
         expectComplete(file, tested);
         expectSame(openJpegDecode(file), picture);
-        expectSame(decodeJ2k(file).picture, picture);
+        expectSame(j2k::decode(file).picture, picture);
     }
 }
 
@@ -140,11 +140,11 @@ TEST_P(J2kWriter, LossyFilesAreCloseToThePicture)
     WriterCase tested = GetParam();
     Picture picture = drawnPicture(tested.width, tested.height, tested.space, tested.precision);
     tested.options.psnr = 40;
-    File file = encodeJ2k(picture, tested.options);
+    File file = j2k::encode(picture, tested.options);
     expectComplete(file, tested);
     // Errors of neighbouring coefficients and of the components are not quite independent.
     EXPECT_GT(psnr(openJpegDecode(file), picture), 38);
-    EXPECT_GT(psnr(decodeJ2k(file).picture, picture), 38);
+    EXPECT_GT(psnr(j2k::decode(file).picture, picture), 38);
 }
 
 INSTANTIATE_TEST_SUITE_P(Cases, J2kWriter, testing::ValuesIn(writerCases()),
@@ -155,7 +155,7 @@ TEST_P(J2kWriter, SecondPeerReadsFiles)
     if (!kHasFfmpeg) GTEST_SKIP() << "FFmpeg's libavcodec is not installed";
     WriterCase tested = GetParam();
     Picture picture = drawnPicture(tested.width, tested.height, tested.space, tested.precision);
-    auto read = [&] { return ffmpegDecode(encodeJ2k(picture, tested.options), tested.precision); };
+    auto read = [&] { return ffmpegDecode(j2k::encode(picture, tested.options), tested.precision); };
     tested.options.isLossless = true;
     expectSame(read(), picture);
     tested.options.isLossless = false;
@@ -189,11 +189,12 @@ OpenJpegCase peerCase(const Picture& picture)
 TEST(J2kWriterAndPeer, LosslessFilesAreAsSmall)
 {
     for (const Picture& picture : pictures())
-        for (int style : {0, j2k_style::kBypass, j2k_style::kTerminateEvery}) {
+        for (int style : {0, j2k::style::kBypass, j2k::style::kTerminateEvery}) {
             OpenJpegCase peer = peerCase(picture);
-            J2kEncodeOptions options = {.isLossless = true, .isJp2 = false};
+            j2k::EncodeOptions options = {.isLossless = true, .isJp2 = false};
             peer.style = options.style = style;
-            EXPECT_LT(double(encodeJ2k(picture, options).size()), 1.005 * double(openJpegEncode(peer, picture).size()));
+            EXPECT_LT(double(j2k::encode(picture, options).size()),
+                      1.005 * double(openJpegEncode(peer, picture).size()));
         }
 }
 
@@ -206,7 +207,7 @@ TEST(J2kWriterAndPeer, LossyFilesOfTheSameSizeAreAsGood)
             peer.ratio = float(picture.channels() * picture.precision() / rate);
             File theirs = openJpegEncode(peer, picture);
             double pixels = double(picture.width()) * picture.height();
-            File ours = encodeJ2k(picture, {.bitsPerPixel = 8 * double(theirs.size()) / pixels, .isJp2 = false});
+            File ours = j2k::encode(picture, {.bitsPerPixel = 8 * double(theirs.size()) / pixels, .isJp2 = false});
             EXPECT_LE(ours.size(), theirs.size());
             EXPECT_GE(psnr(openJpegDecode(ours), picture), psnr(openJpegDecode(theirs), picture)) << rate;
         }
@@ -217,9 +218,9 @@ TEST(J2kWriterLayers, SharpenThePicture)
 {
     Picture picture = drawnPicture(300, 200, rgb, 8);
     for (bool isLossless : {false, true}) {
-        J2kEncodeOptions options = {.isLossless = isLossless, .layers = 5};
+        j2k::EncodeOptions options = {.isLossless = isLossless, .layers = 5};
         if (!isLossless) options.bitsPerPixel = 2;
-        File file = encodeJ2k(picture, options);
+        File file = j2k::encode(picture, options);
         double last = 0;
         for (int layers = 1; layers <= 5; ++layers) {
             double now = psnr(openJpegDecode(file, layers), picture);

@@ -34,20 +34,23 @@ const File kThreeOf9x7 = box("ihdr", number(7, 4) + number(9, 4) + number(3, 2) 
 const File kSrgb = box("colr", File{1, 0, 0} + number(16, 4));
 const File kStream = {1, 2, 3};
 
-Jp2File readWith(const File& header) { return readJp2(kBeginning + box("jp2h", header) + box("jp2c", kStream)); }
+j2k::Jp2File readWith(const File& header)
+{
+    return j2k::readJp2(kBeginning + box("jp2h", header) + box("jp2c", kStream));
+}
 
 TEST(Jp2Boxes, Header)
 {
     File file = kBeginning + box("uuid", File(20)) + box("jp2h", kThreeOf9x7 + kSrgb + box("res ", {}));
     size_t begin = file.size() + 8;
-    Jp2File jp2 = readJp2(file + box("jp2c", kStream) + box("xml ", {}));
+    j2k::Jp2File jp2 = j2k::readJp2(file + box("jp2c", kStream) + box("xml ", {}));
     EXPECT_EQ(jp2.warnings, Warnings());
     EXPECT_EQ(jp2.width, 9u);
     EXPECT_EQ(jp2.height, 7u);
     EXPECT_EQ(jp2.components, 3);
     EXPECT_EQ(jp2.depths, std::vector<int>{7});
     ASSERT_EQ(jp2.colours.size(), 1u);
-    EXPECT_EQ(jp2.colours[0].space, uint32_t(Jp2Colour::kSrgb));
+    EXPECT_EQ(jp2.colours[0].space, uint32_t(j2k::Jp2Colour::kSrgb));
     EXPECT_FALSE(jp2.palette);
     EXPECT_EQ(jp2.codestreamBegin, begin);
     EXPECT_EQ(jp2.codestreamEnd, begin + 3);
@@ -58,7 +61,7 @@ TEST(Jp2Boxes, OtherLengths)
 {
     File large = number(1, 4) + File{'j', 'p', '2', 'h'} + number(16 + kThreeOf9x7.size(), 8) + kThreeOf9x7;
     File toTheEnd = number(0, 4) + File{'j', 'p', '2', 'c'} + kStream;
-    Jp2File jp2 = readJp2(kBeginning + large + toTheEnd);
+    j2k::Jp2File jp2 = j2k::readJp2(kBeginning + large + toTheEnd);
     EXPECT_EQ(jp2.components, 3);
     EXPECT_EQ(jp2.codestreamEnd - jp2.codestreamBegin, 3u);
 }
@@ -68,7 +71,7 @@ TEST(Jp2Boxes, Palette)
     File palette = number(2, 2) + File{3, 7, 0x80 | 4, 11} + File{200, 0x1F, 0x0A, 0xBC} + File{1, 15, 0, 2};
     File mapping = {0, 2, 1, 2, 0, 0, 0, 0, 0, 1, 1, 1};
     File definition = number(3, 2) + File{0, 0, 0, 0, 0, 1, 0, 1, 0, 1, 0, 0, 0, 2, 0xFF, 0xFF, 0xFF, 0xFF};
-    Jp2File jp2 = readWith(kThreeOf9x7 + box("pclr", palette) + box("cmap", mapping) + box("cdef", definition));
+    j2k::Jp2File jp2 = readWith(kThreeOf9x7 + box("pclr", palette) + box("cmap", mapping) + box("cdef", definition));
     EXPECT_EQ(jp2.warnings, Warnings());
     ASSERT_TRUE(jp2.palette);
     EXPECT_EQ(jp2.palette->entries, 2);
@@ -81,9 +84,9 @@ TEST(Jp2Boxes, Palette)
     EXPECT_EQ(jp2.channels[0].column, 2);
     EXPECT_FALSE(jp2.channels[1].column);
     ASSERT_EQ(jp2.definitions.size(), 3u);
-    EXPECT_EQ(jp2.definitions[1].kind, Jp2Definition::kOpacity);
-    EXPECT_EQ(jp2.definitions[1].association, Jp2Definition::kWholePicture);
-    EXPECT_EQ(jp2.definitions[2].kind, Jp2Definition::kUnspecified);
+    EXPECT_EQ(jp2.definitions[1].kind, j2k::Jp2Definition::kOpacity);
+    EXPECT_EQ(jp2.definitions[1].association, j2k::Jp2Definition::kWholePicture);
+    EXPECT_EQ(jp2.definitions[2].kind, j2k::Jp2Definition::kUnspecified);
 }
 
 // Boxes that are damaged, and what does not fit the picture, are left out.
@@ -108,7 +111,7 @@ TEST(Jp2Boxes, DamageIsLeftOut)
         {"channel", kThreeOf9x7 + box("cdef", {0, 1, 0, 3, 0, 0, 0, 1}), "the channel definition"},
     };
     for (auto& row : table) {
-        Jp2File jp2 = readWith(row.header);
+        j2k::Jp2File jp2 = readWith(row.header);
         ASSERT_FALSE(jp2.warnings.empty()) << row.what;
         EXPECT_EQ(jp2.warnings[0].rfind(row.warning, 0), 0u) << row.what << ": " << jp2.warnings[0];
         EXPECT_FALSE(jp2.palette) << row.what;
@@ -127,13 +130,13 @@ TEST(Jp2Boxes, FilesWithoutACodestreamAreRefused)
         {kBeginning + number(5, 4) + File{'j', 'p', '2', 'c'}, "a box of 5 bytes (at byte 32)"},
         {kBeginning + File{0, 0}, "box: too short (at byte 32)"},
     };
-    for (auto& row : table) EXPECT_EQ(errorOf([&] { readJp2(row.first); }), row.second);
+    for (auto& row : table) EXPECT_EQ(errorOf([&] { j2k::readJp2(row.first); }), row.second);
 }
 
 TEST(Jp2Boxes, DisagreementWithTheCodestreamIsTold)
 {
     File stream = openJpegEncode({.width = 10, .height = 7, .levels = 0});
-    J2kFile file = openJ2k(kBeginning + box("jp2h", kThreeOf9x7) + box("jp2c", stream));
+    j2k::File file = j2k::open(kBeginning + box("jp2h", kThreeOf9x7) + box("jp2c", stream));
     EXPECT_EQ(file.warnings, (Warnings{"the image header box tells another size, 9 x 7",
                                        "the image header box tells another number of components, 3"}));
 }

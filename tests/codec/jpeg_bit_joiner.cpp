@@ -32,7 +32,7 @@ TEST(BitJoiner, WritesAllBitsOfAllParts)
     for (int ones : {0, 4, 7, 8})
         for (int round = 0; round < 50; ++round) {
             File out = {1, 2, 3}, expected = out;
-            BitJoiner joiner(out);
+            jpeg::BitJoiner joiner(out);
             for (int interval = 0; interval < 3; ++interval) {
                 std::vector<bool> all;
                 for (int part = random.between(0, 5); part > 0; --part) {

@@ -17,40 +17,40 @@ namespace {
 using namespace qel::codec;
 using namespace qel::test;
 
-File smallFile(JpegEncodeOptions options = {}, ColourSpace space = ColourSpace::rgb)
+File smallFile(jpeg::EncodeOptions options = {}, ColourSpace space = ColourSpace::rgb)
 {
-    return encodeJpeg(paintedPicture(75, 53, space), options);
+    return jpeg::encode(paintedPicture(75, 53, space), options);
 }
 
 TEST(JpegDamage, ATruncatedPictureIsDeliveredWithAWarning)
 {
     for (bool interleaved : {true, false})
-        expectCutsToBeDelivered(smallFile({.sampling = kSampling420, .interleaved = interleaved}));
+        expectCutsToBeDelivered(smallFile({.sampling = jpeg::kSampling420, .interleaved = interleaved}));
 }
 
 TEST(JpegDamage, DecodingResumesAtTheNextRestartMarker)
 {
-    File file = smallFile({.sampling = kSampling444, .restartRows = 1});
-    Picture whole = decodeJpeg(file).picture;
-    size_t second = markerAt(file, marker::kRst0), third = markerAt(file, marker::kRst0 + 1);
+    File file = smallFile({.sampling = jpeg::kSampling444, .restartRows = 1});
+    Picture whole = jpeg::decode(file).picture;
+    size_t second = markerAt(file, jpeg::marker::kRst0), third = markerAt(file, jpeg::marker::kRst0 + 1);
     expectSecondIntervalLost(without(file, second + 5, third), whole, 8);
     expectSecondIntervalLost(without(file, second, third), whole, 8);
     // A marker in the middle of the data, behind the one that is due.
     File repeated = file;
-    repeated.insert(repeated.begin() + third - 3, {0xFF, marker::kRst0});
-    EXPECT_EQ(sameRows(decodeJpeg(repeated).picture, whole), 8);
+    repeated.insert(repeated.begin() + third - 3, {0xFF, jpeg::marker::kRst0});
+    EXPECT_EQ(sameRows(jpeg::decode(repeated).picture, whole), 8);
 }
 
 // A marker that does not belong there ends the scan, whatever the bytes behind it look like.
 TEST(JpegDamage, AHeaderInsideTheDataTakesNothingAway)
 {
-    File file = smallFile({.sampling = kSampling444});
-    Picture whole = decodeJpeg(file).picture;
-    size_t middle = (markerAt(file, marker::kSos) + file.size()) / 2;
-    for (uint8_t code : {marker::kDht, marker::kSos, marker::kSof0, marker::kEoi}) {
+    File file = smallFile({.sampling = jpeg::kSampling444});
+    Picture whole = jpeg::decode(file).picture;
+    size_t middle = (markerAt(file, jpeg::marker::kSos) + file.size()) / 2;
+    for (uint8_t code : {jpeg::marker::kDht, jpeg::marker::kSos, jpeg::marker::kSof0, jpeg::marker::kEoi}) {
         File damaged = file;
         damaged.insert(damaged.begin() + middle, {0xFF, code, 0, 8});
-        DecodedJpeg decoded = decodeJpeg(damaged);
+        jpeg::Decoded decoded = jpeg::decode(damaged);
         EXPECT_FALSE(decoded.warnings.empty());
         EXPECT_GE(sameRows(decoded.picture, whole), 16);
     }
@@ -60,37 +60,37 @@ TEST(JpegDamage, FillBytesAndUnknownSegmentsAreNoDamage)
 {
     File file = smallFile({.restartInterval = 3});
     File odd = file;
-    odd.insert(odd.begin() + markerAt(odd, marker::kEoi), 3, 0xFF);
-    odd.insert(odd.begin() + markerAt(odd, marker::kRst0 + 2), 2, 0xFF);
+    odd.insert(odd.begin() + markerAt(odd, jpeg::marker::kEoi), 3, 0xFF);
+    odd.insert(odd.begin() + markerAt(odd, jpeg::marker::kRst0 + 2), 2, 0xFF);
     const uint8_t segments[] = {0xFF, 0xFE, 0, 4, 'h', 'i', 0xFF, 0xE5, 0, 2, 0xFF, 0xFF, 0xF3, 0, 3, 9};
-    odd.insert(odd.begin() + markerAt(odd, marker::kDqt), std::begin(segments), std::end(segments));
-    DecodedJpeg decoded = decodeJpeg(odd);
+    odd.insert(odd.begin() + markerAt(odd, jpeg::marker::kDqt), std::begin(segments), std::end(segments));
+    jpeg::Decoded decoded = jpeg::decode(odd);
     EXPECT_TRUE(decoded.warnings.empty());
-    expectSame(decoded.picture, decodeJpeg(file).picture);
+    expectSame(decoded.picture, jpeg::decode(file).picture);
 }
 
 TEST(JpegDamage, MissingHuffmanTablesAreTheTypicalOnes)
 {
     File file = smallFile();
-    expectSame(decodeJpeg(withoutSegments(file, marker::kDht)).picture, decodeJpeg(file).picture);
+    expectSame(jpeg::decode(withoutSegments(file, jpeg::marker::kDht)).picture, jpeg::decode(file).picture);
 }
 
 TEST(JpegDamage, TheHeightMayFollowTheScan)
 {
     File file = smallFile(), late = file;
-    size_t frame = markerAt(late, marker::kSof0);
-    const uint8_t lines[] = {0xFF, marker::kDnl, 0, 4, late[frame + 5], late[frame + 6]};
+    size_t frame = markerAt(late, jpeg::marker::kSof0);
+    const uint8_t lines[] = {0xFF, jpeg::marker::kDnl, 0, 4, late[frame + 5], late[frame + 6]};
     late[frame + 5] = late[frame + 6] = 0;
-    EXPECT_NE(errorOf([&] { decodeJpeg(late); }), "");
+    EXPECT_NE(errorOf([&] { jpeg::decode(late); }), "");
     late.insert(late.end() - 2, std::begin(lines), std::end(lines));
-    expectSame(decodeJpeg(late).picture, decodeJpeg(file).picture);
+    expectSame(jpeg::decode(late).picture, jpeg::decode(file).picture);
 }
 
 TEST(JpegDamage, RefusalsSayWhatAndWhere)
 {
     const File sound = smallFile();
-    size_t dqt = markerAt(sound, marker::kDqt), sof = markerAt(sound, marker::kSof0),
-           dht = markerAt(sound, marker::kDht), sos = markerAt(sound, marker::kSos);
+    size_t dqt = markerAt(sound, jpeg::marker::kDqt), sof = markerAt(sound, jpeg::marker::kSof0),
+           dht = markerAt(sound, jpeg::marker::kDht), sos = markerAt(sound, jpeg::marker::kSos);
     expectRefusals(sound, {
                               {0, 0, "not a JPEG file", 0},
                               {dqt + 3, 1, "a marker segment of length 1", dqt + 2},
@@ -113,19 +113,20 @@ TEST(JpegDamage, RefusalsSayWhatAndWhere)
                           });
     File wide = sound;
     wide[dht + 21] = 16;
-    EXPECT_EQ(errorOf([&] { decodeJpeg(wide); }),
+    EXPECT_EQ(errorOf([&] { jpeg::decode(wide); }),
               "a Huffman table for DC coefficients has category 16, at most 15 is allowed");
-    EXPECT_EQ(errorOf([&] { decodeJpeg(withoutSegments(sound, marker::kDqt)); }), "quantization table 0 is missing");
-    EXPECT_EQ(errorOf([&] { decodeJpeg(Bytes(sound).first(sos)); }),
+    EXPECT_EQ(errorOf([&] { jpeg::decode(withoutSegments(sound, jpeg::marker::kDqt)); }),
+              "quantization table 0 is missing");
+    EXPECT_EQ(errorOf([&] { jpeg::decode(Bytes(sound).first(sos)); }),
               "the file ends where a marker is expected (at byte " + std::to_string(sos) + ")");
-    EXPECT_EQ(errorOf([&] { decodeJpeg(sound, {.maxPixels = 74 * 53}); }),
+    EXPECT_EQ(errorOf([&] { jpeg::decode(sound, {.maxPixels = 74 * 53}); }),
               "the picture has more pixels than allowed (at byte " + std::to_string(sof) + ")");
 }
 
 TEST(JpegDamage, ProgressiveScansThatBreakTheRulesAreRefused)
 {
     const File sound = smallFile({.progressive = true});
-    size_t dc = markerAt(sound, marker::kSos), ac = markerAt(sound, marker::kSos, 1);
+    size_t dc = markerAt(sound, jpeg::marker::kSos), ac = markerAt(sound, jpeg::marker::kSos, 1);
     const struct {
         size_t at;
         uint8_t value;
@@ -140,9 +141,9 @@ TEST(JpegDamage, ProgressiveScansThatBreakTheRulesAreRefused)
         File file = sound;
         file[row.at] = row.value;
         if (row.at < ac)
-            EXPECT_EQ(errorOf([&] { decodeJpeg(file); }).rfind(row.message, 0), 0u) << row.message;
+            EXPECT_EQ(errorOf([&] { jpeg::decode(file); }).rfind(row.message, 0), 0u) << row.message;
         else
-            EXPECT_EQ(decodeJpeg(file).warnings.at(0).rfind(row.message, 0), 0u) << row.message;
+            EXPECT_EQ(jpeg::decode(file).warnings.at(0).rfind(row.message, 0), 0u) << row.message;
     }
 }
 
@@ -150,14 +151,15 @@ TEST(JpegDamage, ProgressiveScansThatBreakTheRulesAreRefused)
 TEST(JpegDamage, AProgressivePictureIsDeliveredAsFarAsItCame)
 {
     Picture original = paintedPicture(75, 53, ColourSpace::rgb);
-    File file = encodeJpeg(original, {.sampling = kSampling444, .progressive = true});
+    File file = jpeg::encode(original, {.sampling = jpeg::kSampling444, .progressive = true});
     double last = 1e9;
     for (int scans = 1; scans <= 10; ++scans) {
-        size_t end = markerAt(file, marker::kSos, scans), middle = (markerAt(file, marker::kSos, scans - 1) + end) / 2;
+        size_t end = markerAt(file, jpeg::marker::kSos, scans),
+               middle = (markerAt(file, jpeg::marker::kSos, scans - 1) + end) / 2;
         for (size_t keep : {middle, end}) {
             File cut(file.begin(), file.begin() + ptrdiff_t(keep));
-            if (keep == end && scans < 10) cut.insert(cut.end(), {0xFF, marker::kEoi});
-            DecodedJpeg decoded = decodeJpeg(cut);
+            if (keep == end && scans < 10) cut.insert(cut.end(), {0xFF, jpeg::marker::kEoi});
+            jpeg::Decoded decoded = jpeg::decode(cut);
             bool whole = scans == 10 && keep == end;
             EXPECT_EQ(decoded.warnings.empty(), whole) << scans;
             double error = compare(decoded.picture, original).whole.meanSquaredError;
@@ -170,30 +172,30 @@ TEST(JpegDamage, AProgressivePictureIsDeliveredAsFarAsItCame)
 
 TEST(JpegDamage, AProgressiveFileLosesOnlyTheIntervalsThatAreDamaged)
 {
-    JpegEncodeOptions options = {.sampling = kSampling444, .restartRows = 1};
+    jpeg::EncodeOptions options = {.sampling = jpeg::kSampling444, .restartRows = 1};
     options.progressive = true;
     File file = smallFile(options);
-    size_t scan = markerAt(file, marker::kSos), second = findMarker(file, scan + 14),
-           third = findMarker(file, second + 2);
-    expectSecondIntervalLost(without(file, second + 4, third), decodeJpeg(file).picture, 8);
+    size_t scan = markerAt(file, jpeg::marker::kSos), second = jpeg::findMarker(file, scan + 14),
+           third = jpeg::findMarker(file, second + 2);
+    expectSecondIntervalLost(without(file, second + 4, third), jpeg::decode(file).picture, 8);
 }
 
 // Scans cost few bytes: an endless row of them must not keep the decoder busy, nor may a huge picture.
 TEST(JpegDamage, EndlessScansAreBounded)
 {
     File file = smallFile({.progressive = true});
-    size_t first = markerAt(file, marker::kDht, 1), end = markerAt(file, marker::kSos, 2);
+    size_t first = markerAt(file, jpeg::marker::kDht, 1), end = markerAt(file, jpeg::marker::kSos, 2);
     File scan(file.begin() + ptrdiff_t(first), file.begin() + ptrdiff_t(end)), many;
     for (int i = 0; i < 3000; ++i) many.insert(many.end(), scan.begin(), scan.end());
     file.insert(file.begin() + ptrdiff_t(end), many.begin(), many.end());
-    DecodedJpeg decoded = decodeJpeg(file);
+    jpeg::Decoded decoded = jpeg::decode(file);
     ASSERT_FALSE(decoded.warnings.empty());
     EXPECT_EQ(decoded.warnings[0], "scans from number 501 on are left out");
 
     // The more blocks, the fewer scans.
-    size_t frame = markerAt(file, marker::kSof2);
+    size_t frame = markerAt(file, jpeg::marker::kSof2);
     file[frame + 5] = file[frame + 7] = 0x20;
-    decoded = decodeJpeg(file);
+    decoded = jpeg::decode(file);
     EXPECT_NE(std::ranges::find_if(decoded.warnings, [](auto& line) { return line.starts_with("scans from number "); }),
               decoded.warnings.end());
 }
@@ -202,41 +204,42 @@ TEST(JpegDamage, AHugeSizeOverLittleDataTakesLittle)
 {
     for (bool progressive : {false, true})
         for (bool interleaved : {false, true}) {
-            File file = smallFile({.sampling = kSampling444, .interleaved = interleaved, .progressive = progressive});
-            file = hugeVersionOf(file, progressive ? marker::kSof2 : marker::kSof0);
-            EXPECT_NE(errorOf([&] { decodeJpeg(file); }), "");
-            EXPECT_NE(errorOf([&] { decodeJpegPlanes(file); }), "");
-            EXPECT_NE(errorOf([&] { decodeJpegCoefficients(file); }), "");
+            File file =
+                smallFile({.sampling = jpeg::kSampling444, .interleaved = interleaved, .progressive = progressive});
+            file = hugeVersionOf(file, progressive ? jpeg::marker::kSof2 : jpeg::marker::kSof0);
+            EXPECT_NE(errorOf([&] { jpeg::decode(file); }), "");
+            EXPECT_NE(errorOf([&] { jpeg::decodePlanes(file); }), "");
+            EXPECT_NE(errorOf([&] { jpeg::decodeCoefficients(file); }), "");
         }
 }
 
 TEST(JpegDamage, OptionsThatDoNotFitAreRefused)
 {
-    constexpr JpegSamplings kTooMany = {{{2, 2}, {2, 2}, {2, 2}, {2, 2}}};
-    constexpr JpegSamplings kThree = {{{3, 1}, {1, 1}, {1, 1}, {1, 1}}};
-    const JpegEncodeOptions table[] = {{.quality = 0},
-                                       {.quality = 101},
-                                       {.target = JpegTarget::cmyk},
-                                       {.sampling = kTooMany},
-                                       {.sampling = kThree},
-                                       {.restartInterval = -1},
-                                       {.restartInterval = 65536},
-                                       {.restartInterval = 2, .restartRows = 2},
-                                       {.scans = {{{0}}, {{1}}}}};
+    constexpr jpeg::Samplings kTooMany = {{{2, 2}, {2, 2}, {2, 2}, {2, 2}}};
+    constexpr jpeg::Samplings kThree = {{{3, 1}, {1, 1}, {1, 1}, {1, 1}}};
+    const jpeg::EncodeOptions table[] = {{.quality = 0},
+                                         {.quality = 101},
+                                         {.target = jpeg::Target::cmyk},
+                                         {.sampling = kTooMany},
+                                         {.sampling = kThree},
+                                         {.restartInterval = -1},
+                                         {.restartInterval = 65536},
+                                         {.restartInterval = 2, .restartRows = 2},
+                                         {.scans = {{{0}}, {{1}}}}};
     for (auto& options : table) EXPECT_NE(errorOf([&] { smallFile(options); }), "");
-    EXPECT_NE(errorOf([&] { encodeJpeg(Picture(9, 9, ColourSpace::rgb, 12), {}); }), "");
+    EXPECT_NE(errorOf([&] { jpeg::encode(Picture(9, 9, ColourSpace::rgb, 12), {}); }), "");
 }
 
 class JpegMutations : public testing::TestWithParam<JpegCase> {};
 
 TEST_P(JpegMutations, NeverBreakTheDecoder)
 {
-    const File sound = encodeJpeg(paintedPicture(41, 27, GetParam().space), GetParam().options);
+    const File sound = jpeg::encode(paintedPicture(41, 27, GetParam().space), GetParam().options);
     everyMutation(sound, sound.size(), [](const File& file) {
-        DecodedJpeg decoded = decodeJpeg(file, {.maxPixels = 1 << 20});
-        encodeJpeg(decoded.picture, {.optimiseTables = true});
-        encodeJpeg(decoded.picture, {.progressive = true});
-        decodeJpegCoefficients(file);
+        jpeg::Decoded decoded = jpeg::decode(file, {.maxPixels = 1 << 20});
+        jpeg::encode(decoded.picture, {.optimiseTables = true});
+        jpeg::encode(decoded.picture, {.progressive = true});
+        jpeg::decodeCoefficients(file);
     });
 }
 

@@ -19,8 +19,8 @@ using File = std::vector<uint8_t>;
 // Position of the n-th marker of a kind, or the size of the file.
 inline size_t markerAt(const File& file, uint8_t code, int n = 0)
 {
-    size_t at = codec::findMarker(file, 0);
-    while (at < file.size() && (file[at + 1] != code || n-- > 0)) at = codec::findMarker(file, at + 2);
+    size_t at = codec::jpeg::findMarker(file, 0);
+    while (at < file.size() && (file[at + 1] != code || n-- > 0)) at = codec::jpeg::findMarker(file, at + 2);
     return at;
 }
 
@@ -33,7 +33,7 @@ inline File without(File file, size_t from, size_t to)
 inline File withoutSegments(File file, uint8_t code)
 {
     for (size_t at; (at = markerAt(file, code)) < file.size();)
-        file = without(file, at, codec::readSegment(file, at).end);
+        file = without(file, at, codec::jpeg::readSegment(file, at).end);
     return file;
 }
 
@@ -49,11 +49,11 @@ inline int sameRows(const codec::Picture& a, const codec::Picture& b)
 // rows.
 inline void expectCutsToBeDelivered(const File& file)
 {
-    codec::Picture whole = codec::decodeJpeg(file).picture;
-    size_t data = markerAt(file, codec::marker::kSos);
+    codec::Picture whole = codec::jpeg::decode(file).picture;
+    size_t data = markerAt(file, codec::jpeg::marker::kSos);
     int last = 0;
     for (size_t keep : {data + 14, (data + file.size()) / 2, file.size() - 40, file.size() - 2}) {
-        codec::DecodedJpeg cut = codec::decodeJpeg(codec::Bytes(file).first(keep));
+        codec::jpeg::Decoded cut = codec::jpeg::decode(codec::Bytes(file).first(keep));
         EXPECT_FALSE(cut.warnings.empty());
         int same = sameRows(cut.picture, whole);
         EXPECT_GE(same, last);
@@ -65,7 +65,7 @@ inline void expectCutsToBeDelivered(const File& file)
 // The rows of the second restart interval are lost, and no others.
 inline void expectSecondIntervalLost(const File& damaged, const codec::Picture& whole, int rows)
 {
-    codec::DecodedJpeg decoded = codec::decodeJpeg(damaged);
+    codec::jpeg::Decoded decoded = codec::jpeg::decode(damaged);
     EXPECT_EQ(decoded.warnings.size(), 1u);
     for (int y = 0; y < whole.height(); ++y)
         EXPECT_EQ(std::equal(whole.row(y), whole.row(y) + whole.step(), decoded.picture.row(y)), y / rows != 1) << y;
@@ -83,7 +83,7 @@ inline void expectRefusals(const File& sound, const std::vector<Refusal>& table)
     for (const Refusal& row : table) {
         File file = sound;
         file[row.at] = row.value;
-        EXPECT_EQ(errorOf([&] { codec::decodeJpeg(file); }),
+        EXPECT_EQ(errorOf([&] { codec::jpeg::decode(file); }),
                   row.message + (" (at byte " + std::to_string(row.position) + ")"));
     }
 }

@@ -11,7 +11,7 @@ namespace {
 using namespace qel::codec;
 using namespace qel::test;
 
-void expectEqual(const std::vector<JpegCoefficients>& ours, const std::vector<JpegCoefficients>& peers)
+void expectEqual(const std::vector<jpeg::Coefficients>& ours, const std::vector<jpeg::Coefficients>& peers)
 {
     ASSERT_EQ(ours.size(), peers.size());
     for (size_t i = 0; i < ours.size(); ++i) {
@@ -25,12 +25,12 @@ void expectEqual(const std::vector<JpegCoefficients>& ours, const std::vector<Jp
 // conversions, to the same picture. The conversion of MCUs, which replicates chroma, always rounds down.
 void expectDecodedAlike(Bytes file, bool replicate)
 {
-    DecodedJpegCoefficients ours = decodeJpegCoefficients(file);
+    jpeg::DecodedCoefficients ours = jpeg::decodeCoefficients(file);
     EXPECT_TRUE(ours.warnings.empty());
     expectEqual(ours.components, peerCoefficients(file));
 
-    JpegUpsampling upsampling = replicate ? JpegUpsampling::replicate : JpegUpsampling::triangle;
-    DecodedJpeg decoded = decodeJpeg(file, {.upsampling = upsampling});
+    jpeg::Upsampling upsampling = replicate ? jpeg::Upsampling::replicate : jpeg::Upsampling::triangle;
+    jpeg::Decoded decoded = jpeg::decode(file, {.upsampling = upsampling});
     EXPECT_TRUE(decoded.warnings.empty());
     Difference d = compare(decoded.picture, peerDecode(file, replicate)).whole;
     EXPECT_LE(d.largestError, replicate ? 4 : 3);
@@ -44,18 +44,19 @@ TEST(JpegMcus, AgreeWithPlanes)
     using enum ColourSpace;
     for (auto [width, height] : {std::pair(1, 1), std::pair(16, 16), std::pair(333, 250)})
         for (ColourSpace space : {rgb, cmyk})
-            for (const JpegSamplings& sampling : {kSampling420, kSampling422})
+            for (const jpeg::Samplings& sampling : {jpeg::kSampling420, jpeg::kSampling422})
                 for (bool progressive : {false, true}) {
                     Picture picture = paintedPicture(width, height, space);
-                    JpegEncodeOptions options = {.sampling = sampling, .progressive = progressive};
-                    auto file = encodeJpeg(picture, options);
+                    jpeg::EncodeOptions options = {.sampling = sampling, .progressive = progressive};
+                    auto file = jpeg::encode(picture, options);
                     options.planes = true;
-                    Picture other = decodeJpeg(encodeJpeg(picture, options)).picture;
-                    Difference coded = compare(decodeJpeg(file).picture, other).whole;
+                    Picture other = jpeg::decode(jpeg::encode(picture, options)).picture;
+                    Difference coded = compare(jpeg::decode(file).picture, other).whole;
                     EXPECT_LE(coded.meanSquaredError, 3);
-                    JpegDecodeOptions replicate = {.upsampling = JpegUpsampling::replicate}, planes = replicate;
+                    jpeg::DecodeOptions replicate = {.upsampling = jpeg::Upsampling::replicate}, planes = replicate;
                     planes.planes = true;
-                    Difference d = compare(decodeJpeg(file, replicate).picture, decodeJpeg(file, planes).picture).whole;
+                    Difference d =
+                        compare(jpeg::decode(file, replicate).picture, jpeg::decode(file, planes).picture).whole;
                     EXPECT_LE(d.largestError, 1);
                     EXPECT_LE(d.meanSquaredError, 0.6);
                 }
@@ -88,7 +89,7 @@ protected:
 TEST_P(JpegInterop, OurFilesInThePeer)
 {
     forEachSize([](const Picture& picture, bool replicate) {
-        expectDecodedAlike(encodeJpeg(picture, GetParam().options), replicate);
+        expectDecodedAlike(jpeg::encode(picture, GetParam().options), replicate);
     });
 }
 
@@ -103,8 +104,8 @@ TEST_P(JpegInterop, PeersFilesInOurs)
 TEST_P(JpegInterop, EncodesAsWellAsThePeer)
 {
     Picture picture = paintedPicture(320, 240, GetParam().space);
-    auto ours = encodeJpeg(picture, GetParam().options), peers = peerEncode(picture, GetParam().options);
-    if (GetParam().options.target == JpegTarget::grey) picture = luminanceOf(picture);
+    auto ours = jpeg::encode(picture, GetParam().options), peers = peerEncode(picture, GetParam().options);
+    if (GetParam().options.target == jpeg::Target::grey) picture = luminanceOf(picture);
     double ourError = compare(peerDecode(ours), picture).whole.meanSquaredError;
     double peersError = compare(peerDecode(peers), picture).whole.meanSquaredError;
     EXPECT_LE(ourError, 1.02 * peersError + 0.1);

@@ -16,7 +16,7 @@ namespace {
 using namespace qel::codec;
 using namespace qel::test;
 
-JpegEncodeOptions lossless(int predictor = 1, int pointTransform = 0)
+jpeg::EncodeOptions lossless(int predictor = 1, int pointTransform = 0)
 {
     return {.lossless = true, .predictor = predictor, .pointTransform = pointTransform};
 }
@@ -43,11 +43,11 @@ Picture ramp(int width, int height, ColourSpace space, int precision)
     });
 }
 
-void expectRoundTrip(const Picture& picture, const JpegEncodeOptions& options)
+void expectRoundTrip(const Picture& picture, const jpeg::EncodeOptions& options)
 {
-    DecodedJpeg decoded = decodeJpeg(encodeJpeg(picture, options));
+    jpeg::Decoded decoded = jpeg::decode(jpeg::encode(picture, options));
     EXPECT_TRUE(decoded.warnings.empty());
-    EXPECT_EQ(decoded.info.process, JpegProcess::lossless);
+    EXPECT_EQ(decoded.info.process, jpeg::Process::lossless);
     EXPECT_EQ(decoded.info.precision, picture.precision());
     int pt = options.pointTransform;
     expectSame(decoded.picture, changed(picture, [&](int sample, int, int) { return sample >> pt << pt; }));
@@ -83,7 +83,7 @@ TEST(JpegLossless, ColoursScansAndRestarts)
         for (int precision : {8, 16})
             for (bool interleaved : {true, false})
                 for (int rows : {0, 1, 3, 500}) {
-                    JpegEncodeOptions options = lossless(4);
+                    jpeg::EncodeOptions options = lossless(4);
                     options.interleaved = interleaved;
                     options.restartRows = rows;
                     expectRoundTrip(randomPicture(41, 19, space, precision), options);
@@ -105,10 +105,10 @@ TEST(JpegLossless, TheBestPredictorMakesTheSmallestFile)
     for (auto& picture : pictures) {
         size_t smallest = SIZE_MAX;
         for (int predictor = 1; predictor <= 7; ++predictor)
-            smallest = std::min(smallest, encodeJpeg(picture, lossless(predictor)).size());
+            smallest = std::min(smallest, jpeg::encode(picture, lossless(predictor)).size());
         // The estimate leaves out stuffed bytes.
-        EXPECT_LE(double(encodeJpeg(picture, lossless(kBestPredictor)).size()), 1.002 * double(smallest));
-        expectRoundTrip(picture, lossless(kBestPredictor));
+        EXPECT_LE(double(jpeg::encode(picture, lossless(jpeg::kBestPredictor)).size()), 1.002 * double(smallest));
+        expectRoundTrip(picture, lossless(jpeg::kBestPredictor));
     }
 }
 
@@ -118,12 +118,12 @@ TEST(JpegLossless, PredictorsThatHalveAreNotWrittenForSixteenBits)
     Picture deep = randomPicture(30, 30, ColourSpace::grey, 16);
     Picture shallow = changed(deep, [](int sample, int, int) { return sample & 0x7FFF; });
     for (int predictor = 5; predictor <= 7; ++predictor) {
-        EXPECT_NE(errorOf([&] { encodeJpeg(deep, lossless(predictor)); }), "");
+        EXPECT_NE(errorOf([&] { jpeg::encode(deep, lossless(predictor)); }), "");
         expectRoundTrip(shallow, lossless(predictor));
         expectRoundTrip(deep, lossless(predictor, 1));
     }
-    expectRoundTrip(deep, lossless(kBestPredictor));
-    EXPECT_LT(decodeJpeg(encodeJpeg(deep, lossless(kBestPredictor))).info.predictor, 5);
+    expectRoundTrip(deep, lossless(jpeg::kBestPredictor));
+    EXPECT_LT(jpeg::decode(jpeg::encode(deep, lossless(jpeg::kBestPredictor))).info.predictor, 5);
 }
 
 // The file of predictor 1 with another one in its scan header: the last sample becomes 1000 more than what that
@@ -137,10 +137,10 @@ TEST(JpegLossless, SamplesOfSixteenBitsHaveNoSign)
         Picture picture(2, 2, ColourSpace::grey, 16);
         const int samples[] = {row.c, 20000, 40000, 41000};
         std::copy(samples, samples + 4, picture.row<uint16_t>(0));
-        File file = encodeJpeg(picture, lossless(1));
-        file[markerAt(file, marker::kSos) + 7] = uint8_t(row.predictor);
+        File file = jpeg::encode(picture, lossless(1));
+        file[markerAt(file, jpeg::marker::kSos) + 7] = uint8_t(row.predictor);
         picture.row<uint16_t>(1)[1] = uint16_t(row.expected);
-        expectSame(decodeJpeg(file).picture, picture);
+        expectSame(jpeg::decode(file).picture, picture);
     }
 }
 
@@ -148,22 +148,22 @@ TEST(JpegLossless, OptionsThatDoNotFitAreRefused)
 {
     Picture rgb = paintedPicture(30, 20, ColourSpace::rgb);
     auto refused = [&](auto change) {
-        JpegEncodeOptions options = lossless();
+        jpeg::EncodeOptions options = lossless();
         change(options);
-        EXPECT_NE(errorOf([&] { encodeJpeg(rgb, options); }), "");
+        EXPECT_NE(errorOf([&] { jpeg::encode(rgb, options); }), "");
     };
     refused([](auto& o) { o.predictor = -1; });
     refused([](auto& o) { o.predictor = 8; });
     refused([](auto& o) { o.pointTransform = -1; });
     refused([](auto& o) { o.pointTransform = 8; });
-    refused([](auto& o) { o.target = JpegTarget::ycbcr; });
-    refused([](auto& o) { o.target = JpegTarget::grey; });
-    refused([](auto& o) { o.sampling = kSampling420; });
+    refused([](auto& o) { o.target = jpeg::Target::ycbcr; });
+    refused([](auto& o) { o.target = jpeg::Target::grey; });
+    refused([](auto& o) { o.sampling = jpeg::kSampling420; });
     refused([](auto& o) { o.progressive = true; });
     refused([](auto& o) { o.restartInterval = 31; });
     refused([](auto& o) { o.restartInterval = -30; });
     refused([](auto& o) { o.restartRows = 2185; });
-    EXPECT_NE(errorOf([&] { encodeJpeg(randomPicture(9, 9, ColourSpace::grey, 1), lossless()); }), "");
+    EXPECT_NE(errorOf([&] { jpeg::encode(randomPicture(9, 9, ColourSpace::grey, 1), lossless()); }), "");
 }
 
 // What the components of different sizes hold at x, y, and the difference there by predictor 1.
@@ -175,22 +175,22 @@ int16_t differenceAt(int component, int x, int y)
 }
 
 // All codes have five bits.
-HuffmanLists flatTable()
+jpeg::HuffmanLists flatTable()
 {
-    HuffmanLists flat;
+    jpeg::HuffmanLists flat;
     flat.bits[4] = 17;
     for (int i = 0; i < 17; ++i) flat.values[i] = uint8_t(i);
     return flat;
 }
 
-void appendScan(File& file, const JpegInfo& info, const std::vector<int>& components)
+void appendScan(File& file, const jpeg::Info& info, const std::vector<int>& components)
 {
-    ScanHeader scan;
-    scan.kind = ScanKind::lossless;
+    jpeg::ScanHeader scan;
+    scan.kind = jpeg::ScanKind::lossless;
     scan.predictor = 1;
     for (int i : components) scan.components.push_back({i, 0, 0});
-    SegmentWriter(file).scan(info, scan);
-    HuffmanLists flat = flatTable();
+    jpeg::SegmentWriter(file).scan(info, scan);
+    jpeg::HuffmanLists flat = flatTable();
     auto table = make<EncodeSpec>(qeliEncodeHuffmanSpecInitAlloc_JPEG_8u, flat.bits.data(), flat.values.data());
     auto state = make<EncodeState>(qeliEncodeHuffmanStateInitAlloc_JPEG_8u);
     std::vector<uint8_t> data(10000);
@@ -199,26 +199,26 @@ void appendScan(File& file, const JpegInfo& info, const std::vector<int>& compon
         check(qeliEncodeHuffmanOne_JPEG_16s1u_C1(&difference, data.data(), int(data.size()), &position, table.get(),
                                                  state.get(), flush));
     };
-    ScanLayout layout(info, components);
+    jpeg::ScanLayout layout(info, components);
     for (int row = 0; row < layout.mcusDown; ++row)
         for (int column = 0; column < layout.mcusAcross; ++column)
-            for (const McuBlock& place : layout.blocks) {
-                const ScanShare& share = layout.shares[place.slot];
+            for (const jpeg::McuBlock& place : layout.blocks) {
+                const jpeg::ScanShare& share = layout.shares[place.slot];
                 encode(differenceAt(share.component, column * share.across + place.dx, row * share.down + place.dy), 0);
             }
     encode(0, 1);
     file.insert(file.end(), data.begin(), data.begin() + position);
 }
 
-File fileOfSampledComponents(const JpegInfo& info, const std::vector<std::vector<int>>& scans)
+File fileOfSampledComponents(const jpeg::Info& info, const std::vector<std::vector<int>>& scans)
 {
     File file;
-    SegmentWriter segments(file);
-    segments.marker(marker::kSoi);
+    jpeg::SegmentWriter segments(file);
+    segments.marker(jpeg::marker::kSoi);
     segments.frame(info);
     segments.huffmanTable(0, 0, flatTable());
     for (auto& components : scans) appendScan(file, info, components);
-    segments.marker(marker::kEoi);
+    segments.marker(jpeg::marker::kEoi);
     return file;
 }
 
@@ -227,13 +227,13 @@ TEST(JpegLossless, ReadsComponentsOfDifferentSizes)
 {
     for (auto [h, v] : {std::pair(2, 1), {1, 2}, {2, 2}, {4, 1}})
         for (auto& scans : {std::vector<std::vector<int>>{{0, 1, 2}}, {{0}, {1}, {2}}, {{0, 1}, {2}}}) {
-            JpegInfo info;
-            info.process = JpegProcess::lossless;
-            info.frameMarker = marker::kSof3;
+            jpeg::Info info;
+            info.process = jpeg::Process::lossless;
+            info.frameMarker = jpeg::marker::kSof3;
             info.width = 13, info.height = 7, info.precision = 8;
             info.components = {{'R', h, v, 0, 0, 0}, {'G', 1, 1, 0, 0, 0}, {'B', 1, 1, 0, 0, 0}};
-            setComponentSizes(info);
-            DecodedJpeg decoded = decodeJpeg(fileOfSampledComponents(info, scans), {JpegUpsampling::replicate});
+            jpeg::setComponentSizes(info);
+            jpeg::Decoded decoded = jpeg::decode(fileOfSampledComponents(info, scans), {jpeg::Upsampling::replicate});
             EXPECT_TRUE(decoded.warnings.empty());
             for (int y = 0; y < 7; ++y)
                 for (int x = 0; x < 13; ++x) {
@@ -245,12 +245,12 @@ TEST(JpegLossless, ReadsComponentsOfDifferentSizes)
         }
 }
 
-File smallFile(JpegEncodeOptions options) { return encodeJpeg(paintedPicture(75, 53, ColourSpace::rgb), options); }
+File smallFile(jpeg::EncodeOptions options) { return jpeg::encode(paintedPicture(75, 53, ColourSpace::rgb), options); }
 
 TEST(JpegLossless, ATruncatedPictureIsDeliveredWithAWarning)
 {
     for (bool interleaved : {true, false}) {
-        JpegEncodeOptions options = lossless(7);
+        jpeg::EncodeOptions options = lossless(7);
         options.interleaved = interleaved;
         expectCutsToBeDelivered(smallFile(options));
     }
@@ -258,22 +258,22 @@ TEST(JpegLossless, ATruncatedPictureIsDeliveredWithAWarning)
 
 TEST(JpegLossless, DecodingResumesAtTheNextRestartMarker)
 {
-    JpegEncodeOptions options = lossless(5);
+    jpeg::EncodeOptions options = lossless(5);
     options.restartRows = 10;
     File file = smallFile(options);
-    Picture whole = decodeJpeg(file).picture;
-    size_t second = markerAt(file, marker::kRst0), third = markerAt(file, marker::kRst0 + 1);
+    Picture whole = jpeg::decode(file).picture;
+    size_t second = markerAt(file, jpeg::marker::kRst0), third = markerAt(file, jpeg::marker::kRst0 + 1);
     expectSecondIntervalLost(without(file, second, third), whole, 10);
     expectSecondIntervalLost(without(file, second + 2, third), whole, 10);
 }
 
 TEST(JpegLossless, RefusalsSayWhatAndWhere)
 {
-    JpegEncodeOptions options = lossless();
+    jpeg::EncodeOptions options = lossless();
     options.restartRows = 1;
     const File sound = smallFile(options);
-    size_t sof = markerAt(sound, marker::kSof3), dri = markerAt(sound, marker::kDri),
-           sos = markerAt(sound, marker::kSos);
+    size_t sof = markerAt(sound, jpeg::marker::kSof3), dri = markerAt(sound, jpeg::marker::kDri),
+           sos = markerAt(sound, jpeg::marker::kSos);
     expectRefusals(sound, {
                               {sof + 4, 1, "samples of 1 bits are not supported", sof},
                               {sof + 4, 17, "samples of 17 bits are not supported", sof},
@@ -282,18 +282,18 @@ TEST(JpegLossless, RefusalsSayWhatAndWhere)
                               {sos + 13, 8, "scan header: a point transform of 8 bits", sos + 14},
                               {dri + 5, 74, "a restart interval of 74 MCUs in rows of 75", sos + 14},
                           });
-    EXPECT_NE(errorOf([&] { decodeJpegPlanes(sound); }), "");
-    EXPECT_NE(errorOf([&] { decodeJpegCoefficients(sound); }), "");
+    EXPECT_NE(errorOf([&] { jpeg::decodePlanes(sound); }), "");
+    EXPECT_NE(errorOf([&] { jpeg::decodeCoefficients(sound); }), "");
     // An interval that the picture does not fill has no markers, so nothing is wrong with it.
     File file = sound;
     file[dri + 4] = file[dri + 5] = 0xFF;
-    EXPECT_EQ(decodeJpeg(file).picture.height(), 53);
+    EXPECT_EQ(jpeg::decode(file).picture.height(), 53);
 }
 
 TEST(JpegLossless, AHugeSizeOverLittleDataTakesLittle)
 {
-    File file = hugeVersionOf(smallFile(lossless()), marker::kSof3);
-    EXPECT_NE(errorOf([&] { decodeJpeg(file); }), "");
+    File file = hugeVersionOf(smallFile(lossless()), jpeg::marker::kSof3);
+    EXPECT_NE(errorOf([&] { jpeg::decode(file); }), "");
 }
 
 TEST(JpegLossless, MutationsNeverBreakTheDecoder)
@@ -302,13 +302,13 @@ TEST(JpegLossless, MutationsNeverBreakTheDecoder)
     for (int precision : {3, 8, 16})
         for (auto space : {ColourSpace::grey, ColourSpace::rgb, ColourSpace::cmyk})
             for (int predictor : {1, 4, 7}) {
-                JpegEncodeOptions options = lossless(predictor, predictor == 7);
+                jpeg::EncodeOptions options = lossless(predictor, predictor == 7);
                 options.interleaved = round % 2;
                 options.restartRows = round++ % 3;
-                const File sound = encodeJpeg(ramp(41, 27, space, precision), options);
+                const File sound = jpeg::encode(ramp(41, 27, space, precision), options);
                 everyMutation(sound, sound.size(), [](const File& file) {
-                    DecodedJpeg decoded = decodeJpeg(file, {.maxPixels = 1 << 20});
-                    encodeJpeg(decoded.picture, lossless(kBestPredictor));
+                    jpeg::Decoded decoded = jpeg::decode(file, {.maxPixels = 1 << 20});
+                    jpeg::encode(decoded.picture, lossless(jpeg::kBestPredictor));
                 });
             }
 }

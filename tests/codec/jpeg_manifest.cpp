@@ -22,7 +22,7 @@ Picture channelOf(const Picture& picture, int channel)
     return grey;
 }
 
-Picture pictureOf(const JpegPlane& plane)
+Picture pictureOf(const jpeg::SamplePlane& plane)
 {
     Picture grey(plane.width, plane.height, ColourSpace::grey, 8);
     std::copy(plane.samples.begin(), plane.samples.end(), grey.row(0));
@@ -39,21 +39,21 @@ public:
         if (check == "picture") return expectNearReference(decode());
         if (check == "cmyk_plane") return expectNearReference(channelOf(decode(), number("component")));
         if (check == "plane")
-            return expectNearReference(pictureOf(decodeJpegPlanes(file()).planes[number("component")]));
+            return expectNearReference(pictureOf(jpeg::decodePlanes(file()).planes[number("component")]));
         if (check == "coefficients_sha256") return expectCoefficients();
         if (check == "picture_sha256") return expectPictureDigest();
         if (check == "error" || check == "no_crash")
-            return expectDamage([&] { return decodeJpeg(file()).warnings.empty(); });
+            return expectDamage([&] { return jpeg::decode(file()).warnings.empty(); });
         ADD_FAILURE() << "unknown check " << check;
     }
 
 private:
     Picture decode() const
     {
-        JpegDecodeOptions options;
+        jpeg::DecodeOptions options;
         for (const std::string& option : split(text("options"), ';'))
-            if (option == "upsampling=replicate") options.upsampling = JpegUpsampling::replicate;
-        DecodedJpeg decoded = decodeJpeg(file(), options);
+            if (option == "upsampling=replicate") options.upsampling = jpeg::Upsampling::replicate;
+        jpeg::Decoded decoded = jpeg::decode(file(), options);
         EXPECT_EQ(decoded.picture.width(), number("width"));
         EXPECT_EQ(decoded.picture.height(), number("height"));
         return std::move(decoded.picture);
@@ -61,8 +61,8 @@ private:
 
     void expectCoefficients() const
     {
-        DecodedJpegCoefficients decoded = decodeJpegCoefficients(file());
-        const JpegCoefficients& component = decoded.components.at(number("component"));
+        jpeg::DecodedCoefficients decoded = jpeg::decodeCoefficients(file());
+        const jpeg::Coefficients& component = decoded.components.at(number("component"));
         EXPECT_EQ(component.blocksAcross, number("width"));
         EXPECT_EQ(component.blocksDown, number("height"));
         expectDigest(asBytes(component.values, true, true));

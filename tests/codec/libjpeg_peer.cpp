@@ -59,12 +59,12 @@ struct Writer : jpeg_compress_struct {
     unsigned long size = 0;
 };
 
-J_COLOR_SPACE fileSpace(const Picture& picture, JpegTarget target)
+J_COLOR_SPACE fileSpace(const Picture& picture, jpeg::Target target)
 {
-    if (target == JpegTarget::usual)
+    if (target == jpeg::Target::usual)
         return picture.channels() == 1 ? JCS_GRAYSCALE : picture.channels() == 3 ? JCS_YCbCr : JCS_YCCK;
     static constexpr J_COLOR_SPACE kSpaces[] = {JCS_GRAYSCALE, JCS_YCbCr, JCS_RGB, JCS_CMYK, JCS_YCCK};
-    return kSpaces[int(target) - int(JpegTarget::grey)];
+    return kSpaces[int(target) - int(jpeg::Target::grey)];
 }
 
 }
@@ -87,14 +87,14 @@ Picture peerDecode(Bytes file, bool replicate)
     return picture;
 }
 
-std::vector<JpegCoefficients> peerCoefficients(Bytes file)
+std::vector<jpeg::Coefficients> peerCoefficients(Bytes file)
 {
     Reader peer(file);
     jvirt_barray_ptr* arrays = jpeg_read_coefficients(&peer);
-    std::vector<JpegCoefficients> result;
+    std::vector<jpeg::Coefficients> result;
     for (int c = 0; c < peer.num_components; ++c) {
         const jpeg_component_info& info = peer.comp_info[c];
-        JpegCoefficients& store = result.emplace_back();
+        jpeg::Coefficients& store = result.emplace_back();
         store.blocksAcross = int(info.width_in_blocks);
         store.blocksDown = int(info.height_in_blocks);
         for (int row = 0; row < store.blocksDown; ++row) {
@@ -107,7 +107,7 @@ std::vector<JpegCoefficients> peerCoefficients(Bytes file)
     return result;
 }
 
-std::vector<uint8_t> peerEncode(const Picture& picture, const JpegEncodeOptions& options)
+std::vector<uint8_t> peerEncode(const Picture& picture, const jpeg::EncodeOptions& options)
 {
     Writer peer;
     peer.image_width = picture.width();
@@ -129,7 +129,7 @@ std::vector<uint8_t> peerEncode(const Picture& picture, const JpegEncodeOptions&
         }
         if (!options.interleaved) scans.push_back({1, {c, 0, 0, 0}, 0, 63, 0, 0});
     }
-    for (const JpegScan& scan : options.scans) {
+    for (const jpeg::Scan& scan : options.scans) {
         scans.push_back({int(scan.components.size()), {}, scan.first, scan.last, scan.high, scan.low});
         std::copy(scan.components.begin(), scan.components.end(), scans.back().component_index);
     }

@@ -13,9 +13,9 @@ namespace qel::test {
 // The picture, with chroma interpolated unless `replicate`. Throws std::runtime_error for what the peer refuses.
 codec::Picture peerDecode(codec::Bytes file, bool replicate = false);
 
-std::vector<codec::JpegCoefficients> peerCoefficients(codec::Bytes file);
+std::vector<codec::jpeg::Coefficients> peerCoefficients(codec::Bytes file);
 
 // A file after the options of our own encoder, as far as it holds what the peer can write.
-std::vector<uint8_t> peerEncode(const codec::Picture& picture, const codec::JpegEncodeOptions& options);
+std::vector<uint8_t> peerEncode(const codec::Picture& picture, const codec::jpeg::EncodeOptions& options);
 
 }

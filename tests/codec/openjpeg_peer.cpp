@@ -46,10 +46,10 @@ private:
 using Components = std::vector<opj_image_cmptparm_t>;
 
 // An image over an area, whose component c has at(c, x, y) as samples.
-template <class At> Image makeImage(const J2kRect& area, Components components, int precision, At at)
+template <class At> Image makeImage(const j2k::Rect& area, Components components, int precision, At at)
 {
     for (opj_image_cmptparm_t& component : components) {
-        J2kRect rect = subsampled(area, component.dx, component.dy);
+        j2k::Rect rect = j2k::subsampled(area, component.dx, component.dy);
         component.w = rect.width();
         component.h = rect.height();
         component.prec = uint32_t(precision);
@@ -81,8 +81,8 @@ Image makeImage(const OpenJpegCase& options)
         components[c].dx = c == 0 ? 1 : uint32_t(options.chromaDx);
         components[c].dy = c == 0 ? 1 : uint32_t(options.chromaDy);
     }
-    const J2kRect area = {uint32_t(options.x0), uint32_t(options.y0), uint32_t(options.x0 + options.width),
-                          uint32_t(options.y0 + options.height)};
+    const j2k::Rect area = {uint32_t(options.x0), uint32_t(options.y0), uint32_t(options.x0 + options.width),
+                            uint32_t(options.y0 + options.height)};
     Random random(unsigned(options.width));
     const int largest = (1 << options.precision) - 1;
     return makeImage(area, components, options.precision, [&](size_t c, uint32_t x, uint32_t y) {

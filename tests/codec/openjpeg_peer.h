@@ -21,7 +21,7 @@ struct OpenJpegCase {
     int components = 1, precision = 8;
     int chromaDx = 1, chromaDy = 1;                      // of all components but the first
     int tileWidth = 0, tileHeight = 0, tx0 = 0, ty0 = 0; // no tiles if 0
-    codec::J2kOrder order = codec::J2kOrder::lrcp;
+    codec::j2k::Order order = codec::j2k::Order::lrcp;
     int layers = 1, levels = 3;
     int blockWidth = 32, blockHeight = 32, style = 0;
     bool isReversible = true, transformsComponents = false;
@@ -30,7 +30,7 @@ struct OpenJpegCase {
     float ratio = 0;    // of the samples' size to that of the file; 0 for all that can be coded
     int roiShift = 0;   // of the first component
     char tileParts = 0; // a new tile-part for each 'R'esolution, 'L'ayer or 'C'omponent
-    std::vector<codec::J2kProgression> changes = {}; // of the order, in the first tile
+    std::vector<codec::j2k::Progression> changes = {}; // of the order, in the first tile
     bool isJp2 = false;
 
     friend void PrintTo(const OpenJpegCase& tested, std::ostream* out) { *out << tested.name; }

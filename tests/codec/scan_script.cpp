@@ -16,10 +16,10 @@ namespace {
 using namespace qel::codec;
 using namespace qel::test;
 
-std::string asText(const JpegScanScript& script)
+std::string asText(const jpeg::ScanScript& script)
 {
     std::ostringstream text;
-    for (const JpegScan& scan : script) {
+    for (const jpeg::Scan& scan : script) {
         for (int component : scan.components) text << component << ' ';
         for (int field : {scan.first, scan.last, scan.high, scan.low}) text << '/' << field;
         text << '\n';
@@ -29,10 +29,10 @@ std::string asText(const JpegScanScript& script)
 
 TEST(ScanScript, IsReadAsItIsUsuallyWritten)
 {
-    EXPECT_EQ(asText(parseScanScript("# first bits\n0,1,2: 0-0, 0, 1 ;\n0: 1-5, 0, 2; # luminance\n"
-                                     "2 : 1 63 0 1;\r\n0,1 2 : 0-0,1,0;0:1-63,0,0;\n\n")),
+    EXPECT_EQ(asText(jpeg::parseScanScript("# first bits\n0,1,2: 0-0, 0, 1 ;\n0: 1-5, 0, 2; # luminance\n"
+                                           "2 : 1 63 0 1;\r\n0,1 2 : 0-0,1,0;0:1-63,0,0;\n\n")),
               "0 1 2 /0/0/0/1\n0 /1/5/0/2\n2 /1/63/0/1\n0 1 2 /0/0/1/0\n0 /1/63/0/0\n");
-    EXPECT_EQ(asText(parseScanScript("0;\n1 2;")), "0 /0/63/0/0\n1 2 /0/63/0/0\n");
+    EXPECT_EQ(asText(jpeg::parseScanScript("0;\n1 2;")), "0 /0/63/0/0\n1 2 /0/63/0/0\n");
 }
 
 TEST(ScanScript, FaultsAreNamedWithTheirLine)
@@ -48,10 +48,10 @@ TEST(ScanScript, FaultsAreNamedWithTheirLine)
         {"0: 1-5 0 99999999999;", "line 1 of the scan script: a number is expected"},
         {"luma: 1-5 0 1;", "line 1 of the scan script: a number is expected"},
     };
-    for (auto& row : table) EXPECT_EQ(errorOf([&] { parseScanScript(row.text); }), row.message) << row.text;
+    for (auto& row : table) EXPECT_EQ(errorOf([&] { jpeg::parseScanScript(row.text); }), row.message) << row.text;
     std::string endless;
     for (int i = 0; i < 4000; ++i) endless += "0;";
-    EXPECT_NE(errorOf([&] { parseScanScript(endless); }), "");
+    EXPECT_NE(errorOf([&] { jpeg::parseScanScript(endless); }), "");
 }
 
 TEST(ScanScript, RulesOfTheStandardAreKept)
@@ -75,14 +75,15 @@ TEST(ScanScript, RulesOfTheStandardAreKept)
         {"0,1: 0-0 0 0;", "the scan script leaves out component 2"},
     };
     for (auto& row : table)
-        EXPECT_EQ(errorOf([&] { checkScript(parseScanScript(row.text), 3); }), row.message) << row.text;
+        EXPECT_EQ(errorOf([&] { jpeg::checkScript(jpeg::parseScanScript(row.text), 3); }), row.message) << row.text;
     for (int components = 1; components <= 4; ++components)
-        for (bool hasChrominance : {false, true}) checkScript(usualScript(components, hasChrominance), components);
+        for (bool hasChrominance : {false, true})
+            jpeg::checkScript(jpeg::usualScript(components, hasChrominance), components);
 }
 
 // Scans of one component's AC coefficients, from nothing to all bits: bands of any width, each bit of each coefficient
 // once. At first up to three bits are left out.
-void addAcScans(Random& random, int component, JpegScanScript& script)
+void addAcScans(Random& random, int component, jpeg::ScanScript& script)
 {
     constexpr int kUnseen = -1;
     std::array<int, 64> low;
@@ -105,7 +106,7 @@ void addAcScans(Random& random, int component, JpegScanScript& script)
     }
 }
 
-void addDcScans(Random& random, const std::vector<int>& components, JpegScanScript& script)
+void addDcScans(Random& random, const std::vector<int>& components, jpeg::ScanScript& script)
 {
     int low = random.between(0, 4);
     script.push_back({components, 0, 0, 0, low});
@@ -113,9 +114,9 @@ void addDcScans(Random& random, const std::vector<int>& components, JpegScanScri
 }
 
 // One component after the other, or all DC coefficients together first.
-JpegScanScript randomScript(Random& random)
+jpeg::ScanScript randomScript(Random& random)
 {
-    JpegScanScript script;
+    jpeg::ScanScript script;
     bool together = random.between(0, 1);
     if (together) addDcScans(random, {0, 1, 2}, script);
     for (int c = 0; c < 3; ++c) {
@@ -130,12 +131,12 @@ TEST(ScanScript, RandomOnesGiveTheSameCoefficientsInBothDecoders)
     Random random(5);
     Picture picture = paintedPicture(83, 50, ColourSpace::rgb);
     for (int round = 0; round < 12; ++round) {
-        JpegEncodeOptions options = {.quality = 93, .sampling = round % 2 ? kSampling420 : kSampling422};
-        auto sequential = decodeJpegCoefficients(encodeJpeg(picture, options)).components;
+        jpeg::EncodeOptions options = {.quality = 93, .sampling = round % 2 ? jpeg::kSampling420 : jpeg::kSampling422};
+        auto sequential = jpeg::decodeCoefficients(jpeg::encode(picture, options)).components;
         options.scans = randomScript(random);
         SCOPED_TRACE(asText(options.scans));
-        auto file = encodeJpeg(picture, options);
-        auto ours = decodeJpegCoefficients(file);
+        auto file = jpeg::encode(picture, options);
+        auto ours = jpeg::decodeCoefficients(file);
         EXPECT_TRUE(ours.warnings.empty());
         auto peers = peerCoefficients(file);
         for (size_t c = 0; c < 3; ++c) {

@@ -52,43 +52,43 @@ template <class Decode> void expectSameDecodedOfAll(File file, Decode decode)
 // Large enough for several threads.
 TEST(Threads, ChangeNoJpegFiles)
 {
-    const std::pair<ColourSpace, JpegEncodeOptions> cases[] = {
+    const std::pair<ColourSpace, jpeg::EncodeOptions> cases[] = {
         {ColourSpace::rgb, {}},
-        {ColourSpace::rgb, {.sampling = kSampling444}},
-        {ColourSpace::rgb, {.sampling = kSampling440, .optimiseTables = true}},
+        {ColourSpace::rgb, {.sampling = jpeg::kSampling444}},
+        {ColourSpace::rgb, {.sampling = jpeg::kSampling440, .optimiseTables = true}},
         {ColourSpace::cmyk, {.quality = 98, .planes = true}},
         {ColourSpace::grey, {.optimiseTables = true, .restartInterval = 1}},
         {ColourSpace::rgb, {.restartInterval = 700}},
-        {ColourSpace::rgb, {.sampling = kSampling422, .optimiseTables = true, .restartRows = 3}},
+        {ColourSpace::rgb, {.sampling = jpeg::kSampling422, .optimiseTables = true, .restartRows = 3}},
         {ColourSpace::rgb, {.interleaved = false, .restartInterval = 77}},
-        {ColourSpace::rgb, {.sampling = kSampling444, .progressive = true}},
+        {ColourSpace::rgb, {.sampling = jpeg::kSampling444, .progressive = true}},
         {ColourSpace::rgb, {.progressive = true, .restartInterval = 700}},
     };
     for (auto& tested : cases) {
         SCOPED_TRACE(&tested - cases);
-        const JpegEncodeOptions& options = tested.second;
+        const jpeg::EncodeOptions& options = tested.second;
         Picture picture = paintedPicture(801, 530, tested.first);
-        File file = alone([&] { return encodeJpeg(picture, options); });
-        EXPECT_TRUE(together([&] { return encodeJpeg(picture, options); }) == file);
-        for (JpegUpsampling upsampling : {JpegUpsampling::triangle, JpegUpsampling::replicate})
-            expectSameDecodedOfAll(file, [&](Bytes bytes) { return decodeJpeg(bytes, {.upsampling = upsampling}); });
+        File file = alone([&] { return jpeg::encode(picture, options); });
+        EXPECT_TRUE(together([&] { return jpeg::encode(picture, options); }) == file);
+        for (jpeg::Upsampling upsampling : {jpeg::Upsampling::triangle, jpeg::Upsampling::replicate})
+            expectSameDecodedOfAll(file, [&](Bytes bytes) { return jpeg::decode(bytes, {.upsampling = upsampling}); });
     }
 }
 
 TEST(Threads, ChangeNoJpeg2000Files)
 {
     Picture picture = drawnPicture(500, 300, ColourSpace::rgb, 8);
-    const J2kEncodeOptions cases[] = {
+    const j2k::EncodeOptions cases[] = {
         {.isLossless = true},
         {.bitsPerPixel = 1, .layers = 3},
         {.isLossless = true, .tile = {{70, 90}}},
-        {.psnr = 40, .tile = {{300, 300}}, .order = J2kOrder::rpcl, .precincts = {{128, 128}}},
+        {.psnr = 40, .tile = {{300, 300}}, .order = j2k::Order::rpcl, .precincts = {{128, 128}}},
     };
-    for (const J2kEncodeOptions& options : cases) {
+    for (const j2k::EncodeOptions& options : cases) {
         SCOPED_TRACE(&options - cases);
-        File file = alone([&] { return encodeJ2k(picture, options); });
-        EXPECT_TRUE(together([&] { return encodeJ2k(picture, options); }) == file);
-        expectSameDecodedOfAll(file, [](Bytes bytes) { return decodeJ2k(bytes); });
+        File file = alone([&] { return j2k::encode(picture, options); });
+        EXPECT_TRUE(together([&] { return j2k::encode(picture, options); }) == file);
+        expectSameDecodedOfAll(file, [](Bytes bytes) { return j2k::decode(bytes); });
     }
 }
 
@@ -101,11 +101,11 @@ TEST(Threads, AreNotStartedForOne)
     auto before = count();
     alone([&] {
         Picture picture = paintedPicture(9000, 64, ColourSpace::rgb);
-        for (const JpegSamplings& sampling : {kSampling420, kSampling444})
-            expectSame(
-                decodeJpeg(encodeJpeg(picture, {.sampling = sampling, .planes = true})).picture,
-                decodeJpeg(encodeJpeg(picture, {.sampling = sampling, .progressive = true, .planes = true})).picture);
-        expectSame(decodeJ2k(encodeJ2k(picture, {.isLossless = true})).picture, picture);
+        for (const jpeg::Samplings& sampling : {jpeg::kSampling420, jpeg::kSampling444})
+            expectSame(jpeg::decode(jpeg::encode(picture, {.sampling = sampling, .planes = true})).picture,
+                       jpeg::decode(jpeg::encode(picture, {.sampling = sampling, .progressive = true, .planes = true}))
+                           .picture);
+        expectSame(j2k::decode(j2k::encode(picture, {.isLossless = true})).picture, picture);
     });
     EXPECT_EQ(count(), before);
 }

@@ -35,7 +35,7 @@ private:
 int threadsFor(uint64_t pixels);
 
 // The same for JPEG 2000, where a sample costs many times what a pixel in a JPEG file does.
-inline int threadsForJ2k(uint64_t samples) { return threadsFor(16 * samples); }
+inline int threadsForSamples(uint64_t samples) { return threadsFor(16 * samples); }
 
 // Calls body(), whose parallel work then shares so many threads. Everything of this file with more than one thread is
 // called inside.

@@ -53,13 +53,13 @@ Picture pictureOf(const PgxPicture& pgx)
 
 LoadedPicture loadJ2k(Bytes file)
 {
-    DecodedJ2k decoded = decodeJ2k(file);
+    j2k::Decoded decoded = j2k::decode(file);
     return {std::move(decoded.picture), std::move(decoded.warnings), decoded.isDamaged};
 }
 
 LoadedPicture loadJpeg(Bytes file)
 {
-    DecodedJpeg decoded = decodeJpeg(file);
+    jpeg::Decoded decoded = jpeg::decode(file);
     bool isDamaged = !decoded.warnings.empty();
     return {std::move(decoded.picture), std::move(decoded.warnings), isDamaged};
 }
@@ -70,7 +70,7 @@ FileKind kindOf(Bytes file)
 {
     if (isPnm(file)) return FileKind::pnm;
     if (isPgx(file)) return FileKind::pgx;
-    if (isJpeg2000(file)) return FileKind::jpeg2000;
+    if (j2k::isJpeg2000(file)) return FileKind::jpeg2000;
     if (isPng(file)) return FileKind::png;
     if (file.size() >= 2 && file[0] == 0xFF && file[1] == 0xD8) return FileKind::jpeg;
     return FileKind::unknown;

@@ -3,7 +3,7 @@
 
 #include <cstdint>
 
-namespace qel::codec::jp2_box {
+namespace qel::codec::j2k::box_type {
 
 constexpr uint32_t fourLetters(const char (&letters)[5])
 {

@@ -7,11 +7,11 @@
 #include "codec/base/fields.h"
 #include "codec/j2k/box_types.h"
 
-namespace qel::codec {
+namespace qel::codec::j2k {
 
 namespace {
 
-using namespace jp2_box;
+using namespace box_type;
 
 constexpr int kDepthsDiffer = 255;
 constexpr int kMaxPrecision = 31; // of palettes here; they may have 38 bits

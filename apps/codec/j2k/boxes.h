@@ -7,7 +7,7 @@
 
 #include "codec/base/bytes.h"
 
-namespace qel::codec {
+namespace qel::codec::j2k {
 
 // COLR. Numbers of T.800 table I.10.
 struct Jp2Colour {

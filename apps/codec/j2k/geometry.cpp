@@ -1,7 +1,7 @@
 // The divisions of T.800 Annex B.
 #include "codec/j2k/geometry.h"
 
-namespace qel::codec {
+namespace qel::codec::j2k {
 
 namespace {
 
@@ -22,25 +22,22 @@ void clip(uint32_t& from, uint32_t& to, uint64_t cell, int bits)
 
 }
 
-J2kRect subsampled(const J2kRect& rect, uint32_t dx, uint32_t dy)
+Rect subsampled(const Rect& rect, uint32_t dx, uint32_t dy)
 {
     return {ceilDivide(rect.x0, dx), ceilDivide(rect.y0, dy), ceilDivide(rect.x1, dx), ceilDivide(rect.y1, dy)};
 }
 
-J2kRect resolutionRect(const J2kRect& tileComponent, int levels)
-{
-    return bandRect(tileComponent, levels, J2kBandKind::ll);
-}
+Rect resolutionRect(const Rect& tileComponent, int levels) { return bandRect(tileComponent, levels, BandKind::ll); }
 
-J2kRect bandRect(const J2kRect& tileComponent, int level, J2kBandKind kind)
+Rect bandRect(const Rect& tileComponent, int level, BandKind kind)
 {
-    bool highX = kind == J2kBandKind::hl || kind == J2kBandKind::hh;
-    bool highY = kind == J2kBandKind::lh || kind == J2kBandKind::hh;
+    bool highX = kind == BandKind::hl || kind == BandKind::hh;
+    bool highY = kind == BandKind::lh || kind == BandKind::hh;
     return {bandCoordinate(tileComponent.x0, level, highX), bandCoordinate(tileComponent.y0, level, highY),
             bandCoordinate(tileComponent.x1, level, highX), bandCoordinate(tileComponent.y1, level, highY)};
 }
 
-J2kGrid::J2kGrid(const J2kRect& rect, int cellWidthBits, int cellHeightBits)
+Grid::Grid(const Rect& rect, int cellWidthBits, int cellHeightBits)
     : widthBits(cellWidthBits), heightBits(cellHeightBits), firstColumn(rect.x0 >> widthBits),
       firstRow(rect.y0 >> heightBits)
 {
@@ -49,9 +46,9 @@ J2kGrid::J2kGrid(const J2kRect& rect, int cellWidthBits, int cellHeightBits)
     down = ceilDivide(rect.y1, uint64_t(1) << heightBits) - firstRow;
 }
 
-J2kRect J2kGrid::cell(const J2kRect& rect, uint32_t column, uint32_t row) const
+Rect Grid::cell(const Rect& rect, uint32_t column, uint32_t row) const
 {
-    J2kRect part = rect;
+    Rect part = rect;
     clip(part.x0, part.x1, uint64_t(firstColumn) + column, widthBits);
     clip(part.y0, part.y1, uint64_t(firstRow) + row, heightBits);
     return part;

@@ -3,7 +3,7 @@
 
 #include <string>
 
-namespace qel::codec {
+namespace qel::codec::j2k {
 
 namespace {
 
@@ -18,9 +18,9 @@ uint32_t cellStart(uint32_t first, uint32_t step, uint64_t cell)
     return uint32_t(std::min<uint64_t>(first + cell * step, UINT32_MAX));
 }
 
-void checkGrid(const Fields& fields, const J2kSize& size)
+void checkGrid(const Fields& fields, const Size& size)
 {
-    const J2kRect &picture = size.picture, &tile = size.firstTile;
+    const Rect &picture = size.picture, &tile = size.firstTile;
     if (picture.isEmpty()) fields.fail("a picture without samples");
     if (tile.isEmpty()) fields.fail("tiles without samples");
     if (tile.x0 > picture.x0 || tile.y0 > picture.y0 || tile.x1 <= picture.x0 || tile.y1 <= picture.y0)
@@ -29,9 +29,9 @@ void checkGrid(const Fields& fields, const J2kSize& size)
     if (tiles > kMaxTiles) fields.fail(std::to_string(tiles) + " tiles");
 }
 
-J2kComponent readComponent(Fields& fields)
+Component readComponent(Fields& fields)
 {
-    J2kComponent component;
+    Component component;
     int depth = fields.u8();
     component.isSigned = depth >> 7;
     component.precision = (depth & 127) + 1;
@@ -43,21 +43,21 @@ J2kComponent readComponent(Fields& fields)
 }
 
 // The number of a component, in as many bytes as the largest needs.
-int readComponentNumber(Fields& fields, const J2kSize& size)
+int readComponentNumber(Fields& fields, const Size& size)
 {
     int number = size.components.size() < 257 ? fields.u8() : fields.u16();
     if (size_t(number) >= size.components.size()) fields.fail("component " + std::to_string(number) + " of none");
     return number;
 }
 
-J2kOrder readOrder(Fields& fields)
+Order readOrder(Fields& fields)
 {
     int order = fields.u8();
-    if (order > int(J2kOrder::cprl)) fields.fail("unknown progression order " + std::to_string(order));
-    return J2kOrder(order);
+    if (order > int(Order::cprl)) fields.fail("unknown progression order " + std::to_string(order));
+    return Order(order);
 }
 
-void readPrecincts(Fields& fields, J2kCoding& coding)
+void readPrecincts(Fields& fields, Coding& coding)
 {
     for (int r = 0; r <= coding.levels; ++r) {
         int bits = fields.u8();
@@ -69,36 +69,36 @@ void readPrecincts(Fields& fields, J2kCoding& coding)
 }
 
 // The fields that COD and COC share (T.800 table A.15).
-J2kCoding readCoding(Fields& fields, bool hasPrecincts)
+Coding readCoding(Fields& fields, bool hasPrecincts)
 {
-    J2kCoding coding;
+    Coding coding;
     coding.levels = fields.u8();
     coding.blockWidthBits = fields.u8() + 2;
     coding.blockHeightBits = fields.u8() + 2;
     coding.style = fields.u8();
     int wavelet = fields.u8();
-    if (coding.levels > kJ2kMaxLevels) fields.fail(std::to_string(coding.levels) + " decomposition levels");
+    if (coding.levels > kMaxLevels) fields.fail(std::to_string(coding.levels) + " decomposition levels");
     if (coding.blockWidthBits > 10 || coding.blockHeightBits > 10 ||
         coding.blockWidthBits + coding.blockHeightBits > 12)
         fields.fail("code-blocks that are too large");
     if (coding.style > 63) fields.fail("unknown code-block style " + std::to_string(coding.style));
     if (wavelet > 1) fields.fail("unknown wavelet " + std::to_string(wavelet));
     coding.isReversible = wavelet == 1;
-    coding.precinctWidthBits.fill(kJ2kDefaultPrecinctBits);
-    coding.precinctHeightBits.fill(kJ2kDefaultPrecinctBits);
+    coding.precinctWidthBits.fill(kDefaultPrecinctBits);
+    coding.precinctHeightBits.fill(kDefaultPrecinctBits);
     if (hasPrecincts) readPrecincts(fields, coding);
     fields.finish();
     return coding;
 }
 
-J2kQuantization readSteps(Fields fields)
+Quantization readSteps(Fields fields)
 {
-    J2kQuantization quantization;
+    Quantization quantization;
     int style = fields.u8();
     quantization.guardBits = style >> 5;
     if ((style & 31) > 2) fields.fail("unknown quantization " + std::to_string(style & 31));
-    quantization.kind = J2kQuantizer(style & 31);
-    bool isPlain = quantization.kind == J2kQuantizer::none;
+    quantization.kind = Quantizer(style & 31);
+    bool isPlain = quantization.kind == Quantizer::none;
     do {
         int step = isPlain ? fields.u8() << 8 : fields.u16();
         quantization.steps.push_back({step >> 11, step & 0x7FF});
@@ -106,12 +106,12 @@ J2kQuantization readSteps(Fields fields)
     return quantization;
 }
 
-void readStyle(const Segment& segment, J2kParameters& parameters)
+void readStyle(const Segment& segment, Parameters& parameters)
 {
     Fields fields(segment, "COD");
     int flags = fields.u8();
     if (flags > 7) fields.fail("unknown coding style " + std::to_string(flags));
-    J2kTileStyle& style = parameters.style.emplace();
+    TileStyle& style = parameters.style.emplace();
     style.hasSop = flags & 2;
     style.hasEph = flags & 4;
     style.order = readOrder(fields);
@@ -123,7 +123,7 @@ void readStyle(const Segment& segment, J2kParameters& parameters)
     parameters.coding = readCoding(fields, flags & 1);
 }
 
-void readComponentCoding(const Segment& segment, J2kParameters& parameters, const J2kSize& size)
+void readComponentCoding(const Segment& segment, Parameters& parameters, const Size& size)
 {
     Fields fields(segment, "COC");
     int component = readComponentNumber(fields, size), flags = fields.u8();
@@ -131,14 +131,14 @@ void readComponentCoding(const Segment& segment, J2kParameters& parameters, cons
     parameters.componentCoding[component] = readCoding(fields, flags & 1);
 }
 
-void readComponentSteps(const Segment& segment, J2kParameters& parameters, const J2kSize& size)
+void readComponentSteps(const Segment& segment, Parameters& parameters, const Size& size)
 {
     Fields fields(segment, "QCC");
     int component = readComponentNumber(fields, size);
     parameters.componentQuantization[component] = readSteps(fields);
 }
 
-void readRegion(const Segment& segment, J2kParameters& parameters, const J2kSize& size)
+void readRegion(const Segment& segment, Parameters& parameters, const Size& size)
 {
     Fields fields(segment, "RGN");
     int component = readComponentNumber(fields, size), style = fields.u8(), shift = fields.u8();
@@ -148,13 +148,13 @@ void readRegion(const Segment& segment, J2kParameters& parameters, const J2kSize
     fields.finish();
 }
 
-void readProgressions(const Segment& segment, J2kParameters& parameters, const J2kSize& size)
+void readProgressions(const Segment& segment, Parameters& parameters, const Size& size)
 {
     Fields fields(segment, "POC");
     int components = int(size.components.size());
     size_t componentBytes = components < 257 ? 1 : 2;
     do {
-        J2kProgression change;
+        Progression change;
         change.firstResolution = fields.u8();
         change.firstComponent = int(fields.number(componentBytes));
         change.endLayer = fields.u16();
@@ -178,11 +178,11 @@ template <class T> const T* find(const std::map<int, T>& ofComponents, const std
 
 }
 
-uint32_t J2kSize::tilesAcross() const { return ceilDivide(picture.x1 - firstTile.x0, firstTile.width()); }
+uint32_t Size::tilesAcross() const { return ceilDivide(picture.x1 - firstTile.x0, firstTile.width()); }
 
-uint32_t J2kSize::tilesDown() const { return ceilDivide(picture.y1 - firstTile.y0, firstTile.height()); }
+uint32_t Size::tilesDown() const { return ceilDivide(picture.y1 - firstTile.y0, firstTile.height()); }
 
-J2kRect J2kSize::tile(uint32_t index) const
+Rect Size::tile(uint32_t index) const
 {
     uint64_t column = index % tilesAcross(), row = index / tilesAcross();
     uint32_t width = firstTile.width(), height = firstTile.height();
@@ -192,15 +192,12 @@ J2kRect J2kSize::tile(uint32_t index) const
             std::min(picture.y1, cellStart(firstTile.y0, height, row + 1))};
 }
 
-J2kRect J2kSize::component(size_t index) const
-{
-    return subsampled(picture, components[index].dx, components[index].dy);
-}
+Rect Size::component(size_t index) const { return subsampled(picture, components[index].dx, components[index].dy); }
 
-J2kSize readJ2kSize(const Segment& segment)
+Size readSize(const Segment& segment)
 {
     Fields fields(segment, "SIZ");
-    J2kSize size;
+    Size size;
     fields.u16(); // capabilities: what goes beyond these shows in the segments that need it
     size.picture.x1 = fields.u32();
     size.picture.y1 = fields.u32();
@@ -221,9 +218,9 @@ J2kSize readJ2kSize(const Segment& segment)
     return size;
 }
 
-J2kStep J2kQuantization::step(int resolution, J2kBandKind band) const
+Step Quantization::step(int resolution, BandKind band) const
 {
-    if (kind == J2kQuantizer::derived) {
+    if (kind == Quantizer::derived) {
         // One less for each level that the band lies above the lowest (E-5).
         return {std::max(0, steps[0].exponent - std::max(0, resolution - 1)), steps[0].mantissa};
     }
@@ -234,52 +231,52 @@ J2kStep J2kQuantization::step(int resolution, J2kBandKind band) const
     return steps[index];
 }
 
-void J2kParameters::read(const Segment& segment, const J2kSize& size)
+void Parameters::read(const Segment& segment, const Size& size)
 {
     switch (segment.code) {
-    case j2k_marker::kCod:
+    case marker::kCod:
         return readStyle(segment, *this);
-    case j2k_marker::kCoc:
+    case marker::kCoc:
         return readComponentCoding(segment, *this, size);
-    case j2k_marker::kQcd:
+    case marker::kQcd:
         quantization = readSteps(Fields(segment, "QCD"));
         return;
-    case j2k_marker::kQcc:
+    case marker::kQcc:
         return readComponentSteps(segment, *this, size);
-    case j2k_marker::kRgn:
+    case marker::kRgn:
         return readRegion(segment, *this, size);
-    case j2k_marker::kPoc:
+    case marker::kPoc:
         return readProgressions(segment, *this, size);
     default:
         return;
     }
 }
 
-const J2kCoding& J2kTileParameters::coding(int component) const
+const Coding& TileParameters::coding(int component) const
 {
-    const J2kCoding* own = find(tile_.componentCoding, tile_.coding, component);
+    const Coding* own = find(tile_.componentCoding, tile_.coding, component);
     return own ? *own : *find(main_.componentCoding, main_.coding, component);
 }
 
-const J2kQuantization& J2kTileParameters::quantization(int component) const
+const Quantization& TileParameters::quantization(int component) const
 {
-    const J2kQuantization* own = find(tile_.componentQuantization, tile_.quantization, component);
+    const Quantization* own = find(tile_.componentQuantization, tile_.quantization, component);
     return own ? *own : *find(main_.componentQuantization, main_.quantization, component);
 }
 
-int J2kTileParameters::roiShift(int component) const
+int TileParameters::roiShift(int component) const
 {
-    for (const J2kParameters* parameters : {&tile_, &main_})
+    for (const Parameters* parameters : {&tile_, &main_})
         if (auto found = parameters->roiShifts.find(component); found != parameters->roiShifts.end())
             return found->second;
     return 0;
 }
 
-std::vector<J2kProgression> J2kTileParameters::progressions() const
+std::vector<Progression> TileParameters::progressions() const
 {
     if (!tile_.progressions.empty()) return tile_.progressions;
     if (!main_.progressions.empty()) return main_.progressions;
-    J2kProgression all;
+    Progression all;
     all.endComponent = INT32_MAX;
     all.endLayer = style().layers;
     all.order = style().order;

@@ -1,20 +1,20 @@
 // Reading of marker segments.
 #include "codec/j2k/markers.h"
 
-namespace qel::codec {
+namespace qel::codec::j2k {
 
 namespace {
 
 // Markers without a length: delimiters, and those reserved as such (T.800 table A.1).
 bool standsAlone(uint8_t code)
 {
-    using namespace j2k_marker;
+    using namespace marker;
     return code == kSoc || code == kEph || code == kSod || code == kEoc || (code >= 0x30 && code <= 0x3F);
 }
 
 }
 
-Segment readJ2kSegment(Bytes file, size_t at)
+Segment readSegment(Bytes file, size_t at)
 {
     Fields fields(file.subspan(at), at, "marker segment");
     if (fields.left() < 2) throw CodecError("the file ends where a marker is expected", file.size());

@@ -6,11 +6,11 @@
 #include "codec/base/bytes.h"
 #include "codec/base/error.h"
 
-namespace qel::codec {
+namespace qel::codec::j2k {
 
-class J2kPacketBits {
+class PacketBits {
 public:
-    explicit J2kPacketBits(Bytes bytes) : bytes_(bytes) {}
+    explicit PacketBits(Bytes bytes) : bytes_(bytes) {}
 
     // Throws CodecError where the bytes end.
     int bit()
@@ -45,9 +45,9 @@ private:
 };
 
 // Appends to a vector.
-class J2kPacketBitWriter {
+class PacketBitWriter {
 public:
-    explicit J2kPacketBitWriter(std::vector<uint8_t>& bytes) : bytes_(bytes) {}
+    explicit PacketBitWriter(std::vector<uint8_t>& bytes) : bytes_(bytes) {}
 
     void bit(int value)
     {

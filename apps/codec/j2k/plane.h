@@ -11,14 +11,14 @@
 #include <sys/mman.h>
 #endif
 
-namespace qel::codec {
+namespace qel::codec::j2k {
 
-template <class T> class J2kPlane {
+template <class T> class Plane {
 public:
     enum class Fill { zero, none };
 
-    J2kPlane() = default;
-    J2kPlane(uint32_t width, uint32_t height, Fill fill)
+    Plane() = default;
+    Plane(uint32_t width, uint32_t height, Fill fill)
         : width_(width), height_(height), perRow_(((width + kSpareColumns + kUnit - 1) / kUnit | 1) * kUnit)
     {
         size_t bytes = sizeof(T) * perRow_ * (height + kSpareRows) + kAlignment;
@@ -28,8 +28,8 @@ public:
         askForLargePages(start, bytes);
         samples_ = static_cast<T*>(std::align(kAlignment, 1, start, bytes));
     }
-    J2kPlane(J2kPlane&&) = default;
-    J2kPlane& operator=(J2kPlane&&) = default;
+    Plane(Plane&&) = default;
+    Plane& operator=(Plane&&) = default;
 
     uint32_t width() const { return width_; }
     uint32_t height() const { return height_; }

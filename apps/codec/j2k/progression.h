@@ -5,9 +5,9 @@
 
 #include "codec/j2k/tile.h"
 
-namespace qel::codec {
+namespace qel::codec::j2k {
 
-struct J2kPacketPlace {
+struct PacketPlace {
     uint32_t x = 0, y = 0; // of the precinct, on the reference grid
     uint32_t precinct = 0;
     uint16_t component = 0;
@@ -15,8 +15,8 @@ struct J2kPacketPlace {
 };
 
 // Calls `read(place, layer)` for each packet of the progression that is not read yet by the tile's account
-// (J2kPrecinct::layersRead, which `read` keeps), until it returns false. Returns whether it never did.
-bool forJ2kPackets(const J2kSize& size, const J2kTile& tile, const J2kProgression& progression,
-                   const std::function<bool(const J2kPacketPlace&, int layer)>& read);
+// (Precinct::layersRead, which `read` keeps), until it returns false. Returns whether it never did.
+bool forPackets(const Size& size, const Tile& tile, const Progression& progression,
+                const std::function<bool(const PacketPlace&, int layer)>& read);
 
 }

@@ -1,7 +1,7 @@
 // Layout of tag trees.
 #include "codec/j2k/tag_tree.h"
 
-namespace qel::codec {
+namespace qel::codec::j2k {
 
 TagTreeShape::TagTreeShape(uint32_t across, uint32_t down)
 {

@@ -6,7 +6,7 @@
 #include <cstdint>
 #include <vector>
 
-namespace qel::codec {
+namespace qel::codec::j2k {
 
 // Where the nodes of a tree are in one list.
 class TagTreeShape {

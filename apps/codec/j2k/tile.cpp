@@ -3,19 +3,18 @@
 
 #include <numeric>
 
-namespace qel::codec {
+namespace qel::codec::j2k {
 
 namespace {
 
 // Of one tile. Pictures of usual precincts have a few thousand.
 constexpr uint64_t kMaxPrecincts = 1 << 22;
 
-J2kBand makeBand(const J2kTileComponent& component, const J2kQuantization& quantization, int resolution,
-                 J2kBandKind kind)
+Band makeBand(const TileComponent& component, const Quantization& quantization, int resolution, BandKind kind)
 {
-    const J2kCoding& coding = component.coding;
+    const Coding& coding = component.coding;
     int halved = resolution > 0; // of each precinct a band has half the width and height
-    J2kBand band;
+    Band band;
     band.kind = kind;
     band.level = coding.levels - resolution + halved;
     band.rect = bandRect(component.rect, band.level, kind);
@@ -26,26 +25,24 @@ J2kBand makeBand(const J2kTileComponent& component, const J2kQuantization& quant
     return band;
 }
 
-J2kResolution makeResolution(const J2kTileComponent& component, const J2kQuantization& quantization, int index)
+Resolution makeResolution(const TileComponent& component, const Quantization& quantization, int index)
 {
-    using enum J2kBandKind;
-    const J2kCoding& coding = component.coding;
-    J2kResolution resolution;
+    using enum BandKind;
+    const Coding& coding = component.coding;
+    Resolution resolution;
     resolution.rect = resolutionRect(component.rect, coding.levels - index);
-    resolution.precinctGrid =
-        J2kGrid(resolution.rect, coding.precinctWidthBits[index], coding.precinctHeightBits[index]);
+    resolution.precinctGrid = Grid(resolution.rect, coding.precinctWidthBits[index], coding.precinctHeightBits[index]);
     if (index == 0)
         resolution.bands = {makeBand(component, quantization, 0, ll)};
     else
-        for (J2kBandKind kind : {hl, lh, hh})
-            resolution.bands.push_back(makeBand(component, quantization, index, kind));
+        for (BandKind kind : {hl, lh, hh}) resolution.bands.push_back(makeBand(component, quantization, index, kind));
     return resolution;
 }
 
-J2kTileComponent makeComponent(const J2kRect& rect, const J2kTileParameters& parameters, int index)
+TileComponent makeComponent(const Rect& rect, const TileParameters& parameters, int index)
 {
-    J2kTileComponent component;
-    const J2kQuantization& quantization = parameters.quantization(index);
+    TileComponent component;
+    const Quantization& quantization = parameters.quantization(index);
     component.rect = rect;
     component.coding = parameters.coding(index);
     component.quantizer = quantization.kind;
@@ -57,31 +54,31 @@ J2kTileComponent makeComponent(const J2kRect& rect, const J2kTileParameters& par
 
 // The code-blocks of a band that lie in a precinct of its resolution.
 struct PrecinctPart {
-    PrecinctPart(const J2kResolution& resolution, const J2kBand& band, size_t precinct)
+    PrecinctPart(const Resolution& resolution, const Band& band, size_t precinct)
     {
         // The same cells of the partition, of half the size in a band.
         int halved = resolution.bands.size() > 1;
-        J2kGrid cells = resolution.precinctGrid;
+        Grid cells = resolution.precinctGrid;
         cells.widthBits -= halved;
         cells.heightBits -= halved;
         rect = cells.cell(band.rect, uint32_t(precinct % cells.across), uint32_t(precinct / cells.across));
-        if (!rect.isEmpty()) blocks = J2kGrid(rect, band.blockWidthBits, band.blockHeightBits);
+        if (!rect.isEmpty()) blocks = Grid(rect, band.blockWidthBits, band.blockHeightBits);
     }
 
-    J2kRect rect;
-    J2kGrid blocks;
+    Rect rect;
+    Grid blocks;
 };
 
-J2kPrecinctBand makePrecinctBand(const PrecinctPart& part, const J2kBand& band)
+PrecinctBand makePrecinctBand(const PrecinctPart& part, const Band& band)
 {
-    J2kPrecinctBand made;
+    PrecinctBand made;
     made.across = part.blocks.across;
     made.down = part.blocks.down;
     made.blocks.reserve(part.blocks.cells());
     for (uint32_t row = 0; row < made.down; ++row)
         for (uint32_t column = 0; column < made.across; ++column) {
-            J2kRect rect = part.blocks.cell(part.rect, column, row);
-            J2kCodeBlock& block = made.blocks.emplace_back();
+            Rect rect = part.blocks.cell(part.rect, column, row);
+            CodeBlock& block = made.blocks.emplace_back();
             block.x = rect.x0 - band.rect.x0;
             block.y = rect.y0 - band.rect.y0;
             block.width = uint16_t(rect.width());
@@ -94,45 +91,45 @@ J2kPrecinctBand makePrecinctBand(const PrecinctPart& part, const J2kBand& band)
 
 }
 
-uint32_t J2kCodeBlock::passes() const
+uint32_t CodeBlock::passes() const
 {
     return std::accumulate(segments.begin(), segments.end(), 0u,
-                           [](uint32_t sum, const J2kCodeSegment& segment) { return sum + segment.passes; });
+                           [](uint32_t sum, const CodeSegment& segment) { return sum + segment.passes; });
 }
 
-J2kTile makeJ2kTile(const J2kSize& size, const J2kTileParameters& parameters, uint32_t index)
+Tile makeTile(const Size& size, const TileParameters& parameters, uint32_t index)
 {
-    J2kTile tile;
+    Tile tile;
     tile.index = index;
     tile.rect = size.tile(index);
     tile.style = parameters.style();
     uint64_t precincts = 0;
     for (size_t c = 0; c < size.components.size(); ++c) {
-        J2kRect rect = subsampled(tile.rect, size.components[c].dx, size.components[c].dy);
+        Rect rect = subsampled(tile.rect, size.components[c].dx, size.components[c].dy);
         tile.components.push_back(makeComponent(rect, parameters, int(c)));
-        for (const J2kResolution& resolution : tile.components.back().resolutions)
+        for (const Resolution& resolution : tile.components.back().resolutions)
             precincts += resolution.precinctGrid.cells();
         if (precincts > kMaxPrecincts) throw CodecError("more precincts in a tile than supported");
     }
-    for (J2kTileComponent& component : tile.components)
-        for (J2kResolution& resolution : component.resolutions)
+    for (TileComponent& component : tile.components)
+        for (Resolution& resolution : component.resolutions)
             resolution.precincts.resize(resolution.precinctGrid.cells());
     tile.packets = precincts * uint64_t(tile.style.layers);
     return tile;
 }
 
-std::vector<J2kPrecinctBand> makeJ2kPrecinctBands(const J2kResolution& resolution, size_t precinct)
+std::vector<PrecinctBand> makePrecinctBands(const Resolution& resolution, size_t precinct)
 {
-    std::vector<J2kPrecinctBand> bands;
-    for (const J2kBand& band : resolution.bands)
+    std::vector<PrecinctBand> bands;
+    for (const Band& band : resolution.bands)
         bands.push_back(makePrecinctBand(PrecinctPart(resolution, band, precinct), band));
     return bands;
 }
 
-uint64_t countJ2kBlocks(const J2kResolution& resolution, size_t precinct)
+uint64_t countBlocks(const Resolution& resolution, size_t precinct)
 {
     uint64_t blocks = 0;
-    for (const J2kBand& band : resolution.bands) blocks += PrecinctPart(resolution, band, precinct).blocks.cells();
+    for (const Band& band : resolution.bands) blocks += PrecinctPart(resolution, band, precinct).blocks.cells();
     return blocks;
 }
 

@@ -8,11 +8,11 @@
 #include "codec/base/library.h"
 #include "codec/base/parallel.h"
 
-namespace qel::codec {
+namespace qel::codec::j2k {
 
 namespace {
 
-using enum J2kBandKind;
+using enum BandKind;
 
 // What both directions of a piece may fill of a core's second cache.
 constexpr size_t kPieceBytes = 256 << 10;
@@ -74,7 +74,7 @@ struct Line {
 template <class T> class Rows {
 public:
     Rows(ptrdiff_t length, ptrdiff_t above, ptrdiff_t count)
-        : above_(above), plane_(uint32_t(length + 2 * kRoom), uint32_t(above + count), J2kPlane<T>::Fill::none)
+        : above_(above), plane_(uint32_t(length + 2 * kRoom), uint32_t(above + count), Plane<T>::Fill::none)
     {}
     int step() const { return plane_.step(); }
     T* at(ptrdiff_t row) { return plane_.row(size_t(above_ + row)) + kRoom; }
@@ -82,7 +82,7 @@ public:
 private:
     static constexpr ptrdiff_t kRoom = 16; // a cache line
     ptrdiff_t above_;
-    J2kPlane<T> plane_;
+    Plane<T> plane_;
 };
 
 template <class T> void copy(const T* src, ptrdiff_t count, T* dst)
@@ -131,9 +131,9 @@ template <class T> void scaleRow(T* row, ptrdiff_t length, T (*scaled)(T))
 
 // Two bands next to each other: the horizontal halves of rows.
 template <class T> struct BandPair {
-    J2kPlane<T>&low, &high;
+    Plane<T>&low, &high;
 };
-template <class T> BandPair<T> bandPair(J2kSubbands<T>& bands, int level, bool isHigh)
+template <class T> BandPair<T> bandPair(Subbands<T>& bands, int level, bool isHigh)
 {
     return {bands.band(level, isHigh ? lh : ll), bands.band(level, isHigh ? hh : hl)};
 }
@@ -161,8 +161,8 @@ template <class T, class Body> void inRuns(const Line& across, const Line& down,
     });
 }
 
-template <class T> void inverseRun(J2kSubbands<T>& bands, int level, const Line& across, const Line& down,
-                                   const Run& run, J2kPlane<T>& dst)
+template <class T>
+void inverseRun(Subbands<T>& bands, int level, const Line& across, const Line& down, const Run& run, Plane<T>& dst)
 {
     constexpr ptrdiff_t kReach = kFilter<T>.reach;
     Rows<T> halves(across.pairs(), 0, 2);
@@ -186,8 +186,7 @@ template <class T> void inverseRun(J2kSubbands<T>& bands, int level, const Line&
 }
 
 // The smaller resolution is the LL band of its level.
-template <class T>
-void inverseLevel(J2kSubbands<T>& bands, int level, const J2kRect& rect, J2kPlane<T>& dst, int threads)
+template <class T> void inverseLevel(Subbands<T>& bands, int level, const Rect& rect, Plane<T>& dst, int threads)
 {
     const Line across(rect.x0, rect.x1), down(rect.y0, rect.y1);
     if (rect.isEmpty()) return;
@@ -203,7 +202,7 @@ void inverseLevel(J2kSubbands<T>& bands, int level, const J2kRect& rect, J2kPlan
 // Rows of pairs with all that the filter looks at: those of `src`, or copies of them where the extension is needed.
 template <class T> class ExtendedRows {
 public:
-    ExtendedRows(const J2kPlane<T>& src, const Line& across, const Line& down, ptrdiff_t atOnce)
+    ExtendedRows(const Plane<T>& src, const Line& across, const Line& down, ptrdiff_t atOnce)
         : src_(src), across_(across), down_(down), copies_(across.length, kForwardReach, 2 * atOnce + kForwardReach)
     {}
     void moveTo(ptrdiff_t first, ptrdiff_t count)
@@ -222,13 +221,13 @@ public:
     int step = 0;
 
 private:
-    const J2kPlane<T>& src_;
+    const Plane<T>& src_;
     const Line &across_, &down_;
     Rows<T> copies_;
 };
 
-template <class T> void forwardRun(const J2kPlane<T>& src, const Line& across, const Line& down, const Run& run,
-                                   J2kSubbands<T>& bands, int level)
+template <class T> void forwardRun(const Plane<T>& src, const Line& across, const Line& down, const Run& run,
+                                   Subbands<T>& bands, int level)
 {
     Rows<T> rows[] = {{across.length, 0, run.atOnce}, {across.length, 0, run.atOnce}};
     ExtendedRows<T> samples(src, across, down, run.atOnce);
@@ -245,8 +244,7 @@ template <class T> void forwardRun(const J2kPlane<T>& src, const Line& across, c
     });
 }
 
-template <class T>
-void forwardLevel(const J2kPlane<T>& src, const J2kRect& rect, J2kSubbands<T>& bands, int level, int threads)
+template <class T> void forwardLevel(const Plane<T>& src, const Rect& rect, Subbands<T>& bands, int level, int threads)
 {
     const Line across(rect.x0, rect.x1), down(rect.y0, rect.y1);
     if (rect.isEmpty()) return;
@@ -260,36 +258,36 @@ void forwardLevel(const J2kPlane<T>& src, const J2kRect& rect, J2kSubbands<T>& b
     forwardRow(row.at(0), across, pair.low.row(0), pair.high.row(0), row.step());
 }
 
-template <class T> J2kPlane<T> planeOf(const J2kRect& rect, typename J2kPlane<T>::Fill fill)
+template <class T> Plane<T> planeOf(const Rect& rect, typename Plane<T>::Fill fill)
 {
-    return rect.isEmpty() ? J2kPlane<T>() : J2kPlane<T>(rect.width(), rect.height(), fill);
+    return rect.isEmpty() ? Plane<T>() : Plane<T>(rect.width(), rect.height(), fill);
 }
 
 }
 
-template <class T> J2kSubbands<T>::J2kSubbands(const J2kRect& rect, int levels, typename J2kPlane<T>::Fill fill)
+template <class T> Subbands<T>::Subbands(const Rect& rect, int levels, typename Plane<T>::Fill fill)
     : rect_(rect), lowest_(planeOf<T>(bandRect(rect, levels, ll), fill)), high_(size_t(levels))
 {
     for (int level = 1; level <= levels; ++level)
-        for (J2kBandKind kind : {lh, hl, hh}) band(level, kind) = planeOf<T>(bandRect(rect, level, kind), fill);
+        for (BandKind kind : {lh, hl, hh}) band(level, kind) = planeOf<T>(bandRect(rect, level, kind), fill);
 }
 
-template <class T> J2kPlane<T> inverseWavelet(J2kSubbands<T> bands, int threads)
+template <class T> Plane<T> inverseWavelet(Subbands<T> bands, int threads)
 {
     for (int level = bands.levels(); level > 0; --level) {
-        J2kRect rect = resolutionRect(bands.rect(), level - 1);
-        J2kPlane<T> larger = planeOf<T>(rect, J2kPlane<T>::Fill::none);
+        Rect rect = resolutionRect(bands.rect(), level - 1);
+        Plane<T> larger = planeOf<T>(rect, Plane<T>::Fill::none);
         inverseLevel(bands, level, rect, larger, threads);
-        for (J2kBandKind kind : {lh, hl, hh}) bands.band(level, kind) = {};
+        for (BandKind kind : {lh, hl, hh}) bands.band(level, kind) = {};
         bands.band(level, ll) = std::move(larger);
     }
     return std::move(bands.band(1, ll));
 }
 
-template <class T> J2kSubbands<T> forwardWavelet(J2kPlane<T> samples, const J2kRect& rect, int levels, int threads)
+template <class T> Subbands<T> forwardWavelet(Plane<T> samples, const Rect& rect, int levels, int threads)
 {
-    constexpr auto kFill = J2kPlane<T>::Fill::none;
-    J2kSubbands<T> bands(rect, levels, kFill);
+    constexpr auto kFill = Plane<T>::Fill::none;
+    Subbands<T> bands(rect, levels, kFill);
     for (int level = 1; level <= levels; ++level) {
         bands.band(level, ll) = planeOf<T>(resolutionRect(rect, level), kFill);
         forwardLevel(samples, resolutionRect(rect, level - 1), bands, level, threads);
@@ -299,11 +297,11 @@ template <class T> J2kSubbands<T> forwardWavelet(J2kPlane<T> samples, const J2kR
     return bands;
 }
 
-template class J2kSubbands<int32_t>;
-template class J2kSubbands<float>;
-template J2kPlane<int32_t> inverseWavelet(J2kSubbands<int32_t>, int);
-template J2kPlane<float> inverseWavelet(J2kSubbands<float>, int);
-template J2kSubbands<int32_t> forwardWavelet(J2kPlane<int32_t>, const J2kRect&, int, int);
-template J2kSubbands<float> forwardWavelet(J2kPlane<float>, const J2kRect&, int, int);
+template class Subbands<int32_t>;
+template class Subbands<float>;
+template Plane<int32_t> inverseWavelet(Subbands<int32_t>, int);
+template Plane<float> inverseWavelet(Subbands<float>, int);
+template Subbands<int32_t> forwardWavelet(Plane<int32_t>, const Rect&, int, int);
+template Subbands<float> forwardWavelet(Plane<float>, const Rect&, int, int);
 
 }

@@ -8,32 +8,32 @@
 #include "codec/j2k/geometry.h"
 #include "codec/j2k/plane.h"
 
-namespace qel::codec {
+namespace qel::codec::j2k {
 
 // The subbands of a tile-component or of one of its lower resolutions: its rectangle says which samples are low.
-template <class T> class J2kSubbands {
+template <class T> class Subbands {
 public:
     // All coefficients are as `fill` says.
-    J2kSubbands(const J2kRect& rect, int levels, typename J2kPlane<T>::Fill fill);
+    Subbands(const Rect& rect, int levels, typename Plane<T>::Fill fill);
 
-    const J2kRect& rect() const { return rect_; }
+    const Rect& rect() const { return rect_; }
     int levels() const { return int(high_.size()); }
     // Of level 1, the largest, to levels(); LL belongs to the last one.
-    J2kPlane<T>& band(int level, J2kBandKind kind)
+    Plane<T>& band(int level, BandKind kind)
     {
-        return kind == J2kBandKind::ll ? lowest_ : high_[size_t(level) - 1][size_t(kind) - 1];
+        return kind == BandKind::ll ? lowest_ : high_[size_t(level) - 1][size_t(kind) - 1];
     }
 
 private:
-    J2kRect rect_;
-    J2kPlane<T> lowest_;
-    std::vector<std::array<J2kPlane<T>, 3>> high_; // LH, HL, HH
+    Rect rect_;
+    Plane<T> lowest_;
+    std::vector<std::array<Plane<T>, 3>> high_; // LH, HL, HH
 };
 
 // The samples that the subbands stand for. Each level is given back to the system when it is done.
-template <class T> J2kPlane<T> inverseWavelet(J2kSubbands<T> bands, int threads);
+template <class T> Plane<T> inverseWavelet(Subbands<T> bands, int threads);
 
 // The subbands of samples that lie in `rect`.
-template <class T> J2kSubbands<T> forwardWavelet(J2kPlane<T> samples, const J2kRect& rect, int levels, int threads);
+template <class T> Subbands<T> forwardWavelet(Plane<T> samples, const Rect& rect, int levels, int threads);
 
 }

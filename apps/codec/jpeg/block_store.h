@@ -9,7 +9,7 @@
 
 #include "codec/jpeg/layout.h"
 
-namespace qel::codec {
+namespace qel::codec::jpeg {
 
 // Blocks of one component, in whole MCUs of the frame: zero until something is stored, and without cost until then, or
 // anything.
@@ -24,7 +24,7 @@ public:
         values_.reset(static_cast<int16_t*>(memory));
         if (!values_) throw std::bad_alloc();
     }
-    BlockStore(const JpegInfo& info, const JpegComponent& component, Fill fill)
+    BlockStore(const Info& info, const Component& component, Fill fill)
         : BlockStore(paddedBlocksAcross(info, component), paddedBlocksDown(info, component), fill)
     {}
 

@@ -4,15 +4,15 @@
 #include <algorithm>
 #include <cstring>
 
-namespace qel::codec {
+namespace qel::codec::jpeg {
 
-McuConversion mcuConversionFor(const JpegInfo& info)
+McuConversion mcuConversionFor(const Info& info)
 {
-    bool isYcbcr = info.colour == JpegColour::ycbcr, isYcck = info.colour == JpegColour::ycck;
+    bool isYcbcr = info.colour == Colour::ycbcr, isYcck = info.colour == Colour::ycck;
     if (!isYcbcr && !isYcck) return {};
-    const JpegComponent& luminance = info.components[0];
+    const Component& luminance = info.components[0];
     for (size_t i = 1; i < info.components.size(); ++i) {
-        const JpegComponent& c = info.components[i];
+        const Component& c = info.components[i];
         bool likeLuminance = i == 3;
         if (c.h != (likeLuminance ? luminance.h : 1) || c.v != (likeLuminance ? luminance.v : 1)) return {};
     }
@@ -28,7 +28,7 @@ McuConversion mcuConversionFor(const JpegInfo& info)
     }
 }
 
-McuToPixels::McuToPixels(const JpegInfo& info, const std::vector<QuantizerSteps>& steps, const ScanLayout& layout,
+McuToPixels::McuToPixels(const Info& info, const std::vector<QuantizerSteps>& steps, const ScanLayout& layout,
                          Picture& picture)
     : conversion_(mcuConversionFor(info)), picture_(picture), width_(8 * info.maxH()), height_(8 * info.maxV()),
       count_(int(layout.blocks.size()))
@@ -52,8 +52,8 @@ void McuToPixels::convert(int x)
         memcpy(first + size_t(y) * step, tile_.pixels.data() + channels * width_ * y, size_t(channels) * right);
 }
 
-PixelsToMcu::PixelsToMcu(const JpegInfo& info, const ScanLayout& layout,
-                         const std::array<QuantizerSteps, 2>& multipliers, const Picture& picture)
+PixelsToMcu::PixelsToMcu(const Info& info, const ScanLayout& layout, const std::array<QuantizerSteps, 2>& multipliers,
+                         const Picture& picture)
     : conversion_(mcuConversionFor(info)), picture_(picture), width_(8 * info.maxH()), height_(8 * info.maxV()),
       count_(int(layout.blocks.size()))
 {

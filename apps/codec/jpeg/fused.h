@@ -10,7 +10,7 @@
 #include "codec/jpeg/headers.h"
 #include "codec/jpeg/layout.h"
 
-namespace qel::codec {
+namespace qel::codec::jpeg {
 
 // One library call for each MCU of a sampling and colour.
 struct McuConversion {
@@ -22,7 +22,7 @@ struct McuConversion {
 
 // For YCbCr and YCCK with 4:2:2 and 4:2:0. None for others; also for 4:4:4, which takes 2 to 15 % longer in this way
 // than by planes, as there is no chroma to be saved.
-McuConversion mcuConversionFor(const JpegInfo& info);
+McuConversion mcuConversionFor(const Info& info);
 
 // The pixels of an MCU that lies partly outside the picture.
 struct McuTile {
@@ -33,8 +33,7 @@ struct McuTile {
 // is replicated.
 class McuToPixels {
 public:
-    McuToPixels(const JpegInfo& info, const std::vector<QuantizerSteps>& steps, const ScanLayout& layout,
-                Picture& picture);
+    McuToPixels(const Info& info, const std::vector<QuantizerSteps>& steps, const ScanLayout& layout, Picture& picture);
 
     void startRow(int mcuRow) { line_ = mcuRow * height_; }
 
@@ -63,7 +62,7 @@ private:
 // The other way, for the scan encoder: quantized blocks of a row of MCUs, which are asked for in their order.
 class PixelsToMcu {
 public:
-    PixelsToMcu(const JpegInfo& info, const ScanLayout& layout, const std::array<QuantizerSteps, 2>& multipliers,
+    PixelsToMcu(const Info& info, const ScanLayout& layout, const std::array<QuantizerSteps, 2>& multipliers,
                 const Picture& picture);
 
     void startRow(int mcuRow) { line_ = mcuRow * height_; }

@@ -8,51 +8,50 @@
 
 #include "codec/jpeg/layout.h"
 
-namespace qel::codec {
+namespace qel::codec::jpeg {
 
 namespace {
 
-JpegProcess processOf(uint8_t frameMarker)
+Process processOf(uint8_t frameMarker)
 {
     switch (frameMarker) {
     case marker::kSof0:
-        return JpegProcess::baseline;
+        return Process::baseline;
     case marker::kSof1:
-        return JpegProcess::extended;
+        return Process::extended;
     case marker::kSof2:
-        return JpegProcess::progressive;
+        return Process::progressive;
     case marker::kSof3:
-        return JpegProcess::lossless;
+        return Process::lossless;
     default:
-        return JpegProcess::other;
+        return Process::other;
     }
 }
 
-bool isSubsampled(const JpegInfo& info)
+bool isSubsampled(const Info& info)
 {
     return std::ranges::any_of(info.components, [&](auto& c) { return c.h != info.maxH() || c.v != info.maxV(); });
 }
 
 // JFIF files are YCbCr, Adobe's say so in their marker; without either the names of the components decide. Lossless
 // files without either are taken for YCbCr only if their components differ in size: they keep colours as they were.
-JpegColour colourOf(const JpegInfo& info)
+Colour colourOf(const Info& info)
 {
     auto named = [&](int a, int b, int c) {
         return info.components[0].id == a && info.components[1].id == b && info.components[2].id == c;
     };
     switch (info.components.size()) {
     case 1:
-        return JpegColour::grey;
+        return Colour::grey;
     case 3:
-        if (info.hasJfif) return JpegColour::ycbcr;
-        if (info.adobeTransform >= 0) return info.adobeTransform == 0 ? JpegColour::rgb : JpegColour::ycbcr;
-        if (named('R', 'G', 'B') || (info.process == JpegProcess::lossless && !isSubsampled(info)))
-            return JpegColour::rgb;
-        return JpegColour::ycbcr;
+        if (info.hasJfif) return Colour::ycbcr;
+        if (info.adobeTransform >= 0) return info.adobeTransform == 0 ? Colour::rgb : Colour::ycbcr;
+        if (named('R', 'G', 'B') || (info.process == Process::lossless && !isSubsampled(info))) return Colour::rgb;
+        return Colour::ycbcr;
     case 4:
-        return info.adobeTransform > 0 ? JpegColour::ycck : JpegColour::cmyk;
+        return info.adobeTransform > 0 ? Colour::ycck : Colour::cmyk;
     default:
-        return JpegColour::other;
+        return Colour::other;
     }
 }
 
@@ -69,13 +68,13 @@ bool fitsCodeSpace(const HuffmanLists& lists)
 
 }
 
-JpegHeaders::JpegHeaders(Bytes file) : file_(file)
+Headers::Headers(Bytes file) : file_(file)
 {
     if (file.size() < 2 || file[0] != 0xFF || file[1] != marker::kSoi) throw CodecError("not a JPEG file", 0);
     if (file.size() > INT32_MAX) throw CodecError("a JPEG file of 2 GiB or more");
 }
 
-std::optional<ScanHeader> JpegHeaders::nextScan(size_t from)
+std::optional<ScanHeader> Headers::nextScan(size_t from)
 {
     for (;;) {
         Segment segment = readSegment(file_, from);
@@ -98,7 +97,7 @@ std::optional<ScanHeader> JpegHeaders::nextScan(size_t from)
     }
 }
 
-void JpegHeaders::read(const Segment& segment)
+void Headers::read(const Segment& segment)
 {
     if (marker::isFrame(segment.code)) return readFrame(segment);
     switch (segment.code) {
@@ -119,7 +118,7 @@ void JpegHeaders::read(const Segment& segment)
     }
 }
 
-void JpegHeaders::readFrame(const Segment& segment)
+void Headers::readFrame(const Segment& segment)
 {
     Fields fields(segment, "frame header");
     if (!info_.components.empty()) fields.fail("a second frame in the file");
@@ -138,10 +137,10 @@ void JpegHeaders::readFrame(const Segment& segment)
     fields.finish();
 }
 
-void JpegHeaders::readComponents(Fields& fields, int count)
+void Headers::readComponents(Fields& fields, int count)
 {
     for (int i = 0; i < count; ++i) {
-        JpegComponent component;
+        Component component;
         component.id = fields.u8();
         int factors = fields.u8();
         component.h = factors >> 4;
@@ -156,7 +155,7 @@ void JpegHeaders::readComponents(Fields& fields, int count)
 }
 
 // A frame header may leave the number of lines to a DNL segment behind the first scan (T.81 B.2.5); 0 if there is none.
-int JpegHeaders::linesBehindScan(size_t from) const
+int Headers::linesBehindScan(size_t from) const
 {
     for (size_t at = findMarker(file_, from); at + 6 <= file_.size(); at = findMarker(file_, at + 2))
         if (file_[at + 1] == marker::kDnl && file_[at + 2] == 0 && file_[at + 3] == 4)
@@ -164,7 +163,7 @@ int JpegHeaders::linesBehindScan(size_t from) const
     return 0;
 }
 
-void JpegHeaders::readQuantizers(const Segment& segment)
+void Headers::readQuantizers(const Segment& segment)
 {
     Fields fields(segment, "quantization table");
     while (!fields.atEnd()) {
@@ -175,7 +174,7 @@ void JpegHeaders::readQuantizers(const Segment& segment)
     }
 }
 
-void JpegHeaders::readHuffmanTables(const Segment& segment)
+void Headers::readHuffmanTables(const Segment& segment)
 {
     Fields fields(segment, "Huffman table");
     while (!fields.atEnd()) {
@@ -189,7 +188,7 @@ void JpegHeaders::readHuffmanTables(const Segment& segment)
     }
 }
 
-void JpegHeaders::readApplication(const Segment& segment)
+void Headers::readApplication(const Segment& segment)
 {
     std::string_view text(reinterpret_cast<const char*>(segment.parameters.data()), segment.parameters.size());
     if (segment.code == marker::kApp0 && text.starts_with(std::string_view("JFIF\0", 5))) info_.hasJfif = true;
@@ -197,7 +196,7 @@ void JpegHeaders::readApplication(const Segment& segment)
         info_.adobeTransform = segment.parameters[11];
 }
 
-ScanHeader JpegHeaders::readScan(const Segment& segment) const
+ScanHeader Headers::readScan(const Segment& segment) const
 {
     Fields fields(segment, "scan header");
     if (info_.components.empty()) fields.fail("no frame header before it");
@@ -223,7 +222,7 @@ ScanHeader JpegHeaders::readScan(const Segment& segment) const
     return scan;
 }
 
-void JpegHeaders::checkMcu(Fields& fields, const ScanHeader& scan) const
+void Headers::checkMcu(Fields& fields, const ScanHeader& scan) const
 {
     int blocks = 0;
     for (auto& component : scan.components)
@@ -235,17 +234,17 @@ void JpegHeaders::checkMcu(Fields& fields, const ScanHeader& scan) const
 
 // Progressive scans hold DC or AC coefficients, the latter of one component (T.81 G.1.1.1). Sequential ones have fixed
 // values here, which some writers get wrong.
-void JpegHeaders::readProgression(Fields& fields, ScanHeader& scan) const
+void Headers::readProgression(Fields& fields, ScanHeader& scan) const
 {
     scan.first = fields.u8();
     scan.last = fields.u8();
     int approximation = fields.u8();
     scan.high = approximation >> 4;
     scan.low = approximation & 15;
-    if (info_.process == JpegProcess::baseline || info_.process == JpegProcess::extended)
+    if (info_.process == Process::baseline || info_.process == Process::extended)
         std::tie(scan.first, scan.last, scan.high, scan.low) = std::tuple(0, 63, 0, 0);
-    if (info_.process == JpegProcess::lossless) return readLossless(fields, scan);
-    if (info_.process != JpegProcess::progressive) return;
+    if (info_.process == Process::lossless) return readLossless(fields, scan);
+    if (info_.process != Process::progressive) return;
     if (scan.last > 63 || scan.first > scan.last || (scan.first == 0 && scan.last != 0))
         fields.fail("coefficients " + std::to_string(scan.first) + " to " + std::to_string(scan.last));
     if (scan.first > 0 && scan.components.size() > 1) fields.fail("AC coefficients of more than one component");
@@ -253,7 +252,7 @@ void JpegHeaders::readProgression(Fields& fields, ScanHeader& scan) const
     scan.kind = scanKind(scan.first, scan.high);
 }
 
-void JpegHeaders::readLossless(Fields& fields, ScanHeader& scan) const
+void Headers::readLossless(Fields& fields, ScanHeader& scan) const
 {
     scan.kind = ScanKind::lossless;
     scan.predictor = std::exchange(scan.first, 0);
@@ -265,7 +264,7 @@ void JpegHeaders::readLossless(Fields& fields, ScanHeader& scan) const
         fields.fail("a point transform of " + std::to_string(scan.pointTransform) + " bits");
 }
 
-const QuantizerSteps& JpegHeaders::quantizer(const JpegComponent& component) const
+const QuantizerSteps& Headers::quantizer(const Component& component) const
 {
     const auto& steps = quantizers_[component.quantizer];
     if (!steps) throw CodecError("quantization table " + std::to_string(component.quantizer) + " is missing");
@@ -273,10 +272,10 @@ const QuantizerSteps& JpegHeaders::quantizer(const JpegComponent& component) con
 }
 
 // A symbol of a DC table is a category (T.81 F.1.2.1.2, H.1.2.2).
-const HuffmanLists& JpegHeaders::dcTable(int slot) const
+const HuffmanLists& Headers::dcTable(int slot) const
 {
     const HuffmanLists& lists = huffman("DC", dc_[slot]);
-    int largest = info_.process == JpegProcess::lossless ? 16 : 15;
+    int largest = info_.process == Process::lossless ? 16 : 15;
     for (int i = 0; i < lists.count(); ++i)
         if (lists.values[i] > largest)
             throw CodecError("a Huffman table for DC coefficients has category " + std::to_string(lists.values[i]) +
@@ -284,7 +283,7 @@ const HuffmanLists& JpegHeaders::dcTable(int slot) const
     return lists;
 }
 
-const HuffmanLists& JpegHeaders::huffman(const char* kind, const std::optional<HuffmanLists>& table)
+const HuffmanLists& Headers::huffman(const char* kind, const std::optional<HuffmanLists>& table)
 {
     if (!table) throw CodecError(std::string("a Huffman table for ") + kind + " coefficients is missing");
     return *table;

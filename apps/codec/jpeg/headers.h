@@ -10,7 +10,7 @@
 #include "codec/jpeg/markers.h"
 #include "codec/jpeg/tables.h"
 
-namespace qel::codec {
+namespace qel::codec::jpeg {
 
 // Quantization steps in natural order.
 using QuantizerSteps = std::array<uint16_t, 64>;
@@ -52,17 +52,17 @@ struct ScanHeader {
 };
 
 // Reads headers from scan to scan, and keeps the tables that are in force.
-class JpegHeaders {
+class Headers {
 public:
     // Throws CodecError unless the file begins as JPEG files do.
-    explicit JpegHeaders(Bytes file);
+    explicit Headers(Bytes file);
 
     // Reads on from byte `from` to the next scan; nothing at the end of the picture. Throws CodecError for headers that
     // break the rules, and where the end of the picture is missing.
     std::optional<ScanHeader> nextScan(size_t from);
 
-    const JpegInfo& info() const { return info_; }
-    const QuantizerSteps& quantizer(const JpegComponent& component) const;
+    const Info& info() const { return info_; }
+    const QuantizerSteps& quantizer(const Component& component) const;
     const HuffmanLists& dcTable(int slot) const;
     const HuffmanLists& acTable(int slot) const { return huffman("AC", ac_[slot]); }
     int restartInterval() const { return restartInterval_; }
@@ -83,7 +83,7 @@ private:
     int linesBehindScan(size_t from) const;
 
     Bytes file_;
-    JpegInfo info_;
+    Info info_;
     std::array<std::optional<QuantizerSteps>, 4> quantizers_;
     // A file without tables means the typical ones, as in motion JPEG.
     std::array<std::optional<HuffmanLists>, 4> dc_ = {kTypicalDc[0], kTypicalDc[1]};

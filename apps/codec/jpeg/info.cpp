@@ -5,49 +5,49 @@
 
 #include "codec/jpeg/headers.h"
 
-namespace qel::codec {
+namespace qel::codec::jpeg {
 
-const char* nameOf(JpegProcess process)
+const char* nameOf(Process process)
 {
     switch (process) {
-    case JpegProcess::baseline:
+    case Process::baseline:
         return "baseline";
-    case JpegProcess::extended:
+    case Process::extended:
         return "extended sequential";
-    case JpegProcess::progressive:
+    case Process::progressive:
         return "progressive";
-    case JpegProcess::lossless:
+    case Process::lossless:
         return "lossless";
     default:
         return "other";
     }
 }
 
-const char* nameOf(JpegColour colour)
+const char* nameOf(Colour colour)
 {
     switch (colour) {
-    case JpegColour::grey:
+    case Colour::grey:
         return "grey";
-    case JpegColour::ycbcr:
+    case Colour::ycbcr:
         return "YCbCr";
-    case JpegColour::rgb:
+    case Colour::rgb:
         return "RGB";
-    case JpegColour::cmyk:
+    case Colour::cmyk:
         return "CMYK";
-    case JpegColour::ycck:
+    case Colour::ycck:
         return "YCCK";
     default:
         return "other";
     }
 }
 
-int JpegInfo::maxH() const { return std::ranges::max(components, {}, &JpegComponent::h).h; }
+int Info::maxH() const { return std::ranges::max(components, {}, &Component::h).h; }
 
-int JpegInfo::maxV() const { return std::ranges::max(components, {}, &JpegComponent::v).v; }
+int Info::maxV() const { return std::ranges::max(components, {}, &Component::v).v; }
 
-JpegInfo readJpegInfo(Bytes file)
+Info readInfo(Bytes file)
 {
-    JpegHeaders headers(file);
+    Headers headers(file);
     auto scan = headers.nextScan(2);
     // Behind the first scan headers matter only for the count, and damage there does not.
     try {

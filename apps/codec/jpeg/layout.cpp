@@ -1,21 +1,21 @@
 // Arithmetic of MCUs.
 #include "codec/jpeg/layout.h"
 
-namespace qel::codec {
+namespace qel::codec::jpeg {
 
 namespace {
 
 int ceilDivide(int a, int b) { return (a + b - 1) / b; }
 
-int mcusAcrossFrame(const JpegInfo& info) { return ceilDivide(info.width, info.unitSide() * info.maxH()); }
-int mcusDownFrame(const JpegInfo& info) { return ceilDivide(info.height, info.unitSide() * info.maxV()); }
+int mcusAcrossFrame(const Info& info) { return ceilDivide(info.width, info.unitSide() * info.maxH()); }
+int mcusDownFrame(const Info& info) { return ceilDivide(info.height, info.unitSide() * info.maxV()); }
 
 }
 
-ScanLayout::ScanLayout(const JpegInfo& info, const std::vector<int>& components)
+ScanLayout::ScanLayout(const Info& info, const std::vector<int>& components)
 {
     if (components.size() == 1) {
-        const JpegComponent& only = info.components[components[0]];
+        const Component& only = info.components[components[0]];
         mcusAcross = ceilDivide(only.width, info.unitSide());
         mcusDown = ceilDivide(only.height, info.unitSide());
         shares.push_back({components[0], 1, 1});
@@ -29,19 +29,16 @@ ScanLayout::ScanLayout(const JpegInfo& info, const std::vector<int>& components)
             for (int dx = 0; dx < shares[slot].across; ++dx) blocks.push_back({slot, dx, dy});
 }
 
-void setComponentSizes(JpegInfo& info)
+void setComponentSizes(Info& info)
 {
-    for (JpegComponent& component : info.components) {
+    for (Component& component : info.components) {
         component.width = ceilDivide(info.width * component.h, info.maxH());
         component.height = ceilDivide(info.height * component.v, info.maxV());
     }
 }
 
-int paddedBlocksAcross(const JpegInfo& info, const JpegComponent& component)
-{
-    return mcusAcrossFrame(info) * component.h;
-}
+int paddedBlocksAcross(const Info& info, const Component& component) { return mcusAcrossFrame(info) * component.h; }
 
-int paddedBlocksDown(const JpegInfo& info, const JpegComponent& component) { return mcusDownFrame(info) * component.v; }
+int paddedBlocksDown(const Info& info, const Component& component) { return mcusDownFrame(info) * component.v; }
 
 }

@@ -6,7 +6,7 @@
 
 #include "codec/jpeg/info.h"
 
-namespace qel::codec {
+namespace qel::codec::jpeg {
 
 // One block of an MCU.
 struct McuBlock {
@@ -27,7 +27,7 @@ struct ScanLayout {
 
     // `components` are indices into the frame. A scan of one component has MCUs of one block, and only those blocks
     // that the component itself needs; a scan of several pads all of them to whole MCUs.
-    ScanLayout(const JpegInfo& info, const std::vector<int>& components);
+    ScanLayout(const Info& info, const std::vector<int>& components);
 };
 
 // Of a scan of several components (T.81 B.2.3).
@@ -36,10 +36,10 @@ inline constexpr int kMaxBlocksOfMcu = 10;
 constexpr int blocksFor(int samples) { return (samples + 7) / 8; }
 
 // Sets the sizes of the components from that of the picture and the sampling factors (T.81 A.1.1).
-void setComponentSizes(JpegInfo& info);
+void setComponentSizes(Info& info);
 
 // Blocks of a component in whole MCUs of the frame.
-int paddedBlocksAcross(const JpegInfo& info, const JpegComponent& component);
-int paddedBlocksDown(const JpegInfo& info, const JpegComponent& component);
+int paddedBlocksAcross(const Info& info, const Component& component);
+int paddedBlocksDown(const Info& info, const Component& component);
 
 }

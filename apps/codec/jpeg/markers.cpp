@@ -3,7 +3,7 @@
 
 #include <cstring>
 
-namespace qel::codec {
+namespace qel::codec::jpeg {
 
 size_t findMarker(Bytes file, size_t from)
 {

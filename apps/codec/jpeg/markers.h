@@ -6,7 +6,7 @@
 
 #include "codec/base/fields.h"
 
-namespace qel::codec {
+namespace qel::codec::jpeg {
 
 namespace marker {
 inline constexpr uint8_t kSof0 = 0xC0, kSof1 = 0xC1, kSof2 = 0xC2, kSof3 = 0xC3, kDht = 0xC4, kJpg = 0xC8, kDac = 0xCC,

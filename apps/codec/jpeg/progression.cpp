@@ -4,7 +4,7 @@
 #include <algorithm>
 #include <string>
 
-namespace qel::codec {
+namespace qel::codec::jpeg {
 
 bool Progression::accept(const ScanHeader& scan)
 {

@@ -7,11 +7,11 @@
 
 #include "codec/jpeg/headers.h"
 
-namespace qel::codec {
+namespace qel::codec::jpeg {
 
 class Progression {
 public:
-    explicit Progression(const JpegInfo& info) : low_(info.components.size())
+    explicit Progression(const Info& info) : low_(info.components.size())
     {
         for (auto& component : low_) component.fill(kNothing);
     }

@@ -3,7 +3,7 @@
 
 #include <numeric>
 
-namespace qel::codec {
+namespace qel::codec::jpeg {
 
 int HuffmanLists::count() const { return std::accumulate(bits.begin(), bits.end(), 0); }
 

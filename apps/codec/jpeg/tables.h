@@ -4,7 +4,7 @@
 #include <array>
 #include <cstdint>
 
-namespace qel::codec {
+namespace qel::codec::jpeg {
 
 // kZigzag[k] is the natural (row by row) position of the k-th coefficient of a segment or scan (T.81 Figure A.6).
 inline constexpr std::array<uint8_t, 64> kZigzag = [] {

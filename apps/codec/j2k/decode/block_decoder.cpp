@@ -6,7 +6,7 @@
 #include "codec/base/library.h"
 #include "codec/base/parallel.h"
 
-namespace qel::codec {
+namespace qel::codec::j2k {
 
 namespace {
 
@@ -18,12 +18,12 @@ constexpr int kMaxBlockSamples = 4096;
 int libraryStyle(int style)
 {
     constexpr std::pair<int, int> kBits[] = {
-        {j2k_style::kBypass, JPEG2K_BYPASS},
-        {j2k_style::kReset, JPEG2K_RESET_EVERY_PASS},
-        {j2k_style::kTerminateEvery, JPEG2K_TERMINATE_EVERY_PASS},
-        {j2k_style::kVerticallyCausal, JPEG2K_VERTICALLY_CAUSAL},
-        {j2k_style::kPredictableTermination, JPEG2K_PREDICTABLE_TERMINATION},
-        {j2k_style::kSegmentationSymbols, JPEG2K_SEGMENTATION_SYMBOLS},
+        {style::kBypass, JPEG2K_BYPASS},
+        {style::kReset, JPEG2K_RESET_EVERY_PASS},
+        {style::kTerminateEvery, JPEG2K_TERMINATE_EVERY_PASS},
+        {style::kVerticallyCausal, JPEG2K_VERTICALLY_CAUSAL},
+        {style::kPredictableTermination, JPEG2K_PREDICTABLE_TERMINATION},
+        {style::kSegmentationSymbols, JPEG2K_SEGMENTATION_SYMBOLS},
     };
     // Bits below the last plane stay: they are half of what is not known.
     int mapped = JPEG2K_CONCEAL_ERRORS | JPEG2K_KEEP_LOW_BITS;
@@ -82,18 +82,18 @@ void dequantize(const int32_t* coded, int count, const Scale& scale, float* out)
 }
 
 // (E-3); what the low and high filters add to the range of samples is 0, 1 or 2 bits.
-double stepOf(const J2kBand& band, int precision)
+double stepOf(const Band& band, int precision)
 {
-    int gain = band.kind == J2kBandKind::ll ? 0 : band.kind == J2kBandKind::hh ? 2 : 1;
+    int gain = band.kind == BandKind::ll ? 0 : band.kind == BandKind::hh ? 2 : 1;
     return std::ldexp(1 + band.step.mantissa / 2048.0, precision + gain - band.step.exponent);
 }
 
 // All segments of a block in one piece.
 class CodedBytes {
 public:
-    explicit CodedBytes(const J2kCodeBlock& block)
+    explicit CodedBytes(const CodeBlock& block)
     {
-        for (const J2kCodeSegment& segment : block.segments) lengths.push_back(segment.length);
+        for (const CodeSegment& segment : block.segments) lengths.push_back(segment.length);
         if (block.data.size() == 1) {
             start = block.data[0].data();
             return;
@@ -111,21 +111,21 @@ private:
 };
 
 struct PlacedBlock {
-    const J2kBand* band;
-    const J2kCodeBlock* block;
+    const Band* band;
+    const CodeBlock* block;
 };
 
 template <class T> class BlockDecoder {
 public:
     static constexpr bool kIsReversible = std::is_same_v<T, int32_t>;
 
-    BlockDecoder(const J2kTileComponent& component, int precision, J2kBlockFaults& faults)
+    BlockDecoder(const TileComponent& component, int precision, BlockFaults& faults)
         : component_(component), precision_(precision), style_(libraryStyle(component.coding.style)), faults_(faults)
     {}
 
-    void decode(const PlacedBlock& placed, J2kPlane<T>& plane) const
+    void decode(const PlacedBlock& placed, Plane<T>& plane) const
     {
-        const J2kCodeBlock& block = *placed.block;
+        const CodeBlock& block = *placed.block;
         int planes = placed.band->bitPlanes - block.zeroBitPlanes;
         if (kIsReversible && planes - component_.roiShift > kMagnitudeBits) {
             ++faults_.tooDeep;
@@ -141,7 +141,7 @@ public:
     }
 
 private:
-    void decode(const J2kCodeBlock& block, J2kBandKind kind, int planes, int32_t* coded) const
+    void decode(const CodeBlock& block, BandKind kind, int planes, int32_t* coded) const
     {
         QelSize size = {block.width, block.height};
         int bytes = 0;
@@ -158,23 +158,22 @@ private:
             check(status);
     }
 
-    const J2kTileComponent& component_;
+    const TileComponent& component_;
     int precision_, style_;
-    J2kBlockFaults& faults_;
+    BlockFaults& faults_;
 };
 
 }
 
-template <class T> J2kSubbands<T> decodeJ2kBlocks(const J2kTileComponent& component, int precision, int reduce,
-                                                  int threads, J2kBlockFaults& faults,
-                                                  const std::function<void(uint64_t)>& blockDone)
+template <class T> Subbands<T> decodeBlocks(const TileComponent& component, int precision, int reduce, int threads,
+                                            BlockFaults& faults, const std::function<void(uint64_t)>& blockDone)
 {
     int levels = component.coding.levels;
     reduce = std::min(reduce, levels);
-    J2kSubbands<T> bands(resolutionRect(component.rect, reduce), levels - reduce, J2kPlane<T>::Fill::zero);
+    Subbands<T> bands(resolutionRect(component.rect, reduce), levels - reduce, Plane<T>::Fill::zero);
     std::vector<PlacedBlock> blocks;
     for (int r = 0; r <= levels - reduce; ++r)
-        component.resolutions[size_t(r)].forCodedBlocks([&](const J2kBand& band, const J2kCodeBlock& block) {
+        component.resolutions[size_t(r)].forCodedBlocks([&](const Band& band, const CodeBlock& block) {
             blocks.push_back({&band, &block});
         });
     BlockDecoder<T> decoder(component, precision, faults);
@@ -186,9 +185,9 @@ template <class T> J2kSubbands<T> decodeJ2kBlocks(const J2kTileComponent& compon
     return bands;
 }
 
-template J2kSubbands<int32_t> decodeJ2kBlocks(const J2kTileComponent&, int, int, int, J2kBlockFaults&,
-                                              const std::function<void(uint64_t)>&);
-template J2kSubbands<float> decodeJ2kBlocks(const J2kTileComponent&, int, int, int, J2kBlockFaults&,
-                                            const std::function<void(uint64_t)>&);
+template Subbands<int32_t> decodeBlocks(const TileComponent&, int, int, int, BlockFaults&,
+                                        const std::function<void(uint64_t)>&);
+template Subbands<float> decodeBlocks(const TileComponent&, int, int, int, BlockFaults&,
+                                      const std::function<void(uint64_t)>&);
 
 }

@@ -7,10 +7,10 @@
 #include "codec/j2k/tile.h"
 #include "codec/j2k/wavelet.h"
 
-namespace qel::codec {
+namespace qel::codec::j2k {
 
 // Code-blocks of a tile that could not be decoded in full.
-struct J2kBlockFaults {
+struct BlockFaults {
     std::atomic<int> damaged = 0; // and concealed
     std::atomic<int> tooDeep = 0; // for 32 bits, and left out
 };
@@ -18,8 +18,7 @@ struct J2kBlockFaults {
 // The coefficients of the resolution that `reduce` levels are left out of, no more than the component has: int32_t for
 // the reversible wavelet, else float in units of samples of `precision` bits. blockDone(samples) is called by any
 // thread.
-template <class T> J2kSubbands<T> decodeJ2kBlocks(const J2kTileComponent& component, int precision, int reduce,
-                                                  int threads, J2kBlockFaults& faults,
-                                                  const std::function<void(uint64_t)>& blockDone);
+template <class T> Subbands<T> decodeBlocks(const TileComponent& component, int precision, int reduce, int threads,
+                                            BlockFaults& faults, const std::function<void(uint64_t)>& blockDone);
 
 }

@@ -9,7 +9,7 @@
 #include "codec/base/library.h"
 #include "codec/base/parallel.h"
 
-namespace qel::codec {
+namespace qel::codec::j2k {
 
 namespace {
 
@@ -17,7 +17,7 @@ constexpr int kMaxPrecision = 16;
 
 // A component, or a column of the palette chosen by it.
 struct Channel {
-    const J2kSamples* samples;
+    const Samples* samples;
     const Jp2Palette* palette = nullptr;
     size_t column = 0;
 
@@ -28,13 +28,13 @@ enum class Space { grey, rgb, ycc, cmyk };
 
 size_t coloursOf(Space space) { return space == Space::grey ? 1 : space == Space::cmyk ? 4 : 3; }
 
-std::vector<Channel> channelsOf(const J2kImage& image, const std::optional<Jp2File>& jp2)
+std::vector<Channel> channelsOf(const Image& image, const std::optional<Jp2File>& jp2)
 {
     std::vector<Channel> channels;
     if (jp2 && jp2->palette) {
         for (const Jp2Channel& channel : jp2->channels) {
             if (size_t(channel.component) >= image.components.size()) continue;
-            const J2kSamples* samples = &image.components[size_t(channel.component)];
+            const Samples* samples = &image.components[size_t(channel.component)];
             if (channel.column)
                 channels.push_back({samples, &*jp2->palette, size_t(*channel.column)});
             else
@@ -42,7 +42,7 @@ std::vector<Channel> channelsOf(const J2kImage& image, const std::optional<Jp2Fi
         }
         if (!channels.empty()) return channels;
     }
-    for (const J2kSamples& samples : image.components) channels.push_back({&samples});
+    for (const Samples& samples : image.components) channels.push_back({&samples});
     return channels;
 }
 
@@ -102,7 +102,7 @@ Space spaceOf(const std::vector<Channel>& colours, const std::optional<Jp2File>&
 class ChannelRows {
 public:
     // The picture has a sample at every dx-th column and dy-th row of the reduced reference grid, in `rect`.
-    ChannelRows(const Channel& channel, const J2kRect& rect, uint32_t dx, uint32_t dy, int precision)
+    ChannelRows(const Channel& channel, const Rect& rect, uint32_t dx, uint32_t dy, int precision)
         : samples_(*channel.samples), rect_(rect), dy_(dy)
     {
         if (samples_.rect != rect || samples_.dx != dx)
@@ -160,8 +160,8 @@ private:
         return lookup_[size_t(std::clamp(sample, 0, int32_t(lookup_.size()) - 1))];
     }
 
-    const J2kSamples& samples_;
-    J2kRect rect_;
+    const Samples& samples_;
+    Rect rect_;
     uint32_t dy_;
     std::vector<uint32_t> columns_; // of each column of the picture, unless it is the same one
     std::vector<uint32_t> lookup_;  // by the index in a palette
@@ -215,8 +215,7 @@ ColourSpace shown(Space space)
 
 }
 
-Picture pictureOf(const J2kImage& image, const J2kRect& area, int reduce, const std::optional<Jp2File>& jp2,
-                  Warnings& notes)
+Picture pictureOf(const Image& image, const Rect& area, int reduce, const std::optional<Jp2File>& jp2, Warnings& notes)
 {
     std::vector<Channel> channels = channelsOf(image, jp2), colours = coloursAmong(channels, jp2);
     Space space = spaceOf(colours, jp2);
@@ -229,7 +228,7 @@ Picture pictureOf(const J2kImage& image, const J2kRect& area, int reduce, const 
     uint32_t dy = least([](const Channel& channel) { return channel.samples->dy; });
     int precision = std::min(std::ranges::max_element(colours, {}, &Channel::precision)->precision(), kMaxPrecision);
     if (space == Space::ycc) precision = 8;
-    J2kRect rect = resolutionRect(subsampled(area, dx, dy), reduce);
+    Rect rect = resolutionRect(subsampled(area, dx, dy), reduce);
     for (const Channel& channel : colours)
         if (channel.samples->rect.isEmpty()) throw CodecError("a channel has no samples at this resolution");
     Picture picture(int(rect.width()), int(rect.height()), shown(space), precision);

@@ -8,14 +8,13 @@
 #include "codec/j2k/boxes.h"
 #include "codec/j2k/decode/components.h"
 
-namespace qel::codec {
+namespace qel::codec::j2k {
 
 // `jp2` is nothing for a bare codestream, whose components are grey or RGB by their number, and YCbCr if the second and
 // third are smaller than the first. Subsampled components are replicated, sYCC becomes RGB of 8 bits, signed samples
 // are shifted up to begin at 0, more than 16 bits become 16, and channels of different precision get that of the
 // deepest. Opacity and other channels that are no colours are left out, which a note says. Throws CodecError for a
 // picture that is too large.
-Picture pictureOf(const J2kImage& image, const J2kRect& area, int reduce, const std::optional<Jp2File>& jp2,
-                  Warnings& notes);
+Picture pictureOf(const Image& image, const Rect& area, int reduce, const std::optional<Jp2File>& jp2, Warnings& notes);
 
 }

@@ -4,7 +4,7 @@
 #include <algorithm>
 #include <string>
 
-namespace qel::codec {
+namespace qel::codec::j2k {
 
 namespace {
 
@@ -28,31 +28,31 @@ void append(const PackedHeaders& packed, std::vector<uint8_t>& all)
 
 }
 
-J2kCodestream::J2kCodestream(Bytes file, size_t begin, size_t end) : file_(file.first(end))
+Codestream::Codestream(Bytes file, size_t begin, size_t end) : file_(file.first(end))
 {
     readTileParts(readMainHeader(begin));
     sortTileParts();
     if (tileParts_.empty()) throw CodecError("the codestream holds no tile", file_.size());
 }
 
-void J2kCodestream::warn(const std::string& what, size_t position)
+void Codestream::warn(const std::string& what, size_t position)
 {
     warnings_.push_back(what + " (at byte " + std::to_string(position) + ")");
 }
 
 // Returns the position of the first SOT.
-size_t J2kCodestream::readMainHeader(size_t at)
+size_t Codestream::readMainHeader(size_t at)
 {
-    if (!isJ2kMarker(file_, at, j2k_marker::kSoc)) throw CodecError("not a JPEG 2000 codestream", at);
-    Segment segment = readJ2kSegment(file_, at + 2);
-    if (segment.code != j2k_marker::kSiz) throw CodecError("no SIZ at the beginning", segment.position);
-    size_ = readJ2kSize(segment);
+    if (!isMarker(file_, at, marker::kSoc)) throw CodecError("not a JPEG 2000 codestream", at);
+    Segment segment = readSegment(file_, at + 2);
+    if (segment.code != marker::kSiz) throw CodecError("no SIZ at the beginning", segment.position);
+    size_ = readSize(segment);
     PackedHeaders packed;
     for (;;) {
-        segment = readJ2kSegment(file_, segment.end);
-        if (segment.code == j2k_marker::kSot) break;
-        if (segment.code == j2k_marker::kEoc) throw CodecError("the codestream holds no tile", segment.position);
-        if (segment.code == j2k_marker::kPpm) collect(segment, "PPM", packed);
+        segment = readSegment(file_, segment.end);
+        if (segment.code == marker::kSot) break;
+        if (segment.code == marker::kEoc) throw CodecError("the codestream holds no tile", segment.position);
+        if (segment.code == marker::kPpm) collect(segment, "PPM", packed);
         parameters_.read(segment, size_);
     }
     if (!parameters_.style) throw CodecError("COD is missing", segment.position);
@@ -63,7 +63,7 @@ size_t J2kCodestream::readMainHeader(size_t at)
 }
 
 // One tile-part after the other has the number of bytes of its packets' headers, and these (T.800 A.7.4).
-void J2kCodestream::splitPackedHeaders()
+void Codestream::splitPackedHeaders()
 {
     for (Bytes rest = packedHeaders_; !rest.empty();) {
         uint64_t length = rest.size() < 4 ? UINT64_MAX : Fields(rest, 0, "PPM").u32();
@@ -77,15 +77,15 @@ void J2kCodestream::splitPackedHeaders()
 }
 
 // What is damaged behind the first tile-part costs only what comes later.
-void J2kCodestream::readTileParts(size_t at)
+void Codestream::readTileParts(size_t at)
 {
     size_t count = 0;
     try {
         for (;; ++count) {
-            Segment segment = readJ2kSegment(file_, at);
-            if (segment.code == j2k_marker::kEoc) return;
-            if (segment.code != j2k_marker::kSot) throw CodecError("no tile-part where one must begin", at);
-            J2kTilePart part = readTilePart(segment, at);
+            Segment segment = readSegment(file_, at);
+            if (segment.code == marker::kEoc) return;
+            if (segment.code != marker::kSot) throw CodecError("no tile-part where one must begin", at);
+            TilePart part = readTilePart(segment, at);
             if (count < packedParts_.size()) part.packetHeaders = packedParts_[count];
             tileParts_[part.tile].push_back(part);
             if (part.isCut) return warn("the file ends inside a tile-part of tile " + std::to_string(part.tile), at);
@@ -97,18 +97,18 @@ void J2kCodestream::readTileParts(size_t at)
 }
 
 // Position of the last EOC from `from` on, or the end of the file. No packet has such bytes.
-size_t J2kCodestream::lastEoc(size_t from) const
+size_t Codestream::lastEoc(size_t from) const
 {
     for (size_t at = file_.size(); at-- > from;)
-        if (isJ2kMarker(file_, at, j2k_marker::kEoc)) return at;
+        if (isMarker(file_, at, marker::kEoc)) return at;
     return file_.size();
 }
 
 // Sets `at` to where the next one begins.
-J2kTilePart J2kCodestream::readTilePart(const Segment& start, size_t& at)
+TilePart Codestream::readTilePart(const Segment& start, size_t& at)
 {
     Fields fields(start, "SOT");
-    J2kTilePart part;
+    TilePart part;
     part.position = start.position;
     part.tile = uint32_t(fields.u16());
     size_t length = fields.u32();
@@ -123,8 +123,8 @@ J2kTilePart J2kCodestream::readTilePart(const Segment& start, size_t& at)
     if (length == 0) end = lastEoc(start.end);
     if (length != 0 && !part.isCut) end = start.position + length;
     Segment segment = start;
-    do segment = readJ2kSegment(file_.first(end), segment.end);
-    while (segment.code != j2k_marker::kSod);
+    do segment = readSegment(file_.first(end), segment.end);
+    while (segment.code != marker::kSod);
     part.header = file_.subspan(start.end, segment.position - start.end);
     part.body = file_.subspan(segment.end, end - segment.end);
     at = end;
@@ -132,15 +132,15 @@ J2kTilePart J2kCodestream::readTilePart(const Segment& start, size_t& at)
 }
 
 // The tile-parts of a tile may be stored in any order here, but a gap hides what comes behind it, and so does a cut.
-void J2kCodestream::sortTileParts()
+void Codestream::sortTileParts()
 {
     for (auto tile = tileParts_.begin(); tile != tileParts_.end();) {
-        std::vector<J2kTilePart>& parts = tile->second;
-        std::ranges::stable_sort(parts, {}, &J2kTilePart::index);
+        std::vector<TilePart>& parts = tile->second;
+        std::ranges::stable_sort(parts, {}, &TilePart::index);
         size_t kept = 0;
         auto follows = [&] { return parts[kept].index == int(kept) && (kept == 0 || !parts[kept - 1].isCut); };
         while (kept < parts.size() && follows()) ++kept;
-        int count = std::ranges::max(parts, {}, &J2kTilePart::count).count;
+        int count = std::ranges::max(parts, {}, &TilePart::count).count;
         if (kept < parts.size() || int(kept) < count)
             warn("tile-part " + std::to_string(kept) + " of tile " + std::to_string(tile->first) + " is missing",
                  kept < parts.size() ? parts[kept].position : file_.size());
@@ -149,16 +149,16 @@ void J2kCodestream::sortTileParts()
     }
 }
 
-J2kTileHeader J2kCodestream::tileHeader(uint32_t tile) const
+TileHeader Codestream::tileHeader(uint32_t tile) const
 {
-    J2kTileHeader header;
-    for (const J2kTilePart& part : tileParts_.at(tile)) {
+    TileHeader header;
+    for (const TilePart& part : tileParts_.at(tile)) {
         append({{0, part.packetHeaders}}, header.packetHeaders);
         PackedHeaders packed;
         size_t end = positionOf(part.header.data()) + part.header.size();
         for (size_t at = end - part.header.size(); at < end;) {
-            Segment segment = readJ2kSegment(file_.first(end), at);
-            if (segment.code == j2k_marker::kPpt) collect(segment, "PPT", packed);
+            Segment segment = readSegment(file_.first(end), at);
+            if (segment.code == marker::kPpt) collect(segment, "PPT", packed);
             header.parameters.read(segment, size_);
             at = segment.end;
         }

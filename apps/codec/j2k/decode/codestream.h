@@ -6,9 +6,9 @@
 
 #include "codec/j2k/headers.h"
 
-namespace qel::codec {
+namespace qel::codec::j2k {
 
-struct J2kTilePart {
+struct TilePart {
     uint32_t tile = 0;
     int index = 0; // among the tile-parts of its tile
     int count = 0; // of tile-parts of its tile; 0 where it is not told
@@ -20,27 +20,27 @@ struct J2kTilePart {
 };
 
 // What all tile-part headers of a tile say.
-struct J2kTileHeader {
-    J2kParameters parameters;
+struct TileHeader {
+    Parameters parameters;
     std::vector<uint8_t> packetHeaders; // of its packets, where headers have them
 };
 
-class J2kCodestream {
+class Codestream {
 public:
     // Reads the part of the file from byte `begin` on, up to `end`. Throws CodecError for a bad main header, and where
     // there is no tile that begins. The bytes have to live on.
-    J2kCodestream(Bytes file, size_t begin, size_t end);
-    J2kCodestream(const J2kCodestream&) = delete;
-    J2kCodestream& operator=(const J2kCodestream&) = delete;
+    Codestream(Bytes file, size_t begin, size_t end);
+    Codestream(const Codestream&) = delete;
+    Codestream& operator=(const Codestream&) = delete;
 
     size_t bytes() const { return file_.size(); }
-    const J2kSize& size() const { return size_; }
-    const J2kParameters& parameters() const { return parameters_; } // of the main header
+    const Size& size() const { return size_; }
+    const Parameters& parameters() const { return parameters_; } // of the main header
     bool hasPackedHeaders() const { return !packedHeaders_.empty(); }
     // By tile, and then in the order of their index without gaps; a tile of which the first is missing is not there.
-    const std::map<uint32_t, std::vector<J2kTilePart>>& tileParts() const { return tileParts_; }
+    const std::map<uint32_t, std::vector<TilePart>>& tileParts() const { return tileParts_; }
     // Of a tile that is there. Throws CodecError for damaged headers.
-    J2kTileHeader tileHeader(uint32_t tile) const;
+    TileHeader tileHeader(uint32_t tile) const;
     size_t positionOf(const uint8_t* byte) const { return size_t(byte - file_.data()); }
     // Damage that was survived.
     const Warnings& warnings() const { return warnings_; }
@@ -51,15 +51,15 @@ private:
     void readTileParts(size_t at);
     void sortTileParts();
     size_t lastEoc(size_t from) const;
-    J2kTilePart readTilePart(const Segment& start, size_t& at);
+    TilePart readTilePart(const Segment& start, size_t& at);
     void warn(const std::string& what, size_t position);
 
     Bytes file_; // up to the end of the codestream
-    J2kSize size_;
-    J2kParameters parameters_;
+    Size size_;
+    Parameters parameters_;
     std::vector<uint8_t> packedHeaders_;
     std::vector<Bytes> packedParts_; // of one tile-part after the other
-    std::map<uint32_t, std::vector<J2kTilePart>> tileParts_;
+    std::map<uint32_t, std::vector<TilePart>> tileParts_;
     Warnings warnings_;
 };
 

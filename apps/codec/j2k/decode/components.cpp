@@ -9,7 +9,7 @@
 #include "codec/base/parallel.h"
 #include "codec/j2k/decode/tile_decoder.h"
 
-namespace qel::codec {
+namespace qel::codec::j2k {
 
 namespace {
 
@@ -24,28 +24,24 @@ constexpr uint32_t kRowOverhead = 32;
 // Tiles of fewer samples are decoded several at once.
 constexpr uint64_t kLargeTile = 1 << 20;
 
-std::string sizeText(const J2kRect& rect)
-{
-    return std::to_string(rect.width()) + " x " + std::to_string(rect.height());
-}
+std::string sizeText(const Rect& rect) { return std::to_string(rect.width()) + " x " + std::to_string(rect.height()); }
 
 // Component transforms take the first three together.
-bool isNeeded(const J2kCodestream& codestream, size_t c, const J2kDecodeOptions& options,
-              std::optional<size_t> component)
+bool isNeeded(const Codestream& codestream, size_t c, const DecodeOptions& options, std::optional<size_t> component)
 {
     if (!component || c == *component) return true;
     return options.transformComponents && c < 3 && *component < 3 && codestream.size().components.size() >= 3;
 }
 
-void checkSize(const J2kImage& image, const J2kCodestream& codestream, const J2kDecodeOptions& options)
+void checkSize(const Image& image, const Codestream& codestream, const DecodeOptions& options)
 {
-    const J2kRect& picture = codestream.size().picture;
+    const Rect& picture = codestream.size().picture;
     uint64_t limit = std::min<uint64_t>(kMaxSamples + kMaxSamplesPerByte * codestream.bytes(), SIZE_MAX / 16);
     uint64_t samples = 0;
-    auto taken = [](const J2kRect& rect) { return (uint64_t(rect.width()) + kRowOverhead) * rect.height(); };
+    auto taken = [](const Rect& rect) { return (uint64_t(rect.width()) + kRowOverhead) * rect.height(); };
     bool fits = resolutionRect(picture, options.reduce).area() <= options.maxPixels &&
                 std::max(picture.width(), picture.height()) <= kMaxSide;
-    for (const J2kSamples& component : image.components) {
+    for (const Samples& component : image.components) {
         fits = fits && taken(component.rect) <= limit - samples;
         if (fits) samples += taken(component.rect);
     }
@@ -55,15 +51,15 @@ void checkSize(const J2kImage& image, const J2kCodestream& codestream, const J2k
         throw CodecError("more tiles and components than the file has data for");
 }
 
-J2kImage makeImage(const J2kCodestream& codestream, const J2kDecodeOptions& options, std::optional<size_t> component)
+Image makeImage(const Codestream& codestream, const DecodeOptions& options, std::optional<size_t> component)
 {
-    const J2kSize& size = codestream.size();
+    const Size& size = codestream.size();
     if (component && *component >= size.components.size())
         throw CodecError("the picture has " + std::to_string(size.components.size()) + " components");
-    J2kImage image;
+    Image image;
     for (size_t c = 0; c < size.components.size(); ++c) {
-        const J2kComponent& coded = size.components[c];
-        J2kSamples& samples = image.components.emplace_back();
+        const Component& coded = size.components[c];
+        Samples& samples = image.components.emplace_back();
         samples.precision = coded.precision;
         samples.isSigned = coded.isSigned;
         samples.dx = coded.dx;
@@ -74,18 +70,18 @@ J2kImage makeImage(const J2kCodestream& codestream, const J2kDecodeOptions& opti
             throw CodecError("samples of " + std::to_string(coded.precision) + " bits are not supported");
     }
     checkSize(image, codestream, options);
-    for (J2kSamples& samples : image.components)
+    for (Samples& samples : image.components)
         if (!samples.rect.isEmpty())
-            samples.plane = {samples.rect.width(), samples.rect.height(), J2kPlane<int32_t>::Fill::none};
+            samples.plane = {samples.rect.width(), samples.rect.height(), Plane<int32_t>::Fill::none};
     return image;
 }
 
 // The samples of a tile that is not there.
-void fillTile(const J2kSize& size, uint32_t tile, int reduce, J2kImage& image)
+void fillTile(const Size& size, uint32_t tile, int reduce, Image& image)
 {
-    for (J2kSamples& samples : image.components) {
+    for (Samples& samples : image.components) {
         if (samples.rect.isEmpty()) continue;
-        J2kRect rect = resolutionRect(subsampled(size.tile(tile), samples.dx, samples.dy), reduce);
+        Rect rect = resolutionRect(subsampled(size.tile(tile), samples.dx, samples.dy), reduce);
         int32_t middle = samples.isSigned ? 0 : int32_t(1) << (samples.precision - 1);
         for (uint32_t y = rect.y0; y < rect.y1; ++y)
             std::fill_n(samples.plane.row(y - samples.rect.y0) + rect.x0 - samples.rect.x0, rect.width(), middle);
@@ -95,9 +91,9 @@ void fillTile(const J2kSize& size, uint32_t tile, int reduce, J2kImage& image)
 // Tells how far the work is, in samples. Threads that find another one telling it do not wait.
 class Progress {
 public:
-    Progress(const J2kImage& image, const std::function<void(double)>& callback) : callback_(callback)
+    Progress(const Image& image, const std::function<void(double)>& callback) : callback_(callback)
     {
-        for (const J2kSamples& samples : image.components) all_ += samples.rect.area();
+        for (const Samples& samples : image.components) all_ += samples.rect.area();
     }
     void add(uint64_t samples)
     {
@@ -115,13 +111,12 @@ private:
 
 }
 
-J2kImage decodeJ2kComponents(const J2kCodestream& codestream, const J2kDecodeOptions& options,
-                             std::optional<size_t> component)
+Image decodeComponents(const Codestream& codestream, const DecodeOptions& options, std::optional<size_t> component)
 {
-    const J2kSize& size = codestream.size();
-    J2kImage image = makeImage(codestream, options, component);
+    const Size& size = codestream.size();
+    Image image = makeImage(codestream, options, component);
     Progress progress(image, options.progress);
-    int tiles = int(size.tiles()), threads = threadsForJ2k(size.picture.area());
+    int tiles = int(size.tiles()), threads = threadsForSamples(size.picture.area());
     bool areSmall = tiles > 1 && size.firstTile.area() * size.components.size() < kLargeTile;
     std::vector<Warnings> warnings(size_t(tiles) + 1);
     std::vector<char> isDone(size_t(tiles), false);
@@ -129,8 +124,8 @@ J2kImage decodeJ2kComponents(const J2kCodestream& codestream, const J2kDecodeOpt
         Warnings& ofTile = warnings[size_t(tile)];
         try {
             if (codestream.tileParts().contains(uint32_t(tile))) {
-                decodeJ2kTile(codestream, uint32_t(tile), options, areSmall ? 1 : threads, image.components, ofTile,
-                              [&](uint64_t samples) { progress.add(samples); });
+                decodeTile(codestream, uint32_t(tile), options, areSmall ? 1 : threads, image.components, ofTile,
+                           [&](uint64_t samples) { progress.add(samples); });
                 isDone[size_t(tile)] = true;
                 return;
             }

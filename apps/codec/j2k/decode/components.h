@@ -8,9 +8,9 @@
 #include "codec/j2k/decode/file.h"
 #include "codec/j2k/plane.h"
 
-namespace qel::codec {
+namespace qel::codec::j2k {
 
-struct J2kDecodeOptions {
+struct DecodeOptions {
     int reduce = 0;                  // highest resolutions to leave out: each halves the picture
     int layers = 65535;              // of quality, to be decoded at most
     bool transformComponents = true; // undo the component transform
@@ -20,22 +20,22 @@ struct J2kDecodeOptions {
 };
 
 // Of one component; where it lies divides the reference grid by dx, dy and the reduction.
-struct J2kSamples {
+struct Samples {
     int precision = 8;
     bool isSigned = false;
     uint32_t dx = 1, dy = 1;
-    J2kRect rect;
-    J2kPlane<int32_t> plane;
+    Rect rect;
+    Plane<int32_t> plane;
 };
 
-struct J2kImage {
-    std::vector<J2kSamples> components; // those that were not asked for have no samples
-    Warnings warnings;                  // damage that was survived
+struct Image {
+    std::vector<Samples> components; // those that were not asked for have no samples
+    Warnings warnings;               // damage that was survived
 };
 
 // All components, or only one. Throws CodecError where nothing can be decoded, and for pictures that are too large,
 // before memory is taken for them. What is missing is grey, or whatever the data that is there makes of it.
-J2kImage decodeJ2kComponents(const J2kCodestream& codestream, const J2kDecodeOptions& options,
-                             std::optional<size_t> component = {});
+Image decodeComponents(const Codestream& codestream, const DecodeOptions& options,
+                       std::optional<size_t> component = {});
 
 }

@@ -3,12 +3,12 @@
 
 #include <string>
 
-namespace qel::codec {
+namespace qel::codec::j2k {
 
 namespace {
 
 // The codestream is right where the boxes say otherwise.
-void compare(const Jp2File& jp2, const J2kSize& size, Warnings& warnings)
+void compare(const Jp2File& jp2, const Size& size, Warnings& warnings)
 {
     if (jp2.components == 0) return;
     if (jp2.width != size.picture.width() || jp2.height != size.picture.height())
@@ -23,12 +23,12 @@ void compare(const Jp2File& jp2, const J2kSize& size, Warnings& warnings)
 
 bool isJpeg2000(Bytes file)
 {
-    return isJp2(file) || (isJ2kMarker(file, 0, j2k_marker::kSoc) && isJ2kMarker(file, 2, j2k_marker::kSiz));
+    return isJp2(file) || (isMarker(file, 0, marker::kSoc) && isMarker(file, 2, marker::kSiz));
 }
 
-J2kFile openJ2k(Bytes file)
+File open(Bytes file)
 {
-    J2kFile opened;
+    File opened;
     size_t begin = 0, end = file.size();
     if (isJp2(file)) {
         const Jp2File& jp2 = opened.jp2.emplace(readJp2(file));
@@ -36,20 +36,20 @@ J2kFile openJ2k(Bytes file)
         end = jp2.codestreamEnd;
         opened.warnings = jp2.warnings;
     }
-    opened.codestream = std::make_unique<J2kCodestream>(file, begin, end);
+    opened.codestream = std::make_unique<Codestream>(file, begin, end);
     const Warnings& more = opened.codestream->warnings();
     opened.warnings.insert(opened.warnings.end(), more.begin(), more.end());
     if (opened.jp2) compare(*opened.jp2, opened.codestream->size(), opened.warnings);
     return opened;
 }
 
-const char* nameOf(J2kOrder order)
+const char* nameOf(Order order)
 {
     const char* names[] = {"LRCP", "RLCP", "RPCL", "PCRL", "CPRL"};
     return names[int(order)];
 }
 
-const char* nameOf(J2kQuantizer quantizer)
+const char* nameOf(Quantizer quantizer)
 {
     const char* names[] = {"none", "derived", "expounded"};
     return names[int(quantizer)];

@@ -7,11 +7,11 @@
 #include "codec/j2k/boxes.h"
 #include "codec/j2k/decode/codestream.h"
 
-namespace qel::codec {
+namespace qel::codec::j2k {
 
-struct J2kFile {
+struct File {
     std::optional<Jp2File> jp2; // nothing for a bare codestream
-    std::unique_ptr<J2kCodestream> codestream;
+    std::unique_ptr<Codestream> codestream;
     Warnings warnings; // of both, and where they disagree
 };
 
@@ -20,9 +20,9 @@ bool isJpeg2000(Bytes file);
 
 // Reads the boxes, the main header and the list of tile-parts. Throws CodecError where there is no picture to be read.
 // The bytes have to live on.
-J2kFile openJ2k(Bytes file);
+File open(Bytes file);
 
-const char* nameOf(J2kOrder order);
-const char* nameOf(J2kQuantizer quantizer);
+const char* nameOf(Order order);
+const char* nameOf(Quantizer quantizer);
 
 }

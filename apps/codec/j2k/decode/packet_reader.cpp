@@ -9,7 +9,7 @@
 #include "codec/j2k/packet_bits.h"
 #include "codec/j2k/progression.h"
 
-namespace qel::codec {
+namespace qel::codec::j2k {
 
 namespace {
 
@@ -19,13 +19,13 @@ constexpr uint64_t kVisitsPerByte = 32, kVisitsPerBlock = 32;
 constexpr uint64_t kMaxBlocks = 1 << 22;
 // What a packet has for a code-block: passes of one segment.
 struct Contribution {
-    J2kCodeBlock* block;
+    CodeBlock* block;
     uint32_t passes, length;
     bool beginsSegment;
 };
 
 // Table B.4.
-int readPasses(J2kPacketBits& bits)
+int readPasses(PacketBits& bits)
 {
     if (!bits.bit()) return 1;
     if (!bits.bit()) return 2;
@@ -36,29 +36,29 @@ int readPasses(J2kPacketBits& bits)
 
 class PacketReader {
 public:
-    PacketReader(const J2kCodestream& codestream, const J2kReadOptions& options, Bytes packedHeaders, J2kTile& tile);
+    PacketReader(const Codestream& codestream, const ReadOptions& options, Bytes packedHeaders, Tile& tile);
 
     // Reads the packets of a progression; false when there is nothing left to be read.
-    bool read(const J2kProgression& progression);
+    bool read(const Progression& progression);
     void checkEnd();
 
 private:
-    bool readPacket(const J2kPacketPlace& place, int layer);
+    bool readPacket(const PacketPlace& place, int layer);
     bool atEnd();
     void skipSop();
-    void readHeader(const J2kPacketPlace& place, int layer);
-    void readHeader(J2kPacketBits& bits, const J2kPacketPlace& place, int layer);
-    void readBlock(J2kPacketBits& bits, const J2kBand& band, J2kPrecinctBand& part, size_t index, int layer);
-    void readLengths(J2kPacketBits& bits, J2kCodeBlock& block, J2kBlockState& state, int passes);
-    void makeBlocks(const J2kResolution& resolution, J2kPrecinct& precinct, size_t index);
+    void readHeader(const PacketPlace& place, int layer);
+    void readHeader(PacketBits& bits, const PacketPlace& place, int layer);
+    void readBlock(PacketBits& bits, const Band& band, PrecinctBand& part, size_t index, int layer);
+    void readLengths(PacketBits& bits, CodeBlock& block, BlockState& state, int passes);
+    void makeBlocks(const Resolution& resolution, Precinct& precinct, size_t index);
     void takeBody(bool isWanted);
-    bool isWanted(const J2kPacketPlace& place, int layer) const;
+    bool isWanted(const PacketPlace& place, int layer) const;
     [[noreturn]] void fail(const std::string& what) const;
 
-    const J2kCodestream& codestream_;
-    const J2kReadOptions& options_;
-    J2kTile& tile_;
-    const std::vector<J2kTilePart>& parts_;
+    const Codestream& codestream_;
+    const ReadOptions& options_;
+    Tile& tile_;
+    const std::vector<TilePart>& parts_;
     const bool arePacked_;
     Bytes headers_, body_; // what is left of the packed headers, and of the current tile-part
     size_t part_ = 0;
@@ -67,22 +67,21 @@ private:
     std::vector<Contribution> contributions_; // of the current packet
 };
 
-PacketReader::PacketReader(const J2kCodestream& codestream, const J2kReadOptions& options, Bytes packedHeaders,
-                           J2kTile& tile)
+PacketReader::PacketReader(const Codestream& codestream, const ReadOptions& options, Bytes packedHeaders, Tile& tile)
     : codestream_(codestream), options_(options), tile_(tile), parts_(codestream.tileParts().at(tile.index)),
       arePacked_(codestream.hasPackedHeaders() || !packedHeaders.empty()), headers_(packedHeaders),
       body_(parts_[0].body)
 {
     size_t bytes = headers_.size();
-    for (const J2kTilePart& part : parts_) bytes += part.body.size();
+    for (const TilePart& part : parts_) bytes += part.body.size();
     visits_ = kVisitsPerByte * bytes;
 }
 
 void PacketReader::fail(const std::string& what) const { throw CodecError(what, codestream_.positionOf(body_.data())); }
 
-bool PacketReader::read(const J2kProgression& progression)
+bool PacketReader::read(const Progression& progression)
 {
-    return forJ2kPackets(codestream_.size(), tile_, progression, [this](const J2kPacketPlace& place, int layer) {
+    return forPackets(codestream_.size(), tile_, progression, [this](const PacketPlace& place, int layer) {
         if (!readPacket(place, layer)) return false;
         ++tile_.components[place.component].resolutions[place.resolution].precincts[place.precinct].layersRead;
         ++tile_.packetsRead;
@@ -97,7 +96,7 @@ bool PacketReader::atEnd()
     return arePacked_ ? headers_.empty() : body_.empty();
 }
 
-bool PacketReader::readPacket(const J2kPacketPlace& place, int layer)
+bool PacketReader::readPacket(const PacketPlace& place, int layer)
 {
     if (atEnd()) return false;
     skipSop();
@@ -110,54 +109,54 @@ bool PacketReader::readPacket(const J2kPacketPlace& place, int layer)
 // otherwise.
 void PacketReader::skipSop()
 {
-    if (!isJ2kMarker(body_, 0, j2k_marker::kSop)) return;
-    Segment segment = readJ2kSegment(body_, 0);
+    if (!isMarker(body_, 0, marker::kSop)) return;
+    Segment segment = readSegment(body_, 0);
     if (segment.parameters.size() != 2) fail("a SOP segment of bad length");
     int number = segment.parameters[0] << 8 | segment.parameters[1];
     if (number != int(tile_.packetsRead & 0xFFFF)) fail("packet " + std::to_string(number) + " out of order");
     body_ = body_.subspan(segment.end);
 }
 
-void PacketReader::readHeader(const J2kPacketPlace& place, int layer)
+void PacketReader::readHeader(const PacketPlace& place, int layer)
 {
     Bytes& source = arePacked_ ? headers_ : body_;
-    J2kPacketBits bits(source);
+    PacketBits bits(source);
     contributions_.clear();
     if (bits.bit()) readHeader(bits, place, layer);
     source = source.subspan(bits.finish());
-    if (isJ2kMarker(source, 0, j2k_marker::kEph)) source = source.subspan(2);
+    if (isMarker(source, 0, marker::kEph)) source = source.subspan(2);
 }
 
-void PacketReader::readHeader(J2kPacketBits& bits, const J2kPacketPlace& place, int layer)
+void PacketReader::readHeader(PacketBits& bits, const PacketPlace& place, int layer)
 {
-    J2kTileComponent& component = tile_.components[place.component];
-    J2kResolution& resolution = component.resolutions[place.resolution];
-    J2kPrecinct& precinct = resolution.precincts[place.precinct];
+    TileComponent& component = tile_.components[place.component];
+    Resolution& resolution = component.resolutions[place.resolution];
+    Precinct& precinct = resolution.precincts[place.precinct];
     style_ = component.coding.style;
     if (precinct.bands.empty()) makeBlocks(resolution, precinct, place.precinct);
     for (size_t b = 0; b < precinct.bands.size(); ++b) {
-        J2kPrecinctBand& part = precinct.bands[b];
+        PrecinctBand& part = precinct.bands[b];
         if (part.blocks.size() > visits_) fail("packets of many code-blocks without data");
         visits_ -= part.blocks.size();
         for (size_t i = 0; i < part.blocks.size(); ++i) readBlock(bits, resolution.bands[b], part, i, layer);
     }
 }
 
-void PacketReader::makeBlocks(const J2kResolution& resolution, J2kPrecinct& precinct, size_t index)
+void PacketReader::makeBlocks(const Resolution& resolution, Precinct& precinct, size_t index)
 {
-    uint64_t count = countJ2kBlocks(resolution, index);
+    uint64_t count = countBlocks(resolution, index);
     blocks_ += count;
     visits_ += kVisitsPerBlock * count;
     if (blocks_ > kMaxBlocks) fail("more code-blocks in a tile than supported");
-    precinct.bands = makeJ2kPrecinctBands(resolution, index);
+    precinct.bands = makePrecinctBands(resolution, index);
 }
 
-void PacketReader::readBlock(J2kPacketBits& bits, const J2kBand& band, J2kPrecinctBand& part, size_t index, int layer)
+void PacketReader::readBlock(PacketBits& bits, const Band& band, PrecinctBand& part, size_t index, int layer)
 {
     auto bit = [&] { return bits.bit(); };
     uint32_t x = uint32_t(index % part.across), y = uint32_t(index / part.across);
-    J2kCodeBlock& block = part.blocks[index];
-    J2kBlockState& state = part.states[index];
+    CodeBlock& block = part.blocks[index];
+    BlockState& state = part.states[index];
     bool isNew = state.passes == 0;
     if (isNew ? !part.inclusion.isBelow(x, y, uint32_t(layer) + 1, bit) : !bits.bit()) return;
     while (isNew && !part.zeroBitPlanes.isBelow(x, y, block.zeroBitPlanes + 1u, bit))
@@ -170,7 +169,7 @@ void PacketReader::readBlock(J2kPacketBits& bits, const J2kBand& band, J2kPrecin
     readLengths(bits, block, state, passes);
 }
 
-void PacketReader::readLengths(J2kPacketBits& bits, J2kCodeBlock& block, J2kBlockState& state, int passes)
+void PacketReader::readLengths(PacketBits& bits, CodeBlock& block, BlockState& state, int passes)
 {
     while (passes > 0) {
         int together = std::min(passes, passesToTermination(style_, state.passes));
@@ -183,7 +182,7 @@ void PacketReader::readLengths(J2kPacketBits& bits, J2kCodeBlock& block, J2kBloc
     }
 }
 
-bool PacketReader::isWanted(const J2kPacketPlace& place, int layer) const
+bool PacketReader::isWanted(const PacketPlace& place, int layer) const
 {
     int levels = tile_.components[place.component].coding.levels;
     return layer < options_.layers && place.resolution <= std::max(0, levels - options_.reduce);
@@ -198,7 +197,7 @@ void PacketReader::takeBody(bool isWanted)
         Bytes bytes = body_.first(contribution.length);
         body_ = body_.subspan(contribution.length);
         if (!isWanted) continue;
-        J2kCodeBlock& block = *contribution.block;
+        CodeBlock& block = *contribution.block;
         if (contribution.beginsSegment) block.segments.emplace_back();
         block.segments.back().passes += contribution.passes;
         block.segments.back().length += contribution.length;
@@ -219,14 +218,14 @@ void PacketReader::checkEnd()
 
 }
 
-J2kTile readJ2kTile(const J2kCodestream& codestream, uint32_t index, const J2kReadOptions& options)
+Tile readTile(const Codestream& codestream, uint32_t index, const ReadOptions& options)
 {
-    J2kTileHeader header = codestream.tileHeader(index);
-    J2kTileParameters parameters(codestream.parameters(), header.parameters);
-    J2kTile tile = makeJ2kTile(codestream.size(), parameters, index);
+    TileHeader header = codestream.tileHeader(index);
+    TileParameters parameters(codestream.parameters(), header.parameters);
+    Tile tile = makeTile(codestream.size(), parameters, index);
     try {
         PacketReader reader(codestream, options, header.packetHeaders, tile);
-        for (const J2kProgression& progression : parameters.progressions())
+        for (const Progression& progression : parameters.progressions())
             if (!reader.read(progression)) break;
         reader.checkEnd();
     } catch (const CodecError& error) {

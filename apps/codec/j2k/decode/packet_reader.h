@@ -4,16 +4,16 @@
 #include "codec/j2k/decode/codestream.h"
 #include "codec/j2k/tile.h"
 
-namespace qel::codec {
+namespace qel::codec::j2k {
 
 // What is wanted of a tile. The rest is read over.
-struct J2kReadOptions {
+struct ReadOptions {
     int reduce = 0; // highest resolutions to leave out; of a component with fewer levels the smallest one remains
     int layers = 65535;
 };
 
 // A tile that has tile-parts, with all that is there of it: damage ends a tile early, with a warning. Throws CodecError
 // where its headers are damaged. Tiles do not depend on each other: several threads may read them.
-J2kTile readJ2kTile(const J2kCodestream& codestream, uint32_t index, const J2kReadOptions& options = {});
+Tile readTile(const Codestream& codestream, uint32_t index, const ReadOptions& options = {});
 
 }

@@ -4,32 +4,32 @@
 #include "codec/base/parallel.h"
 #include "codec/j2k/decode/channels.h"
 
-namespace qel::codec {
+namespace qel::codec::j2k {
 
 namespace {
 
 void append(Warnings& warnings, const Warnings& more) { warnings.insert(warnings.end(), more.begin(), more.end()); }
 
-int threadsOf(const J2kFile& file) { return threadsForJ2k(file.codestream->size().picture.area()); }
+int threadsOf(const File& file) { return threadsForSamples(file.codestream->size().picture.area()); }
 
-DecodedJ2k decode(const J2kFile& opened, const J2kDecodeOptions& options)
+Decoded decode(const File& opened, const DecodeOptions& options)
 {
-    DecodedJ2k decoded;
+    Decoded decoded;
     decoded.warnings = opened.warnings;
-    J2kImage image = decodeJ2kComponents(*opened.codestream, options);
+    Image image = decodeComponents(*opened.codestream, options);
     append(decoded.warnings, image.warnings);
     decoded.isDamaged = !decoded.warnings.empty();
     decoded.picture = pictureOf(image, opened.codestream->size().picture, options.reduce, opened.jp2, decoded.warnings);
     return decoded;
 }
 
-DecodedJ2kComponent decodeComponent(const J2kFile& opened, size_t component, const J2kDecodeOptions& options)
+DecodedComponent decodeComponent(const File& opened, size_t component, const DecodeOptions& options)
 {
-    DecodedJ2kComponent decoded;
+    DecodedComponent decoded;
     decoded.warnings = opened.warnings;
-    J2kImage image = decodeJ2kComponents(*opened.codestream, options, component);
+    Image image = decodeComponents(*opened.codestream, options, component);
     append(decoded.warnings, image.warnings);
-    const J2kSamples& samples = image.components[component];
+    const Samples& samples = image.components[component];
     PgxPicture& pgx = decoded.samples;
     pgx = {int(samples.rect.width()), int(samples.rect.height()), samples.precision, samples.isSigned, {}};
     pgx.samples.reserve(samples.rect.area());
@@ -40,15 +40,15 @@ DecodedJ2kComponent decodeComponent(const J2kFile& opened, size_t component, con
 
 }
 
-DecodedJ2k decodeJ2k(Bytes file, const J2kDecodeOptions& options)
+Decoded decode(Bytes file, const DecodeOptions& options)
 {
-    J2kFile opened = openJ2k(file);
+    File opened = open(file);
     return withThreads(threadsOf(opened), [&] { return decode(opened, options); });
 }
 
-DecodedJ2kComponent decodeJ2kComponent(Bytes file, size_t component, const J2kDecodeOptions& options)
+DecodedComponent decodeComponent(Bytes file, size_t component, const DecodeOptions& options)
 {
-    J2kFile opened = openJ2k(file);
+    File opened = open(file);
     return withThreads(threadsOf(opened), [&] { return decodeComponent(opened, component, options); });
 }
 

@@ -5,23 +5,23 @@
 #include "codec/formats/pgx.h"
 #include "codec/j2k/decode/components.h"
 
-namespace qel::codec {
+namespace qel::codec::j2k {
 
-struct DecodedJ2k {
+struct Decoded {
     Picture picture;        // grey, RGB or CMYK
     Warnings warnings;      // one line each
     bool isDamaged = false; // some of the picture may be missing
 };
 
 // The picture that the file stands for. Throws CodecError where there is none.
-DecodedJ2k decodeJ2k(Bytes file, const J2kDecodeOptions& options = {});
+Decoded decode(Bytes file, const DecodeOptions& options = {});
 
-struct DecodedJ2kComponent {
+struct DecodedComponent {
     PgxPicture samples;
     Warnings warnings; // damage that was survived
 };
 
 // One component as it is coded: no palette, no up-sampling, no colour space.
-DecodedJ2kComponent decodeJ2kComponent(Bytes file, size_t component, const J2kDecodeOptions& options = {});
+DecodedComponent decodeComponent(Bytes file, size_t component, const DecodeOptions& options = {});
 
 }

@@ -13,14 +13,14 @@
 #include "codec/j2k/decode/block_decoder.h"
 #include "codec/j2k/decode/packet_reader.h"
 
-namespace qel::codec {
+namespace qel::codec::j2k {
 
 namespace {
 
 constexpr int kRowsInStrip = 16;
 
-using IntPlane = J2kPlane<int32_t>;
-using FloatPlane = J2kPlane<float>;
+using IntPlane = Plane<int32_t>;
+using FloatPlane = Plane<float>;
 using AnyPlane = std::variant<IntPlane, FloatPlane>;
 
 uint32_t widthOf(const AnyPlane& plane)
@@ -33,18 +33,18 @@ uint32_t heightOf(const AnyPlane& plane)
 }
 
 // Samples of either sign, before unsigned ones are shifted up.
-int32_t halfRange(const J2kSamples& samples) { return int32_t(uint32_t(1) << (samples.precision - 1)); }
-int32_t levelShift(const J2kSamples& samples) { return samples.isSigned ? 0 : halfRange(samples); }
+int32_t halfRange(const Samples& samples) { return int32_t(uint32_t(1) << (samples.precision - 1)); }
+int32_t levelShift(const Samples& samples) { return samples.isSigned ? 0 : halfRange(samples); }
 
 // Clamping to the range of the samples, and the level shift.
-void storeRow(const int32_t* src, uint32_t width, const J2kSamples& samples, int32_t* out)
+void storeRow(const int32_t* src, uint32_t width, const Samples& samples, int32_t* out)
 {
     const int32_t half = halfRange(samples), shift = levelShift(samples);
     for (uint32_t x = 0; x < width; ++x) out[x] = std::clamp(src[x], -half, half - 1) + shift;
 }
 
 // The same to nearest, in a form that compilers vectorise: clamped before it is an integer, also where it is no number.
-void storeRow(const float* src, uint32_t width, const J2kSamples& samples, int32_t* out)
+void storeRow(const float* src, uint32_t width, const Samples& samples, int32_t* out)
 {
     const int32_t half = halfRange(samples), shift = levelShift(samples);
     const float low = -float(half), high = std::min(float(half - 1), std::nextafter(float(half), 0.f));
@@ -66,7 +66,7 @@ template <class T> void undoTransform(T* const planes[3], int step, QelSize size
 
 class TileDecoder {
 public:
-    TileDecoder(const J2kTile& tile, const J2kDecodeOptions& options, int threads, std::vector<J2kSamples>& components,
+    TileDecoder(const Tile& tile, const DecodeOptions& options, int threads, std::vector<Samples>& components,
                 const std::function<void(uint64_t)>& done)
         : tile_(tile), options_(options), threads_(threads), components_(components), done_(done)
     {}
@@ -75,40 +75,39 @@ public:
     Warnings warnings;
 
 private:
-    void checkLevels(const J2kCoding& coding) const;
+    void checkLevels(const Coding& coding) const;
     std::vector<AnyPlane> decodeComponents(size_t first, size_t count);
     AnyPlane decodeComponent(size_t c);
-    template <class T> J2kPlane<T> decodeComponentAs(size_t c);
+    template <class T> Plane<T> decodeComponentAs(size_t c);
     bool areTransformed() const;
     bool areAlike(const std::vector<AnyPlane>& planes);
     void store(size_t first, std::span<AnyPlane> planes, bool areTransformed);
     template <class T> void store(size_t first, std::span<AnyPlane> planes, bool areTransformed);
 
-    const J2kTile& tile_;
-    const J2kDecodeOptions& options_;
+    const Tile& tile_;
+    const DecodeOptions& options_;
     int threads_;
-    std::vector<J2kSamples>& components_;
+    std::vector<Samples>& components_;
     const std::function<void(uint64_t)>& done_;
-    J2kBlockFaults faults_;
+    BlockFaults faults_;
 };
 
-template <class T> J2kPlane<T> TileDecoder::decodeComponentAs(size_t c)
+template <class T> Plane<T> TileDecoder::decodeComponentAs(size_t c)
 {
-    const J2kTileComponent& component = tile_.components[c];
+    const TileComponent& component = tile_.components[c];
     std::atomic<uint64_t> ofBlocks = 0;
-    auto plane =
-        inverseWavelet(decodeJ2kBlocks<T>(component, components_[c].precision, options_.reduce, threads_, faults_,
-                                          [&](uint64_t samples) {
-                                              ofBlocks += samples;
-                                              done_(samples);
-                                          }),
-                       threads_);
+    auto plane = inverseWavelet(decodeBlocks<T>(component, components_[c].precision, options_.reduce, threads_, faults_,
+                                                [&](uint64_t samples) {
+                                                    ofBlocks += samples;
+                                                    done_(samples);
+                                                }),
+                                threads_);
     // Where nothing is coded there are no code-blocks.
     done_(uint64_t(plane.width()) * plane.height() - ofBlocks);
     return plane;
 }
 
-void TileDecoder::checkLevels(const J2kCoding& coding) const
+void TileDecoder::checkLevels(const Coding& coding) const
 {
     if (options_.reduce > coding.levels)
         throw CodecError(std::to_string(coding.levels) + " resolutions can be left out");
@@ -139,7 +138,7 @@ bool TileDecoder::areTransformed() const
 {
     return tile_.style.transformsComponents && options_.transformComponents && components_.size() >= 3 &&
            std::none_of(components_.begin(), components_.begin() + 3,
-                        [](const J2kSamples& samples) { return samples.rect.isEmpty(); });
+                        [](const Samples& samples) { return samples.rect.isEmpty(); });
 }
 
 // The transform needs three planes of one size, from the same wavelet.
@@ -162,14 +161,14 @@ template <class T> void TileDecoder::store(size_t first, std::span<AnyPlane> pla
     forEachInParallel(strips, threads_, [&](int strip) {
         uint32_t from = uint32_t(strip) * kRowsInStrip, to = std::min(height, from + kRowsInStrip);
         T* start[3] = {};
-        for (size_t i = 0; i < planes.size(); ++i) start[i] = std::get<J2kPlane<T>>(planes[i]).row(from);
-        int step = std::get<J2kPlane<T>>(planes[0]).step();
+        for (size_t i = 0; i < planes.size(); ++i) start[i] = std::get<Plane<T>>(planes[i]).row(from);
+        int step = std::get<Plane<T>>(planes[0]).step();
         if (areTransformed) undoTransform(start, step, {int(width), int(to - from)});
         for (size_t i = 0; i < planes.size(); ++i) {
-            J2kSamples& samples = components_[first + i];
-            J2kRect rect = resolutionRect(tile_.components[first + i].rect, options_.reduce);
+            Samples& samples = components_[first + i];
+            Rect rect = resolutionRect(tile_.components[first + i].rect, options_.reduce);
             for (uint32_t y = from; y < to; ++y)
-                storeRow(std::get<J2kPlane<T>>(planes[i]).row(y), width, samples,
+                storeRow(std::get<Plane<T>>(planes[i]).row(y), width, samples,
                          samples.plane.row(rect.y0 + y - samples.rect.y0) + (rect.x0 - samples.rect.x0));
         }
     });
@@ -202,10 +201,10 @@ void TileDecoder::decode()
 
 }
 
-void decodeJ2kTile(const J2kCodestream& codestream, uint32_t index, const J2kDecodeOptions& options, int threads,
-                   std::vector<J2kSamples>& components, Warnings& warnings, const std::function<void(uint64_t)>& done)
+void decodeTile(const Codestream& codestream, uint32_t index, const DecodeOptions& options, int threads,
+                std::vector<Samples>& components, Warnings& warnings, const std::function<void(uint64_t)>& done)
 {
-    J2kTile tile = readJ2kTile(codestream, index, {options.reduce, options.layers});
+    Tile tile = readTile(codestream, index, {options.reduce, options.layers});
     warnings.insert(warnings.end(), tile.warnings.begin(), tile.warnings.end());
     TileDecoder decoder(tile, options, threads, components, done);
     decoder.decode();

@@ -7,7 +7,7 @@
 
 #include "codec/j2k/headers.h"
 
-namespace qel::codec {
+namespace qel::codec::j2k {
 
 namespace {
 
@@ -51,7 +51,7 @@ constexpr Correlation oneLevelUp(const Correlation& below, const Correlation& lo
 }
 
 // By level. That of level 0 is 1.
-using Energies = std::array<double, kJ2kMaxLevels + 1>;
+using Energies = std::array<double, kMaxLevels + 1>;
 
 constexpr Energies energiesOf(Taps first, Taps low)
 {
@@ -76,10 +76,10 @@ double lineEnergy(bool isReversible, uint32_t length, int level, bool isHigh)
 
 }
 
-double bandEnergy(bool isReversible, uint32_t width, uint32_t height, int level, J2kBandKind kind)
+double bandEnergy(bool isReversible, uint32_t width, uint32_t height, int level, BandKind kind)
 {
-    bool highX = kind == J2kBandKind::hl || kind == J2kBandKind::hh;
-    bool highY = kind == J2kBandKind::lh || kind == J2kBandKind::hh;
+    bool highX = kind == BandKind::hl || kind == BandKind::hh;
+    bool highY = kind == BandKind::lh || kind == BandKind::hh;
     return lineEnergy(isReversible, width, level, highX) * lineEnergy(isReversible, height, level, highY);
 }
 

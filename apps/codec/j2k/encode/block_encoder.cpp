@@ -10,7 +10,7 @@
 #include "codec/j2k/code_segments.h"
 #include "codec/j2k/encode/rate_allocation.h"
 
-namespace qel::codec {
+namespace qel::codec::j2k {
 
 namespace {
 
@@ -19,7 +19,7 @@ constexpr size_t kStoredAtOnce = 1 << 16;
 constexpr int kMagnitudeBits = 31;
 
 // Sign and magnitude of a row of reversible coefficients, which are whole steps. They have no error.
-void quantize(const int32_t* src, int width, const J2kBandCoding& band, int32_t* dst, float*)
+void quantize(const int32_t* src, int width, const BandCoding& band, int32_t* dst, float*)
 {
     int shift = kMagnitudeBits - band.bitPlanes;
     for (int x = 0; x < width; ++x)
@@ -28,7 +28,7 @@ void quantize(const int32_t* src, int width, const J2kBandCoding& band, int32_t*
 
 // Of others. Bits below whole steps are not coded, but sharpen the estimates of errors. Adds the squared errors of
 // decoded values, which lie in the middle of their steps, to those of each column.
-void quantize(const float* src, int width, const J2kBandCoding& band, int32_t* dst, float* errors)
+void quantize(const float* src, int width, const BandCoding& band, int32_t* dst, float* errors)
 {
     const auto steps = float(1 / band.step), unit = std::ldexp(1.f, kMagnitudeBits - band.bitPlanes);
     for (int x = 0; x < width; ++x) {
@@ -42,12 +42,12 @@ void quantize(const float* src, int width, const J2kBandCoding& band, int32_t* d
     }
 }
 
-int libraryStyle(const J2kBandCoding& band)
+int libraryStyle(const BandCoding& band)
 {
     static constexpr std::pair<int, int> kStyles[] = {
-        {j2k_style::kVerticallyCausal, JPEG2K_VERTICALLY_CAUSAL},       {j2k_style::kBypass, JPEG2K_BYPASS},
-        {j2k_style::kTerminateEvery, JPEG2K_TERMINATE_EVERY_PASS},      {j2k_style::kReset, JPEG2K_RESET_EVERY_PASS},
-        {j2k_style::kSegmentationSymbols, JPEG2K_SEGMENTATION_SYMBOLS},
+        {style::kVerticallyCausal, JPEG2K_VERTICALLY_CAUSAL},       {style::kBypass, JPEG2K_BYPASS},
+        {style::kTerminateEvery, JPEG2K_TERMINATE_EVERY_PASS},      {style::kReset, JPEG2K_RESET_EVERY_PASS},
+        {style::kSegmentationSymbols, JPEG2K_SEGMENTATION_SYMBOLS},
     };
     int style = JPEG2K_LEAST_RATES | (band.isLossless ? JPEG2K_LOSSLESS : 0);
     for (auto [ours, theirs] : kStyles)
@@ -57,7 +57,7 @@ int libraryStyle(const J2kBandCoding& band)
 
 }
 
-J2kBlockEncoder::J2kBlockEncoder(int width, int height)
+BlockEncoder::BlockEncoder(int width, int height)
     : samples_(size_t(width) * size_t(height)), errors_(size_t(width)), bytes_(kStoredAtOnce)
 {
     QelEncodeState* state = nullptr;
@@ -65,8 +65,8 @@ J2kBlockEncoder::J2kBlockEncoder(int width, int height)
     state_.reset(state);
 }
 
-template <class Coefficient> void J2kBlockEncoder::encode(const J2kPlane<Coefficient>& coefficients,
-                                                          const J2kBandCoding& band, J2kEncodedBlock& block)
+template <class Coefficient>
+void BlockEncoder::encode(const Plane<Coefficient>& coefficients, const BandCoding& band, EncodedBlock& block)
 {
     std::ranges::fill(errors_, 0.f);
     for (int y = 0; y < block.height; ++y)
@@ -76,10 +76,10 @@ template <class Coefficient> void J2kBlockEncoder::encode(const J2kPlane<Coeffic
     code(band, block);
 }
 
-template void J2kBlockEncoder::encode(const J2kPlane<int32_t>&, const J2kBandCoding&, J2kEncodedBlock&);
-template void J2kBlockEncoder::encode(const J2kPlane<float>&, const J2kBandCoding&, J2kEncodedBlock&);
+template void BlockEncoder::encode(const Plane<int32_t>&, const BandCoding&, EncodedBlock&);
+template void BlockEncoder::encode(const Plane<float>&, const BandCoding&, EncodedBlock&);
 
-void J2kBlockEncoder::code(const J2kBandCoding& band, J2kEncodedBlock& block)
+void BlockEncoder::code(const BandCoding& band, EncodedBlock& block)
 {
     int planes = 0, passes = 0, segments = 0;
     check(qeliEncodeLoadCodeBlock_JPEG2K_32s_C1R(
@@ -92,7 +92,7 @@ void J2kBlockEncoder::code(const J2kBandCoding& band, J2kEncodedBlock& block)
     findTruncations(block, band.style);
 }
 
-void J2kBlockEncoder::store(J2kEncodedBlock& block)
+void BlockEncoder::store(EncodedBlock& block)
 {
     for (int isNotLast = 1; isNotLast;) {
         int stored = int(bytes_.size());
@@ -103,7 +103,7 @@ void J2kBlockEncoder::store(J2kEncodedBlock& block)
 
 // A pass that ends a codeword segment needs all bytes of that, others as many as the library says. A 0xFF at the end of
 // a segment is left out: a decoder supplies it.
-void J2kBlockEncoder::describePasses(const J2kBandCoding& band, int count, J2kEncodedBlock& block)
+void BlockEncoder::describePasses(const BandCoding& band, int count, EncodedBlock& block)
 {
     block.passes.resize(size_t(count));
     uint32_t segmentBegin = 0, leftOut = 0, end = 0;
@@ -127,7 +127,7 @@ void J2kBlockEncoder::describePasses(const J2kBandCoding& band, int count, J2kEn
 
 // From the last pass, which leaves the error of the quantizer, back: what a pass gains is known to a small part of that
 // only, and the first ones gain much more than is left in the end.
-void J2kBlockEncoder::describeErrors(const J2kBandCoding& band, J2kEncodedBlock& block)
+void BlockEncoder::describeErrors(const BandCoding& band, EncodedBlock& block)
 {
     const double unit = band.sampleEnergy * band.step * band.step;
     double error = block.error * unit;

@@ -4,7 +4,7 @@
 #include "codec/j2k/box_types.h"
 #include "codec/j2k/boxes.h"
 
-namespace qel::codec {
+namespace qel::codec::j2k {
 
 namespace {
 
@@ -49,7 +49,7 @@ void writeColour(ByteWriter& out, ColourSpace space)
 
 size_t writeJp2Header(ByteWriter& out, const Picture& picture)
 {
-    using namespace jp2_box;
+    using namespace box_type;
     box(out, kSignature, [&] { out.u32(kSignatureContents); });
     box(out, kFileType, [&] {
         out.u32(kBrand);

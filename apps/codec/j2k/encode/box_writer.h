@@ -4,7 +4,7 @@
 #include "codec/base/byte_writer.h"
 #include "codec/base/picture.h"
 
-namespace qel::codec {
+namespace qel::codec::j2k {
 
 // All boxes up to the contents of the one with the codestream. Returns the position of that box and of its length,
 // which is to be set when the codestream is there.

@@ -4,11 +4,11 @@
 #include "codec/base/library.h"
 #include "codec/base/parallel.h"
 
-namespace qel::codec {
+namespace qel::codec::j2k {
 
 namespace {
 
-template <class Sample> using Planes = std::vector<J2kPlane<Sample>>;
+template <class Sample> using Planes = std::vector<Plane<Sample>>;
 
 // Few enough to stay in the first cache.
 constexpr uint32_t kPixelsAtOnce = 1024;
@@ -28,7 +28,7 @@ void transformComponents(const float* from, float* const to[3], int pixels)
 // Rows of a picture to rows of the planes.
 template <class From, class Sample> class Splitter {
 public:
-    Splitter(const Picture& picture, const J2kRect& tile, bool transforms, Planes<Sample>& planes)
+    Splitter(const Picture& picture, const Rect& tile, bool transforms, Planes<Sample>& planes)
         : picture_(picture), tile_(tile), transforms_(transforms), planes_(planes)
     {}
 
@@ -55,14 +55,14 @@ private:
     }
 
     const Picture& picture_;
-    const J2kRect tile_;
+    const Rect tile_;
     const bool transforms_;
     Planes<Sample>& planes_;
     const int half_ = 1 << (picture_.precision() - 1);
 };
 
 template <class From, class Sample>
-void split(const Picture& picture, const J2kRect& tile, bool transforms, int threads, Planes<Sample>& planes)
+void split(const Picture& picture, const Rect& tile, bool transforms, int threads, Planes<Sample>& planes)
 {
     Splitter<From, Sample> splitter(picture, tile, transforms, planes);
     forEachInParallel(int(ceilDivide(tile.height(), kRowsAtOnce)), threads, [&](int run) {
@@ -73,23 +73,22 @@ void split(const Picture& picture, const J2kRect& tile, bool transforms, int thr
 
 }
 
-template <class Sample> std::vector<J2kSubbands<Sample>>
-forwardTransform(const Picture& picture, const J2kRect& tile, bool transformsComponents, int levels, int threads)
+template <class Sample> std::vector<Subbands<Sample>>
+forwardTransform(const Picture& picture, const Rect& tile, bool transformsComponents, int levels, int threads)
 {
     Planes<Sample> planes;
     for (int c = 0; c < picture.channels(); ++c)
-        planes.emplace_back(tile.width(), tile.height(), J2kPlane<Sample>::Fill::none);
+        planes.emplace_back(tile.width(), tile.height(), Plane<Sample>::Fill::none);
     if (picture.bytesPerSample() == 1)
         split<uint8_t>(picture, tile, transformsComponents, threads, planes);
     else
         split<uint16_t>(picture, tile, transformsComponents, threads, planes);
-    std::vector<J2kSubbands<Sample>> components;
-    for (J2kPlane<Sample>& plane : planes)
-        components.push_back(forwardWavelet(std::move(plane), tile, levels, threads));
+    std::vector<Subbands<Sample>> components;
+    for (Plane<Sample>& plane : planes) components.push_back(forwardWavelet(std::move(plane), tile, levels, threads));
     return components;
 }
 
-template std::vector<J2kSubbands<int32_t>> forwardTransform(const Picture&, const J2kRect&, bool, int, int);
-template std::vector<J2kSubbands<float>> forwardTransform(const Picture&, const J2kRect&, bool, int, int);
+template std::vector<Subbands<int32_t>> forwardTransform(const Picture&, const Rect&, bool, int, int);
+template std::vector<Subbands<float>> forwardTransform(const Picture&, const Rect&, bool, int, int);
 
 }

@@ -6,11 +6,11 @@
 #include "codec/base/picture.h"
 #include "codec/j2k/wavelet.h"
 
-namespace qel::codec {
+namespace qel::codec::j2k {
 
 // The components of the part of a picture that a tile covers, transformed; of the first three by the component
 // transform too if asked for. int32_t is for the reversible transforms, float for the irreversible ones.
-template <class Sample> std::vector<J2kSubbands<Sample>>
-forwardTransform(const Picture& picture, const J2kRect& tile, bool transformsComponents, int levels, int threads);
+template <class Sample> std::vector<Subbands<Sample>>
+forwardTransform(const Picture& picture, const Rect& tile, bool transformsComponents, int levels, int threads);
 
 }

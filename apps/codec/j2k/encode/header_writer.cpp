@@ -3,13 +3,13 @@
 
 #include <algorithm>
 
-namespace qel::codec {
+namespace qel::codec::j2k {
 
 namespace {
 
 constexpr std::string_view kComment = "written by qelpic";
 
-void marker(ByteWriter& out, uint8_t code)
+void put(ByteWriter& out, uint8_t code)
 {
     out.u8(0xFF);
     out.u8(code);
@@ -18,13 +18,13 @@ void marker(ByteWriter& out, uint8_t code)
 // A marker and the length of its parameters.
 void begin(ByteWriter& out, uint8_t code, size_t parameterBytes)
 {
-    marker(out, code);
+    put(out, code);
     out.u16(int(2 + parameterBytes));
 }
 
-void writeSize(ByteWriter& out, const J2kSize& size)
+void writeSize(ByteWriter& out, const Size& size)
 {
-    begin(out, j2k_marker::kSiz, 36 + 3 * size.components.size());
+    begin(out, marker::kSiz, 36 + 3 * size.components.size());
     out.u16(0); // no restrictions beyond the standard, no extensions
     out.u32(size.picture.x1);
     out.u32(size.picture.y1);
@@ -35,24 +35,24 @@ void writeSize(ByteWriter& out, const J2kSize& size)
     out.u32(size.firstTile.x0);
     out.u32(size.firstTile.y0);
     out.u16(int(size.components.size()));
-    for (const J2kComponent& component : size.components) {
+    for (const Component& component : size.components) {
         out.u8((component.isSigned ? 128 : 0) | (component.precision - 1));
         out.u8(int(component.dx));
         out.u8(int(component.dy));
     }
 }
 
-bool hasPrecincts(const J2kCoding& coding)
+bool hasPrecincts(const Coding& coding)
 {
-    auto isSmall = [](int bits) { return bits < kJ2kDefaultPrecinctBits; };
+    auto isSmall = [](int bits) { return bits < kDefaultPrecinctBits; };
     auto any = [&](auto& bits) { return std::any_of(bits.begin(), bits.begin() + coding.levels + 1, isSmall); };
     return any(coding.precinctWidthBits) || any(coding.precinctHeightBits);
 }
 
-void writeCoding(ByteWriter& out, const J2kTileStyle& style, const J2kCoding& coding)
+void writeCoding(ByteWriter& out, const TileStyle& style, const Coding& coding)
 {
     bool isDivided = hasPrecincts(coding);
-    begin(out, j2k_marker::kCod, size_t(10 + (isDivided ? coding.levels + 1 : 0)));
+    begin(out, marker::kCod, size_t(10 + (isDivided ? coding.levels + 1 : 0)));
     out.u8((isDivided ? 1 : 0) | (style.hasSop ? 2 : 0) | (style.hasEph ? 4 : 0));
     out.u8(int(style.order));
     out.u16(style.layers);
@@ -66,42 +66,42 @@ void writeCoding(ByteWriter& out, const J2kTileStyle& style, const J2kCoding& co
         out.u8(coding.precinctHeightBits[r] << 4 | coding.precinctWidthBits[r]);
 }
 
-void writeQuantization(ByteWriter& out, const J2kQuantization& quantization)
+void writeQuantization(ByteWriter& out, const Quantization& quantization)
 {
-    bool isPlain = quantization.kind == J2kQuantizer::none;
-    begin(out, j2k_marker::kQcd, 1 + (isPlain ? 1 : 2) * quantization.steps.size());
+    bool isPlain = quantization.kind == Quantizer::none;
+    begin(out, marker::kQcd, 1 + (isPlain ? 1 : 2) * quantization.steps.size());
     out.u8(quantization.guardBits << 5 | int(quantization.kind));
-    for (const J2kStep& step : quantization.steps)
+    for (const Step& step : quantization.steps)
         isPlain ? out.u8(step.exponent << 3) : out.u16(step.exponent << 11 | step.mantissa);
 }
 
 }
 
-void writeJ2kMainHeader(ByteWriter& out, const J2kSize& size, const J2kParameters& parameters)
+void writeMainHeader(ByteWriter& out, const Size& size, const Parameters& parameters)
 {
-    marker(out, j2k_marker::kSoc);
+    put(out, marker::kSoc);
     writeSize(out, size);
     writeCoding(out, *parameters.style, *parameters.coding);
     writeQuantization(out, *parameters.quantization);
-    begin(out, j2k_marker::kCom, 2 + kComment.size());
+    begin(out, marker::kCom, 2 + kComment.size());
     out.u16(1); // text
     out.text(kComment);
 }
 
-size_t beginJ2kTile(ByteWriter& out, uint32_t tile)
+size_t beginTile(ByteWriter& out, uint32_t tile)
 {
     size_t position = out.position();
-    begin(out, j2k_marker::kSot, 8);
+    begin(out, marker::kSot, 8);
     out.u16(int(tile));
     out.u32(0); // the length
     out.u8(0);  // tile-part 0 of 1
     out.u8(1);
-    marker(out, j2k_marker::kSod);
+    put(out, marker::kSod);
     return position;
 }
 
-void finishJ2kTile(ByteWriter& out, size_t begin) { out.setLength(begin + 6, begin); }
+void finishTile(ByteWriter& out, size_t begin) { out.setLength(begin + 6, begin); }
 
-void writeJ2kEnd(ByteWriter& out) { marker(out, j2k_marker::kEoc); }
+void writeEnd(ByteWriter& out) { put(out, marker::kEoc); }
 
 }

@@ -8,7 +8,7 @@
 #include "codec/base/error.h"
 #include "codec/j2k/encode/band_energy.h"
 
-namespace qel::codec {
+namespace qel::codec::j2k {
 
 namespace {
 
@@ -33,7 +33,7 @@ bool isPowerOfTwo(int64_t number, int64_t low, int64_t high)
     return number >= low && number <= high && std::has_single_bit(uint64_t(number));
 }
 
-int levelsFor(const Picture& picture, const J2kEncodeOptions& options)
+int levelsFor(const Picture& picture, const EncodeOptions& options)
 {
     if (options.levels) return *options.levels;
     auto [width, height] = options.tile.value_or(std::pair(UINT32_MAX, UINT32_MAX));
@@ -41,10 +41,10 @@ int levelsFor(const Picture& picture, const J2kEncodeOptions& options)
     return std::min(kUsualLevels, int(std::bit_width(side)) - 1);
 }
 
-void setPrecincts(const J2kEncodeOptions& options, J2kCoding& coding)
+void setPrecincts(const EncodeOptions& options, Coding& coding)
 {
-    coding.precinctWidthBits.fill(kJ2kDefaultPrecinctBits);
-    coding.precinctHeightBits.fill(kJ2kDefaultPrecinctBits);
+    coding.precinctWidthBits.fill(kDefaultPrecinctBits);
+    coding.precinctHeightBits.fill(kDefaultPrecinctBits);
     require(options.precincts.size() <= size_t(coding.levels) + 1, "more sizes of precincts than resolutions");
     for (int r = 0; r <= coding.levels && !options.precincts.empty(); ++r) {
         size_t fromTop = std::min(size_t(coding.levels - r), options.precincts.size() - 1);
@@ -59,11 +59,11 @@ void setPrecincts(const J2kEncodeOptions& options, J2kCoding& coding)
     }
 }
 
-J2kCoding codingFor(const Picture& picture, const J2kEncodeOptions& options)
+Coding codingFor(const Picture& picture, const EncodeOptions& options)
 {
-    J2kCoding coding;
+    Coding coding;
     coding.levels = levelsFor(picture, options);
-    require(coding.levels >= 0 && coding.levels <= kJ2kMaxLevels,
+    require(coding.levels >= 0 && coding.levels <= kMaxLevels,
             std::to_string(coding.levels) + " decomposition levels: there can be 0 to 32");
     int width = options.blockWidth, height = options.blockHeight;
     require(isPowerOfTwo(width, 4, 1024) && isPowerOfTwo(height, 4, 1024) && width * height <= 4096,
@@ -73,15 +73,15 @@ J2kCoding codingFor(const Picture& picture, const J2kEncodeOptions& options)
     coding.blockHeightBits = std::countr_zero(unsigned(height));
     coding.isReversible = options.isLossless;
     coding.style = options.style;
-    if (terminationFor(options) == J2kTermination::predictable) coding.style |= j2k_style::kPredictableTermination;
+    if (terminationFor(options) == Termination::predictable) coding.style |= style::kPredictableTermination;
     setPrecincts(options, coding);
     return coding;
 }
 
 // Bits that a band has beyond the samples.
-int gainBits(J2kBandKind kind) { return kind == J2kBandKind::ll ? 0 : kind == J2kBandKind::hh ? 2 : 1; }
+int gainBits(BandKind kind) { return kind == BandKind::ll ? 0 : kind == BandKind::hh ? 2 : 1; }
 
-J2kStep stepOf(double size, int range)
+Step stepOf(double size, int range)
 {
     int exponent = int(std::ceil(range - std::log2(size)));
     double mantissa = (std::ldexp(size, exponent - range) - 1) * 2048;
@@ -89,35 +89,35 @@ J2kStep stepOf(double size, int range)
     return {exponent, std::min(2047, int(std::lround(mantissa)))};
 }
 
-J2kQuantization quantizationFor(const J2kCoding& coding, const J2kRect& tile, int precision, bool transformsComponents,
-                                double step)
+Quantization quantizationFor(const Coding& coding, const Rect& tile, int precision, bool transformsComponents,
+                             double step)
 {
-    using enum J2kBandKind;
-    J2kQuantization quantization;
-    quantization.kind = coding.isReversible ? J2kQuantizer::none : J2kQuantizer::expounded;
+    using enum BandKind;
+    Quantization quantization;
+    quantization.kind = coding.isReversible ? Quantizer::none : Quantizer::expounded;
     quantization.guardBits = kGuardBits + (coding.isReversible && transformsComponents);
-    auto add = [&](int level, J2kBandKind kind) {
+    auto add = [&](int level, BandKind kind) {
         int range = precision + gainBits(kind);
         double size = step / std::sqrt(bandEnergy(coding.isReversible, tile.width(), tile.height(), level, kind));
-        quantization.steps.push_back(coding.isReversible ? J2kStep{range, 0} : stepOf(size, range));
+        quantization.steps.push_back(coding.isReversible ? Step{range, 0} : stepOf(size, range));
     };
     add(coding.levels, ll);
     for (int level = coding.levels; level > 0; --level)
-        for (J2kBandKind kind : {hl, lh, hh}) add(level, kind);
+        for (BandKind kind : {hl, lh, hh}) add(level, kind);
     return quantization;
 }
 
 }
 
-J2kTermination terminationFor(const J2kEncodeOptions& options)
+Termination terminationFor(const EncodeOptions& options)
 {
-    bool isPredictable = options.style & j2k_style::kPredictableTermination;
-    return isPredictable ? J2kTermination::predictable : options.termination;
+    bool isPredictable = options.style & style::kPredictableTermination;
+    return isPredictable ? Termination::predictable : options.termination;
 }
 
-J2kSize sizeFor(const Picture& picture, const J2kEncodeOptions& options)
+Size sizeFor(const Picture& picture, const EncodeOptions& options)
 {
-    J2kSize size;
+    Size size;
     size.picture = {0, 0, uint32_t(picture.width()), uint32_t(picture.height())};
     size.firstTile = size.picture;
     if (options.tile) std::tie(size.firstTile.x1, size.firstTile.y1) = *options.tile;
@@ -125,16 +125,16 @@ J2kSize sizeFor(const Picture& picture, const J2kEncodeOptions& options)
     uint64_t tiles = uint64_t(size.tilesAcross()) * size.tilesDown();
     require(tiles <= kMaxTiles, std::to_string(tiles) + " tiles: there can be 65535");
     size.components.resize(size_t(picture.channels()));
-    for (J2kComponent& component : size.components) component.precision = picture.precision();
+    for (Component& component : size.components) component.precision = picture.precision();
     return size;
 }
 
-J2kParameters parametersFor(const Picture& picture, const J2kEncodeOptions& options, double step)
+Parameters parametersFor(const Picture& picture, const EncodeOptions& options, double step)
 {
-    require(options.layers >= 1 && options.layers <= kJ2kMostLayers,
-            std::to_string(options.layers) + " layers: there can be 1 to " + std::to_string(kJ2kMostLayers));
-    J2kParameters parameters;
-    parameters.style = J2kTileStyle{
+    require(options.layers >= 1 && options.layers <= kMostLayers,
+            std::to_string(options.layers) + " layers: there can be 1 to " + std::to_string(kMostLayers));
+    Parameters parameters;
+    parameters.style = TileStyle{
         .order = options.order, .layers = options.layers, .transformsComponents = picture.space() == ColourSpace::rgb};
     parameters.coding = codingFor(picture, options);
     parameters.quantization = quantizationFor(*parameters.coding, sizeFor(picture, options).tile(0),
@@ -142,9 +142,9 @@ J2kParameters parametersFor(const Picture& picture, const J2kEncodeOptions& opti
     return parameters;
 }
 
-double stepSize(const J2kQuantization& quantization, const J2kStep& step, J2kBandKind kind, int precision)
+double stepSize(const Quantization& quantization, const Step& step, BandKind kind, int precision)
 {
-    if (quantization.kind == J2kQuantizer::none) return 1;
+    if (quantization.kind == Quantizer::none) return 1;
     return std::ldexp(1 + step.mantissa / 2048.0, precision + gainBits(kind) - step.exponent);
 }
 

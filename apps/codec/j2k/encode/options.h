@@ -9,17 +9,17 @@
 #include "codec/base/picture.h"
 #include "codec/j2k/headers.h"
 
-namespace qel::codec {
+namespace qel::codec::j2k {
 
 // How the encoder ends codeword segments. `flush` is the standard's own way, `shortest` saves bytes where it can, and
 // with `predictable` decoders can find errors.
-// Predictable ones and j2k_style::kPredictableTermination go together: either one asks for both.
-enum class J2kTermination { flush = 0, shortest = 1, predictable = 2 };
+// Predictable ones and style::kPredictableTermination go together: either one asks for both.
+enum class Termination { flush = 0, shortest = 1, predictable = 2 };
 
 // Files may have 65535, but each takes its time to be found, and a byte of each precinct.
-inline constexpr int kJ2kMostLayers = 255;
+inline constexpr int kMostLayers = 255;
 
-struct J2kEncodeOptions {
+struct EncodeOptions {
     bool isLossless = false; // 5/3 wavelet and all of its coefficients; else 9/7 and one of these three:
     std::optional<double> bitsPerPixel = {}; // of the whole file
     std::optional<double> psnr = {};         // decibels, over all samples
@@ -27,25 +27,25 @@ struct J2kEncodeOptions {
     std::optional<int> levels = {};          // of decomposition, 0 to 32; else 5, or fewer for small tiles
     int blockWidth = 64, blockHeight = 64;   // code-blocks: powers of 2 from 4 to 1024, 4096 samples at most
     std::optional<std::pair<uint32_t, uint32_t>> tile = {}; // width and height; else one tile
-    int layers = 1;                                         // 1 to kJ2kMostLayers
-    J2kOrder order = J2kOrder::lrcp;
+    int layers = 1;                                         // 1 to kMostLayers
+    Order order = Order::lrcp;
     // Width and height, powers of 2 up to 32768, from the highest resolution down; the last one holds for all below.
     std::vector<std::pair<uint32_t, uint32_t>> precincts = {};
-    int style = 0; // bits of j2k_style
-    J2kTermination termination = J2kTermination::flush;
+    int style = 0; // bits of style
+    Termination termination = Termination::flush;
     bool isJp2 = true; // else a bare codestream
     // Called now and then with the part of the work that is done, 0 to 1; may be empty.
     std::function<void(double)> progress = {};
 };
 
-J2kTermination terminationFor(const J2kEncodeOptions& options);
+Termination terminationFor(const EncodeOptions& options);
 
 // These throw CodecError for options outside their range, or that do not fit the picture.
-J2kSize sizeFor(const Picture& picture, const J2kEncodeOptions& options);
+Size sizeFor(const Picture& picture, const EncodeOptions& options);
 // `step` is the error in the picture, in its samples, that a quantization step of the 9/7 wavelet may make.
-J2kParameters parametersFor(const Picture& picture, const J2kEncodeOptions& options, double step);
+Parameters parametersFor(const Picture& picture, const EncodeOptions& options, double step);
 
 // The quantization step of a band of a component of so many bits (E-3); 1 without quantization.
-double stepSize(const J2kQuantization& quantization, const J2kStep& step, J2kBandKind kind, int precision);
+double stepSize(const Quantization& quantization, const Step& step, BandKind kind, int precision);
 
 }

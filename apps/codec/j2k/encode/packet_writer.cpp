@@ -6,12 +6,12 @@
 
 #include "codec/j2k/code_segments.h"
 
-namespace qel::codec {
+namespace qel::codec::j2k {
 
 namespace {
 
 // Table B.4.
-void writePasses(J2kPacketBitWriter& bits, int passes)
+void writePasses(PacketBitWriter& bits, int passes)
 {
     if (passes == 1) return bits.bit(0);
     if (passes == 2) return bits.bits(2, 2);
@@ -21,7 +21,7 @@ void writePasses(J2kPacketBitWriter& bits, int passes)
 }
 
 // Calls visit(passes, bytes) for each codeword segment that has some of the passes from `first` up to `end`.
-template <class Visit> void forPieces(const J2kEncodedBlock& block, int style, int first, int end, Visit visit)
+template <class Visit> void forPieces(const EncodedBlock& block, int style, int first, int end, Visit visit)
 {
     while (first < end) {
         int together = std::min(end - first, passesToTermination(style, first));
@@ -33,8 +33,7 @@ template <class Visit> void forPieces(const J2kEncodedBlock& block, int style, i
 // Bits that the length of a piece has beyond Lblock.
 int extraBits(int passes) { return std::bit_width(unsigned(passes)) - 1; }
 
-void writeLengths(J2kPacketBitWriter& bits, const J2kEncodedBlock& block, int style, int first, int end,
-                  uint8_t& lengthBits)
+void writeLengths(PacketBitWriter& bits, const EncodedBlock& block, int style, int first, int end, uint8_t& lengthBits)
 {
     int needed = lengthBits;
     forPieces(block, style, first, end, [&](int passes, uint32_t bytes) {
@@ -48,16 +47,16 @@ void writeLengths(J2kPacketBitWriter& bits, const J2kEncodedBlock& block, int st
 
 }
 
-size_t J2kPacket::size() const
+size_t Packet::size() const
 {
     size_t size = header.size();
     for (Bytes piece : body) size += piece.size();
     return size;
 }
 
-J2kPacketWriter::J2kPacketWriter(const J2kEncodedPrecinct& precinct) : precinct_(&precinct)
+PacketWriter::PacketWriter(const EncodedPrecinct& precinct) : precinct_(&precinct)
 {
-    for (const J2kEncodedBand& band : precinct.bands) {
+    for (const EncodedBand& band : precinct.bands) {
         Band& made = bands_.emplace_back();
         made.blocks.resize(band.blocks.size());
         made.inclusion = made.zeroBitPlanes = TagTreeEncoder(band.across, band.down);
@@ -67,9 +66,9 @@ J2kPacketWriter::J2kPacketWriter(const J2kEncodedPrecinct& precinct) : precinct_
 }
 
 // Settles what the packet has of each code-block of a band; false if nothing.
-bool J2kPacketWriter::choose(size_t band, J2kSlope slope)
+bool PacketWriter::choose(size_t band, Slope slope)
 {
-    const J2kEncodedBand& encoded = precinct_->bands[band];
+    const EncodedBand& encoded = precinct_->bands[band];
     bool hasAny = false;
     for (uint32_t i = 0; i < encoded.blocks.size(); ++i) {
         Block& block = bands_[band].blocks[i];
@@ -81,10 +80,10 @@ bool J2kPacketWriter::choose(size_t band, J2kSlope slope)
     return hasAny;
 }
 
-void J2kPacketWriter::writeBlock(size_t band, uint32_t index, J2kPacketBitWriter& bits, J2kPacket& packet)
+void PacketWriter::writeBlock(size_t band, uint32_t index, PacketBitWriter& bits, Packet& packet)
 {
-    const J2kEncodedBand& encoded = precinct_->bands[band];
-    const J2kEncodedBlock& code = encoded.blocks[index];
+    const EncodedBand& encoded = precinct_->bands[band];
+    const EncodedBlock& code = encoded.blocks[index];
     Band& state = bands_[band];
     Block& block = state.blocks[index];
     uint32_t x = index % encoded.across, y = index / encoded.across;
@@ -100,11 +99,11 @@ void J2kPacketWriter::writeBlock(size_t band, uint32_t index, J2kPacketBitWriter
     block.passes = block.nextPasses;
 }
 
-void J2kPacketWriter::next(J2kSlope slope, J2kPacket& packet)
+void PacketWriter::next(Slope slope, Packet& packet)
 {
     packet.header.clear();
     packet.body.clear();
-    J2kPacketBitWriter bits(packet.header);
+    PacketBitWriter bits(packet.header);
     bool hasAny = false;
     for (size_t b = 0; b < bands_.size(); ++b) hasAny |= choose(b, slope);
     bits.bit(hasAny);

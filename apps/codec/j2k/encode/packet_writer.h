@@ -5,9 +5,9 @@
 #include "codec/j2k/encode/encoded_tile.h"
 #include "codec/j2k/packet_bits.h"
 
-namespace qel::codec {
+namespace qel::codec::j2k {
 
-struct J2kPacket {
+struct Packet {
     std::vector<uint8_t> header;
     std::vector<Bytes> body; // pieces of the code-blocks
 
@@ -15,13 +15,13 @@ struct J2kPacket {
 };
 
 // A copy goes on where the original is: so layers can be tried.
-class J2kPacketWriter {
+class PacketWriter {
 public:
     // The precinct has to live on.
-    explicit J2kPacketWriter(const J2kEncodedPrecinct& precinct);
+    explicit PacketWriter(const EncodedPrecinct& precinct);
 
     // Makes the packet of the next layer, of all passes worth the slope that earlier layers left out.
-    void next(J2kSlope slope, J2kPacket& packet);
+    void next(Slope slope, Packet& packet);
 
 private:
     struct Block {
@@ -33,10 +33,10 @@ private:
         TagTreeEncoder inclusion, zeroBitPlanes;
     };
 
-    bool choose(size_t band, J2kSlope slope);
-    void writeBlock(size_t band, uint32_t index, J2kPacketBitWriter& bits, J2kPacket& packet);
+    bool choose(size_t band, Slope slope);
+    void writeBlock(size_t band, uint32_t index, PacketBitWriter& bits, Packet& packet);
 
-    const J2kEncodedPrecinct* precinct_;
+    const EncodedPrecinct* precinct_;
     std::vector<Band> bands_;
     int layer_ = 0;
 };

@@ -10,23 +10,23 @@
 #include "codec/j2k/code_segments.h"
 #include "codec/j2k/encode/packet_writer.h"
 
-namespace qel::codec {
+namespace qel::codec::j2k {
 
 namespace {
 
 constexpr double kStepsPerOctave = 1024;
 // Beyond those of any code-block.
-constexpr J2kSlope kSteepest = 1 << 18;
+constexpr Slope kSteepest = 1 << 18;
 // What the header of a packet may have of a code-block, the first time and later.
 constexpr uint64_t kFirstHeaderBytes = 8, kHeaderBytes = 3;
 // The bytes of all layers are at most so many times those of the first.
 constexpr double kLayerSpan = 64;
 
-J2kSlope slopeOf(double error, double bytes)
+Slope slopeOf(double error, double bytes)
 {
     // Nothing for it is a bargain, but a finite one.
     double slope = std::log2(error / std::max(bytes, 1.0 / 64)) * kStepsPerOctave;
-    return J2kSlope(std::clamp(slope, -double(kSteepest), double(kSteepest)));
+    return Slope(std::clamp(slope, -double(kSteepest), double(kSteepest)));
 }
 
 template <class Tile, class Visit> void forBlocks(std::span<Tile> tiles, Visit visit)
@@ -38,10 +38,10 @@ template <class Tile, class Visit> void forBlocks(std::span<Tile> tiles, Visit v
 }
 
 // The smallest slope for which `fits` is true, which it is from some slope on.
-template <class Fits> J2kSlope smallestSlope(J2kSlope low, J2kSlope high, Fits fits)
+template <class Fits> Slope smallestSlope(Slope low, Slope high, Fits fits)
 {
     while (low < high) {
-        J2kSlope middle = low + (high - low) / 2;
+        Slope middle = low + (high - low) / 2;
         if (fits(middle))
             high = middle;
         else
@@ -53,15 +53,15 @@ template <class Fits> J2kSlope smallestSlope(J2kSlope low, J2kSlope high, Fits f
 // Packets of one layer after the other, each to be tried first.
 class Layers {
 public:
-    explicit Layers(std::span<const J2kEncodedTile> tiles)
+    explicit Layers(std::span<const EncodedTile> tiles)
     {
-        for (const J2kEncodedTile& tile : tiles)
-            for (const J2kEncodedPrecinct& precinct : tile.precincts) writers_.emplace_back(precinct);
+        for (const EncodedTile& tile : tiles)
+            for (const EncodedPrecinct& precinct : tile.precincts) writers_.emplace_back(precinct);
         tried_ = writers_;
     }
 
     // Bytes of all packets to the next layer, if that has all that is worth the slope.
-    uint64_t bytesWith(J2kSlope slope)
+    uint64_t bytesWith(Slope slope)
     {
         uint64_t bytes = bytes_;
         for (size_t i = 0; i < writers_.size(); ++i) {
@@ -71,27 +71,27 @@ public:
         }
         return bytes;
     }
-    void accept(J2kSlope slope)
+    void accept(Slope slope)
     {
         bytes_ = bytesWith(slope);
         std::swap(writers_, tried_);
     }
 
 private:
-    std::vector<J2kPacketWriter> writers_, tried_;
-    J2kPacket packet_;
+    std::vector<PacketWriter> writers_, tried_;
+    Packet packet_;
     uint64_t bytes_ = 0;
 };
 
 // What is left of the budget goes to the best of the next truncations for which it suffices: they get the slope.
-void fillUp(std::span<J2kEncodedTile> tiles, Layers& layers, J2kSlope slope, uint64_t bytes)
+void fillUp(std::span<EncodedTile> tiles, Layers& layers, Slope slope, uint64_t bytes)
 {
     struct Candidate {
-        J2kTruncation* truncation;
+        Truncation* truncation;
         uint64_t bytes;
     };
     std::vector<Candidate> candidates;
-    forBlocks(tiles, [&](J2kEncodedBlock& block) {
+    forBlocks(tiles, [&](EncodedBlock& block) {
         int passes = block.passesAt(slope);
         auto next = std::ranges::find_if(block.truncations, [&](auto& t) { return t.passes > passes; });
         if (next == block.truncations.end()) return;
@@ -100,7 +100,7 @@ void fillUp(std::span<J2kEncodedTile> tiles, Layers& layers, J2kSlope slope, uin
     });
     std::ranges::stable_sort(candidates, std::greater(), [](const Candidate& c) { return c.truncation->slope; });
     uint64_t left = bytes - layers.bytesWith(slope);
-    std::vector<std::pair<J2kTruncation*, J2kSlope>> changed;
+    std::vector<std::pair<Truncation*, Slope>> changed;
     for (const Candidate& candidate : candidates) {
         if (candidate.bytes > left) continue;
         left -= candidate.bytes;
@@ -112,9 +112,9 @@ void fillUp(std::span<J2kEncodedTile> tiles, Layers& layers, J2kSlope slope, uin
 
 }
 
-void findTruncations(J2kEncodedBlock& block, int style)
+void findTruncations(EncodedBlock& block, int style)
 {
-    bool onlyAtEnds = style & j2k_style::kPredictableTermination;
+    bool onlyAtEnds = style & style::kPredictableTermination;
     auto gain = [&](int from, int to) { return block.errorOf(from) - block.errorOf(to); };
     auto slope = [&](int from, int to) {
         return slopeOf(gain(from, to), double(block.bytesOf(to)) - block.bytesOf(from));
@@ -132,32 +132,32 @@ void findTruncations(J2kEncodedBlock& block, int style)
     }
 }
 
-J2kSlope slopeOfStep(double step)
+Slope slopeOfStep(double step)
 {
     // At high rates the error is step^2 / 12, and a bit more quarters it.
     return slopeOf(step * step / 12 * 2 * std::log(2.0) * 8, 1);
 }
 
-J2kSlope slopeForError(std::span<const J2kEncodedTile> tiles, double error)
+Slope slopeForError(std::span<const EncodedTile> tiles, double error)
 {
     // The steepest slope that is good enough lies one below the smallest that is not.
-    auto isTooMuch = [&](J2kSlope slope) {
+    auto isTooMuch = [&](Slope slope) {
         double left = 0;
-        forBlocks(tiles, [&](const J2kEncodedBlock& block) { left += block.errorOf(block.passesAt(slope)); });
+        forBlocks(tiles, [&](const EncodedBlock& block) { left += block.errorOf(block.passesAt(slope)); });
         return left > error;
     };
     return smallestSlope(-kSteepest, kSteepest + 1, isTooMuch) - 1;
 }
 
-std::vector<J2kSlope> allocateLayers(std::span<J2kEncodedTile> tiles, int count, const J2kBudget& budget)
+std::vector<Slope> allocateLayers(std::span<EncodedTile> tiles, int count, const Budget& budget)
 {
     Layers layers(tiles);
     uint64_t total = budget.bytes ? *budget.bytes : count > 1 ? layers.bytesWith(budget.slope) : 0;
     double ratio = std::min(2.0, std::pow(kLayerSpan, 1.0 / std::max(1, count - 1)));
-    std::vector<J2kSlope> slopes;
+    std::vector<Slope> slopes;
     auto slopeWithin = [&](uint64_t bytes) {
-        J2kSlope lowest = std::max(budget.slope, -kSteepest), steepest = slopes.empty() ? kSteepest : slopes.back();
-        return smallestSlope(lowest, steepest, [&](J2kSlope slope) { return layers.bytesWith(slope) <= bytes; });
+        Slope lowest = std::max(budget.slope, -kSteepest), steepest = slopes.empty() ? kSteepest : slopes.back();
+        return smallestSlope(lowest, steepest, [&](Slope slope) { return layers.bytesWith(slope) <= bytes; });
     };
     for (int later = count - 1; later > 0; --later) {
         slopes.push_back(slopeWithin(uint64_t(double(total) * std::pow(ratio, -later))));

@@ -7,27 +7,27 @@
 
 #include "codec/j2k/encode/encoded_tile.h"
 
-namespace qel::codec {
+namespace qel::codec::j2k {
 
 // Finds the truncations of a code-block from the ends and errors of its passes. With predictable termination, which a
 // decoder may check, these lie at the ends of codeword segments only.
-void findTruncations(J2kEncodedBlock& block, int style);
+void findTruncations(EncodedBlock& block, int style);
 
 // What a quantizer with steps of this size loses and saves when it is made a little coarser.
-J2kSlope slopeOfStep(double step);
+Slope slopeOfStep(double step);
 
 // The steepest slope that leaves no more than this squared error in the picture.
-J2kSlope slopeForError(std::span<const J2kEncodedTile> tiles, double error);
+Slope slopeForError(std::span<const EncodedTile> tiles, double error);
 
 // What the packets may hold: as many bytes, or all that is worth the slope.
-struct J2kBudget {
+struct Budget {
     std::optional<uint64_t> bytes;
-    J2kSlope slope = kJ2kAllPasses;
+    Slope slope = kAllPasses;
 };
 
 // The slope of each layer; all layers together hold what the budget allows, and each earlier one about half of the
 // bytes of the next, or more where there are many. To use the bytes up, some truncations get the last slope. Throws
 // CodecError where the empty packets are more than the budget.
-std::vector<J2kSlope> allocateLayers(std::span<J2kEncodedTile> tiles, int layers, const J2kBudget& budget);
+std::vector<Slope> allocateLayers(std::span<EncodedTile> tiles, int layers, const Budget& budget);
 
 }

@@ -10,7 +10,7 @@
 #include "codec/j2k/encode/band_energy.h"
 #include "codec/j2k/encode/forward_transform.h"
 
-namespace qel::codec {
+namespace qel::codec::j2k {
 
 namespace {
 
@@ -29,7 +29,7 @@ constexpr double kContextGain = 0.9;
 struct BandStatistics {
     std::array<double, kOctaves> count = {}, energy = {};
 
-    void add(const J2kPlane<float>& band, double weight)
+    void add(const Plane<float>& band, double weight)
     {
         auto scale = float(std::sqrt(weight));
         for (uint32_t y = 0; y < band.height(); ++y)
@@ -118,22 +118,22 @@ private:
         return {begin, begin + length};
     }
 
-    void add(const Picture& picture, const J2kRect& rect)
+    void add(const Picture& picture, const Rect& rect)
     {
-        using enum J2kBandKind;
+        using enum BandKind;
         pixels_ += double(rect.area());
         auto components = forwardTransform<float>(picture, rect, transforms_, levels_, 1);
         size_t next = 0;
         for (size_t c = 0; c < components.size(); ++c) {
             double weight = transforms_ ? componentEnergy(false, int(c)) : 1;
-            auto addBand = [&](int level, J2kBandKind kind) {
+            auto addBand = [&](int level, BandKind kind) {
                 if (next == bands_.size()) bands_.emplace_back();
                 bands_[next++].add(components[c].band(level, kind),
                                    weight * bandEnergy(false, rect.width(), rect.height(), level, kind));
             };
             addBand(levels_, ll);
             for (int level = levels_; level > 0; --level)
-                for (J2kBandKind kind : {hl, lh, hh}) addBand(level, kind);
+                for (BandKind kind : {hl, lh, hh}) addBand(level, kind);
         }
     }
 

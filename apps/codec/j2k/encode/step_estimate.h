@@ -4,7 +4,7 @@
 
 #include "codec/base/picture.h"
 
-namespace qel::codec {
+namespace qel::codec::j2k {
 
 // Steps as errors in the picture that quantization makes to any coefficient: those with which about so many bits for a
 // pixel are coded, or the mean squared error is about so much.

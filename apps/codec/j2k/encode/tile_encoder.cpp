@@ -7,50 +7,50 @@
 #include "codec/j2k/encode/band_energy.h"
 #include "codec/j2k/encode/forward_transform.h"
 
-namespace qel::codec {
+namespace qel::codec::j2k {
 
 namespace {
 
 // A code-block to be coded.
 template <class Sample> struct Job {
-    J2kBandCoding coding;
-    J2kPlane<Sample>* band; // its coefficients
-    J2kEncodedBlock* block;
+    BandCoding coding;
+    Plane<Sample>* band; // its coefficients
+    EncodedBlock* block;
 };
 
 // Lends encoders to threads.
 class Encoders {
 public:
-    explicit Encoders(const J2kCoding& coding) : coding_(coding) {}
+    explicit Encoders(const Coding& coding) : coding_(coding) {}
 
     template <class Use> void with(Use use)
     {
-        std::unique_ptr<J2kBlockEncoder> encoder = take();
+        std::unique_ptr<BlockEncoder> encoder = take();
         use(*encoder);
         std::scoped_lock lock(mutex_);
         free_.push_back(std::move(encoder));
     }
 
 private:
-    std::unique_ptr<J2kBlockEncoder> take()
+    std::unique_ptr<BlockEncoder> take()
     {
         std::scoped_lock lock(mutex_);
         if (free_.empty())
-            return std::make_unique<J2kBlockEncoder>(1 << coding_.blockWidthBits, 1 << coding_.blockHeightBits);
-        std::unique_ptr<J2kBlockEncoder> encoder = std::move(free_.back());
+            return std::make_unique<BlockEncoder>(1 << coding_.blockWidthBits, 1 << coding_.blockHeightBits);
+        std::unique_ptr<BlockEncoder> encoder = std::move(free_.back());
         free_.pop_back();
         return encoder;
     }
 
-    const J2kCoding& coding_;
+    const Coding& coding_;
     std::mutex mutex_;
-    std::vector<std::unique_ptr<J2kBlockEncoder>> free_;
+    std::vector<std::unique_ptr<BlockEncoder>> free_;
 };
 
-J2kBandCoding bandCoding(const J2kPictureCoding& coding, const J2kTile& tile, size_t component, const J2kBand& band)
+BandCoding bandCoding(const PictureCoding& coding, const Tile& tile, size_t component, const Band& band)
 {
-    const J2kCoding& style = *coding.parameters.coding;
-    J2kBandCoding made;
+    const Coding& style = *coding.parameters.coding;
+    BandCoding made;
     made.kind = band.kind;
     made.bitPlanes = band.bitPlanes;
     made.step =
@@ -64,43 +64,42 @@ J2kBandCoding bandCoding(const J2kPictureCoding& coding, const J2kTile& tile, si
     return made;
 }
 
-template <class Sample> std::vector<Job<Sample>>
-jobsOf(const J2kPictureCoding& coding, std::vector<J2kSubbands<Sample>>& coefficients, J2kEncodedTile& tile)
+template <class Sample> std::vector<Job<Sample>> jobsOf(const PictureCoding& coding,
+                                                        std::vector<Subbands<Sample>>& coefficients, EncodedTile& tile)
 {
     std::vector<Job<Sample>> jobs;
     for (size_t c = 0; c < coefficients.size(); ++c) {
-        const std::vector<J2kResolution>& resolutions = tile.tile.components[c].resolutions;
+        const std::vector<Resolution>& resolutions = tile.tile.components[c].resolutions;
         for (size_t r = 0; r < resolutions.size(); ++r)
             for (size_t b = 0; b < resolutions[r].bands.size(); ++b) {
-                const J2kBand& band = resolutions[r].bands[b];
-                J2kBandCoding blockCoding = bandCoding(coding, tile.tile, c, band);
+                const Band& band = resolutions[r].bands[b];
+                BandCoding blockCoding = bandCoding(coding, tile.tile, c, band);
                 for (size_t p = 0; p < resolutions[r].precincts.size(); ++p)
-                    for (J2kEncodedBlock& block : tile.precincts[tile.firstPrecincts[c][r] + p].bands[b].blocks)
+                    for (EncodedBlock& block : tile.precincts[tile.firstPrecincts[c][r] + p].bands[b].blocks)
                         jobs.push_back({blockCoding, &coefficients[c].band(band.level, band.kind), &block});
             }
     }
     return jobs;
 }
 
-template <class Sample> void encodeAs(const Picture& picture, const J2kPictureCoding& coding, int threads,
-                                      Progress& progress, J2kEncodedTile& tile)
+template <class Sample>
+void encodeAs(const Picture& picture, const PictureCoding& coding, int threads, Progress& progress, EncodedTile& tile)
 {
-    const J2kCoding& style = *coding.parameters.coding;
+    const Coding& style = *coding.parameters.coding;
     auto coefficients = forwardTransform<Sample>(picture, tile.tile.rect, coding.parameters.style->transformsComponents,
                                                  style.levels, threads);
     std::vector<Job<Sample>> jobs = jobsOf(coding, coefficients, tile);
     Encoders encoders(style);
     forEachInParallel(int(jobs.size()), threads, [&](int i) {
         const Job<Sample>& job = jobs[size_t(i)];
-        encoders.with([&](J2kBlockEncoder& encoder) { encoder.encode(*job.band, job.coding, *job.block); });
+        encoders.with([&](BlockEncoder& encoder) { encoder.encode(*job.band, job.coding, *job.block); });
         progress.step();
     });
 }
 
 }
 
-void encodeTile(const Picture& picture, const J2kPictureCoding& coding, int threads, Progress& progress,
-                J2kEncodedTile& tile)
+void encodeTile(const Picture& picture, const PictureCoding& coding, int threads, Progress& progress, EncodedTile& tile)
 {
     if (coding.parameters.coding->isReversible)
         encodeAs<int32_t>(picture, coding, threads, progress, tile);

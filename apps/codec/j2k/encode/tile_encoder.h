@@ -5,17 +5,17 @@
 #include "codec/base/progress.h"
 #include "codec/j2k/encode/block_encoder.h"
 
-namespace qel::codec {
+namespace qel::codec::j2k {
 
 // How a picture is coded, all tiles alike.
-struct J2kPictureCoding {
-    J2kSize size;
-    J2kParameters parameters;
-    J2kTermination termination = J2kTermination::flush;
+struct PictureCoding {
+    Size size;
+    Parameters parameters;
+    Termination termination = Termination::flush;
 };
 
 // Fills the code-blocks; steps once for each.
-void encodeTile(const Picture& picture, const J2kPictureCoding& coding, int threads, Progress& progress,
-                J2kEncodedTile& tile);
+void encodeTile(const Picture& picture, const PictureCoding& coding, int threads, Progress& progress,
+                EncodedTile& tile);
 
 }

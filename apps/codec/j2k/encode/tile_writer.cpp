@@ -5,17 +5,17 @@
 #include "codec/j2k/encode/packet_writer.h"
 #include "codec/j2k/progression.h"
 
-namespace qel::codec {
+namespace qel::codec::j2k {
 
-void writeJ2kTile(const J2kSize& size, const J2kParameters& parameters, std::span<const J2kSlope> layers,
-                  J2kEncodedTile& tile, ByteWriter& out)
+void writeTile(const Size& size, const Parameters& parameters, std::span<const Slope> layers, EncodedTile& tile,
+               ByteWriter& out)
 {
-    size_t begin = beginJ2kTile(out, tile.tile.index);
-    std::vector<J2kPacketWriter> writers(tile.precincts.begin(), tile.precincts.end());
-    J2kPacket packet;
-    J2kProgression all = J2kTileParameters(parameters, {}).progressions().front();
-    forJ2kPackets(size, tile.tile, all, [&](const J2kPacketPlace& place, int layer) {
-        J2kResolution& resolution = tile.tile.components[place.component].resolutions[place.resolution];
+    size_t begin = beginTile(out, tile.tile.index);
+    std::vector<PacketWriter> writers(tile.precincts.begin(), tile.precincts.end());
+    Packet packet;
+    Progression all = TileParameters(parameters, {}).progressions().front();
+    forPackets(size, tile.tile, all, [&](const PacketPlace& place, int layer) {
+        Resolution& resolution = tile.tile.components[place.component].resolutions[place.resolution];
         size_t precinct = tile.firstPrecincts[place.component][place.resolution] + place.precinct;
         writers[precinct].next(layers[size_t(layer)], packet);
         out.append(packet.header);
@@ -23,7 +23,7 @@ void writeJ2kTile(const J2kSize& size, const J2kParameters& parameters, std::spa
         ++resolution.precincts[place.precinct].layersRead;
         return true;
     });
-    finishJ2kTile(out, begin);
+    finishTile(out, begin);
 }
 
 }

@@ -6,10 +6,10 @@
 #include "codec/base/byte_writer.h"
 #include "codec/j2k/encode/encoded_tile.h"
 
-namespace qel::codec {
+namespace qel::codec::j2k {
 
 // Of each code-block, a layer has what is worth the layer's slope. The account of the tile's packets has to be empty.
-void writeJ2kTile(const J2kSize& size, const J2kParameters& parameters, std::span<const J2kSlope> layers,
-                  J2kEncodedTile& tile, ByteWriter& out);
+void writeTile(const Size& size, const Parameters& parameters, std::span<const Slope> layers, EncodedTile& tile,
+               ByteWriter& out);
 
 }

@@ -12,7 +12,7 @@
 #include "codec/j2k/encode/tile_encoder.h"
 #include "codec/j2k/encode/tile_writer.h"
 
-namespace qel::codec {
+namespace qel::codec::j2k {
 
 namespace {
 
@@ -24,27 +24,27 @@ constexpr uint32_t kTilesPerThread = 4;
 // estimate, a part of the usual step, nearly always gives.
 constexpr double kFirstStep = 0.4, kLeastCoarsening = 2.3, kFinestStep = 0.125;
 
-using Tiles = std::vector<J2kEncodedTile>;
+using Tiles = std::vector<EncodedTile>;
 
 double samplesOf(const Picture& picture) { return double(picture.width()) * picture.height() * picture.channels(); }
 
 class Encoder {
 public:
-    Encoder(const Picture& picture, const J2kEncodeOptions& options);
+    Encoder(const Picture& picture, const EncodeOptions& options);
 
     std::vector<uint8_t> encode();
-    int threads() const { return threadsForJ2k(uint64_t(samplesOf(picture_))); }
+    int threads() const { return threadsForSamples(uint64_t(samplesOf(picture_))); }
 
 private:
     void setStep(double step);
     double usualStep() const;
     Tiles encodeTiles() const;
-    J2kBudget budget(const Tiles& tiles, size_t overhead) const;
-    std::vector<uint8_t> encode(J2kSlope& lastSlope) const;
+    Budget budget(const Tiles& tiles, size_t overhead) const;
+    std::vector<uint8_t> encode(Slope& lastSlope) const;
 
     const Picture& picture_;
-    const J2kEncodeOptions& options_;
-    J2kPictureCoding coding_;
+    const EncodeOptions& options_;
+    PictureCoding coding_;
 };
 
 double peakOf(const Picture& picture) { return (1 << picture.precision()) - 1; }
@@ -61,7 +61,7 @@ double stepForQuality(const Picture& picture, int quality)
     return std::max(16 * percent / 100, 0.5) * peakOf(picture) / 255;
 }
 
-void checkTarget(const J2kEncodeOptions& options)
+void checkTarget(const EncodeOptions& options)
 {
     if (options.bitsPerPixel && !(*options.bitsPerPixel > 0)) throw CodecError("the rate is not above 0");
     if (options.psnr && !(*options.psnr >= 1 && *options.psnr <= 200)) throw CodecError("a PSNR has to be 1 to 200 dB");
@@ -69,7 +69,7 @@ void checkTarget(const J2kEncodeOptions& options)
         throw CodecError("quality " + std::to_string(options.quality) + ": it has to be 1 to 100");
 }
 
-Encoder::Encoder(const Picture& picture, const J2kEncodeOptions& options) : picture_(picture), options_(options)
+Encoder::Encoder(const Picture& picture, const EncodeOptions& options) : picture_(picture), options_(options)
 {
     checkTarget(options);
     coding_.size = sizeFor(picture, options);
@@ -106,7 +106,7 @@ Tiles Encoder::encodeTiles() const
 }
 
 // `overhead` is what the file has besides packets.
-J2kBudget Encoder::budget(const Tiles& tiles, size_t overhead) const
+Budget Encoder::budget(const Tiles& tiles, size_t overhead) const
 {
     if (options_.isLossless) return {};
     if (options_.bitsPerPixel) {
@@ -121,17 +121,17 @@ J2kBudget Encoder::budget(const Tiles& tiles, size_t overhead) const
     return {.bytes = {}, .slope = slopeForError(tiles, error * samplesOf(picture_))};
 }
 
-std::vector<uint8_t> Encoder::encode(J2kSlope& lastSlope) const
+std::vector<uint8_t> Encoder::encode(Slope& lastSlope) const
 {
     Tiles tiles = encodeTiles();
     std::vector<uint8_t> file;
     ByteWriter out(file);
     size_t box = options_.isJp2 ? writeJp2Header(out, picture_) : 0;
-    writeJ2kMainHeader(out, coding_.size, coding_.parameters);
-    size_t overhead = file.size() + kJ2kTileOverhead * tiles.size() + kJ2kEndOverhead;
-    std::vector<J2kSlope> layers = allocateLayers(tiles, options_.layers, budget(tiles, overhead));
-    for (J2kEncodedTile& tile : tiles) writeJ2kTile(coding_.size, coding_.parameters, layers, tile, out);
-    writeJ2kEnd(out);
+    writeMainHeader(out, coding_.size, coding_.parameters);
+    size_t overhead = file.size() + kTileOverhead * tiles.size() + kEndOverhead;
+    std::vector<Slope> layers = allocateLayers(tiles, options_.layers, budget(tiles, overhead));
+    for (EncodedTile& tile : tiles) writeTile(coding_.size, coding_.parameters, layers, tile, out);
+    writeEnd(out);
     if (options_.isJp2) out.setLength(box, box);
     lastSlope = layers.back();
     return file;
@@ -140,7 +140,7 @@ std::vector<uint8_t> Encoder::encode(J2kSlope& lastSlope) const
 // A lossy file is coded again, with finer steps, where the truncations do not leave enough of it out.
 std::vector<uint8_t> Encoder::encode()
 {
-    J2kSlope lastSlope = 0;
+    Slope lastSlope = 0;
     if (options_.isLossless) return encode(lastSlope);
     double step = std::exp2(std::floor(std::log2(kFirstStep * usualStep())));
     for (step = std::max(step, kFinestStep);; step /= 2) {
@@ -152,7 +152,7 @@ std::vector<uint8_t> Encoder::encode()
 
 }
 
-std::vector<uint8_t> encodeJ2k(const Picture& picture, const J2kEncodeOptions& options)
+std::vector<uint8_t> encode(const Picture& picture, const EncodeOptions& options)
 {
     Encoder encoder(picture, options);
     return withThreads(encoder.threads(), [&] { return encoder.encode(); });

@@ -3,10 +3,10 @@
 
 #include "codec/j2k/encode/options.h"
 
-namespace qel::codec {
+namespace qel::codec::j2k {
 
 // The file. RGB is decorrelated by a component transform; CMYK is written as it stands. Throws CodecError for options
 // outside their range, or that do not fit the picture.
-std::vector<uint8_t> encodeJ2k(const Picture& picture, const J2kEncodeOptions& options = {});
+std::vector<uint8_t> encode(const Picture& picture, const EncodeOptions& options = {});
 
 }

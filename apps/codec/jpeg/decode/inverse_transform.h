@@ -8,7 +8,7 @@
 #include "codec/jpeg/headers.h"
 #include "codec/jpeg/layout.h"
 
-namespace qel::codec {
+namespace qel::codec::jpeg {
 
 // Dequantizes and transforms blocks into the rows of planes, one plane for each component of the frame.
 class BlockTransform {

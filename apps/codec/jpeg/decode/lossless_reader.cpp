@@ -10,7 +10,7 @@
 #include "codec/base/library.h"
 #include "codec/jpeg/decode/output.h"
 
-namespace qel::codec {
+namespace qel::codec::jpeg {
 
 namespace {
 
@@ -42,22 +42,22 @@ void reconstructUnsigned(const int16_t* above, int16_t* row, int width, int pred
 
 }
 
-bool LosslessOutput::needsPlanes(const JpegInfo& info)
+bool LosslessOutput::needsPlanes(const Info& info)
 {
     bool isWhole =
         std::ranges::all_of(info.components, [&](auto& c) { return c.width == info.width && c.height == info.height; });
-    bool isConverted = info.colour == JpegColour::ycbcr || info.colour == JpegColour::ycck;
+    bool isConverted = info.colour == Colour::ycbcr || info.colour == Colour::ycck;
     return !isWhole || isConverted;
 }
 
-LosslessOutput::LosslessOutput(const JpegInfo& info, Picture& picture)
+LosslessOutput::LosslessOutput(const Info& info, Picture& picture)
     : info_(info), picture_(picture), rows_(info.components.size())
 {
     if (!needsPlanes(info)) return;
     if (info.precision != 8)
         throw CodecError("a lossless picture of " + std::to_string(info.precision) +
                          " bits with chroma to be converted is not supported");
-    for (const JpegComponent& c : info.components) planes_.emplace_back(c.width, c.height);
+    for (const Component& c : info.components) planes_.emplace_back(c.width, c.height);
 }
 
 void LosslessOutput::put(int component, const int16_t* samples, int pointTransform)
@@ -93,7 +93,7 @@ void LosslessOutput::fillRest(int component)
     while (rows_[component] < info_.components[component].height) put(component, grey.data(), 0);
 }
 
-void LosslessOutput::finish(JpegUpsampling upsampling)
+void LosslessOutput::finish(Upsampling upsampling)
 {
     for (int i = 0; i < int(rows_.size()); ++i) fillRest(i);
     if (planes_.empty()) return;
@@ -101,7 +101,7 @@ void LosslessOutput::finish(JpegUpsampling upsampling)
     writer.writeUntil(picture_.height());
 }
 
-LosslessRows::LosslessRows(const JpegInfo& info, const ScanDecoder& coder, int restartInterval, LosslessOutput& output)
+LosslessRows::LosslessRows(const Info& info, const ScanDecoder& coder, int restartInterval, LosslessOutput& output)
     : precision_(info.precision), predictor_(coder.scan().predictor), pointTransform_(coder.scan().pointTransform),
       output_(output)
 {

@@ -10,16 +10,16 @@
 #include "codec/jpeg/decode/scan.h"
 #include "codec/jpeg/info.h"
 
-namespace qel::codec {
+namespace qel::codec::jpeg {
 
 // Where samples go, row after row of each component: to their places in the picture, or to planes where these are still
 // to be up-sampled or to be converted to other colours.
 class LosslessOutput {
 public:
     // Throws CodecError for what cannot be converted. `picture` must outlive this object.
-    LosslessOutput(const JpegInfo& info, Picture& picture);
+    LosslessOutput(const Info& info, Picture& picture);
 
-    static bool needsPlanes(const JpegInfo& info);
+    static bool needsPlanes(const Info& info);
 
     // The next row of a component; `pointTransform` bits are put back.
     void put(int component, const int16_t* samples, int pointTransform);
@@ -28,12 +28,12 @@ public:
     // The same for all three components of such a picture at once, which stores it in one pass.
     void putColours(std::array<const int16_t*, 3> samples, int pointTransform);
     // All rows that there are have been put: the others become grey.
-    void finish(JpegUpsampling upsampling);
+    void finish(Upsampling upsampling);
 
 private:
     void fillRest(int component);
 
-    const JpegInfo& info_;
+    const Info& info_;
     Picture& picture_;
     std::vector<Plane> planes_; // empty if none are needed
     std::vector<int> rows_;     // that each component has got
@@ -43,7 +43,7 @@ private:
 class LosslessRows {
 public:
     // `restartInterval` is that of the scan. Throws CodecError unless it is a number of whole rows.
-    LosslessRows(const JpegInfo& info, const ScanDecoder& coder, int restartInterval, LosslessOutput& output);
+    LosslessRows(const Info& info, const ScanDecoder& coder, int restartInterval, LosslessOutput& output);
 
     // Decodes the next row of MCUs. What is lost of it becomes grey or, in the row where the damage is, what prediction
     // alone gives.

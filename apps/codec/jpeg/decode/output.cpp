@@ -6,7 +6,7 @@
 
 #include "codec/base/library.h"
 
-namespace qel::codec {
+namespace qel::codec::jpeg {
 
 namespace {
 
@@ -25,24 +25,24 @@ template <int kChannels> void interleave(const uint8_t* const rows[], int width,
 
 }
 
-RowWriter::RowWriter(const JpegInfo& info, JpegUpsampling upsampling, const std::vector<Plane>& planes,
-                     Picture& picture, int first)
+RowWriter::RowWriter(const Info& info, Upsampling upsampling, const std::vector<Plane>& planes, Picture& picture,
+                     int first)
     : colour_(info.colour), maxH_(info.maxH()), maxV_(info.maxV()), picture_(picture), next_(first)
 {
     for (size_t i = 0; i < planes.size(); ++i) {
-        const JpegComponent& c = info.components[i];
+        const Component& c = info.components[i];
         sources_.push_back({&planes[i], filterFor(c, upsampling), c.h, c.v, c.width, c.height, {}});
         // The library's filters write whole pairs.
         if (sources_[i].filter != Filter::none) sources_[i].row.resize(2 * size_t(info.width));
     }
 }
 
-RowWriter::Filter RowWriter::filterFor(const JpegComponent& component, JpegUpsampling upsampling) const
+RowWriter::Filter RowWriter::filterFor(const Component& component, Upsampling upsampling) const
 {
     bool wide = component.h == maxH_, tall = component.v == maxV_;
     bool halfWide = 2 * component.h == maxH_, halfTall = 2 * component.v == maxV_;
     if (wide && tall) return Filter::none;
-    if (upsampling == JpegUpsampling::triangle) {
+    if (upsampling == Upsampling::triangle) {
         if (halfWide && tall) return Filter::triangleH2V1;
         if (halfWide && halfTall) return Filter::triangleH2V2;
         if (wide && halfTall) return Filter::triangleH1V2;
@@ -90,18 +90,18 @@ void RowWriter::convert(const uint8_t* const rows[], uint8_t* out) const
 {
     int width = picture_.width();
     switch (colour_) {
-    case JpegColour::rgb:
+    case Colour::rgb:
         return interleave<3>(rows, width, out);
-    case JpegColour::cmyk:
+    case Colour::cmyk:
         return interleave<4>(rows, width, out);
-    case JpegColour::ycbcr:
-    case JpegColour::ycck:
+    case Colour::ycbcr:
+    case Colour::ycck:
         for (int x = 0; x < width; x += kConvertedAtOnce) {
             const uint8_t* at[4];
             for (size_t i = 0; i < sources_.size(); ++i) at[i] = rows[i] + x;
             QelSize size = {std::min(kConvertedAtOnce, width - x), 1};
-            check(colour_ == JpegColour::ycbcr ? qeliYCbCrToRGB_JPEG_8u_P3C3R(at, width, out + 3 * x, 3 * width, size)
-                                               : qeliYCCKToCMYK_JPEG_8u_P4C4R(at, width, out + 4 * x, 4 * width, size));
+            check(colour_ == Colour::ycbcr ? qeliYCbCrToRGB_JPEG_8u_P3C3R(at, width, out + 3 * x, 3 * width, size)
+                                           : qeliYCCKToCMYK_JPEG_8u_P4C4R(at, width, out + 4 * x, 4 * width, size));
         }
         return;
     default:
@@ -129,7 +129,7 @@ void fillGrey(Picture& picture, int first)
     if (first < picture.height()) memset(picture.row(first), 128, picture.step() * (picture.height() - first));
 }
 
-int fillGaps(const JpegInfo& info, const std::vector<int>& decodedRows, bool all, std::vector<Plane>& planes)
+int fillGaps(const Info& info, const std::vector<int>& decodedRows, bool all, std::vector<Plane>& planes)
 {
     int end = all ? info.height : 0;
     for (size_t i = 0; i < planes.size(); ++i) {
@@ -137,7 +137,7 @@ int fillGaps(const JpegInfo& info, const std::vector<int>& decodedRows, bool all
         end = std::max(end, std::min(reached, info.height));
     }
     for (size_t i = 0; i < planes.size(); ++i) {
-        const JpegComponent& c = info.components[i];
+        const Component& c = info.components[i];
         // One row more, for interpolation.
         int needed = std::min(end * c.v / info.maxV() + 2, c.height);
         for (int y = decodedRows[i]; y < needed; ++y) memset(planes[i].row(y), 128, planes[i].step());

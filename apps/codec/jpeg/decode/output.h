@@ -8,7 +8,7 @@
 #include "codec/jpeg/decode/reader.h"
 #include "codec/jpeg/info.h"
 
-namespace qel::codec {
+namespace qel::codec::jpeg {
 
 // The lines from `first` on become grey.
 void fillGrey(Picture& picture, int first);
@@ -17,7 +17,7 @@ class RowWriter {
 public:
     // `planes` has one plane for each component and must outlive this object, as must `picture`. Writing begins with
     // row `first` of the picture.
-    RowWriter(const JpegInfo& info, JpegUpsampling upsampling, const std::vector<Plane>& planes, Picture& picture,
+    RowWriter(const Info& info, Upsampling upsampling, const std::vector<Plane>& planes, Picture& picture,
               int first = 0);
 
     // Writes rows of the picture up to, not including, `end`. The planes must hold the rows of samples that these are
@@ -35,12 +35,12 @@ private:
         int width, height;        // samples
         std::vector<uint8_t> row; // after up-sampling
     };
-    Filter filterFor(const JpegComponent& component, JpegUpsampling upsampling) const;
+    Filter filterFor(const Component& component, Upsampling upsampling) const;
     const uint8_t* fullRow(Source& source, int y) const;
     void replicate(Source& source, int y) const;
     void convert(const uint8_t* const rows[], uint8_t* out) const;
 
-    JpegColour colour_;
+    Colour colour_;
     int maxH_, maxV_;
     std::vector<Source> sources_;
     Picture& picture_;
@@ -49,6 +49,6 @@ private:
 
 // Rows of samples behind the decoded ones of each component become grey: all of them, or those of the part of the
 // picture that any component reaches. Returns the number of rows of the picture in that part.
-int fillGaps(const JpegInfo& info, const std::vector<int>& decodedRows, bool all, std::vector<Plane>& planes);
+int fillGaps(const Info& info, const std::vector<int>& decodedRows, bool all, std::vector<Plane>& planes);
 
 }

@@ -15,7 +15,7 @@
 #include "codec/jpeg/decode/scan_pipeline.h"
 #include "codec/jpeg/progression.h"
 
-namespace qel::codec {
+namespace qel::codec::jpeg {
 
 namespace {
 
@@ -29,19 +29,19 @@ constexpr int64_t kMaxBlocksPassed = int64_t(1) << 29;
 
 class Decoder {
 public:
-    Decoder(Bytes file, const JpegDecodeOptions& options);
+    Decoder(Bytes file, const DecodeOptions& options);
 
     Picture picture();
-    std::vector<JpegPlane> separatePlanes();
-    std::vector<JpegCoefficients> coefficients();
+    std::vector<SamplePlane> separatePlanes();
+    std::vector<Coefficients> coefficients();
 
-    const JpegInfo& info() const { return headers_.info(); }
+    const Info& info() const { return headers_.info(); }
     int threads() const { return threadsFor(uint64_t(info().width) * info().height); }
     Warnings takeWarnings() { return std::move(warnings_); }
 
 private:
-    bool isProgressive() const { return info().process == JpegProcess::progressive; }
-    bool isLossless() const { return info().process == JpegProcess::lossless; }
+    bool isProgressive() const { return info().process == Process::progressive; }
+    bool isLossless() const { return info().process == Process::lossless; }
     void checkSupported() const;
     void checkHasBlocks() const;
     void checkMemory(uint64_t bytes) const;
@@ -65,8 +65,8 @@ private:
     }
 
     Bytes file_;
-    const JpegDecodeOptions& options_;
-    JpegHeaders headers_;
+    const DecodeOptions& options_;
+    Headers headers_;
     ScanHeader firstScan_;
     Progression progression_;
     int64_t blocksPassed_ = 0;          // by scans
@@ -75,7 +75,7 @@ private:
     Warnings warnings_;
 };
 
-Decoder::Decoder(Bytes file, const JpegDecodeOptions& options)
+Decoder::Decoder(Bytes file, const DecodeOptions& options)
     : file_(file), options_(options), headers_(file), firstScan_(*headers_.nextScan(2)), progression_(info()),
       steps_(info().components.size()), decodedRows_(info().components.size())
 {
@@ -84,7 +84,7 @@ Decoder::Decoder(Bytes file, const JpegDecodeOptions& options)
 
 void Decoder::checkSupported() const
 {
-    bool sequential = info().process == JpegProcess::baseline || info().process == JpegProcess::extended;
+    bool sequential = info().process == Process::baseline || info().process == Process::extended;
     if (!sequential && !isProgressive() && !isLossless())
         throw CodecError("the coding process SOF" + std::to_string(info().frameMarker - marker::kSof0) + " (" +
                              nameOf(info().process) + ") is not supported",
@@ -115,7 +115,7 @@ ScanLayout Decoder::wholeLayout() const
 
 Picture Decoder::picture()
 {
-    if (info().colour == JpegColour::other)
+    if (info().colour == Colour::other)
         throw CodecError("a picture of " + std::to_string(info().components.size()) + " components",
                          headers_.framePosition());
     size_t components = info().components.size();
@@ -208,7 +208,7 @@ std::optional<ScanHeader> Decoder::scanFrom(size_t position)
 bool Decoder::take(const ScanHeader& scan)
 {
     for (auto& component : scan.components) {
-        const JpegComponent& c = info().components[component.index];
+        const Component& c = info().components[component.index];
         blocksPassed_ += int64_t(blocksFor(c.width)) * blocksFor(c.height);
     }
     if (info().scans > kMaxScans || blocksPassed_ > kMaxBlocksPassed) {
@@ -255,12 +255,12 @@ template <class DecodeRow> void Decoder::forRows(ScanDecoder& coder, DecodeRow d
 std::vector<Plane> Decoder::decodePlanes(uint64_t otherMemory)
 {
     uint64_t bytes = otherMemory;
-    for (const JpegComponent& c : info().components)
+    for (const Component& c : info().components)
         bytes += uint64_t(64) * paddedBlocksAcross(info(), c) * paddedBlocksDown(info(), c);
     checkMemory(bytes);
 
     std::vector<Plane> planes;
-    for (const JpegComponent& c : info().components)
+    for (const Component& c : info().components)
         planes.emplace_back(8 * paddedBlocksAcross(info(), c), 8 * paddedBlocksDown(info(), c));
     if (isProgressive()) {
         std::vector<BlockStore> stores = decodeStores(bytes);
@@ -288,12 +288,12 @@ std::vector<Plane> Decoder::decodePlanes(uint64_t otherMemory)
 std::vector<BlockStore> Decoder::decodeStores(uint64_t otherMemory)
 {
     uint64_t bytes = otherMemory;
-    for (const JpegComponent& c : info().components)
+    for (const Component& c : info().components)
         bytes += uint64_t(BlockStore::kBytesPerBlock) * paddedBlocksAcross(info(), c) * paddedBlocksDown(info(), c);
     checkMemory(bytes);
 
     std::vector<BlockStore> stores;
-    for (const JpegComponent& c : info().components) stores.emplace_back(info(), c, BlockStore::Fill::zero);
+    for (const Component& c : info().components) stores.emplace_back(info(), c, BlockStore::Fill::zero);
     if (isProgressive() && threads() > 1) {
         decodeTogether(stores);
         return stores;
@@ -331,15 +331,15 @@ void Decoder::decodeTogether(std::vector<BlockStore>& stores)
     noteMissing();
 }
 
-std::vector<JpegPlane> Decoder::separatePlanes()
+std::vector<SamplePlane> Decoder::separatePlanes()
 {
     checkHasBlocks();
-    std::vector<JpegPlane> result;
+    std::vector<SamplePlane> result;
     std::vector<Plane> planes = decodePlanes(uint64_t(info().width) * info().height * info().components.size());
     fillGaps(info(), decodedRows_, true, planes);
     for (size_t i = 0; i < planes.size(); ++i) {
-        const JpegComponent& component = info().components[i];
-        JpegPlane& plane = result.emplace_back(JpegPlane{component.width, component.height, {}});
+        const Component& component = info().components[i];
+        SamplePlane& plane = result.emplace_back(SamplePlane{component.width, component.height, {}});
         plane.samples.reserve(size_t(plane.width) * plane.height);
         for (int y = 0; y < plane.height; ++y)
             plane.samples.insert(plane.samples.end(), planes[i].row(y), planes[i].row(y) + plane.width);
@@ -347,17 +347,16 @@ std::vector<JpegPlane> Decoder::separatePlanes()
     return result;
 }
 
-std::vector<JpegCoefficients> Decoder::coefficients()
+std::vector<Coefficients> Decoder::coefficients()
 {
     checkHasBlocks();
     uint64_t bytes = 0;
-    for (const JpegComponent& c : info().components) bytes += uint64_t(128) * blocksFor(c.width) * blocksFor(c.height);
+    for (const Component& c : info().components) bytes += uint64_t(128) * blocksFor(c.width) * blocksFor(c.height);
     std::vector<BlockStore> stores = decodeStores(bytes);
-    std::vector<JpegCoefficients> components;
+    std::vector<Coefficients> components;
     for (size_t i = 0; i < stores.size(); ++i) {
-        const JpegComponent& c = info().components[i];
-        JpegCoefficients& result =
-            components.emplace_back(JpegCoefficients{blocksFor(c.width), blocksFor(c.height), {}});
+        const Component& c = info().components[i];
+        Coefficients& result = components.emplace_back(Coefficients{blocksFor(c.width), blocksFor(c.height), {}});
         result.values.reserve(size_t(64) * result.blocksAcross * result.blocksDown);
         for (int row = 0; row < result.blocksDown; ++row) {
             const int16_t* blocks = stores[i].block(row, 0);
@@ -369,21 +368,21 @@ std::vector<JpegCoefficients> Decoder::coefficients()
 
 }
 
-DecodedJpeg decodeJpeg(Bytes file, const JpegDecodeOptions& options)
+Decoded decode(Bytes file, const DecodeOptions& options)
 {
     Decoder decoder(file, options);
     Picture picture = withThreads(decoder.threads(), [&] { return decoder.picture(); });
     return {std::move(picture), decoder.info(), decoder.takeWarnings()};
 }
 
-DecodedJpegPlanes decodeJpegPlanes(Bytes file, const JpegDecodeOptions& options)
+DecodedPlanes decodePlanes(Bytes file, const DecodeOptions& options)
 {
     Decoder decoder(file, options);
-    std::vector<JpegPlane> planes = withThreads(decoder.threads(), [&] { return decoder.separatePlanes(); });
+    std::vector<SamplePlane> planes = withThreads(decoder.threads(), [&] { return decoder.separatePlanes(); });
     return {std::move(planes), decoder.info(), decoder.takeWarnings()};
 }
 
-DecodedJpegCoefficients decodeJpegCoefficients(Bytes file, const JpegDecodeOptions& options)
+DecodedCoefficients decodeCoefficients(Bytes file, const DecodeOptions& options)
 {
     Decoder decoder(file, options);
     auto components = withThreads(decoder.threads(), [&] { return decoder.coefficients(); });

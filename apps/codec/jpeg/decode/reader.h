@@ -11,57 +11,57 @@
 #include "codec/base/picture.h"
 #include "codec/jpeg/info.h"
 
-namespace qel::codec {
+namespace qel::codec::jpeg {
 
 // How chroma of half the width or height is brought to full size. Other ratios are always replicated.
-enum class JpegUpsampling { triangle, replicate };
+enum class Upsampling { triangle, replicate };
 
-struct JpegDecodeOptions {
-    JpegUpsampling upsampling = JpegUpsampling::triangle;
+struct DecodeOptions {
+    Upsampling upsampling = Upsampling::triangle;
     bool planes = false;             // never convert MCU by MCU, which rounds a little less well
     uint64_t maxPixels = UINT64_MAX; // larger pictures are refused, beside the limit of Picture itself
     // Called now and then with the part of the work that is done, 0 to 1; may be empty.
     std::function<void(double)> progress = {};
 };
 
-struct DecodedJpeg {
+struct Decoded {
     Picture picture; // grey, RGB or CMYK; CMYK values as the file stores them (Adobe's: 255 is no ink)
-    JpegInfo info;
+    Info info;
     Warnings warnings; // damage that was survived, one line each; empty for a sound file
 };
 
 // The whole picture in the colour space that it stands for. Throws CodecError for a file that is unsupported or broken
 // before its first scan. Damage inside a scan is skipped up to the next restart marker; what cannot be decoded is grey.
-DecodedJpeg decodeJpeg(Bytes file, const JpegDecodeOptions& options = {});
+Decoded decode(Bytes file, const DecodeOptions& options = {});
 
 // One component before up-sampling and colour conversion, rows without gaps.
-struct JpegPlane {
+struct SamplePlane {
     int width = 0, height = 0;
     std::vector<uint8_t> samples;
 };
 
-struct DecodedJpegPlanes {
-    std::vector<JpegPlane> planes;
-    JpegInfo info;
+struct DecodedPlanes {
+    std::vector<SamplePlane> planes;
+    Info info;
     Warnings warnings;
 };
 
 // Neither this nor the next is for lossless files.
-DecodedJpegPlanes decodeJpegPlanes(Bytes file, const JpegDecodeOptions& options = {});
+DecodedPlanes decodePlanes(Bytes file, const DecodeOptions& options = {});
 
 // The quantized coefficients of one component: blocks row by row as its own size needs, 64 values each in natural
 // order.
-struct JpegCoefficients {
+struct Coefficients {
     int blocksAcross = 0, blocksDown = 0;
     std::vector<int16_t> values;
 };
 
-struct DecodedJpegCoefficients {
-    std::vector<JpegCoefficients> components;
-    JpegInfo info;
+struct DecodedCoefficients {
+    std::vector<Coefficients> components;
+    Info info;
     Warnings warnings;
 };
 
-DecodedJpegCoefficients decodeJpegCoefficients(Bytes file, const JpegDecodeOptions& options = {});
+DecodedCoefficients decodeCoefficients(Bytes file, const DecodeOptions& options = {});
 
 }

@@ -10,7 +10,7 @@
 #include "codec/jpeg/fused.h"
 #include "codec/jpeg/layout.h"
 
-namespace qel::codec {
+namespace qel::codec::jpeg {
 
 // One row after the other goes through a strip that stays in the cache, or unit by unit straight into the picture.
 class RowStream {
@@ -18,8 +18,8 @@ public:
     RowStream(const RowStream&) = delete;
     // Begins with this row of MCUs, whose first line takes the row above where interpolation needs that: row() has it
     // before, then.
-    RowStream(const JpegInfo& info, const std::vector<QuantizerSteps>& steps, const ScanLayout& layout,
-              const JpegDecodeOptions& options, Picture& picture, int firstRow)
+    RowStream(const Info& info, const std::vector<QuantizerSteps>& steps, const ScanLayout& layout,
+              const DecodeOptions& options, Picture& picture, int firstRow)
         : linesPerRow_(linesPerMcu(info, layout)), linesKept_(needsRowAbove(info, options)), rows_(layout.mcusDown),
           picture_(picture)
     {
@@ -34,20 +34,20 @@ public:
     }
 
     // Whether pictures of this kind go without planes: where that is faster, and chroma is not to be interpolated.
-    static bool convertsMcus(const JpegInfo& info, const JpegDecodeOptions& options)
+    static bool convertsMcus(const Info& info, const DecodeOptions& options)
     {
-        return !options.planes && options.upsampling == JpegUpsampling::replicate && mcuConversionFor(info);
+        return !options.planes && options.upsampling == Upsampling::replicate && mcuConversionFor(info);
     }
 
     // Whether lines are interpolated between rows of MCUs.
-    static bool needsRowAbove(const JpegInfo& info, const JpegDecodeOptions& options)
+    static bool needsRowAbove(const Info& info, const DecodeOptions& options)
     {
-        auto isHalfTall = [&](const JpegComponent& c) { return 2 * c.v == info.maxV(); };
-        return options.upsampling == JpegUpsampling::triangle && std::ranges::any_of(info.components, isHalfTall);
+        auto isHalfTall = [&](const Component& c) { return 2 * c.v == info.maxV(); };
+        return options.upsampling == Upsampling::triangle && std::ranges::any_of(info.components, isHalfTall);
     }
 
     // Lines of the picture in a row of MCUs.
-    static int linesPerMcu(const JpegInfo& info, const ScanLayout& layout)
+    static int linesPerMcu(const Info& info, const ScanLayout& layout)
     {
         return layout.shares.size() == 1 ? 8 : 8 * info.maxV();
     }
@@ -85,9 +85,9 @@ private:
         fill(sink);
     }
 
-    void strips(const JpegInfo& info, const ScanLayout& layout)
+    void strips(const Info& info, const ScanLayout& layout)
     {
-        for (const JpegComponent& component : info.components) {
+        for (const Component& component : info.components) {
             int rowsPerMcu = layout.shares.size() == 1 ? 8 : 8 * component.v;
             // Another row of blocks holds what interpolation between rows of MCUs still needs.
             planes_.emplace_back(8 * paddedBlocksAcross(info, component), rowsPerMcu + 8);

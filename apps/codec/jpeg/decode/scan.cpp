@@ -3,7 +3,7 @@
 
 #include <algorithm>
 
-namespace qel::codec {
+namespace qel::codec::jpeg {
 
 namespace {
 
@@ -16,7 +16,7 @@ std::vector<int> indicesOf(const ScanHeader& scan)
 
 }
 
-ScanDecoder::ScanDecoder(Bytes file, const JpegHeaders& headers, const ScanHeader& scan)
+ScanDecoder::ScanDecoder(Bytes file, const Headers& headers, const ScanHeader& scan)
     : layout_(headers.info(), indicesOf(scan)), scan_(scan), data_(file.subspan(scan.dataAt)), base_(scan.dataAt),
       state_(make<DecodeState>(qeliDecodeHuffmanStateInitAlloc_JPEG_8u)),
       interval_(headers.restartInterval() ? headers.restartInterval() : kNever), nextRestart_(interval_)

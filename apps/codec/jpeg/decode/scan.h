@@ -13,11 +13,11 @@
 #include "codec/jpeg/headers.h"
 #include "codec/jpeg/layout.h"
 
-namespace qel::codec {
+namespace qel::codec::jpeg {
 
 class ScanDecoder {
 public:
-    ScanDecoder(Bytes file, const JpegHeaders& headers, const ScanHeader& scan);
+    ScanDecoder(Bytes file, const Headers& headers, const ScanHeader& scan);
 
     const ScanLayout& layout() const { return layout_; }
     const ScanHeader& scan() const { return scan_; }

@@ -5,7 +5,7 @@
 
 #include "codec/base/parallel.h"
 
-namespace qel::codec {
+namespace qel::codec::jpeg {
 
 namespace {
 

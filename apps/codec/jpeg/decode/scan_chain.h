@@ -13,11 +13,11 @@
 #include "codec/jpeg/block_store.h"
 #include "codec/jpeg/decode/scan.h"
 
-namespace qel::codec {
+namespace qel::codec::jpeg {
 
 class ScanChain {
 public:
-    ScanChain(const JpegInfo& info, std::vector<BlockStore>& stores) : info_(info), stores_(stores) {}
+    ScanChain(const Info& info, std::vector<BlockStore>& stores) : info_(info), stores_(stores) {}
 
     // Scans in the order of the file; nothing is decoded before run().
     void add(ScanDecoder scan);
@@ -45,7 +45,7 @@ private:
     void decode(const Rows& rows);
     void finish(const Rows& rows, const std::function<void(double)>& report);
 
-    const JpegInfo& info_;
+    const Info& info_;
     std::vector<BlockStore>& stores_;
     std::deque<ScanDecoder> scans_;
     std::vector<Link> links_;

@@ -11,11 +11,11 @@
 #include "codec/jpeg/decode/row_stream.h"
 #include "codec/jpeg/decode/scan.h"
 
-namespace qel::codec {
+namespace qel::codec::jpeg {
 
 class ScanPipeline {
 public:
-    ScanPipeline(const JpegInfo& info, ScanDecoder& coder, bool needsRowAbove)
+    ScanPipeline(const Info& info, ScanDecoder& coder, bool needsRowAbove)
         : info_(info), coder_(coder), needsRowAbove_(needsRowAbove)
     {}
 
@@ -57,7 +57,7 @@ private:
     Stores storesFor(int rows) const
     {
         Stores stores;
-        for (const JpegComponent& c : info_.components)
+        for (const Component& c : info_.components)
             stores.emplace_back(paddedBlocksAcross(info_, c), rows * c.v, BlockStore::Fill::none);
         return stores;
     }
@@ -105,7 +105,7 @@ private:
         if (group.isLast) stream.fillRest();
     }
 
-    const JpegInfo& info_;
+    const Info& info_;
     ScanDecoder& coder_;
     bool needsRowAbove_;
     std::mutex mutex_;

@@ -4,7 +4,7 @@
 #include <bit>
 #include <cstring>
 
-namespace qel::codec {
+namespace qel::codec::jpeg {
 
 namespace {
 

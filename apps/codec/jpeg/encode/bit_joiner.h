@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <vector>
 
-namespace qel::codec {
+namespace qel::codec::jpeg {
 
 class BitJoiner {
 public:

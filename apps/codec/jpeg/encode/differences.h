@@ -11,7 +11,7 @@
 #include "codec/jpeg/headers.h"
 #include "codec/jpeg/layout.h"
 
-namespace qel::codec {
+namespace qel::codec::jpeg {
 
 class Differences {
 public:

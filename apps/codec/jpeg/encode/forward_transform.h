@@ -9,12 +9,12 @@
 #include "codec/jpeg/headers.h"
 #include "codec/jpeg/layout.h"
 
-namespace qel::codec {
+namespace qel::codec::jpeg {
 
 // Transforms and quantizes blocks of the strips.
 class ForwardTransform {
 public:
-    ForwardTransform(const JpegInfo& info, const ScanLayout& layout, const std::array<QuantizerSteps, 2>& multipliers,
+    ForwardTransform(const Info& info, const ScanLayout& layout, const std::array<QuantizerSteps, 2>& multipliers,
                      StripReader& strips)
         : strips_(strips)
     {

@@ -7,7 +7,7 @@
 #include "codec/base/library.h"
 #include "codec/jpeg/layout.h"
 
-namespace qel::codec {
+namespace qel::codec::jpeg {
 
 namespace {
 
@@ -25,12 +25,12 @@ template <int kChannels> void separate(const uint8_t* in, int width, uint8_t* co
 
 }
 
-StripReader::StripReader(const JpegInfo& info, const Picture& picture)
+StripReader::StripReader(const Info& info, const Picture& picture)
     : picture_(picture), colour_(info.colour), maxV_(info.maxV())
 {
-    const JpegComponent& widest = *std::ranges::max_element(info.components, {}, &JpegComponent::h);
+    const Component& widest = *std::ranges::max_element(info.components, {}, &Component::h);
     paddedWidth_ = 8 * paddedBlocksAcross(info, widest);
-    for (const JpegComponent& c : info.components) {
+    for (const Component& c : info.components) {
         bool wide = c.h == info.maxH(), tall = c.v == info.maxV();
         Filter filter = wide ? (tall ? Filter::none : Filter::boxH1V2) : tall ? Filter::boxH2V1 : Filter::boxH2V2;
         components_.push_back({filter, c.v, Plane(8 * paddedBlocksAcross(info, c), 8 * c.v), Plane(paddedWidth_, 2)});
@@ -38,7 +38,7 @@ StripReader::StripReader(const JpegInfo& info, const Picture& picture)
 }
 
 // Where the samples of row y of the strip, at full size, go.
-uint8_t* StripReader::rowToFill(Component& component, int y)
+uint8_t* StripReader::rowToFill(Strip& component, int y)
 {
     return component.filter == Filter::none ? component.strip.row(y) : component.full.row(y);
 }
@@ -66,16 +66,16 @@ void StripReader::convert(int y, uint8_t* const rows[]) const
         uint8_t* out[4];
         for (size_t i = 0; i < components_.size(); ++i) out[i] = rows[i] + x;
         switch (colour_) {
-        case JpegColour::ycbcr:
+        case Colour::ycbcr:
             check(qeliRGBToYCbCr_JPEG_8u_C3P3R(in, 3 * width, out, width, {width, 1}));
             break;
-        case JpegColour::ycck:
+        case Colour::ycck:
             check(qeliCMYKToYCCK_JPEG_8u_C4P4R(in, 4 * width, out, width, {width, 1}));
             break;
-        case JpegColour::rgb:
+        case Colour::rgb:
             separate<3>(in, width, out);
             break;
-        case JpegColour::cmyk:
+        case Colour::cmyk:
             separate<4>(in, width, out);
             break;
         default:
@@ -88,7 +88,7 @@ void StripReader::convert(int y, uint8_t* const rows[]) const
 }
 
 // Row y, at full size, of the strip has been filled.
-void StripReader::sampleDown(Component& component, int y)
+void StripReader::sampleDown(Strip& component, int y)
 {
     if (component.filter == Filter::none) return;
     bool halfTall = component.filter != Filter::boxH2V1;

@@ -7,12 +7,12 @@
 #include "codec/base/plane.h"
 #include "codec/jpeg/info.h"
 
-namespace qel::codec {
+namespace qel::codec::jpeg {
 
 class StripReader {
 public:
     // `info` describes the components to be made; sampling factors are 1 or 2.
-    StripReader(const JpegInfo& info, const Picture& picture);
+    StripReader(const Info& info, const Picture& picture);
 
     // Fills the strips with the rows of samples of one row of MCUs. Edges are repeated up to whole MCUs.
     void load(int mcuRow);
@@ -22,20 +22,20 @@ public:
 
 private:
     enum class Filter { none, boxH2V1, boxH2V2, boxH1V2 };
-    struct Component {
+    struct Strip {
         Filter filter;
         int v;
         Plane strip;
         Plane full; // two rows before down-sampling
     };
-    uint8_t* rowToFill(Component& component, int y);
+    uint8_t* rowToFill(Strip& component, int y);
     void convert(int y, uint8_t* const rows[]) const;
-    void sampleDown(Component& component, int y);
+    void sampleDown(Strip& component, int y);
 
     const Picture& picture_;
-    JpegColour colour_;
+    Colour colour_;
     int maxV_, paddedWidth_;
-    std::vector<Component> components_;
+    std::vector<Strip> components_;
 };
 
 }

@@ -10,7 +10,7 @@
 #include "codec/jpeg/encode/differences.h"
 #include "codec/jpeg/encode/segment_writer.h"
 
-namespace qel::codec {
+namespace qel::codec::jpeg {
 
 namespace {
 
@@ -31,7 +31,7 @@ uint64_t codedBits(const std::array<uint32_t, 256>& counts, const HuffmanLists& 
 
 class LosslessEncoder {
 public:
-    LosslessEncoder(const Picture& picture, const JpegEncodeOptions& options);
+    LosslessEncoder(const Picture& picture, const EncodeOptions& options);
     std::vector<uint8_t> file();
 
 private:
@@ -48,15 +48,15 @@ private:
     int restartInterval() const;
 
     const Picture& picture_;
-    const JpegEncodeOptions& options_;
+    const EncodeOptions& options_;
     std::vector<int> predictors_; // to be tried
-    JpegInfo info_;
+    Info info_;
     std::optional<Progress> progress_;
     std::vector<uint8_t> out_;
     SegmentWriter segments_{out_};
 };
 
-LosslessEncoder::LosslessEncoder(const Picture& picture, const JpegEncodeOptions& options)
+LosslessEncoder::LosslessEncoder(const Picture& picture, const EncodeOptions& options)
     : picture_(picture), options_(options)
 {
     checkOptions();
@@ -70,10 +70,10 @@ void LosslessEncoder::checkOptions() const
     if (picture_.precision() < 2) throw CodecError("a lossless JPEG file holds samples of 2 to 16 bits");
     if (picture_.width() > 65535 || picture_.height() > 65535)
         throw CodecError("a JPEG file holds at most 65535 x 65535 pixels");
-    bool isOwn = options_.target == JpegTarget::usual ||
-                 (options_.target == JpegTarget::rgb && picture_.space() == ColourSpace::rgb) ||
-                 (options_.target == JpegTarget::cmyk && picture_.space() == ColourSpace::cmyk) ||
-                 (options_.target == JpegTarget::grey && picture_.space() == ColourSpace::grey);
+    bool isOwn = options_.target == Target::usual ||
+                 (options_.target == Target::rgb && picture_.space() == ColourSpace::rgb) ||
+                 (options_.target == Target::cmyk && picture_.space() == ColourSpace::cmyk) ||
+                 (options_.target == Target::grey && picture_.space() == ColourSpace::grey);
     if (!isOwn || options_.sampling) throw CodecError("a lossless file keeps the picture's colours and all samples");
     if (options_.progressive || !options_.scans.empty()) throw CodecError("a lossless file is not progressive");
     if (options_.predictor < 0 || options_.predictor > kPredictors) throw CodecError("the predictor is not in 1 to 7");
@@ -88,13 +88,11 @@ void LosslessEncoder::describe()
 {
     ColourSpace space = picture_.space();
     info_.frameMarker = marker::kSof3;
-    info_.process = JpegProcess::lossless;
+    info_.process = Process::lossless;
     info_.width = picture_.width();
     info_.height = picture_.height();
     info_.precision = picture_.precision();
-    info_.colour = space == ColourSpace::grey  ? JpegColour::grey
-                   : space == ColourSpace::rgb ? JpegColour::rgb
-                                               : JpegColour::cmyk;
+    info_.colour = space == ColourSpace::grey ? Colour::grey : space == ColourSpace::rgb ? Colour::rgb : Colour::cmyk;
     std::string_view names = space == ColourSpace::grey ? "\1" : space == ColourSpace::rgb ? "RGB" : "CMYK";
     for (char name : names) info_.components.push_back({name, 1, 1, 0, 0, 0});
     setComponentSizes(info_);
@@ -182,7 +180,7 @@ std::vector<uint8_t> LosslessEncoder::file()
     info_.restartInterval = restartInterval();
 
     segments_.marker(marker::kSoi);
-    if (info_.colour == JpegColour::grey)
+    if (info_.colour == Colour::grey)
         segments_.jfif();
     else
         segments_.adobe(0);
@@ -195,7 +193,7 @@ std::vector<uint8_t> LosslessEncoder::file()
 
 }
 
-std::vector<uint8_t> encodeLosslessJpeg(const Picture& picture, const JpegEncodeOptions& options)
+std::vector<uint8_t> encodeLossless(const Picture& picture, const EncodeOptions& options)
 {
     return LosslessEncoder(picture, options).file();
 }

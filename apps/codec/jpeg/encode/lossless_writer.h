@@ -6,9 +6,9 @@
 
 #include "codec/jpeg/encode/writer.h"
 
-namespace qel::codec {
+namespace qel::codec::jpeg {
 
-// What encodeJpeg does where options.lossless is set.
-std::vector<uint8_t> encodeLosslessJpeg(const Picture& picture, const JpegEncodeOptions& options);
+// What encode does where options.lossless is set.
+std::vector<uint8_t> encodeLossless(const Picture& picture, const EncodeOptions& options);
 
 }

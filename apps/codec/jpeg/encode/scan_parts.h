@@ -12,7 +12,7 @@
 #include "codec/jpeg/encode/bit_joiner.h"
 #include "codec/jpeg/encode/scan_writer.h"
 
-namespace qel::codec {
+namespace qel::codec::jpeg {
 
 // Codes a part from a byte on, but for its first MCU: that has DC differences to the part before, and is kept as it is.
 // Parts on different threads have no cache line in common, nor two that are fetched together.

@@ -11,7 +11,7 @@
 #include "codec/jpeg/headers.h"
 #include "codec/jpeg/progression.h"
 
-namespace qel::codec {
+namespace qel::codec::jpeg {
 
 namespace {
 
@@ -28,9 +28,9 @@ public:
         return text_.empty();
     }
 
-    JpegScan scan()
+    Scan scan()
     {
-        JpegScan scan;
+        Scan scan;
         while (!takes(':')) {
             if (takes(';')) return scan;
             scan.components.push_back(number());
@@ -83,18 +83,18 @@ private:
 };
 
 // Adds a scan of the band for each component by itself.
-void addBand(JpegScanScript& script, const std::vector<int>& components, int first, int last, int high, int low)
+void addBand(ScanScript& script, const std::vector<int>& components, int first, int last, int high, int low)
 {
     for (int c : components) script.push_back({{c}, first, last, high, low});
 }
 
 }
 
-JpegScanScript usualScript(int components, bool hasChrominance)
+ScanScript usualScript(int components, bool hasChrominance)
 {
     std::vector<int> all(components);
     std::iota(all.begin(), all.end(), 0);
-    JpegScanScript script = {{all, 0, 0, 0, 1}};
+    ScanScript script = {{all, 0, 0, 0, 1}};
     if (hasChrominance && components == 3) {
         // Little is in the chrominance that would be worth a band of its own.
         addBand(script, {0}, 1, 5, 0, 2);
@@ -113,10 +113,10 @@ JpegScanScript usualScript(int components, bool hasChrominance)
     return script;
 }
 
-JpegScanScript parseScanScript(std::string_view text)
+ScanScript parseScanScript(std::string_view text)
 {
     ScriptReader reader(text);
-    JpegScanScript script;
+    ScanScript script;
     while (!reader.atEnd()) {
         if (script.size() == kMaxScriptScans) reader.fail("too many scans");
         script.push_back(reader.scan());
@@ -125,14 +125,14 @@ JpegScanScript parseScanScript(std::string_view text)
     return script;
 }
 
-void checkScript(const JpegScanScript& script, int components)
+void checkScript(const ScanScript& script, int components)
 {
-    JpegInfo info;
+    Info info;
     info.components.resize(components);
     Progression progression(info);
     bool sequential = !script.empty() && script[0].isSequential();
     for (size_t i = 0; i < script.size(); ++i) {
-        const JpegScan& scan = script[i];
+        const Scan& scan = script[i];
         auto require = [&](bool holds, const char* rule) {
             if (!holds) throw CodecError("scan " + std::to_string(i + 1) + " of the scan script: " + rule);
         };

@@ -5,7 +5,7 @@
 
 #include "codec/jpeg/markers.h"
 
-namespace qel::codec {
+namespace qel::codec::jpeg {
 
 namespace {
 

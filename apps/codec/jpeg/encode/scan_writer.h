@@ -13,7 +13,7 @@
 #include "codec/jpeg/layout.h"
 #include "codec/jpeg/tables.h"
 
-namespace qel::codec {
+namespace qel::codec::jpeg {
 
 // The two Huffman tables of a component.
 struct HuffmanPair {

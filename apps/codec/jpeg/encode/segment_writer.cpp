@@ -3,7 +3,7 @@
 
 #include <algorithm>
 
-namespace qel::codec {
+namespace qel::codec::jpeg {
 
 using namespace std::string_view_literals;
 
@@ -54,14 +54,14 @@ void SegmentWriter::quantizer(int slot, const QuantizerSteps& steps)
     for (int position : kZigzag) wide ? u16(steps[position]) : u8(steps[position]);
 }
 
-void SegmentWriter::frame(const JpegInfo& info)
+void SegmentWriter::frame(const Info& info)
 {
     begin(info.frameMarker, 6 + 3 * int(info.components.size()));
     u8(info.precision);
     u16(info.height);
     u16(info.width);
     u8(int(info.components.size()));
-    for (const JpegComponent& component : info.components) {
+    for (const Component& component : info.components) {
         u8(component.id);
         u8(component.h << 4 | component.v);
         u8(component.quantizer);
@@ -82,7 +82,7 @@ void SegmentWriter::restartInterval(int mcus)
     u16(mcus);
 }
 
-void SegmentWriter::scan(const JpegInfo& info, const ScanHeader& scan)
+void SegmentWriter::scan(const Info& info, const ScanHeader& scan)
 {
     begin(marker::kSos, 4 + 2 * int(scan.components.size()));
     u8(int(scan.components.size()));

@@ -7,7 +7,7 @@
 
 #include "codec/jpeg/headers.h"
 
-namespace qel::codec {
+namespace qel::codec::jpeg {
 
 class SegmentWriter {
 public:
@@ -17,11 +17,11 @@ public:
     void jfif();
     void adobe(int transform);
     void quantizer(int slot, const QuantizerSteps& steps);
-    void frame(const JpegInfo& info);
+    void frame(const Info& info);
     // `kind` is 0 for DC, 1 for AC.
     void huffmanTable(int kind, int slot, const HuffmanLists& lists);
     void restartInterval(int mcus);
-    void scan(const JpegInfo& info, const ScanHeader& scan);
+    void scan(const Info& info, const ScanHeader& scan);
 
 private:
     void begin(uint8_t code, int parameterBytes);

@@ -17,7 +17,7 @@
 #include "codec/jpeg/encode/segment_writer.h"
 #include "codec/jpeg/fused.h"
 
-namespace qel::codec {
+namespace qel::codec::jpeg {
 
 namespace {
 
@@ -30,24 +30,22 @@ QuantizerSteps stepsFor(TableKind kind, int quality, bool wide)
     return steps;
 }
 
-JpegColour colourFor(const Picture& picture, JpegTarget target)
+Colour colourFor(const Picture& picture, Target target)
 {
     ColourSpace space = picture.space();
     switch (target) {
-    case JpegTarget::usual:
-        return space == ColourSpace::grey  ? JpegColour::grey
-               : space == ColourSpace::rgb ? JpegColour::ycbcr
-                                           : JpegColour::ycck;
-    case JpegTarget::grey:
-        if (space != ColourSpace::cmyk) return JpegColour::grey;
+    case Target::usual:
+        return space == ColourSpace::grey ? Colour::grey : space == ColourSpace::rgb ? Colour::ycbcr : Colour::ycck;
+    case Target::grey:
+        if (space != ColourSpace::cmyk) return Colour::grey;
         break;
-    case JpegTarget::ycbcr:
-    case JpegTarget::rgb:
-        if (space == ColourSpace::rgb) return target == JpegTarget::rgb ? JpegColour::rgb : JpegColour::ycbcr;
+    case Target::ycbcr:
+    case Target::rgb:
+        if (space == ColourSpace::rgb) return target == Target::rgb ? Colour::rgb : Colour::ycbcr;
         break;
-    case JpegTarget::cmyk:
-    case JpegTarget::ycck:
-        if (space == ColourSpace::cmyk) return target == JpegTarget::cmyk ? JpegColour::cmyk : JpegColour::ycck;
+    case Target::cmyk:
+    case Target::ycck:
+        if (space == ColourSpace::cmyk) return target == Target::cmyk ? Colour::cmyk : Colour::ycck;
         break;
     }
     throw CodecError("the picture has not the colour space that is asked for");
@@ -57,7 +55,7 @@ const std::array<HuffmanPair, 2> kTypicalTables = {{{kTypicalDc[0], kTypicalAc[0
 
 class Encoder {
 public:
-    Encoder(const Picture& picture, const JpegEncodeOptions& options);
+    Encoder(const Picture& picture, const EncodeOptions& options);
     std::vector<uint8_t> file();
     int threads() const { return threadsFor(uint64_t(info_.width) * info_.height); }
 
@@ -76,7 +74,7 @@ private:
         int interval; // of restart markers
         std::vector<uint8_t> data;
     };
-    CodedScan codeStored(const JpegScan& described, std::vector<BlockStore>& stores, Progress& progress) const;
+    CodedScan codeStored(const Scan& described, std::vector<BlockStore>& stores, Progress& progress) const;
     std::array<HuffmanPair, 2> bestTables(const CodedScan& scan, const ScanLayout& layout,
                                           std::vector<BlockStore>& stores, Progress& progress) const;
     // Codes blocks at the end of `out`; withSource(body) calls body(source), where they come from.
@@ -87,14 +85,14 @@ private:
     // Writes what stands before the data of a scan.
     void beginScan(const ScanHeader& scan, const std::array<HuffmanPair, 2>& tables, int interval);
     std::vector<int> allComponents() const;
-    ScanHeader headerOf(const JpegScan& scan) const;
+    ScanHeader headerOf(const Scan& scan) const;
     bool needsStatistics(const ScanHeader& scan) const;
     int restartInterval(const ScanLayout& layout) const;
 
     const Picture& picture_;
-    const JpegEncodeOptions& options_;
-    JpegInfo info_;
-    JpegScanScript scans_;
+    const EncodeOptions& options_;
+    Info info_;
+    ScanScript scans_;
     bool isProgressive_ = false;
     std::array<QuantizerSteps, 2> steps_, multipliers_;
     std::array<bool, 2> written_{}; // typical Huffman tables that the file holds already
@@ -102,7 +100,7 @@ private:
     SegmentWriter segments_{out_};
 };
 
-Encoder::Encoder(const Picture& picture, const JpegEncodeOptions& options) : picture_(picture), options_(options)
+Encoder::Encoder(const Picture& picture, const EncodeOptions& options) : picture_(picture), options_(options)
 {
     checkOptions();
     for (TableKind kind : {kLuminance, kChrominance}) {
@@ -131,28 +129,28 @@ void Encoder::describeFrame()
     info_.height = picture_.height();
     info_.precision = 8;
     info_.colour = colourFor(picture_, options_.target);
-    info_.hasJfif = info_.colour == JpegColour::grey || info_.colour == JpegColour::ycbcr;
-    if (!info_.hasJfif) info_.adobeTransform = info_.colour == JpegColour::ycck ? 2 : 0;
+    info_.hasJfif = info_.colour == Colour::grey || info_.colour == Colour::ycbcr;
+    if (!info_.hasJfif) info_.adobeTransform = info_.colour == Colour::ycck ? 2 : 0;
 }
 
 void Encoder::describeComponents()
 {
-    bool chrominance = info_.colour == JpegColour::ycbcr || info_.colour == JpegColour::ycck;
-    const JpegSamplings& sampling = options_.sampling ? *options_.sampling : chrominance ? kSampling420 : kSampling444;
-    std::string_view names = info_.colour == JpegColour::rgb    ? "RGB"
-                             : info_.colour == JpegColour::cmyk ? "CMYK"
-                             : info_.colour == JpegColour::grey ? "\1"
-                                                                : "\1\2\3\4";
-    int count = info_.colour == JpegColour::grey ? 1 : picture_.channels();
+    bool chrominance = info_.colour == Colour::ycbcr || info_.colour == Colour::ycck;
+    const Samplings& sampling = options_.sampling ? *options_.sampling : chrominance ? kSampling420 : kSampling444;
+    std::string_view names = info_.colour == Colour::rgb    ? "RGB"
+                             : info_.colour == Colour::cmyk ? "CMYK"
+                             : info_.colour == Colour::grey ? "\1"
+                                                            : "\1\2\3\4";
+    int count = info_.colour == Colour::grey ? 1 : picture_.channels();
     for (int i = 0; i < count; ++i) {
-        auto [h, v] = count == 1 ? JpegSampling{1, 1} : sampling[i];
+        auto [h, v] = count == 1 ? Sampling{1, 1} : sampling[i];
         if (h < 1 || h > 2 || v < 1 || v > 2) throw CodecError("sampling factors can be 1 and 2 only");
         int table = chrominance && (i == 1 || i == 2) ? kChrominance : kLuminance;
         info_.components.push_back({names[i], h, v, table, 0, 0});
     }
     setComponentSizes(info_);
     int largestStep = 0;
-    for (const JpegComponent& c : info_.components)
+    for (const Component& c : info_.components)
         largestStep = std::max<int>(largestStep, std::ranges::max(steps_[c.quantizer]));
     info_.frameMarker = largestStep > 255 ? marker::kSof1 : marker::kSof0;
 }
@@ -168,19 +166,19 @@ void Encoder::chooseScans()
 {
     int count = int(info_.components.size());
     scans_ = options_.scans;
-    if (scans_.empty() && options_.progressive) scans_ = usualScript(count, info_.colour == JpegColour::ycbcr);
+    if (scans_.empty() && options_.progressive) scans_ = usualScript(count, info_.colour == Colour::ycbcr);
     if (scans_.empty() && options_.interleaved) scans_ = {{allComponents()}};
     if (scans_.empty())
         for (int i : allComponents()) scans_.push_back({{i}});
     checkScript(scans_, count);
     isProgressive_ = !scans_[0].isSequential();
     if (isProgressive_) info_.frameMarker = marker::kSof2;
-    for (const JpegScan& scan : scans_)
+    for (const Scan& scan : scans_)
         if (ScanLayout(info_, scan.components).blocks.size() > 10)
             throw CodecError("sampling factors that give more than 10 blocks to an MCU");
 }
 
-ScanHeader Encoder::headerOf(const JpegScan& scan) const
+ScanHeader Encoder::headerOf(const Scan& scan) const
 {
     ScanHeader header;
     for (int i : scan.components) {
@@ -213,7 +211,7 @@ std::vector<uint8_t> Encoder::file()
         segments_.jfif();
     else
         segments_.adobe(info_.adobeTransform);
-    int last = std::ranges::max(info_.components, {}, &JpegComponent::quantizer).quantizer;
+    int last = std::ranges::max(info_.components, {}, &Component::quantizer).quantizer;
     for (int table = 0; table <= last; ++table) segments_.quantizer(table, steps_[table]);
     segments_.frame(info_);
     if (scans_.size() == 1 && !options_.optimiseTables && !isProgressive_)
@@ -264,7 +262,7 @@ template <class Body> void Encoder::withBlocks(const ScanLayout& layout, Body bo
 std::vector<BlockStore> Encoder::transformAll(Progress& progress)
 {
     std::vector<BlockStore> stores;
-    for (const JpegComponent& c : info_.components) stores.emplace_back(info_, c, BlockStore::Fill::none);
+    for (const Component& c : info_.components) stores.emplace_back(info_, c, BlockStore::Fill::none);
     ScanLayout layout(info_, allComponents());
     int bands = std::min(layout.mcusDown, threads());
     forEachInParallel(bands, threads(), [&](int band) {
@@ -285,7 +283,7 @@ std::vector<BlockStore> Encoder::transformAll(Progress& progress)
 void Encoder::encodeStored()
 {
     int steps = ScanLayout(info_, allComponents()).mcusDown;
-    for (const JpegScan& scan : scans_)
+    for (const Scan& scan : scans_)
         steps += (needsStatistics(headerOf(scan)) ? 2 : 1) * ScanLayout(info_, scan.components).mcusDown;
     Progress progress(options_.progress, steps);
     std::vector<BlockStore> stores = transformAll(progress);
@@ -301,8 +299,7 @@ void Encoder::encodeStored()
     }
 }
 
-Encoder::CodedScan Encoder::codeStored(const JpegScan& described, std::vector<BlockStore>& stores,
-                                       Progress& progress) const
+Encoder::CodedScan Encoder::codeStored(const Scan& described, std::vector<BlockStore>& stores, Progress& progress) const
 {
     ScanLayout layout(info_, described.components);
     CodedScan scan = {headerOf(described), kTypicalTables, restartInterval(layout), {}};
@@ -340,9 +337,9 @@ template <class WithSource> void Encoder::codeData(const CodedScan& scan, const 
 
 }
 
-std::vector<uint8_t> encodeJpeg(const Picture& picture, const JpegEncodeOptions& options)
+std::vector<uint8_t> encode(const Picture& picture, const EncodeOptions& options)
 {
-    if (options.lossless) return encodeLosslessJpeg(picture, options);
+    if (options.lossless) return encodeLossless(picture, options);
     Encoder encoder(picture, options);
     return withThreads(encoder.threads(), [&] { return encoder.file(); });
 }

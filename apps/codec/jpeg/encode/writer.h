@@ -12,34 +12,34 @@
 #include "codec/jpeg/encode/scan_script.h"
 #include "codec/jpeg/info.h"
 
-namespace qel::codec {
+namespace qel::codec::jpeg {
 
-struct JpegSampling {
+struct Sampling {
     int h = 1, v = 1; // 1 or 2
 };
 
 // Sampling factors of up to four components, in the file's order (Y Cb Cr, R G B, C M Y K or Y Cb Cr K).
-using JpegSamplings = std::array<JpegSampling, 4>;
-inline constexpr JpegSamplings kSampling444 = {{{1, 1}, {1, 1}, {1, 1}, {1, 1}}};
-inline constexpr JpegSamplings kSampling422 = {{{2, 1}, {1, 1}, {1, 1}, {2, 1}}};
-inline constexpr JpegSamplings kSampling440 = {{{1, 2}, {1, 1}, {1, 1}, {1, 2}}};
-inline constexpr JpegSamplings kSampling420 = {{{2, 2}, {1, 1}, {1, 1}, {2, 2}}};
+using Samplings = std::array<Sampling, 4>;
+inline constexpr Samplings kSampling444 = {{{1, 1}, {1, 1}, {1, 1}, {1, 1}}};
+inline constexpr Samplings kSampling422 = {{{2, 1}, {1, 1}, {1, 1}, {2, 1}}};
+inline constexpr Samplings kSampling440 = {{{1, 2}, {1, 1}, {1, 1}, {1, 2}}};
+inline constexpr Samplings kSampling420 = {{{2, 2}, {1, 1}, {1, 1}, {2, 2}}};
 
 inline constexpr int kBestPredictor = 0;
 
 // What the file shall hold. `usual` is grey, YCbCr or YCCK, as the picture is.
-enum class JpegTarget { usual, grey, ycbcr, rgb, cmyk, ycck };
+enum class Target { usual, grey, ycbcr, rgb, cmyk, ycck };
 
-struct JpegEncodeOptions {
+struct EncodeOptions {
     int quality = 90; // 1 to 100
-    JpegTarget target = JpegTarget::usual;
-    std::optional<JpegSamplings> sampling = {}; // else 4:2:0 for YCbCr and YCCK, 4:4:4 for RGB and CMYK; grey has none
-    bool optimiseTables = false;                // Huffman tables made for this picture: two passes, a smaller file
-    bool interleaved = true;                    // one scan for all components, or one scan for each
-    bool progressive = false;                   // by the usual script, with tables made for each scan
-    JpegScanScript scans = {};                  // if not empty, these instead; they say whether the file is progressive
-    int restartInterval = 0;                    // in MCUs; 0 is none
-    int restartRows = 0;                        // or in rows of MCUs of each scan; not both
+    Target target = Target::usual;
+    std::optional<Samplings> sampling = {}; // else 4:2:0 for YCbCr and YCCK, 4:4:4 for RGB and CMYK; grey has none
+    bool optimiseTables = false;            // Huffman tables made for this picture: two passes, a smaller file
+    bool interleaved = true;                // one scan for all components, or one scan for each
+    bool progressive = false;               // by the usual script, with tables made for each scan
+    ScanScript scans = {};                  // if not empty, these instead; they say whether the file is progressive
+    int restartInterval = 0;                // in MCUs; 0 is none
+    int restartRows = 0;                    // or in rows of MCUs of each scan; not both
     // At the lowest qualities, quantization steps above 255 in 16-bit tables (the file is then extended sequential).
     bool wideQuantizers = false;
     // A lossless file (T.81 Annex H): samples of 2 to 16 bits in the picture's own colours, with tables made for it.
@@ -54,6 +54,6 @@ struct JpegEncodeOptions {
 
 // The file. CMYK samples are written as they stand, with an Adobe marker (whose readers take 255 for no ink). Throws
 // CodecError for options outside their range, or that do not fit the picture, or sizes that JPEG cannot hold.
-std::vector<uint8_t> encodeJpeg(const Picture& picture, const JpegEncodeOptions& options = {});
+std::vector<uint8_t> encode(const Picture& picture, const EncodeOptions& options = {});
 
 }
