@@ -121,8 +121,13 @@ def test_killed_runs_and_workers(tmp_path):
     def done():
         return len(list(dest.glob("*.jp2")))
 
+    # Nobody else may read the manifest as a database meanwhile.
+    def is_recorded():
+        manifest = dest / archive.MANIFEST
+        return manifest.exists() and b".jp2" in manifest.read_bytes()
+
     first = start()
-    wait_for(lambda: done() >= 10)
+    wait_for(lambda: done() >= 10 and is_recorded())
     os.killpg(first.pid, signal.SIGKILL)
     first.communicate()
     before = done()
