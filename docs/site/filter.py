@@ -167,6 +167,8 @@ def markdown(path, text):
     if path.name != "index.md":
         text = re.sub(r"^# (.*)$", lambda m: f"# {m[1]} {{#{page_of(path)}}}", text, count=1, flags=re.M)
     text = re.sub(r"(?<!!)\[([^\]]*)\]\((?!https?:|#|@)([^)#]*)\)", target, text)
+    # Pictures lie beside the pages there.
+    text = re.sub(r"(!\[[^\]]*\])\((?!https?:)(?:[^)/]*/)+", r"\1(", text)
     functions, code = known_functions(), False
     lines = text.split("\n")
     for i, line in enumerate(lines):
