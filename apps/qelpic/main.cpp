@@ -121,7 +121,8 @@ struct CommandLine {
             ->excludes("--scans");
         command.add_flag("--extended", encoding.wideQuantizers,
                          "Allow the coarsest quantization of low qualities (extended sequential files)");
-        command.add_flag("--planes", encoding.planes, "Convert whole planes, not MCU by MCU");
+        command.add_flag("--fast", encoding.fast,
+                         "A few percent faster with 420 and 422, at the cost of true colours: chroma is rounded down");
     }
 
     void addLosslessJpegOptions(CLI::App& command)
@@ -157,7 +158,8 @@ struct CommandLine {
                          "Chroma of JPEG files to full size: triangle (smooth, the default) or replicate (fast)")
             ->transform(CLI::CheckedTransformer(names).description(""))
             ->type_name("NAME");
-        command->add_flag("--planes", options.decoding.planes, "Convert whole planes, not MCU by MCU");
+        command->add_flag("--fast", options.decoding.fast,
+                          "Chroma of JPEG files replicated and converted MCU by MCU: faster, less smooth");
         command->add_option("--max-pixels", options.decoding.maxPixels, "Refuse larger pictures")
             ->check(CLI::PositiveNumber.description(""))
             ->type_name("N");
@@ -227,6 +229,7 @@ struct CommandLine {
                                                                          {"420", codec::jpeg::kSampling420}};
         auto found = samplings.find(sampling);
         if (found != samplings.end()) encoding.sampling = found->second;
+        if (options.decoding.fast) options.decoding.upsampling = jpeg::Upsampling::replicate;
         options.j2kDecoding.transformComponents = !keepsTransform;
         options.j2kDecoding.maxPixels = options.decoding.maxPixels;
         if (threads) limit.emplace(threads);

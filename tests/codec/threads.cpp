@@ -56,7 +56,7 @@ TEST(Threads, ChangeNoJpegFiles)
         {ColourSpace::rgb, {}},
         {ColourSpace::rgb, {.sampling = jpeg::kSampling444}},
         {ColourSpace::rgb, {.sampling = jpeg::kSampling440, .optimiseTables = true}},
-        {ColourSpace::cmyk, {.quality = 98, .planes = true}},
+        {ColourSpace::cmyk, {.quality = 98, .fast = true}},
         {ColourSpace::grey, {.optimiseTables = true, .restartInterval = 1}},
         {ColourSpace::rgb, {.restartInterval = 700}},
         {ColourSpace::rgb, {.sampling = jpeg::kSampling422, .optimiseTables = true, .restartRows = 3}},
@@ -102,9 +102,8 @@ TEST(Threads, AreNotStartedForOne)
     alone([&] {
         Picture picture = paintedPicture(9000, 64, ColourSpace::rgb);
         for (const jpeg::Samplings& sampling : {jpeg::kSampling420, jpeg::kSampling444})
-            expectSame(jpeg::decode(jpeg::encode(picture, {.sampling = sampling, .planes = true})).picture,
-                       jpeg::decode(jpeg::encode(picture, {.sampling = sampling, .progressive = true, .planes = true}))
-                           .picture);
+            expectSame(jpeg::decode(jpeg::encode(picture, {.sampling = sampling})).picture,
+                       jpeg::decode(jpeg::encode(picture, {.sampling = sampling, .progressive = true})).picture);
         expectSame(j2k::decode(j2k::encode(picture, {.isLossless = true})).picture, picture);
     });
     EXPECT_EQ(count(), before);

@@ -18,7 +18,7 @@ enum class Upsampling { triangle, replicate };
 
 struct DecodeOptions {
     Upsampling upsampling = Upsampling::triangle;
-    bool planes = false;             // never convert MCU by MCU, which rounds a little less well
+    bool fast = false;               // replicated chroma MCU by MCU, which rounds a little less well
     uint64_t maxPixels = UINT64_MAX; // larger pictures are refused, beside the limit of Picture itself
     // Called now and then with the part of the work that is done, 0 to 1; may be empty.
     std::function<void(double)> progress = {};

@@ -36,7 +36,7 @@ public:
     // Whether pictures of this kind go without planes: where that is faster, and chroma is not to be interpolated.
     static bool convertsMcus(const Info& info, const DecodeOptions& options)
     {
-        return !options.planes && options.upsampling == Upsampling::replicate && mcuConversionFor(info);
+        return options.fast && options.upsampling == Upsampling::replicate && mcuConversionFor(info);
     }
 
     // Whether lines are interpolated between rows of MCUs.

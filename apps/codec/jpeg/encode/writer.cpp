@@ -246,11 +246,11 @@ void Encoder::encodeStraight()
     codeData(scan, layout, progress, out_, [&](auto body) { withBlocks(layout, body); });
 }
 
-// body(blocks) with the coefficients of the picture as a scan asks for them: MCU by MCU where the library has the
-// conversion, else by planes.
+// body(blocks) with the coefficients of the picture as a scan asks for them: by strips of planes, whose chroma is
+// rounded without bias, or MCU by MCU where that is wanted and the library has the conversion.
 template <class Body> void Encoder::withBlocks(const ScanLayout& layout, Body body) const
 {
-    if (!options_.planes && mcuConversionFor(info_)) {
+    if (options_.fast && mcuConversionFor(info_)) {
         PixelsToMcu blocks(info_, layout, multipliers_, picture_);
         return body(blocks);
     }
