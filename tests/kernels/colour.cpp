@@ -75,6 +75,31 @@ TEST(ColourKernels, ToYCbCr)
     QEL_CHECK(bgrToY, BGRToY_JPEG_8u_C3C1R, 3, 1);
 }
 
+// All pairs of two samples with eight values of the third, in turns: what takes one product a sum in the scalar build
+// takes several roundings in registers.
+TEST(ColourKernels, AllPairsOfSamples)
+{
+    constexpr int kColours = 1 << 19;
+    std::vector<uint8_t> planes(3 * kColours);
+    for (int i = 0; i < kColours; ++i) {
+        planes[i] = uint8_t(255 * (i >> 16) / 7);
+        planes[kColours + i] = uint8_t(i);
+        planes[2 * kColours + i] = uint8_t(i >> 8);
+    }
+    for (auto entry : {&Table::yccToRgbPlanes, &Table::rgbPlanesToYcc})
+        for (int turn = 0; turn < 3; ++turn) {
+            auto from = [&](int k) { return &planes[size_t((turn + k) % 3) * kColours]; };
+            auto convert = [&](const ColourKernels& table) {
+                std::vector<uint8_t> out(3 * kColours);
+                uint8_t* to = out.data();
+                (table.*entry)(from(0), from(1), from(2), to, to + kColours, to + 2 * kColours, kColours);
+                return out;
+            };
+            auto expected = convert(ColourKernels::scalar);
+            everyBuild<ColourKernels>([&](const ColourKernels& table) { EXPECT_TRUE(convert(table) == expected); });
+        }
+}
+
 TEST(ColourKernels, AllPackedPixels)
 {
     constexpr int kWords = 1 << 16;
