@@ -1,10 +1,9 @@
-// Chroma sampling: values, edges, order of faults, regions, threads.
+// Chroma sampling: values, edges, order of faults.
 #include "jpeg/colour/sampling_doors.h"
 #include "qeljx.h"
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <vector>
 
 #include "argument_faults.h"
@@ -97,70 +96,28 @@ TEST(Sampling, OrderOfFaults)
     EXPECT_EQ(dst[0], 9);
 }
 
-// A source plane as a caller has it: random samples, and the destination filled with a known value.
-struct Planes {
-    static constexpr int kFill = 0xEE;
-    QelSize srcSize, dstSize;
-    int srcStep, dstStep;
-    std::vector<uint8_t> src, dst;
-
-    // `rows` and `columns` of the source that the function may read; the first column is the one before the row.
-    Planes(QelSize from, QelSize to, int columns, int rows)
-        : srcSize(from), dstSize(to), srcStep(columns + 3), dstStep(to.width + 5), src(srcStep * rows),
-          dst(dstStep * to.height, kFill)
-    {
-        Random(7).fill(src.data(), src.size());
-    }
-    int at(int row, int column) const { return src[row * srcStep + column + 1]; }
-
-    template <class Function> void run(Function function)
-    {
-        ASSERT_EQ(function(src.data() + 1, srcStep, srcSize, dst.data(), dstStep, dstSize), qelStsNoErr);
-    }
-    // expected(r, c) for every sample of the region; nothing beside the region has changed.
-    template <class Expected> void check(Expected expected)
-    {
-        for (int r = 0; r < dstSize.height; ++r)
-            for (int c = 0; c < dstStep; ++c)
-                ASSERT_EQ(dst[r * dstStep + c], c < dstSize.width ? expected(r, c) : kFill)
-                    << dstSize.width << 'x' << dstSize.height << " at " << c << ',' << r;
-    }
-};
-
-// Odd and even sizes on both sides of the size from which threads share the rows (8192 samples).
-constexpr QelSize kSizes[] = {{1, 1}, {1, 2}, {2, 1}, {3, 3}, {37, 5}, {64, 6}, {128, 64}, {131, 63}, {401, 33}};
-
+// Odd and even widths and heights; between rows nothing is written.
 TEST(SampleDown, Planes)
 {
-    for (QelSize size : kSizes) {
-        Planes planes({2 * size.width, 2 * size.height}, size, 2 * size.width + 1, 2 * size.height);
-        auto pair = [&](int r, int c) { return planes.at(r, 2 * c) + planes.at(r, 2 * c + 1); };
-        planes.run(qeliSampleDownH2V1_JPEG_8u_C1R);
-        planes.check([&](int r, int c) { return (pair(r, c) + 1) >> 1; });
-        planes.run(qeliSampleDownH2V2_JPEG_8u_C1R);
-        planes.check([&](int r, int c) { return (pair(2 * r, c) + pair(2 * r + 1, c) + 3) >> 2; });
-    }
+    const Row src = {0, 1, 10, 12, 7, 9, /**/ 2, 2, 11, 11, 7, 8, /**/ 5, 5, 5, 6, 9, 9, /**/ 5, 6, 6, 6, 9, 0};
+    Row dst(16, 77);
+    EXPECT_EQ(qeliSampleDownH2V1_JPEG_8u_C1R(src.data(), 6, {6, 4}, dst.data(), 4, {3, 4}), qelStsNoErr);
+    EXPECT_EQ(dst, (Row{1, 11, 8, 77, 2, 11, 8, 77, 5, 6, 9, 77, 6, 6, 5, 77}));
+    dst.assign(8, 77);
+    EXPECT_EQ(qeliSampleDownH2V2_JPEG_8u_C1R(src.data(), 6, {6, 4}, dst.data(), 4, {3, 2}), qelStsNoErr);
+    EXPECT_EQ(dst, (Row{2, 11, 8, 77, 6, 6, 7, 77}));
 }
 
+// The neighbours beside a row are read: the source is the middle of rows of four.
 TEST(SampleUp, Planes)
 {
-    for (QelSize size : kSizes) {
-        QelSize half = {(size.width + 1) / 2, (size.height + 1) / 2};
-        Planes planes(half, size, half.width + 2, size.height);
-        planes.run(qeliSampleUpH2V1_JPEG_8u_C1R);
-        planes.check([&](int r, int c) {
-            int row = std::min(r, half.height - 1), here = 3 * planes.at(row, c / 2);
-            return c % 2 == 0 ? (here + planes.at(row, c / 2 - 1) + 1) >> 2
-                              : (here + planes.at(row, c / 2 + 1) + 2) >> 2;
-        });
-        planes.run(qeliSampleUpH2V2_JPEG_8u_C1R);
-        planes.check([&](int r, int c) {
-            int far = std::clamp(r % 2 == 0 ? r / 2 - 1 : r / 2 + 1, 0, half.height - 1);
-            auto sum = [&](int column) { return 3 * planes.at(r / 2, column) + planes.at(far, column); };
-            int here = 3 * sum(c / 2);
-            return c % 2 == 0 ? (here + sum(c / 2 - 1) + 8) >> 4 : (here + sum(c / 2 + 1) + 7) >> 4;
-        });
-    }
+    const Row src = {0, 8, 20, 100, /**/ 40, 0, 3, 7};
+    Row dst(12, 77);
+    EXPECT_EQ(qeliSampleUpH2V1_JPEG_8u_C1R(&src[1], 4, {2, 2}, dst.data(), 4, {3, 3}), qelStsNoErr);
+    EXPECT_EQ(dst, (Row{6, 11, 17, 77, 10, 1, 2, 77, 10, 1, 2, 77}));
+    dst.assign(16, 77);
+    EXPECT_EQ(qeliSampleUpH2V2_JPEG_8u_C1R(&src[1], 4, {2, 2}, dst.data(), 4, {4, 4}), qelStsNoErr);
+    EXPECT_EQ(dst, (Row{6, 11, 17, 40, /**/ 7, 8, 13, 31, /**/ 9, 3, 6, 13, /**/ 10, 1, 2, 4}));
 }
 
 // The first sample read is the one before the first row, the last one that after the last row, however many rows are
