@@ -163,10 +163,25 @@ private:
     BlockFaults& faults_;
 };
 
+// Synthesis filters reach up to 4 samples far in each level, and half as far in the next one: 6 coefficients, and one
+// for rounding.
+constexpr int64_t kReach = 7;
+
+bool isNeeded(const Band& band, const CodeBlock& block, int levelsBelow, const Rect& window)
+{
+    auto meets = [&](uint32_t from, uint32_t length, uint32_t first, uint32_t end) {
+        return from < (int64_t(end) >> levelsBelow) + 1 + kReach &&
+               int64_t(from) + length > (first >> levelsBelow) - kReach;
+    };
+    return meets(band.rect.x0 + block.x, block.width, window.x0, window.x1) &&
+           meets(band.rect.y0 + block.y, block.height, window.y0, window.y1);
 }
 
-template <class T> Subbands<T> decodeBlocks(const TileComponent& component, int precision, int reduce, int threads,
-                                            BlockFaults& faults, const std::function<void(uint64_t)>& blockDone)
+}
+
+template <class T> Subbands<T> decodeBlocks(const TileComponent& component, int precision, int reduce,
+                                            const Rect& window, int threads, BlockFaults& faults,
+                                            const std::function<void(uint64_t)>& blockDone)
 {
     int levels = component.coding.levels;
     reduce = std::min(reduce, levels);
@@ -174,7 +189,7 @@ template <class T> Subbands<T> decodeBlocks(const TileComponent& component, int 
     std::vector<PlacedBlock> blocks;
     for (int r = 0; r <= levels - reduce; ++r)
         component.resolutions[size_t(r)].forCodedBlocks([&](const Band& band, const CodeBlock& block) {
-            blocks.push_back({&band, &block});
+            if (isNeeded(band, block, band.level - reduce, window)) blocks.push_back({&band, &block});
         });
     BlockDecoder<T> decoder(component, precision, faults);
     forEachInParallel(int(blocks.size()), threads, [&](int i) {
@@ -185,9 +200,9 @@ template <class T> Subbands<T> decodeBlocks(const TileComponent& component, int 
     return bands;
 }
 
-template Subbands<int32_t> decodeBlocks(const TileComponent&, int, int, int, BlockFaults&,
+template Subbands<int32_t> decodeBlocks(const TileComponent&, int, int, const Rect&, int, BlockFaults&,
                                         const std::function<void(uint64_t)>&);
-template Subbands<float> decodeBlocks(const TileComponent&, int, int, int, BlockFaults&,
+template Subbands<float> decodeBlocks(const TileComponent&, int, int, const Rect&, int, BlockFaults&,
                                       const std::function<void(uint64_t)>&);
 
 }

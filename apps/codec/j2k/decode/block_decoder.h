@@ -16,9 +16,10 @@ struct BlockFaults {
 };
 
 // The coefficients of the resolution that `reduce` levels are left out of, no more than the component has: int32_t for
-// the reversible wavelet, else float in units of samples of `precision` bits. blockDone(samples) is called by any
-// thread.
-template <class T> Subbands<T> decodeBlocks(const TileComponent& component, int precision, int reduce, int threads,
-                                            BlockFaults& faults, const std::function<void(uint64_t)>& blockDone);
+// the reversible wavelet, else float in units of samples of `precision` bits. Those that no sample in `window` needs
+// may be 0; it counts in samples of that resolution. blockDone(samples) is called by any thread.
+template <class T> Subbands<T> decodeBlocks(const TileComponent& component, int precision, int reduce,
+                                            const Rect& window, int threads, BlockFaults& faults,
+                                            const std::function<void(uint64_t)>& blockDone);
 
 }

@@ -33,9 +33,23 @@ bool isNeeded(const Codestream& codestream, size_t c, const DecodeOptions& optio
     return options.transformComponents && c < 3 && *component < 3 && codestream.size().components.size() >= 3;
 }
 
-void checkSize(const Image& image, const Codestream& codestream, const DecodeOptions& options)
+bool areApart(const Rect& a, const Rect& b) { return a.x1 <= b.x0 || b.x1 <= a.x0 || a.y1 <= b.y0 || b.y1 <= a.y0; }
+
+// All tiles that the region needs.
+Rect tilesAround(const Size& size, const Rect& needed)
 {
-    const Rect& picture = codestream.size().picture;
+    Rect all = needed;
+    for (uint32_t i = 0; i < size.tiles(); ++i) {
+        Rect tile = size.tile(i);
+        if (areApart(tile, needed)) continue;
+        all = {std::min(all.x0, tile.x0), std::min(all.y0, tile.y0), std::max(all.x1, tile.x1),
+               std::max(all.y1, tile.y1)};
+    }
+    return all;
+}
+
+void checkSize(const Image& image, const Codestream& codestream, const Rect& picture, const DecodeOptions& options)
+{
     uint64_t limit = std::min<uint64_t>(kMaxSamples + kMaxSamplesPerByte * codestream.bytes(), SIZE_MAX / 16);
     uint64_t samples = 0;
     auto taken = [](const Rect& rect) { return (uint64_t(rect.width()) + kRowOverhead) * rect.height(); };
@@ -56,6 +70,7 @@ Image makeImage(const Codestream& codestream, const DecodeOptions& options, std:
     const Size& size = codestream.size();
     if (component && *component >= size.components.size())
         throw CodecError("the picture has " + std::to_string(size.components.size()) + " components");
+    Rect area = tilesAround(size, neededRegion(size, options));
     Image image;
     for (size_t c = 0; c < size.components.size(); ++c) {
         const Component& coded = size.components[c];
@@ -65,11 +80,11 @@ Image makeImage(const Codestream& codestream, const DecodeOptions& options, std:
         samples.dx = coded.dx;
         samples.dy = coded.dy;
         if (!isNeeded(codestream, c, options, component)) continue;
-        samples.rect = resolutionRect(size.component(c), options.reduce);
+        samples.rect = resolutionRect(subsampled(area, coded.dx, coded.dy), options.reduce);
         if (coded.precision > kMaxPrecision)
             throw CodecError("samples of " + std::to_string(coded.precision) + " bits are not supported");
     }
-    checkSize(image, codestream, options);
+    checkSize(image, codestream, area, options);
     for (Samples& samples : image.components)
         if (!samples.rect.isEmpty())
             samples.plane = {samples.rect.width(), samples.rect.height(), Plane<int32_t>::Fill::none};
@@ -111,16 +126,50 @@ private:
 
 }
 
+Rect regionOf(const Size& size, const DecodeOptions& options)
+{
+    const Rect& picture = size.picture;
+    if (!options.region) return picture;
+    auto placed = [](uint32_t begin, uint32_t end, uint32_t at) {
+        return uint32_t(std::min<uint64_t>(uint64_t(begin) + at, end));
+    };
+    const Rect& asked = *options.region;
+    Rect region = {placed(picture.x0, picture.x1, asked.x0), placed(picture.y0, picture.y1, asked.y0),
+                   placed(picture.x0, picture.x1, asked.x1), placed(picture.y0, picture.y1, asked.y1)};
+    if (region.isEmpty()) throw CodecError("the region is empty or outside the picture");
+    return region;
+}
+
+Rect neededRegion(const Size& size, const DecodeOptions& options)
+{
+    const Rect region = regionOf(size, options), &picture = size.picture;
+    uint64_t across = 0, down = 0;
+    for (const Component& component : size.components) {
+        across = std::max(across, uint64_t(component.dx) << options.reduce);
+        down = std::max(down, uint64_t(component.dy) << options.reduce);
+    }
+    auto before = [](uint32_t from, uint64_t less, uint32_t least) {
+        return from - least < less ? least : uint32_t(from - less);
+    };
+    auto behind = [](uint32_t to, uint64_t more, uint32_t most) {
+        return uint32_t(std::min(to + more, uint64_t(most)));
+    };
+    return {before(region.x0, across, picture.x0), before(region.y0, down, picture.y0),
+            behind(region.x1, across, picture.x1), behind(region.y1, down, picture.y1)};
+}
+
 Image decodeComponents(const Codestream& codestream, const DecodeOptions& options, std::optional<size_t> component)
 {
     const Size& size = codestream.size();
     Image image = makeImage(codestream, options, component);
+    const Rect needed = neededRegion(size, options);
     Progress progress(image, options.progress);
-    int tiles = int(size.tiles()), threads = threadsForSamples(size.picture.area());
+    int tiles = int(size.tiles()), threads = threadsForSamples(needed.area());
     bool areSmall = tiles > 1 && size.firstTile.area() * size.components.size() < kLargeTile;
     std::vector<Warnings> warnings(size_t(tiles) + 1);
     std::vector<char> isDone(size_t(tiles), false);
     forEachInParallel(tiles, areSmall ? threads : 1, [&](int tile) {
+        if (areApart(size.tile(uint32_t(tile)), needed)) return;
         Warnings& ofTile = warnings[size_t(tile)];
         try {
             if (codestream.tileParts().contains(uint32_t(tile))) {

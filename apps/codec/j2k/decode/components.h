@@ -14,6 +14,9 @@ struct DecodeOptions {
     int reduce = 0;                  // highest resolutions to leave out: each halves the picture
     int layers = 65535;              // of quality, to be decoded at most
     bool transformComponents = true; // undo the component transform
+    // What is to be decoded, from the picture's upper left corner on, in samples of the reference grid: pixels before
+    // resolutions are left out. Tiles and code-blocks that it does not need are not decoded.
+    std::optional<Rect> region = {};
     uint64_t maxPixels = UINT64_MAX; // larger pictures are refused, beside limits of our own
     // Called now and then with the part of the work that is done, 0 to 1; may be empty.
     std::function<void(double)> progress = {};
@@ -28,13 +31,21 @@ struct Samples {
     Plane<int32_t> plane;
 };
 
+// The region on the reference grid, as far as the picture goes; all of it where none is asked for. Throws CodecError
+// for a region outside.
+Rect regionOf(const Size& size, const DecodeOptions& options);
+
+// The same, and what components of fewer samples need around it.
+Rect neededRegion(const Size& size, const DecodeOptions& options);
+
 struct Image {
     std::vector<Samples> components; // those that were not asked for have no samples
     Warnings warnings;               // damage that was survived
 };
 
-// All components, or only one. Throws CodecError where nothing can be decoded, and for pictures that are too large,
-// before memory is taken for them. What is missing is grey, or whatever the data that is there makes of it.
+// All components, or only one, in the tiles that the region touches. Throws CodecError where nothing can be decoded,
+// and for pictures that are too large, before memory is taken for them. What is missing is grey, or whatever the data
+// that is there makes of it.
 Image decodeComponents(const Codestream& codestream, const DecodeOptions& options,
                        std::optional<size_t> component = {});
 

@@ -10,7 +10,10 @@ namespace {
 
 void append(Warnings& warnings, const Warnings& more) { warnings.insert(warnings.end(), more.begin(), more.end()); }
 
-int threadsOf(const File& file) { return threadsForSamples(file.codestream->size().picture.area()); }
+int threadsOf(const File& file, const DecodeOptions& options)
+{
+    return threadsForSamples(regionOf(file.codestream->size(), options).area());
+}
 
 Decoded decode(const File& opened, const DecodeOptions& options)
 {
@@ -19,7 +22,8 @@ Decoded decode(const File& opened, const DecodeOptions& options)
     Image image = decodeComponents(*opened.codestream, options);
     append(decoded.warnings, image.warnings);
     decoded.isDamaged = !decoded.warnings.empty();
-    decoded.picture = pictureOf(image, opened.codestream->size().picture, options.reduce, opened.jp2, decoded.warnings);
+    Rect region = regionOf(opened.codestream->size(), options);
+    decoded.picture = pictureOf(image, region, options.reduce, opened.jp2, decoded.warnings);
     return decoded;
 }
 
@@ -30,11 +34,16 @@ DecodedComponent decodeComponent(const File& opened, size_t component, const Dec
     Image image = decodeComponents(*opened.codestream, options, component);
     append(decoded.warnings, image.warnings);
     const Samples& samples = image.components[component];
+    Rect rect = resolutionRect(subsampled(regionOf(opened.codestream->size(), options), samples.dx, samples.dy),
+                               options.reduce);
+    if (rect.isEmpty()) throw CodecError("the component has no samples there");
     PgxPicture& pgx = decoded.samples;
-    pgx = {int(samples.rect.width()), int(samples.rect.height()), samples.precision, samples.isSigned, {}};
-    pgx.samples.reserve(samples.rect.area());
-    for (uint32_t y = 0; y < samples.rect.height(); ++y)
-        pgx.samples.insert(pgx.samples.end(), samples.plane.row(y), samples.plane.row(y) + pgx.width);
+    pgx = {int(rect.width()), int(rect.height()), samples.precision, samples.isSigned, {}};
+    pgx.samples.reserve(rect.area());
+    for (uint32_t y = rect.y0; y < rect.y1; ++y) {
+        const int32_t* row = samples.plane.row(y - samples.rect.y0) + (rect.x0 - samples.rect.x0);
+        pgx.samples.insert(pgx.samples.end(), row, row + pgx.width);
+    }
     return decoded;
 }
 
@@ -43,13 +52,13 @@ DecodedComponent decodeComponent(const File& opened, size_t component, const Dec
 Decoded decode(Bytes file, const DecodeOptions& options)
 {
     File opened = open(file);
-    return withThreads(threadsOf(opened), [&] { return decode(opened, options); });
+    return withThreads(threadsOf(opened, options), [&] { return decode(opened, options); });
 }
 
 DecodedComponent decodeComponent(Bytes file, size_t component, const DecodeOptions& options)
 {
     File opened = open(file);
-    return withThreads(threadsOf(opened), [&] { return decodeComponent(opened, component, options); });
+    return withThreads(threadsOf(opened, options), [&] { return decodeComponent(opened, component, options); });
 }
 
 }

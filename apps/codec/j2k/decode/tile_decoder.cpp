@@ -66,9 +66,9 @@ template <class T> void undoTransform(T* const planes[3], int step, QelSize size
 
 class TileDecoder {
 public:
-    TileDecoder(const Tile& tile, const DecodeOptions& options, int threads, std::vector<Samples>& components,
-                const std::function<void(uint64_t)>& done)
-        : tile_(tile), options_(options), threads_(threads), components_(components), done_(done)
+    TileDecoder(const Tile& tile, const Rect& needed, const DecodeOptions& options, int threads,
+                std::vector<Samples>& components, const std::function<void(uint64_t)>& done)
+        : tile_(tile), needed_(needed), options_(options), threads_(threads), components_(components), done_(done)
     {}
 
     void decode();
@@ -85,6 +85,7 @@ private:
     template <class T> void store(size_t first, std::span<AnyPlane> planes, bool areTransformed);
 
     const Tile& tile_;
+    const Rect needed_; // on the reference grid
     const DecodeOptions& options_;
     int threads_;
     std::vector<Samples>& components_;
@@ -96,12 +97,14 @@ template <class T> Plane<T> TileDecoder::decodeComponentAs(size_t c)
 {
     const TileComponent& component = tile_.components[c];
     std::atomic<uint64_t> ofBlocks = 0;
-    auto plane = inverseWavelet(decodeBlocks<T>(component, components_[c].precision, options_.reduce, threads_, faults_,
-                                                [&](uint64_t samples) {
-                                                    ofBlocks += samples;
-                                                    done_(samples);
-                                                }),
-                                threads_);
+    auto blockDone = [&](uint64_t samples) {
+        ofBlocks += samples;
+        done_(samples);
+    };
+    const Samples& samples = components_[c];
+    Rect window = resolutionRect(subsampled(needed_, samples.dx, samples.dy), options_.reduce);
+    auto plane = inverseWavelet(
+        decodeBlocks<T>(component, samples.precision, options_.reduce, window, threads_, faults_, blockDone), threads_);
     // Where nothing is coded there are no code-blocks.
     done_(uint64_t(plane.width()) * plane.height() - ofBlocks);
     return plane;
@@ -206,7 +209,7 @@ void decodeTile(const Codestream& codestream, uint32_t index, const DecodeOption
 {
     Tile tile = readTile(codestream, index, {options.reduce, options.layers});
     warnings.insert(warnings.end(), tile.warnings.begin(), tile.warnings.end());
-    TileDecoder decoder(tile, options, threads, components, done);
+    TileDecoder decoder(tile, neededRegion(codestream.size(), options), options, threads, components, done);
     decoder.decode();
     for (const std::string& warning : decoder.warnings)
         warnings.push_back("tile " + std::to_string(index) + ": " + warning);
