@@ -186,7 +186,7 @@ bool canRun([[maybe_unused]] const std::string& build)
 {
 #if QEL_X86
     if (build == "avx2") return __builtin_cpu_supports("avx2") && __builtin_cpu_supports("bmi2");
-    if (build == "avx512") return __builtin_cpu_supports("avx512vbmi") && __builtin_cpu_supports("avx512vl");
+    if (build == "avx512") return __builtin_cpu_supports("avx512vbmi2") && __builtin_cpu_supports("avx512vl");
 #endif
     return build == "baseline";
 }

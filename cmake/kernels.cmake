@@ -1,6 +1,8 @@
 # Kernels: every *_kernels.cpp of src is compiled once per build. A build is an instruction set ("baseline", "avx2",
 # "avx512"), or for the tests plain C++ at one register width ("scalar", "wide16", "wide32", "wide64").
 
+include(CheckCXXCompilerFlag)
+
 file(GLOB_RECURSE QELJX_KERNEL_FILES CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/src/*_kernels.cpp)
 
 # qeljx_kernel_build(NAME WIDTH INTRINSICS FLAGS...): the object library qeljx_kernels_NAME.
@@ -47,7 +49,13 @@ if(CMAKE_SYSTEM_PROCESSOR MATCHES "^(x86_64|AMD64|i[3-6]86)$")
     qeljx_kernel_build(baseline 16 1)
     qeljx_kernel_build(avx2 32 1 -mavx2 -mbmi -mbmi2 -mlzcnt -mpopcnt)
     qeljx_kernel_build(avx512 64 1
-        -mavx2 -mbmi -mbmi2 -mlzcnt -mpopcnt -mavx512f -mavx512bw -mavx512dq -mavx512vl -mavx512vbmi)
+        -mavx2 -mbmi -mbmi2 -mlzcnt -mpopcnt -mavx512f -mavx512bw -mavx512cd -mavx512dq -mavx512vl
+        -mavx512vbmi -mavx512vbmi2)
+    # GCC would keep addresses in vector registers, and make each constant in a general one first.
+    check_cxx_compiler_flag(-mtune-ctrl=^inter_unit_moves_to_vec QELJX_HAS_TUNE_CTRL)
+    if(QELJX_HAS_TUNE_CTRL)
+        target_compile_options(qeljx_kernels_avx512 PRIVATE -mtune-ctrl=^inter_unit_moves_to_vec)
+    endif()
     # GCC 12 warns about the undefined registers inside its own AVX-512 header.
     target_compile_options(qeljx_kernels_avx512 PRIVATE
         $<$<CXX_COMPILER_ID:GNU>:-Wno-uninitialized> $<$<CXX_COMPILER_ID:GNU>:-Wno-maybe-uninitialized>)

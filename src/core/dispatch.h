@@ -12,8 +12,9 @@ template <class Family> inline const Family& kernels()
     if (__builtin_cpu_supports("avx2") && __builtin_cpu_supports("bmi") && __builtin_cpu_supports("bmi2") &&
         __builtin_cpu_supports("popcnt")) {
         if (__builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512bw") &&
-            __builtin_cpu_supports("avx512dq") && __builtin_cpu_supports("avx512vl") &&
-            __builtin_cpu_supports("avx512vbmi"))
+            __builtin_cpu_supports("avx512cd") && __builtin_cpu_supports("avx512dq") &&
+            __builtin_cpu_supports("avx512vl") && __builtin_cpu_supports("avx512vbmi") &&
+            __builtin_cpu_supports("avx512vbmi2"))
             return Family::avx512;
         return Family::avx2;
     }

@@ -5,7 +5,7 @@
 // order. inOrder() puts the halves of a pack of two registers, each in order, into order.
 #pragma once
 
-#include "core/registers.h"
+#include "core/portable_masks.h"
 
 namespace qel {
 namespace QEL_BUILD {
@@ -16,7 +16,8 @@ template <class Lane> QEL_INLINE Lane clampTo(int v, int low, int high)
     return Lane(v < low ? low : v > high ? high : v);
 }
 
-template <int N> struct PortableSimd {
+template <int N> struct PortableSimd : PortableMasks<N> {
+    using PortableMasks<N>::runningSum;
     static constexpr int kBlock = 16;
 
     // Sums and differences that saturate (x86: adds, subs; NEON: vqadd, vqsub).

@@ -4,6 +4,7 @@
 #include <immintrin.h>
 
 #include "core/simd_x86_interleave.h"
+#include "core/simd_x86_masks.h"
 #include "core/simd_x86_operations.h"
 
 namespace qel {
@@ -36,7 +37,8 @@ template <class Index> constexpr WideTriples<Index> makeWideTriples()
 constexpr auto kTriplesOfBytes = makeWideTriples<uint8_t>();
 constexpr auto kTriplesOfWords = makeWideTriples<uint32_t>();
 
-template <> struct Simd<64> : GatheredBits, Interleaved<64, Simd<64>> {
+template <> struct Simd<64> : GatheredBits, Interleaved<64, Simd<64>>, Masks512 {
+    using Masks512::runningSum;
     QEL_X86_OPERATIONS(64, _mm512, __m512i, __m512)
 
     // Sums of four lanes, of eight, of each block; then sums of blocks join those after them.

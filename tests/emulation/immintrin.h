@@ -47,6 +47,49 @@ inline __m512i truncate(__m512 v)
     return result;
 }
 
+typedef uint8_t AllBytes __attribute__((vector_size(64)));
+typedef uint32_t Halves __attribute__((vector_size(64)));
+
+inline unsigned greaterMask(__m512i a, __m512i b)
+{
+    unsigned mask = 0;
+    for (int i = 0; i < 16; ++i) mask |= unsigned(((Halves)a)[i] > ((Halves)b)[i]) << i;
+    return mask;
+}
+template <class Byte> inline __m512i widenFirst(__m128i bytes)
+{
+    Byte from[16];
+    memcpy(from, &bytes, sizeof from);
+    Halves wide = {};
+    for (int i = 0; i < 16; ++i) wide[i] = uint32_t(from[i]);
+    return (__m512i)wide;
+}
+inline __m512i leadingZeros(__m512i v)
+{
+    Halves lanes = (Halves)v;
+    for (int i = 0; i < 16; ++i) lanes[i] = lanes[i] == 0 ? 32 : unsigned(__builtin_clz(lanes[i]));
+    return (__m512i)lanes;
+}
+inline __m512i compress(uint64_t mask, __m512i v)
+{
+    AllBytes from = (AllBytes)v, to = {};
+    for (int i = 0, k = 0; i < 64; ++i)
+        if (mask >> i & 1) to[k++] = from[i];
+    return (__m512i)to;
+}
+inline __m512i expand(uint64_t mask, __m512i v)
+{
+    AllBytes from = (AllBytes)v, to = {};
+    for (int i = 0, k = 0; i < 64; ++i)
+        if (mask >> i & 1) to[i] = from[k++];
+    return (__m512i)to;
+}
+inline void storeMasked(void* p, uint64_t mask, __m512i v)
+{
+    for (int i = 0; i < 64; ++i)
+        if (mask >> i & 1) ((uint8_t*)p)[i] = ((AllBytes)v)[i];
+}
+
 // Faults where the processor would.
 inline void stream(void* p, __m512i v)
 {
@@ -68,6 +111,21 @@ inline void stream(void* p, __m512i v)
 #define _mm512_stream_si512(p, v) emulation::stream(p, v)
 #define _mm512_shuffle_i64x2(a, b, from) emulation::shuffleBlocks(a, b, from)
 #define _mm512_maskz_shuffle_i64x2(mask, a, b, from) emulation::shuffleBlocks(a, b, from, mask)
+
+#undef _mm512_cmpgt_epu32_mask
+#undef _mm512_cvtepi8_epi32
+#undef _mm512_cvtepu8_epi32
+#undef _mm512_lzcnt_epi32
+#undef _mm512_maskz_compress_epi8
+#undef _mm512_maskz_expand_epi8
+#undef _mm512_mask_storeu_epi8
+#define _mm512_cmpgt_epu32_mask(a, b) emulation::greaterMask(a, b)
+#define _mm512_cvtepi8_epi32(a) emulation::widenFirst<int8_t>(a)
+#define _mm512_cvtepu8_epi32(a) emulation::widenFirst<uint8_t>(a)
+#define _mm512_lzcnt_epi32(a) emulation::leadingZeros(a)
+#define _mm512_maskz_compress_epi8(mask, a) emulation::compress(mask, a)
+#define _mm512_maskz_expand_epi8(mask, a) emulation::expand(mask, a)
+#define _mm512_mask_storeu_epi8(p, mask, a) emulation::storeMasked(p, mask, a)
 
 // SIMDe 0.7 gives this name the parameters of the masked form.
 #undef _mm512_madd_epi16

@@ -177,6 +177,67 @@ template <class S, int N> struct Run {
     }
 };
 
+// By masks: random ones, and few or no lanes now and then.
+template <class S, int N> struct RunMasked {
+    static uint64_t maskOf(const uint8_t* in) { return load<uint64_t>(in) & (in[8] % 4 ? ~uint64_t(0) : in[9]); }
+
+    template <class V> static V some(const uint8_t* in) { return load<V>(in + 16); }
+    // Lanes of few values, so that some are zero or equal to others.
+    template <class V> static V few(const uint8_t* in)
+    {
+        return load<V>(in) & load<V>(in + N) & load<V>(in + 2 * N) & 3;
+    }
+
+    static void nonZero(const uint8_t* in, uint8_t* out)
+    {
+        store(out, S::nonZero(few<U8<N>>(in))), store(out + 8, S::nonZero(few<U64<N>>(in)));
+    }
+    static void compared(const uint8_t* in, uint8_t* out)
+    {
+        auto a = few<U8<N>>(in), b = few<U8<N>>(in + N);
+        store(out, S::equal(a, b)), store(out + 8, S::greater((S8<N>)(a - 1), (S8<N>)(b - 1)));
+        store(out + 16, S::greater(some<U32<N>>(in), some<U32<N>>(in + N)));
+        store(out + 24, S::greater(few<U32<N>>(in) - 1, few<U32<N>>(in + N) - 1));
+    }
+    static void keep(const uint8_t* in, uint8_t* out)
+    {
+        store(out, S::keep(some<U32<N>>(in), maskOf(in))), store(out + N, S::keep(some<U64<N>>(in), maskOf(in)));
+    }
+    static void compress(const uint8_t* in, uint8_t* out)
+    {
+        store(out, S::compress(some<U8<N>>(in), maskOf(in)));
+        store(out + N, S::compress(some<U64<N>>(in), maskOf(in), some<U64<N>>(in + N)));
+    }
+    static void expand(const uint8_t* in, uint8_t* out) { store(out, S::expand(some<U8<N>>(in), maskOf(in))); }
+    static void pick(const uint8_t* in, uint8_t* out)
+    {
+        store(out, S::pick(some<U8<N>>(in), load<U8<N>>(in), maskOf(in)));
+        store(out + N, S::pick(some<U8<N>>(in), some<U8<N>>(in + N), load<U8<N>>(in)));
+    }
+    static void lookUp(const uint8_t* in, uint8_t* out) { store(out, S::lookUp(in, load<U32<N>>(in) & 255)); }
+    static void firstBytes(const uint8_t* in, uint8_t* out)
+    {
+        store(out, S::firstBytes(load<U8<N>>(in))), store(out + N, S::firstBytes(load<S8<N>>(in)));
+    }
+    static void leadingZeros(const uint8_t* in, uint8_t* out)
+    {
+        store(out, S::leadingZeros(some<U32<N>>(in) >> (load<U32<N>>(in) & 31)));
+        store(out + N, S::leadingZeros(few<U32<N>>(in)));
+    }
+    static void shiftLeft(const uint8_t* in, uint8_t* out)
+    {
+        store(out, S::shiftLeft(some<U64<N>>(in), load<U64<N>>(in) & 127));
+        store(out + N, S::shiftLeft(some<U64<N>>(in), load<U64<N>>(in)));
+    }
+    static void sums(const uint8_t* in, uint8_t* out)
+    {
+        U64<N> total = {};
+        store(out, S::sumOfBytes(load<U8<N>>(in))), store(out + N, S::runningSum(load<U64<N>>(in), total));
+        store(out + 2 * N, total);
+    }
+    static void storeSome(const uint8_t* in, uint8_t* out) { S::storeSome(out, some<U8<N>>(in), maskOf(in)); }
+};
+
 #define QEL_OPERATION(N, NAME, IN, OUT)                                                                                \
     {                                                                                                                  \
 #NAME, IN* N, OUT, Run < Simd < N>, N> ::NAME, Run < PortableSimd < N>, N> ::NAME                              \
@@ -197,6 +258,11 @@ template <class S, int N> struct Run {
         QEL_OPERATION(N, load3Floats, 3, 3 * N), QEL_OPERATION(N, store3Floats, 3, 3 * N),                             \
         QEL_OPERATION(N, divideRounded, 1, 2 * N)
 
+#define QEL_MASKED(NAME, IN, OUT)                                                                                      \
+    {                                                                                                                  \
+#NAME, IN, OUT, RunMasked < Simd < 64>, 64> ::NAME, RunMasked < PortableSimd < 64>, 64> ::NAME                 \
+    }
+
 constexpr SimdOperation kOperations[] = {
     QEL_OPERATIONS(16),
 #if QEL_WIDTH >= 32
@@ -204,6 +270,18 @@ constexpr SimdOperation kOperations[] = {
 #endif
 #if QEL_WIDTH >= 64
     QEL_OPERATIONS(64),
+    QEL_MASKED(nonZero, 192, 16),
+    QEL_MASKED(compared, 256, 32),
+    QEL_MASKED(keep, 80, 128),
+    QEL_MASKED(compress, 144, 128),
+    QEL_MASKED(expand, 80, 64),
+    QEL_MASKED(pick, 144, 128),
+    QEL_MASKED(lookUp, 1024, 64),
+    QEL_MASKED(firstBytes, 64, 128),
+    QEL_MASKED(leadingZeros, 192, 128),
+    QEL_MASKED(shiftLeft, 80, 128),
+    QEL_MASKED(sums, 64, 192),
+    QEL_MASKED(storeSome, 80, 64),
 #endif
 };
 
