@@ -171,7 +171,7 @@ template <int N> struct PortableSimd : PortableMasks<N> {
         return (V)to;
     }
 
-    // Interleave (punpckl, punpckh). Per block: the lanes of the lower (upper) halves of `a` and `b` in turns.
+    // Interleave (punpckl, punpckh). Per block: lanes of the lower (upper) halves of `a` and `b`, one of each in turn.
     template <class V> static QEL_INLINE V zipLow(V a, V b) { return zip<0>(a, b); }
     template <class V> static QEL_INLINE V zipHigh(V a, V b) { return zip<1>(a, b); }
 

@@ -32,8 +32,8 @@ template <class Store, class T, int N> struct Output {
         auto p = (uint8_t*)to;
         ((Store::store(p, (Register)registers), p += sizeof(Register)), ...);
     }
-    // The lanes of two registers in turns, or two samples.
-    template <class V> QEL_INLINE void putInTurns(V a, V b) const
+    // The lanes of two registers interleaved, or two samples.
+    template <class V> QEL_INLINE void putInterleaved(V a, V b) const
     {
         if constexpr (N == 1) {
             put(a, b);

@@ -224,7 +224,7 @@ TEST(WaveletDoors, ExtensionsAreExact)
             SCOPED_TRACE(testing::Message() << len << ' ' << phase);
             const bool high = phase != 0, lastIsHigh = (len + high) % 2 == 0;
             const int lows = (len + !high) / 2;
-            auto inTurns = [](int i) { return i; };
+            auto interleaved = [](int i) { return i; };
             auto inHalves = [=](int i) { return i / 2 + ((i + high) % 2 == 0 ? 0 : lows); };
             std::vector<int16_t> src(static_cast<size_t>(len));
             for (int i = 0; i < len; ++i) src[size_t(i)] = int16_t(i + 1);
@@ -236,11 +236,11 @@ TEST(WaveletDoors, ExtensionsAreExact)
                     ASSERT_EQ(line[i], src[size_t(placeOf(mirrored(i, len)))]) << i;
                 ASSERT_TRUE(room.intact());
             };
-            check({high ? 1 : 2, lastIsHigh ? 1 : 2}, inTurns,
+            check({high ? 1 : 2, lastIsHigh ? 1 : 2}, interleaved,
                   [&](int16_t* line) { ownqj_ReadExt_Row_16s(src.data(), line, len, phase); });
             check({high ? 2 : 1, lastIsHigh ? 2 : 1}, inHalves,
                   [&](int16_t* line) { ownqj_ReadInterleaveExt_Col_16s(src.data(), 2, line, len, phase); });
-            check({4, 4}, inTurns, [&](int16_t* line) { ownqj_ReadExt4_Col_16s(src.data(), 2, line, len); });
+            check({4, 4}, interleaved, [&](int16_t* line) { ownqj_ReadExt4_Col_16s(src.data(), 2, line, len); });
             check({4, 4}, inHalves,
                   [&](int16_t* line) { ownqj_ReadInterleaveExt4_Row_16s(src.data(), line, len, phase); });
         }

@@ -71,7 +71,7 @@ TEST(WaveletLoops, EndAtTheWidestLines)
     auto count = [](const int32_t* const*, int32_t* const*, int, int32_t*, ptrdiff_t width) { columns += width; };
     const LiftingKernels<int32_t> kernels = {0, nullptr, nullptr, count, count};
     int32_t sample;
-    auto rows = inTurns(&sample, INT_MAX);
+    auto rows = interleaved(&sample, INT_MAX);
     liftColumns<int32_t>(kernels, Direction::forward, extendedLine(1, 0), rows, rows, INT_MAX);
     EXPECT_EQ(columns, INT_MAX);
 }

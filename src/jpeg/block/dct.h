@@ -8,8 +8,8 @@
 
 namespace qel {
 
-// Source and destination may be the same block. What returns a status always succeeds: the exported functions end in a
-// jump there.
+// Source and destination may be the same block. Those that return a status return qelStsNoErr, so that public functions
+// can end in a tail call.
 struct DctKernels {
     void (*forward)(const int16_t* src, int16_t* dst);
     QelStatus (*forwardQuant)(const int16_t* src, int16_t* dst, const uint16_t* encTable);

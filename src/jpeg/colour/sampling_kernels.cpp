@@ -54,8 +54,8 @@ struct Linear {
     QEL_INLINE void up(auto lanes, ptrdiff_t i, auto out) const
     {
         auto before = lanes.load(row + i - 1), here = lanes.load(row + i), after = lanes.load(row + i + 1);
-        out.putInTurns(lanes.averageDown(here, lanes.average(here, before)),
-                       lanes.average(here, lanes.averageDown(here, after)));
+        out.putInterleaved(lanes.averageDown(here, lanes.average(here, before)),
+                           lanes.average(here, lanes.averageDown(here, after)));
     }
 };
 
@@ -92,7 +92,7 @@ struct Bilinear {
             : even(upEveryOther<N>(near.before, far.before, near.here, far.here)),
               odd(upEveryOther<N>(near.here, far.here, near.after, far.after))
         {}
-        QEL_INLINE void putInto(auto out) const { out.putInTurns(even, odd); }
+        QEL_INLINE void putInto(auto out) const { out.putInterleaved(even, odd); }
     };
     template <int N> QEL_INLINE void up(Lanes<N>, ptrdiff_t i, auto out) const
     {

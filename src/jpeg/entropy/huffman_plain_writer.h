@@ -59,7 +59,7 @@ struct PlainWriter {
         uint32_t bits = state->accumulator[0] | code << (24 - count);
         auto first = uint8_t(bits >> 16), second = uint8_t(bits >> 8);
         if (first == 0xFF || second == 0xFF) return false;
-        // How many bytes end is not to be foreseen, hence no branch: those that do not go elsewhere.
+        // How many bytes fill up cannot be predicted, hence no branch: one that does not is stored where nobody looks.
         uint8_t elsewhere, *next = dst + at;
         auto firstTo = (uint8_t*)uintptr_t(select(count & 24, uintptr_t(next), uintptr_t(&elsewhere)));
         auto secondTo = (uint8_t*)uintptr_t(select(count & 16, uintptr_t(next) + 1, uintptr_t(&elsewhere)));

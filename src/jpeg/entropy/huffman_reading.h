@@ -13,7 +13,7 @@ constexpr int kMostBits = 63;
 
 // After a block or value the reader looks on, so that its caller learns of a marker that follows: it takes in bytes
 // until it holds enough bits again, four of them at most. Without an 0xFF among the next four that shows no marker, and
-// may be left to the next call. Asked before the number of bits, which is less foreseeable.
+// may be left to the next call. Asked before the number of bits, which is harder to predict.
 inline __attribute__((always_inline)) bool isMarkerNear(const uint8_t* next, const uint8_t* end)
 {
     if (__builtin_expect(end - next < 4, 0)) return true;

@@ -1,7 +1,7 @@
 // Moves lines between a picture and a line buffer, with their symmetric extension: internal functions that the
 // library exports beside its interface. They check nothing.
 //
-// A line is `len` samples in turns low and high; the first is high if `phase` is not 0. The extension lies
+// A line is `len` samples, low and high interleaved; the first is high if `phase` is not 0. The extension lies
 // around it: of ReadExt as many samples on each side as 5/3 forward needs, of ReadInterleaveExt as 5/3 inverse needs (1
 // or 2, by the phase and the length), of the Ext4 forms four. Interleave forms go from or to the low half, which is
 // followed by the high half. Row forms move neighbouring samples, Col forms those `step` bytes apart.

@@ -9,7 +9,7 @@
 
 namespace qel {
 
-// A line of `length` samples in turns low and high, or its two halves. The first sample is high if `phase` is 1. Beyond
+// A line of `length` samples, low and high interleaved, or its two halves. The first sample is high if `phase` is 1. Beyond
 // its ends lie the samples of the symmetric extension: mirrored ones, or those that the caller put there.
 //
 // Lifting goes along the even positions (the low samples) of the reference grid: position p is sample p - phase, low

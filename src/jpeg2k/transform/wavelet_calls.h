@@ -38,7 +38,7 @@ template <class T> void forwardColumns(const LiftingKernels<T>& kernels, const T
                                        T* high, int highStep, QelSize size, int phase)
 {
     Line line = extendedLine(size.height, phase);
-    liftColumns<T>(kernels, Direction::forward, line, inTurns(src, srcStep),
+    liftColumns<T>(kernels, Direction::forward, line, interleaved(src, srcStep),
                    inHalves(low, lowStep, high, highStep, line.phase), size.width);
 }
 template <class T> void inverseColumns(const LiftingKernels<T>& kernels, const T* low, int lowStep, const T* high,
@@ -46,7 +46,7 @@ template <class T> void inverseColumns(const LiftingKernels<T>& kernels, const T
 {
     Line line = extendedLine(size.height, phase);
     liftColumns<T>(kernels, Direction::inverse, line, inHalves(low, lowStep, high, highStep, line.phase),
-                   inTurns(dst, dstStep), size.width);
+                   interleaved(dst, dstStep), size.width);
 }
 template <class T> QelStatus checkColumns(const T* whole, int wholeStep, const T* low, int lowStep, const T* high,
                                           int highStep, QelSize halfSize)
@@ -57,7 +57,7 @@ template <class T> QelStatus checkColumns(const T* whole, int wholeStep, const T
 // A line in place, with its extension around it: a column of width 1.
 template <class T> void liftLine(const LiftingKernels<T>& kernels, Direction direction, T* line, int len, int phase)
 {
-    auto samples = inTurns(line, sizeof(T));
+    auto samples = interleaved(line, sizeof(T));
     liftColumns<T>(kernels, direction, {len, phase != 0, false}, samples, samples, 1);
 }
 

@@ -19,7 +19,7 @@ template <class T> struct Rows {
     T* at(ptrdiff_t i) const { return (T*)(uintptr_t(start[i & 1]) + uintptr_t((i >> 1) * step[i & 1])); }
     operator Rows<const T>() const { return {{start[0], start[1]}, {step[0], step[1]}, apart}; }
 };
-template <class T> Rows<T> inTurns(T* data, ptrdiff_t step)
+template <class T> Rows<T> interleaved(T* data, ptrdiff_t step)
 {
     return {{data, (T*)(uintptr_t(data) + uintptr_t(step))}, {2 * step, 2 * step}, step};
 }
@@ -30,7 +30,7 @@ template <class T> Rows<T> inHalves(T* low, ptrdiff_t lowStep, T* high, ptrdiff_
     return {{high, low}, {highStep, lowStep}, apart};
 }
 
-// Where sample r of the halves, the low one first, lies among the samples in turns; and the other way round.
+// Where sample r of the halves, the low one first, lies among the interleaved samples; and the other way round.
 inline ptrdiff_t turnOf(Line line, ptrdiff_t r)
 {
     return r < line.lows() ? 2 * r + line.phase : 2 * (r - line.lows()) + 1 - line.phase;
@@ -127,7 +127,7 @@ template <class T> void liftTwo(Direction direction, int phase, Rows<const T> sr
     }
 }
 
-// The columns of a tile, from rows in turns to rows in turns; source and destination may be the same.
+// The columns of a tile, from interleaved rows to interleaved rows; source and destination may be the same.
 template <class T> void liftTileColumns(const LiftingKernels<T>& kernels, Direction direction, Line line,
                                         Rows<const T> src, Rows<T> dst, int width)
 {
@@ -136,12 +136,12 @@ template <class T> void liftTileColumns(const LiftingKernels<T>& kernels, Direct
     liftColumns(kernels, direction, line, src, dst, width);
 }
 
-// A row of a tile, from samples in turns to halves that lie elsewhere, and back.
+// A row of a tile, from interleaved samples to halves that lie elsewhere, and back.
 template <class T> void forwardTileRow(const LiftingKernels<T>& kernels, Line line, const T* src, T* low, T* high)
 {
     if (line.length == 1) return liftOne(Direction::forward, line.phase, src, line.phase == 0 ? low : high, 1);
     if (line.length == 2 && kernels.lag == 0)
-        return liftTwo(Direction::forward, line.phase, inTurns(src, sizeof(T)),
+        return liftTwo(Direction::forward, line.phase, interleaved(src, sizeof(T)),
                        inHalves(low, sizeof(T), high, sizeof(T), line.phase), 1);
     kernels.forwardRow(src, line, low, high);
 }
@@ -150,7 +150,7 @@ template <class T> void inverseTileRow(const LiftingKernels<T>& kernels, Line li
     if (line.length == 1) return liftOne(Direction::inverse, line.phase, line.phase == 0 ? low : high, dst, 1);
     if (line.length == 2 && kernels.lag == 0)
         return liftTwo(Direction::inverse, line.phase, inHalves(low, sizeof(T), high, sizeof(T), line.phase),
-                       inTurns(dst, sizeof(T)), 1);
+                       interleaved(dst, sizeof(T)), 1);
     kernels.inverseRow(low, high, line, dst);
 }
 

@@ -49,7 +49,7 @@ template <class T>
 void forwardInPlace(const LiftingKernels<T>& kernels, T* data, int step, const QelRect& tile, void* buffer)
 {
     const Line row = across(tile), column = down(tile);
-    auto rows = inTurns(data, step);
+    auto rows = interleaved(data, step);
     liftTileColumns<T>(kernels, Direction::forward, column, rows, rows, tile.width);
     auto from = [=](ptrdiff_t r) { return turnOf(column, r); };
     permuteRows(data, step, tile, buffer, from,
@@ -63,7 +63,7 @@ void inverseInPlace(const LiftingKernels<T>& kernels, T* data, int step, const Q
     auto from = [=](ptrdiff_t r) { return halfOf(column, r); };
     permuteRows(data, step, tile, buffer, from,
                 [&](const T* src, T* dst) { inverseTileRow(kernels, row, src, src + row.lows(), dst); });
-    auto rows = inTurns(data, step);
+    auto rows = interleaved(data, step);
     liftTileColumns<T>(kernels, Direction::inverse, column, rows, rows, tile.width);
 }
 
@@ -90,8 +90,8 @@ template <class T> void forwardToBands(const LiftingKernels<T>& kernels, const T
 {
     const Line row = across(tile), column = down(tile);
     const ptrdiff_t step = bufferStep<T>(tile);
-    auto rows = inTurns((T*)buffer, step);
-    liftTileColumns<T>(kernels, Direction::forward, column, inTurns(src, srcStep), rows, tile.width);
+    auto rows = interleaved((T*)buffer, step);
+    liftTileColumns<T>(kernels, Direction::forward, column, interleaved(src, srcStep), rows, tile.width);
     SpareRow<T> spare;
     T* halves = spare.of(tile, rows.at(tile.height));
     for (int r = 0; r < tile.height; ++r) {
@@ -112,7 +112,7 @@ template <class T> void inverseFromBands(const LiftingKernels<T>& kernels, Bands
 {
     const Line row = across(tile), column = down(tile);
     const ptrdiff_t step = bufferStep<T>(tile);
-    auto rows = inTurns((T*)buffer, step);
+    auto rows = interleaved((T*)buffer, step);
     SpareRow<T> spare;
     T* halves = spare.of(tile, rows.at(tile.height));
     for (int r = 0; r < tile.height; ++r) {
@@ -126,7 +126,7 @@ template <class T> void inverseFromBands(const LiftingKernels<T>& kernels, Bands
         memcpy(halves + from.firstCount, from.second, from.secondCount * sizeof(T));
         inverseTileRow(kernels, row, (const T*)halves, (const T*)halves + row.lows(), to);
     }
-    liftTileColumns<T>(kernels, Direction::inverse, column, rows, inTurns(dst, dstStep), tile.width);
+    liftTileColumns<T>(kernels, Direction::inverse, column, rows, interleaved(dst, dstStep), tile.width);
 }
 
 }
