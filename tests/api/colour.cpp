@@ -139,13 +139,15 @@ TEST(Colour, EveryMemberInItsPlaces)
     auto rowsOf = [=](auto* data, const Layout& layout, int r) {
         return planesOf(data + r * stepOf(layout), layout, size_t(kHeight * stepOf(layout)));
     };
-    for (auto& [name, source, destination, arithmetic, run] : kMembers)
-        for (auto& [in, out] : arithmetic.pixels) {
+    for (auto& member : kMembers)
+        for (auto& conversion : member.arithmetic.pixels) {
+            const Layout &source = member.src, &destination = member.dst;
+            const Pixel& in = conversion.in;
             if (source.bytes == 2 && (in.a | in.b | in.c) % 8 != 0) continue;
             Bytes src = bytesOf(source), dst = bytesOf(destination), expected = dst;
             for (int i = 0; i < kWidth * kHeight; ++i) {
                 int r = i / kWidth, column = i % kWidth;
-                Pixel pixel = out[arithmetic.kinds[column < 72 ? 0 : column < 76 ? 1 : 2]];
+                Pixel pixel = conversion.out[member.arithmetic.kinds[column < 72 ? 0 : column < 76 ? 1 : 2]];
                 pixel.k = i;
                 source.put(rowsOf(src.data(), source, r).data(), column, {in.a, in.b, in.c, i});
                 destination.put(rowsOf(expected.data(), destination, r).data(), column, pixel);
@@ -153,9 +155,9 @@ TEST(Colour, EveryMemberInItsPlaces)
             auto from = rowsOf((const uint8_t*)src.data(), source, 0);
             auto check = [&](Bytes& result) {
                 auto to = rowsOf(result.data(), destination, 0);
-                ASSERT_EQ(run(from.data(), stepOf(source), to.data(), stepOf(destination), {kWidth, kHeight}),
+                ASSERT_EQ(member.run(from.data(), stepOf(source), to.data(), stepOf(destination), {kWidth, kHeight}),
                           qelStsNoErr);
-                ASSERT_EQ(result, expected) << name << " of " << in.a << ' ' << in.b << ' ' << in.c;
+                ASSERT_EQ(result, expected) << member.name << " of " << in.a << ' ' << in.b << ' ' << in.c;
             };
             ASSERT_NO_FATAL_FAILURE(check(dst));
             if (source.bytes == 1 && destination.bytes == 1 && source.planes == destination.planes) check(src);

@@ -98,7 +98,8 @@ public:
         return int(value);
     }
 
-    // The same, or 0 if n is 0: without a branch, for differences of DC coefficients, which are 0 often and unpredictably.
+    // The same, or 0 if n is 0: without a branch, for differences of DC coefficients, which are 0 often and
+    // unpredictably.
     QEL_INLINE int difference(unsigned n) { return value(n) & -int(n != 0); }
 
 private:

@@ -82,8 +82,8 @@ struct FlagStripe {
     ptrdiff_t reach[kStripeHeight]; // bytes from its column to there
     uint8_t beyond[kStripeHeight][4];
 
-    // The distances of the stripes above and below in columns; 0 where there is none, or where causal contexts keep this
-    // stripe from it.
+    // The distances of the stripes above and below in columns; 0 where there is none, or where causal contexts keep
+    // this stripe from it.
     QEL_INLINE void setReach(ptrdiff_t above, ptrdiff_t below)
     {
         ptrdiff_t up = 4 * above + 3, down = 4 * below;

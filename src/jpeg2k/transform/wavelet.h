@@ -9,8 +9,8 @@
 
 namespace qel {
 
-// A line of `length` samples, low and high interleaved, or its two halves. The first sample is high if `phase` is 1. Beyond
-// its ends lie the samples of the symmetric extension: mirrored ones, or those that the caller put there.
+// A line of `length` samples, low and high interleaved, or its two halves. The first sample is high if `phase` is 1.
+// Beyond its ends lie the samples of the symmetric extension: mirrored ones, or those that the caller put there.
 //
 // Lifting goes along the even positions (the low samples) of the reference grid: position p is sample p - phase, low
 // sample n lies at 2n, high sample n at 2n + 1. So the low half of a line that starts high holds low samples 1, 2, ...

@@ -18,7 +18,8 @@ QEL_KERNEL void ownqj_WTFwd_B53_16s_NT(const int16_t* src, int16_t* low, int16_t
 QEL_KERNEL void ownqj_WTFwd_B53_32s_NT(const int32_t* src, int32_t* low, int32_t* high, int len, int phase);
 QEL_KERNEL void ownqj_WTInv_B53_16s_NT(const int16_t* low, const int16_t* high, int16_t* dst, int len, int phase);
 QEL_KERNEL void ownqj_WTInv_B53_32s_NT(const int32_t* low, const int32_t* high, int32_t* dst, int len, int phase);
-// A line of `len` samples in place, low and high interleaved, with its extension on both sides (see line_mover_doors.h).
+// A line of `len` samples in place, low and high interleaved, with its extension on both sides (see
+// line_mover_doors.h).
 QEL_KERNEL void ownqj_WTFwd_B53_16s_I(int16_t* line, int len, int phase);
 QEL_KERNEL void ownqj_WTFwd_B53_32s_I(int32_t* line, int len, int phase);
 QEL_KERNEL void ownqj_WTInv_B53_16s_I(int16_t* line, int len, int phase);
