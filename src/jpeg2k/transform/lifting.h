@@ -74,7 +74,7 @@ template <class T> struct Filter53 {
     template <int N> static QEL_INLINE Value<N> fromMemory(Value<N> samples) { return samples; }
     template <int N> static QEL_INLINE Value<N> toMemory(Value<N> values) { return values; }
 };
-template <class T> struct Forward53 : Filter53<T> {
+template <class T> struct Forward53 : Filter53<T> { // step 0 makes high-pass samples, step 1 low-pass ones
     template <class V> static QEL_INLINE V lifted(int step, V v, V before, V now)
     {
         return step == 0 ? V(v - Forward53::half(before, now)) : V(v + Forward53::quarter(before, now));
