@@ -51,11 +51,6 @@ if(CMAKE_SYSTEM_PROCESSOR MATCHES "^(x86_64|AMD64|i[3-6]86)$")
     qeljx_kernel_build(avx512 64 1
         -mavx2 -mbmi -mbmi2 -mlzcnt -mpopcnt -mavx512f -mavx512bw -mavx512cd -mavx512dq -mavx512vl
         -mavx512vbmi -mavx512vbmi2)
-    # GCC would keep addresses in vector registers, and make each constant in a general one first.
-    check_cxx_compiler_flag(-mtune-ctrl=^inter_unit_moves_to_vec QELJX_HAS_TUNE_CTRL)
-    if(QELJX_HAS_TUNE_CTRL)
-        target_compile_options(qeljx_kernels_avx512 PRIVATE -mtune-ctrl=^inter_unit_moves_to_vec)
-    endif()
     # GCC 12 warns about the undefined registers inside its own AVX-512 header.
     target_compile_options(qeljx_kernels_avx512 PRIVATE
         $<$<CXX_COMPILER_ID:GNU>:-Wno-uninitialized> $<$<CXX_COMPILER_ID:GNU>:-Wno-maybe-uninitialized>)
@@ -69,6 +64,16 @@ else()
     qeljx_kernel_build(baseline 16 0)
     set(QELJX_KERNEL_BUILDS baseline)
     add_compile_definitions(QEL_X86=0)
+endif()
+
+# GCC would keep addresses in vector registers, and make each constant in a general one first. Coders that work in general
+# registers do not mind.
+check_cxx_compiler_flag(-mtune-ctrl=^inter_unit_moves_to_vec QELJX_HAS_TUNE_CTRL)
+if(QELJX_HAS_TUNE_CTRL)
+    foreach(kernels jpeg/colour/colour jpeg/colour/mcu jpeg/entropy/huffman_encode)
+        set_source_files_properties(${PROJECT_SOURCE_DIR}/src/${kernels}_kernels.cpp PROPERTIES
+            COMPILE_OPTIONS -mtune-ctrl=^inter_unit_moves_to_vec)
+    endforeach()
 endif()
 
 if(QELJX_TESTS)
