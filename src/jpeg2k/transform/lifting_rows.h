@@ -94,6 +94,8 @@ QEL_INLINE ptrdiff_t walkParts(const Row& row, Before& before, ptrdiff_t k, ptrd
     return parts.end;
 }
 
+// Four parts, in registers of 64 bytes, would take longer to gather and to spread than their lifting gains.
+//
 // Pairs from wholeFrom to before wholeTo are read and written as they are; Row::one does any pair.
 template <class Lift, class Row> QEL_INLINE void walkRow(const Row& row, ptrdiff_t wholeFrom, ptrdiff_t wholeTo)
 {
@@ -101,7 +103,7 @@ template <class Lift, class Row> QEL_INLINE void walkRow(const Row& row, ptrdiff
     const Pairs pairs = row.pairs;
     ptrdiff_t k = pairs.first;
     for (; k < wholeFrom && k <= pairs.last; ++k) row.one(before, k);
-    if constexpr (QEL_WIDTH > 16) k = walkParts<Lift, QEL_WIDTH>(row, before, k, wholeTo);
+    if constexpr (QEL_WIDTH > 16) k = walkParts<Lift, 32>(row, before, k, wholeTo);
     if constexpr (QEL_WIDTH >= 16) k = walkParts<Lift, 16>(row, before, k, wholeTo);
     for (; k <= pairs.last; ++k) row.one(before, k);
 }
