@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// What the two halves of the Python module share: arrays, and statuses as exceptions.
+// What the parts of the Python module share: arrays, and statuses as exceptions.
 #pragma once
 
 #include <pybind11/numpy.h>
@@ -46,6 +46,7 @@ inline QelSize sizeOf(const py::array& array, int behind = 0)
     return {int(width), int(height)};
 }
 
+void addInfoTo(py::module_& module);
 void addPicturesTo(py::module_& module);
 void addPrimitivesTo(py::module_& module);
 

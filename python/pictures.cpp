@@ -16,9 +16,9 @@
 #include "codec/j2k/encode/writer.h"
 #include "codec/jpeg/decode/reader.h"
 #include "codec/jpeg/encode/writer.h"
+#include "pictures.h"
 
 namespace qel::python {
-namespace {
 
 using namespace codec;
 
@@ -26,6 +26,8 @@ const char* nameOf(ColourSpace space)
 {
     return space == ColourSpace::grey ? "grey" : space == ColourSpace::rgb ? "rgb" : "cmyk";
 }
+
+namespace {
 
 // The array takes the picture over: nothing is copied.
 py::array arrayOf(Picture picture)
@@ -70,33 +72,25 @@ Given pictureOf(const py::array& given, int precision)
     return {std::move(array), std::move(picture)};
 }
 
-// The bytes of a file: given as they are, or read from a path.
-class Source {
-public:
-    explicit Source(const py::object& source)
-    {
-        if (PyObject_CheckBuffer(source.ptr())) {
-            buffer_ = py::buffer(source).request();
-            require(buffer_.itemsize == 1 && buffer_.ndim == 1, "bytes are wanted");
-            bytes_ = {static_cast<const uint8_t*>(buffer_.ptr), size_t(buffer_.size)};
-        } else {
-            read_ = readFile(py::str(py::module_::import("os").attr("fspath")(source)));
-            bytes_ = read_;
-        }
+using Region = std::optional<std::tuple<uint32_t, uint32_t, uint32_t, uint32_t>>; // x, y, width, height
+
+j2k::DecodeOptions j2kOptions(int reduce, int layers, const Region& region)
+{
+    require(reduce >= 0 && reduce <= 32 && layers >= 0, "reduce is 0 to 32, layers 0 or more");
+    j2k::DecodeOptions options = {.reduce = reduce, .layers = layers ? layers : 65535};
+    if (region) {
+        auto [x, y, width, height] = *region;
+        auto end = [](uint32_t from, uint32_t length) { return from + std::min(length, UINT32_MAX - from); };
+        options.region = j2k::Rect{x, y, end(x, width), end(y, height)};
     }
-    Bytes bytes() const { return bytes_; }
+    return options;
+}
 
-private:
-    py::buffer_info buffer_;
-    std::vector<uint8_t> read_;
-    Bytes bytes_;
-};
-
-LoadedPicture decodeAny(Bytes file, int reduce, int layers, bool smooth)
+LoadedPicture decodeAny(Bytes file, int reduce, int layers, bool smooth, const Region& region)
 {
     FileKind kind = kindOf(file);
     if (kind == FileKind::jpeg2000) {
-        j2k::Decoded decoded = j2k::decode(file, {.reduce = reduce, .layers = layers ? layers : 65535});
+        j2k::Decoded decoded = j2k::decode(file, j2kOptions(reduce, layers, region));
         return {std::move(decoded.picture), std::move(decoded.warnings), decoded.isDamaged};
     }
     require(reduce == 0 && layers == 0, "reduce and layers are for JPEG 2000 files");
@@ -107,13 +101,70 @@ LoadedPicture decodeAny(Bytes file, int reduce, int layers, bool smooth)
     return {std::move(decoded.picture), std::move(decoded.warnings), isDamaged};
 }
 
-py::tuple decode(const py::object& given, int reduce, int layers, bool smooth)
+// Part of the array of a file that is decoded whole.
+py::array partOf(const py::array& array, const Region& region)
+{
+    auto [x, y, width, height] = *region;
+    require(width > 0 && height > 0 && x < size_t(array.shape(1)) && y < size_t(array.shape(0)),
+            "the region is empty or outside the picture");
+    py::slice rows(y, std::min<py::ssize_t>(py::ssize_t(y) + height, array.shape(0)), 1);
+    py::slice columns(x, std::min<py::ssize_t>(py::ssize_t(x) + width, array.shape(1)), 1);
+    return py::array(array[py::make_tuple(rows, columns)]).attr("copy")();
+}
+
+py::tuple decode(const py::object& given, int reduce, int layers, bool smooth, const Region& region)
 {
     Source source(given);
-    LoadedPicture loaded = unlocked([&] { return decodeAny(source.bytes(), reduce, layers, smooth); });
+    LoadedPicture loaded = unlocked([&] { return decodeAny(source.bytes(), reduce, layers, smooth, region); });
     py::str colour = nameOf(loaded.picture.space());
     int precision = loaded.picture.precision();
-    return py::make_tuple(arrayOf(std::move(loaded.picture)), colour, precision, loaded.warnings, loaded.isDamaged);
+    py::array array = arrayOf(std::move(loaded.picture));
+    if (region && kindOf(source.bytes()) != FileKind::jpeg2000) array = partOf(array, region);
+    return py::make_tuple(array, colour, precision, loaded.warnings, loaded.isDamaged);
+}
+
+// Samples as an array of the smallest type that holds them.
+template <class T, class Values> py::array planeOf(const Values& samples, int width, int height)
+{
+    py::array_t<T> array({height, width});
+    std::copy(samples.begin(), samples.end(), array.mutable_data());
+    return array;
+}
+
+py::array planeOf(const PgxPicture& samples)
+{
+    if (samples.isSigned || samples.precision > 16)
+        return planeOf<int32_t>(samples.samples, samples.width, samples.height);
+    if (samples.precision > 8) return planeOf<uint16_t>(samples.samples, samples.width, samples.height);
+    return planeOf<uint8_t>(samples.samples, samples.width, samples.height);
+}
+
+py::tuple decodeJ2kPlanes(Bytes file, const j2k::DecodeOptions& options)
+{
+    j2k::DecodedPlanes decoded = unlocked([&] { return j2k::decodePlanes(file, options); });
+    py::list planes;
+    int precision = 0;
+    for (const PgxPicture& plane : decoded.planes) {
+        planes.append(planeOf(plane));
+        precision = std::max(precision, plane.precision);
+    }
+    return py::make_tuple(planes, "components", precision, decoded.warnings, !decoded.warnings.empty());
+}
+
+// Components as they are coded: neither up-sampled nor of another colour space.
+py::tuple decodePlanes(const py::object& given, int reduce, int layers, const Region& region)
+{
+    Source source(given);
+    FileKind kind = kindOf(source.bytes());
+    if (kind == FileKind::jpeg2000) return decodeJ2kPlanes(source.bytes(), j2kOptions(reduce, layers, region));
+    require(kind == FileKind::jpeg && reduce == 0 && layers == 0 && !region,
+            "planes are of JPEG and JPEG 2000 files, regions of them of JPEG 2000 files");
+    jpeg::DecodedPlanes decoded = unlocked([&] { return jpeg::decodePlanes(source.bytes()); });
+    py::list planes;
+    for (const jpeg::SamplePlane& plane : decoded.planes)
+        planes.append(planeOf<uint8_t>(plane.samples, plane.width, plane.height));
+    return py::make_tuple(planes, py::str(jpeg::nameOf(decoded.info.colour)).attr("lower")(), decoded.info.precision,
+                          decoded.warnings, !decoded.warnings.empty());
 }
 
 jpeg::Samplings samplingNamed(const std::string& name)
@@ -162,8 +213,14 @@ py::bytes encodeToJ2k(const py::array& array, std::optional<int> quality, std::o
 py::tuple comparison(const py::array& a, const py::array& b, int precision)
 {
     Given first = pictureOf(a, precision), second = pictureOf(b, precision);
-    Difference whole = unlocked([&] { return compare(first.picture, second.picture); }).whole;
-    return py::make_tuple(whole.psnr(first.picture.precision()), whole.meanSquaredError, whole.largestError);
+    Comparison comparison = unlocked([&] { return compare(first.picture, second.picture); });
+    auto told = [&](const Difference& difference) {
+        return py::make_tuple(difference.psnr(first.picture.precision()), difference.meanSquaredError,
+                              difference.largestError);
+    };
+    py::list channels;
+    for (const Difference& channel : comparison.channels) channels.append(told(channel));
+    return told(comparison.whole) + py::make_tuple(channels);
 }
 
 void setThreads(int threads)
@@ -194,7 +251,10 @@ void addErrorTo(py::module_& module)
 void addPicturesTo(py::module_& module)
 {
     addErrorTo(module);
-    module.def("decode", &decode, py::arg("source"), py::arg("reduce"), py::arg("layers"), py::arg("smooth"));
+    module.def("decode", &decode, py::arg("source"), py::arg("reduce"), py::arg("layers"), py::arg("smooth"),
+               py::arg("region"));
+    module.def("decode_planes", &decodePlanes, py::arg("source"), py::arg("reduce"), py::arg("layers"),
+               py::arg("region"));
     module.def("encode_jpeg", &encodeToJpeg);
     module.def("encode_j2k", &encodeToJ2k);
     module.def("compare", &comparison);

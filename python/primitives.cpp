@@ -389,6 +389,7 @@ namespace py = pybind11;
 PYBIND11_MODULE(_qeljx, module)
 {
     module.attr("version") = qeljGetLibVersion()->version;
+    qel::python::addInfoTo(module);
     qel::python::addPicturesTo(module);
     py::module_ primitives = module.def_submodule("primitives");
     qel::python::addPrimitivesTo(primitives);

@@ -12,31 +12,55 @@ from . import _qeljx
 from ._qeljx import Error, set_threads
 from ._qeljx import version as __version__
 
-__all__ = ["Comparison", "Decoded", "Error", "compare", "decode", "encode", "set_threads"]
+__all__ = ["Comparison", "Decoded", "Difference", "Error", "compare", "decode", "encode", "info", "set_threads"]
 
 
 class Decoded(NamedTuple):
-    """A decoded picture: the array is height x width, or height x width x channels."""
+    """A decoded picture: the array is height x width, or height x width x channels; with planes=True a list of arrays."""
 
     array: object
-    colour: str  # "grey", "rgb" or "cmyk"
+    colour: str  # "grey", "rgb" or "cmyk"; of planes that of the file, such as "ycbcr"
     precision: int  # bits of a sample
     warnings: list
     is_damaged: bool  # some of the picture is missing
 
 
-class Comparison(NamedTuple):
-    psnr: float
+class Difference(NamedTuple):
+    """Of one channel."""
+
+    psnr: float  # decibels; inf where nothing differs
     mean_squared_error: float
     largest_error: int
 
 
-def decode(source, *, reduce=0, layers=0, smooth=True):
+class Comparison(NamedTuple):
+    """How far two pictures are apart, all channels taken together."""
+
+    psnr: float
+    mean_squared_error: float
+    largest_error: int
+    channels: list  # of Difference
+
+
+def decode(source, *, reduce=0, layers=0, smooth=True, region=None, planes=False):
     """The picture in a file of JPEG, JPEG 2000, PNG, PGM, PPM, PAM or PGX: its bytes, or its path.
 
     reduce halves a JPEG 2000 picture so many times, layers decodes so many of its quality layers (0: all), smooth
-    interpolates the chroma of JPEG. Raises Error, with the position in the file, where there is no picture."""
-    return Decoded(*_qeljx.decode(source, reduce=reduce, layers=layers, smooth=smooth))
+    interpolates the chroma of JPEG. region is (x, y, width, height) in pixels of the whole picture, before it is reduced;
+    what lies beyond the picture is cut off. Of a JPEG 2000 file only what the region needs is decoded. planes gives the
+    components as they are coded, of their own sizes, without conversion of colours.
+
+    Raises Error, with the position in the file, where there is no picture."""
+    if planes:
+        return Decoded(*_qeljx.decode_planes(source, reduce=reduce, layers=layers, region=region))
+    return Decoded(*_qeljx.decode(source, reduce=reduce, layers=layers, smooth=smooth, region=region))
+
+
+def info(source):
+    """What the headers of a file say, as a dict: format ("jpeg", "jp2", "j2k", "png", "pnm" or "pgx"), width, height,
+    precision and colour. Of JPEG also components, process, scans, restart_interval and predictor; of JPEG 2000
+    components, tiles, tile_size, levels, layers, reversible, progression and warnings."""
+    return _qeljx.info(source)
 
 
 def _jpeg(array, *, quality=90, sampling="420", optimize=False, progressive=False, restart=0, lossless=False, predictor=1,
@@ -66,8 +90,9 @@ def encode(array, format="jpeg", **options):
 
 
 def compare(a, b, precision=0):
-    """How far two arrays are apart."""
-    return Comparison(*_qeljx.compare(a, b, precision))
+    """How far two arrays of one shape are apart. precision, in bits, where it is less than the type's."""
+    *whole, channels = _qeljx.compare(a, b, precision)
+    return Comparison(*whole, [Difference(*channel) for channel in channels])
 
 
 # Threads do not survive a fork, and their runtime waits for them in vain: a child works on one.

@@ -1,6 +1,6 @@
 # SPDX-License-Identifier: Apache-2.0
 import os
-from typing import NamedTuple, Optional, Union
+from typing import Any, Literal, NamedTuple, Optional, Union, overload
 
 import numpy as np
 
@@ -16,14 +16,37 @@ class Decoded(NamedTuple):
     warnings: list[str]
     is_damaged: bool
 
-class Comparison(NamedTuple):
+class _DecodedPlanes(NamedTuple):
+    array: list[np.ndarray]
+    colour: str
+    precision: int
+    warnings: list[str]
+    is_damaged: bool
+
+class Difference(NamedTuple):
     psnr: float
     mean_squared_error: float
     largest_error: int
 
+class Comparison(NamedTuple):
+    psnr: float
+    mean_squared_error: float
+    largest_error: int
+    channels: list[Difference]
+
+_Source = Union[bytes, bytearray, memoryview, str, os.PathLike]
+_Region = Optional[tuple[int, int, int, int]]
+
+@overload
 def decode(
-    source: Union[bytes, bytearray, memoryview, str, os.PathLike], *, reduce: int = 0, layers: int = 0, smooth: bool = True
+    source: _Source, *, reduce: int = 0, layers: int = 0, smooth: bool = True, region: _Region = None,
+    planes: Literal[False] = False
 ) -> Decoded: ...
+@overload
+def decode(
+    source: _Source, *, reduce: int = 0, layers: int = 0, smooth: bool = True, region: _Region = None, planes: Literal[True]
+) -> _DecodedPlanes: ...
+def info(source: _Source) -> dict[str, Any]: ...
 def encode(array: np.ndarray, format: str = "jpeg", **options: object) -> bytes: ...
 def compare(a: np.ndarray, b: np.ndarray, precision: int = 0) -> Comparison: ...
 def set_threads(threads: int) -> None: ...

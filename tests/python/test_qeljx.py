@@ -61,6 +61,64 @@ def test_other_layouts_and_depths():
     assert qeljx.decode(qeljx.encode(picture, "jp2", lossless=True), reduce=2).array.shape == (16, 20, 3)
 
 
+def test_regions():
+    picture = drawn(300, 400)
+    assert np.array_equal(qeljx.decode(qeljx.encode(picture), region=(390, 10, 99, 20)).array,
+                          qeljx.decode(qeljx.encode(picture)).array[10:30, 390:])
+    data = qeljx.encode(picture, "jp2", rate=3)
+    for reduce in (0, 2):
+        part = qeljx.decode(data, reduce=reduce, region=(40, 200, 60, 1000)).array
+        assert np.array_equal(part, qeljx.decode(data, reduce=reduce).array[200 >> reduce :, 40 >> reduce : 100 >> reduce])
+    for file in (data, qeljx.encode(picture)):
+        for wrong in ((400, 0, 5, 5), (0, 0, 0, 5)):
+            with pytest.raises(ValueError):
+                qeljx.decode(file, region=wrong)
+
+
+def test_planes(tmp_path):
+    picture = drawn(61, 83)
+    coded = qeljx.decode(qeljx.encode(picture), planes=True)
+    assert [plane.shape for plane in coded.array] == [(61, 83), (31, 42), (31, 42)]
+    assert coded.colour == "ycbcr" and np.abs(coded.array[0] - picture @ [0.299, 0.587, 0.114]).mean() < 3
+    data = qeljx.encode(picture, "jp2", lossless=True)
+    assert np.array_equal(np.stack(qeljx.decode(data, planes=True).array, 2), picture)
+    for reduce in (0, 1):
+        planes = qeljx.decode(data, planes=True, reduce=reduce, region=(20, 10, 30, 12)).array
+        assert np.array_equal(np.stack(planes, 2), qeljx.decode(data, reduce=reduce, region=(20, 10, 30, 12)).array)
+    with pytest.raises(ValueError):
+        qeljx.decode(qeljx.encode(picture), planes=True, reduce=1)
+
+
+def test_info_is_what_the_tool_says(tmp_path):
+    picture = drawn(61, 83)
+    (tmp_path / "a.jpg").write_bytes(qeljx.encode(picture, progressive=True))
+    (tmp_path / "a.jp2").write_bytes(qeljx.encode(picture, "jp2", layers=3))
+    store(tmp_path / "a.ppm", picture)
+    for name in ("a.jpg", "a.jp2", "a.ppm"):
+        about = qeljx.info(tmp_path / name)
+        assert about == qeljx.info((tmp_path / name).read_bytes())
+        said = subprocess.run([os.environ["QELPIC"], "info", tmp_path / name], capture_output=True, text=True).stdout
+        for text in (f"{about['width']} x {about['height']}", f"{about['precision']} bits"):
+            assert text in said
+        for text in ("process", "progression"):
+            assert about.get(text, "") in said
+        for component in about.get("components", ()):
+            assert f"{component['width']} x {component['height']}" in said
+    assert about == {"format": "pnm", "width": 83, "height": 61, "precision": 8, "colour": "rgb"}
+    assert qeljx.info(tmp_path / "a.jpg")["scans"] == 10 and qeljx.info(tmp_path / "a.jp2")["layers"] == 3
+
+
+def test_compares_each_channel():
+    a = drawn(20, 30)
+    b = a.copy()
+    b[3, 4, 1] ^= 255
+    comparison = qeljx.compare(a, b)
+    assert [channel.largest_error > 0 for channel in comparison.channels] == [False, True, False]
+    error = (a.astype(float) - b) ** 2
+    assert comparison.mean_squared_error == pytest.approx(error.mean())
+    assert comparison.channels[1].psnr == pytest.approx(10 * np.log10(255**2 / error[:, :, 1].mean()))
+
+
 def test_errors():
     data = qeljx.encode(drawn(64, 64))
     with pytest.raises(qeljx.Error) as caught:

@@ -27,23 +27,30 @@ Decoded decode(const File& opened, const DecodeOptions& options)
     return decoded;
 }
 
-DecodedComponent decodeComponent(const File& opened, size_t component, const DecodeOptions& options)
+// The part of a component that the options ask for.
+PgxPicture pgxOf(const Samples& samples, const Size& size, const DecodeOptions& options)
 {
-    DecodedComponent decoded;
-    decoded.warnings = opened.warnings;
-    Image image = decodeComponents(*opened.codestream, options, component);
-    append(decoded.warnings, image.warnings);
-    const Samples& samples = image.components[component];
-    Rect rect = resolutionRect(subsampled(regionOf(opened.codestream->size(), options), samples.dx, samples.dy),
-                               options.reduce);
-    if (rect.isEmpty()) throw CodecError("the component has no samples there");
-    PgxPicture& pgx = decoded.samples;
-    pgx = {int(rect.width()), int(rect.height()), samples.precision, samples.isSigned, {}};
+    Rect rect = resolutionRect(subsampled(regionOf(size, options), samples.dx, samples.dy), options.reduce);
+    if (rect.isEmpty()) throw CodecError("a component has no samples there");
+    PgxPicture pgx = {int(rect.width()), int(rect.height()), samples.precision, samples.isSigned, {}};
     pgx.samples.reserve(rect.area());
     for (uint32_t y = rect.y0; y < rect.y1; ++y) {
         const int32_t* row = samples.plane.row(y - samples.rect.y0) + (rect.x0 - samples.rect.x0);
         pgx.samples.insert(pgx.samples.end(), row, row + pgx.width);
     }
+    return pgx;
+}
+
+// One, or all.
+DecodedPlanes decodePlanes(const File& opened, std::optional<size_t> component, const DecodeOptions& options)
+{
+    DecodedPlanes decoded;
+    decoded.warnings = opened.warnings;
+    Image image = decodeComponents(*opened.codestream, options, component);
+    append(decoded.warnings, image.warnings);
+    for (size_t c = 0; c < image.components.size(); ++c)
+        if (!component || c == *component)
+            decoded.planes.push_back(pgxOf(image.components[c], opened.codestream->size(), options));
     return decoded;
 }
 
@@ -58,7 +65,15 @@ Decoded decode(Bytes file, const DecodeOptions& options)
 DecodedComponent decodeComponent(Bytes file, size_t component, const DecodeOptions& options)
 {
     File opened = open(file);
-    return withThreads(threadsOf(opened, options), [&] { return decodeComponent(opened, component, options); });
+    DecodedPlanes decoded =
+        withThreads(threadsOf(opened, options), [&] { return decodePlanes(opened, component, options); });
+    return {std::move(decoded.planes.at(0)), std::move(decoded.warnings)};
+}
+
+DecodedPlanes decodePlanes(Bytes file, const DecodeOptions& options)
+{
+    File opened = open(file);
+    return withThreads(threadsOf(opened, options), [&] { return decodePlanes(opened, {}, options); });
 }
 
 }

@@ -24,4 +24,12 @@ struct DecodedComponent {
 // One component as it is coded: no palette, no up-sampling, no colour space.
 DecodedComponent decodeComponent(Bytes file, size_t component, const DecodeOptions& options = {});
 
+struct DecodedPlanes {
+    std::vector<PgxPicture> planes;
+    Warnings warnings;
+};
+
+// The same of all components.
+DecodedPlanes decodePlanes(Bytes file, const DecodeOptions& options = {});
+
 }
