@@ -35,7 +35,7 @@ struct Blocks {
         }
         result.resize(coded.blocks.size());
     }
-    jpeg::Coefficients coded;
+    JpegCoefficients coded;
     std::vector<uint8_t> samples;
     std::vector<int16_t> result;
     uint16_t forward[64], inverse[64];
