@@ -47,6 +47,13 @@ class Case:
         made += f", {self.psnr[name]:.2f} dB" if name in self.psnr else ""
         return (f"{1 / ns:.2f} G/s" if ns < 1 else f"{1e3 / ns:.1f} M/s" if made else f"{1e3 / ns:.0f} M/s") + made
 
+    def slower_builds(self):
+        """Builds that took longer than the one below them: (build, the one below, how many times as long). Times by the
+        library's in the same round are compared; the middle halves of the rounds are 2 % apart or it is noise."""
+        builds = [name for name in BUILDS if name in self.ratio]
+        return [(build, below, self.ratio[build] / self.ratio[below]) for below, build in zip(builds, builds[1:])
+                if self.low[build] > 1.02 * self.high[below]]
+
     def builds(self):
         return ", ".join(f"{name} {self.rate(name)}" for name in BUILDS if name in self.ns)
 
@@ -147,6 +154,14 @@ def in_chart(row):
         and not row.case.name.startswith(("threads/", "support/"))
 
 
+def slower_builds(cases):
+    """The rule that no build is slower than the one below it, and where it is broken."""
+    broken = [f"{case.name}: {build} takes {times:.2f} times as long as {below}"
+              for case in cases for build, below, times in case.slower_builds()]
+    compared = sum(len([name for name in BUILDS if name in case.ratio]) > 1 for case in cases)
+    return "\n".join([f"{compared} cases by build, {len(broken)} times a build is slower than the one below it"] + broken)
+
+
 def put_results(page, text):
     before, rest = page.read_text().split(BEGIN)
     page.write_text(before + BEGIN + "\n" + text + "\n" + END + rest.split(END)[1])
@@ -168,7 +183,7 @@ def main():
     short = [row for row in rows if row.met() == "NO"]
     summary = f"{machine}\n{len(rows)} comparisons, {sum(1 for row in rows if row.target)} with a floor, " \
               f"{len(short)} below it"
-    print(aligned(rows), summary, sep="\n\n")
+    print(aligned(rows), summary, slower_builds([case for case in cases if not case.error]), sep="\n\n")
     if options.chart:
         options.chart.write_text(chart([row for row in rows if in_chart(row)], machine))
     if options.page:
