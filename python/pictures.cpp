@@ -86,19 +86,14 @@ j2k::DecodeOptions j2kOptions(int reduce, int layers, const Region& region)
     return options;
 }
 
-LoadedPicture decodeAny(Bytes file, int reduce, int layers, bool smooth, const Region& region)
+DecodedPicture decodeAny(Bytes file, int reduce, int layers, bool smooth, const Region& region)
 {
     FileKind kind = kindOf(file);
-    if (kind == FileKind::jpeg2000) {
-        j2k::Decoded decoded = j2k::decode(file, j2kOptions(reduce, layers, region));
-        return {std::move(decoded.picture), std::move(decoded.warnings), decoded.isDamaged};
-    }
+    if (kind == FileKind::jpeg2000) return j2k::decode(file, j2kOptions(reduce, layers, region));
     require(reduce == 0 && layers == 0, "reduce and layers are for JPEG 2000 files");
     if (kind != FileKind::jpeg) return loadPicture(file);
     auto upsampling = smooth ? jpeg::Upsampling::triangle : jpeg::Upsampling::replicate;
-    jpeg::Decoded decoded = jpeg::decode(file, {.upsampling = upsampling});
-    bool isDamaged = !decoded.warnings.empty();
-    return {std::move(decoded.picture), std::move(decoded.warnings), isDamaged};
+    return jpeg::decode(file, {.upsampling = upsampling});
 }
 
 // Part of the array of a file that is decoded whole.
@@ -115,7 +110,7 @@ py::array partOf(const py::array& array, const Region& region)
 py::tuple decode(const py::object& given, int reduce, int layers, bool smooth, const Region& region)
 {
     Source source(given);
-    LoadedPicture loaded = unlocked([&] { return decodeAny(source.bytes(), reduce, layers, smooth, region); });
+    DecodedPicture loaded = unlocked([&] { return decodeAny(source.bytes(), reduce, layers, smooth, region); });
     py::str colour = nameOf(loaded.picture.space());
     int precision = loaded.picture.precision();
     py::array array = arrayOf(std::move(loaded.picture));

@@ -3,7 +3,9 @@
 
 #include <optional>
 #include <string>
+#include <vector>
 
+#include "codec/formats/formats.h"
 #include "codec/j2k/decode/components.h"
 #include "codec/j2k/encode/options.h"
 #include "codec/jpeg/decode/reader.h"
@@ -15,11 +17,16 @@ enum ExitCode {
     kDone = 0,
     kFailed = 1,  // a file is damaged, unsupported or cannot be written: nothing was written
     kUsage = 2,   // the command line
-    kDamaged = 3, // a picture was written, but the input is damaged: the warnings say what is missing
+    kDamaged = 3, // something was written, but an input is damaged or, of many, some failed: the messages say which
 };
 
 struct Options {
-    std::string input, output; // for `compare` the two pictures
+    std::vector<std::string> files; // inputs, and the output of `encode` and `decode` where there is no folder for it
+    std::string outputFolder;
+    std::optional<codec::Format> format; // of the output; else its name says it
+    bool isRecursive = false, skipsExisting = false;
+    bool strips = false; // metadata
+    bool turnsUpright = false;
     codec::jpeg::EncodeOptions encoding;
     codec::j2k::EncodeOptions j2k;
     std::string scanScript; // file that `encoding.scans` is read from; empty if there is none
@@ -28,10 +35,9 @@ struct Options {
     std::optional<int> component; // to be decoded alone
     bool isQuiet = false;
     int runs = 0; // how often to code for the time to be taken; 0 is once, without a report
+    bool isJson = false;
+    std::optional<double> leastPsnr; // that `compare` is content with
 };
-
-// Whether `encode` writes a JPEG 2000 file under this name.
-bool isJpeg2000Name(const std::string& path);
 
 // All throw FileError (console.h).
 ExitCode encode(const Options& options);

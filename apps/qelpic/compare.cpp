@@ -13,7 +13,7 @@
 namespace qel::qelpic {
 namespace {
 
-codec::LoadedPicture load(const std::string& path, const Options& options)
+codec::DecodedPicture load(const std::string& path, const Options& options)
 {
     auto loaded = about(path, [&] { return codec::loadPicture(codec::readFile(path)); });
     warn(path, loaded.warnings, options.isQuiet);
@@ -26,23 +26,39 @@ void print(const char* channel, const codec::Difference& difference, int precisi
                 difference.meanSquaredError);
 }
 
+// Prints the differences; returns the PSNR of all samples. Deeper ones are rounded to the other picture's precision.
+double psnrOf(const codec::Picture& a, const codec::Picture& b, const std::string& path)
+{
+    int precision = std::min(a.precision(), b.precision());
+    codec::Picture rounded;
+    auto fitted = [&](const codec::Picture& picture) -> const codec::Picture& {
+        if (picture.precision() == precision) return picture;
+        rounded = codec::withPrecision(picture, precision);
+        return rounded;
+    };
+    auto result = about(path, [&] { return codec::compare(fitted(a), fitted(b)); });
+    static constexpr const char* kNames[3][4] = {
+        {"grey"}, {"red", "green", "blue"}, {"cyan", "magenta", "yellow", "black"}};
+    std::puts("channel  PSNR(dB)  largest error  mean squared error");
+    for (size_t c = 0; c < result.channels.size(); ++c) print(kNames[int(a.space())][c], result.channels[c], precision);
+    print("all", result.whole, precision);
+    return result.whole.psnr(precision);
+}
+
 }
 
 ExitCode compare(const Options& options)
 {
-    auto a = load(options.input, options), b = load(options.output, options);
-    // Deeper samples are rounded to the other picture's precision.
-    int precision = std::min(a.picture.precision(), b.picture.precision());
-    for (codec::Picture* picture : {&a.picture, &b.picture})
-        if (picture->precision() > precision) *picture = codec::withPrecision(*picture, precision);
-    auto result = about(options.output, [&] { return codec::compare(a.picture, b.picture); });
-    static constexpr const char* kNames[3][4] = {
-        {"grey"}, {"red", "green", "blue"}, {"cyan", "magenta", "yellow", "black"}};
-    std::puts("channel  PSNR(dB)  largest error  mean squared error");
-    for (size_t c = 0; c < result.channels.size(); ++c)
-        print(kNames[int(a.picture.space())][c], result.channels[c], precision);
-    print("all", result.whole, precision);
-    return a.isDamaged || b.isDamaged ? kDamaged : kDone;
+    auto original = load(options.files[0], options);
+    bool isDamaged = original.isDamaged, isBelow = false;
+    for (size_t i = 1; i < options.files.size(); ++i) {
+        if (options.files.size() > 2) std::printf("%s%s:\n", i > 1 ? "\n" : "", options.files[i].c_str());
+        auto other = load(options.files[i], options);
+        isDamaged |= other.isDamaged;
+        isBelow |= psnrOf(original.picture, other.picture, options.files[i]) < options.leastPsnr.value_or(0);
+    }
+    finishOutput();
+    return isBelow ? kFailed : isDamaged ? kDamaged : kDone;
 }
 
 }

@@ -3,11 +3,20 @@
 
 #include <unistd.h>
 
+#include <cerrno>
 #include <cstdio>
+#include <cstring>
+#include <utility>
 
 namespace qel::qelpic {
 
 void say(const std::string& line) { std::fprintf(stderr, "%s\n", line.c_str()); }
+
+void finishOutput()
+{
+    if (std::fflush(stdout) != 0 || std::ferror(stdout))
+        throw FileError("standard output", std::string("cannot be written: ") + std::strerror(errno));
+}
 
 void sayTime(const char* what, double megapixels, double seconds)
 {
@@ -26,9 +35,11 @@ ProgressBar::ProgressBar(std::string what, bool isQuiet)
       next_(Clock::now() + std::chrono::milliseconds(500))
 {}
 
-ProgressBar::~ProgressBar()
+ProgressBar::~ProgressBar() { clear(); }
+
+void ProgressBar::clear()
 {
-    if (isShown_) std::fputs("\r\033[K", stderr);
+    if (std::exchange(isShown_, false)) std::fputs("\r\033[K", stderr);
 }
 
 std::function<void(double)> ProgressBar::callback()

@@ -28,6 +28,8 @@ template <class Step> auto about(const std::string& path, Step step)
 }
 
 void say(const std::string& line);
+// What was printed on standard output has to get there. Throws FileError.
+void finishOutput();
 void sayTime(const char* what, double megapixels, double seconds);
 void warn(const std::string& path, const std::vector<std::string>& warnings, bool isQuiet);
 
@@ -40,6 +42,7 @@ public:
     ProgressBar& operator=(const ProgressBar&) = delete;
     ~ProgressBar();
 
+    void clear();
     // For the codec; empty where no bar can appear.
     std::function<void(double)> callback();
 

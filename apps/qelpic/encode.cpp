@@ -1,27 +1,36 @@
 // qelpic encode: any picture to JPEG or JPEG 2000.
+#include <utility>
+
 #include "codec/base/convert.h"
 #include "codec/base/file_io.h"
 #include "codec/formats/picture_file.h"
 #include "codec/j2k/encode/writer.h"
+#include "codec/j2k/metadata.h"
+#include "codec/jpeg/metadata.h"
+#include "qelpic/batch.h"
 #include "qelpic/commands.h"
 #include "qelpic/console.h"
+#include "qelpic/metadata.h"
 
 namespace qel::qelpic {
 namespace {
 
-constexpr int kPrecision = 8;
+using codec::ColourSpace;
+using codec::DecodedPicture;
+using codec::Format;
 
-// The input in the 8 bits that JPEG's DCT processes have, or as it is for a lossless file.
-codec::LoadedPicture loadForJpeg(const Options& options)
+constexpr int kPrecision = 8;
+constexpr const char* kKnown = ".jpg, .jpeg, .jp2, .j2k, .j2c or .jpc";
+
+// The picture in the 8 bits that JPEG's DCT processes have, or as it is for a lossless file.
+void fitToJpeg(DecodedPicture& loaded, bool isLossless)
 {
-    auto loaded = codec::loadPicture(codec::readFile(options.input));
     int precision = loaded.picture.precision();
-    if (precision == kPrecision || (options.encoding.lossless && precision > 1)) return loaded;
-    if (options.encoding.lossless) loaded.warnings.push_back("samples of 1 bit are stored as 8");
+    if (precision == kPrecision || (isLossless && precision > 1)) return;
+    if (isLossless) loaded.warnings.push_back("samples of 1 bit are stored as 8");
     if (precision > kPrecision)
         loaded.warnings.push_back("samples of " + std::to_string(precision) + " bits are rounded to 8");
     loaded.picture = codec::withPrecision(loaded.picture, kPrecision);
-    return loaded;
 }
 
 codec::jpeg::ScanScript loadScript(const std::string& path)
@@ -33,57 +42,74 @@ codec::jpeg::ScanScript loadScript(const std::string& path)
     });
 }
 
-std::vector<uint8_t> encodeAsJpeg(const codec::Picture& picture, const Options& options,
-                                  const codec::jpeg::ScanScript& scans, ProgressBar& bar)
+// The colour space of the picture in the file.
+ColourSpace spaceIn(Format format, ColourSpace space, const Options& options)
 {
-    codec::jpeg::EncodeOptions encoding = options.encoding;
-    encoding.scans = scans;
-    encoding.progress = bar.callback();
-    return codec::jpeg::encode(picture, encoding);
+    return format == Format::jpeg && options.encoding.target == codec::jpeg::Target::grey ? ColourSpace::grey : space;
 }
 
-std::vector<uint8_t> encodeAsJ2k(const codec::Picture& picture, const Options& options, ProgressBar& bar)
+// Densities are JFIF's, whose pictures are grey or YCbCr.
+codec::MetadataRoom roomIn(Format format, ColourSpace space, const Options& options)
 {
+    if (format == Format::jp2) return codec::j2k::kMetadataRoom;
+    if (format == Format::codestream) return codec::j2k::kCodestreamRoom;
+    codec::MetadataRoom room = codec::jpeg::kMetadataRoom;
+    bool isRgb =
+        space == ColourSpace::rgb && (options.encoding.lossless || options.encoding.target == codec::jpeg::Target::rgb);
+    room.density = room.aspectRatio = !isRgb && space != ColourSpace::cmyk;
+    return room;
+}
+
+std::vector<uint8_t> encodeAs(Format format, const DecodedPicture& loaded, const Options& options,
+                              const codec::jpeg::ScanScript& scans, const std::function<void(double)>& progress)
+{
+    if (format == Format::jpeg) {
+        codec::jpeg::EncodeOptions encoding = options.encoding;
+        encoding.scans = scans;
+        encoding.metadata = loaded.metadata;
+        encoding.progress = progress;
+        return codec::jpeg::encode(loaded.picture, encoding);
+    }
     codec::j2k::EncodeOptions encoding = options.j2k;
-    encoding.isJp2 = codec::extensionOf(options.output) == "jp2";
-    encoding.progress = bar.callback();
-    return codec::j2k::encode(picture, encoding);
+    encoding.isJp2 = format == Format::jp2;
+    encoding.metadata = loaded.metadata;
+    encoding.progress = progress;
+    return codec::j2k::encode(loaded.picture, encoding);
 }
 
-}
-
-bool isJpeg2000Name(const std::string& path)
+Outcome encodeOne(const Job& job, const Options& options, const codec::jpeg::ScanScript& scans)
 {
-    std::string extension = codec::extensionOf(path);
-    return extension == "jp2" || extension == "j2k" || extension == "j2c" || extension == "jpc";
+    std::vector<uint8_t> input = about(job.input, [&] { return codec::readFile(job.input); });
+    DecodedPicture loaded = about(job.input, [&] {
+        DecodedPicture decoded = codec::loadPicture(input);
+        if (job.format == Format::jpeg) fitToJpeg(decoded, options.encoding.lossless);
+        return decoded;
+    });
+    ColourSpace space = spaceIn(job.format, loaded.picture.space(), options);
+    settleMetadata(loaded, roomIn(job.format, space, options), space, options);
+    warn(job.input, loaded.warnings, options.isQuiet);
+    double pixels = double(loaded.picture.width()) * loaded.picture.height();
+    std::vector<uint8_t> file = about(job.input, [&] {
+        ProgressBar bar("encoding", options.isQuiet || !options.outputFolder.empty());
+        return timed(
+            options.runs, "encoded", [&] { return encodeAs(job.format, loaded, options, scans, bar.callback()); },
+            [&](auto&) { return pixels; });
+    });
+    about(job.output, [&] {
+        codec::OutputFile output(job.output);
+        output.write(file);
+        output.commit();
+    });
+    return {pixels, input.size(), file.size(), loaded.isDamaged};
+}
+
 }
 
 ExitCode encode(const Options& options)
 {
-    about(options.output, [&] {
-        if (options.output != "-" && codec::isStorable(options.output))
-            throw codec::CodecError("what is encoded is JPEG or JPEG 2000: the name should end in .jpg, .jp2 or .j2k");
-    });
-    bool isJ2k = isJpeg2000Name(options.output);
+    auto jobs = jobsOf(options, Format::jpeg, codec::isCoded, kKnown);
     codec::jpeg::ScanScript scans = loadScript(options.scanScript);
-    auto loaded = about(options.input, [&] {
-        return isJ2k ? codec::loadPicture(codec::readFile(options.input)) : loadForJpeg(options);
-    });
-    warn(options.input, loaded.warnings, options.isQuiet);
-    const codec::Picture& picture = loaded.picture;
-    std::vector<uint8_t> file = about(options.input, [&] {
-        ProgressBar bar("encoding", options.isQuiet);
-        return timed(
-            options.runs, "encoded",
-            [&] { return isJ2k ? encodeAsJ2k(picture, options, bar) : encodeAsJpeg(picture, options, scans, bar); },
-            [&](auto&) { return double(picture.width()) * picture.height(); });
-    });
-    about(options.output, [&] {
-        codec::OutputFile output(options.output);
-        output.write(file);
-        output.commit();
-    });
-    return loaded.isDamaged ? kDamaged : kDone;
+    return runAll(options, "encoding", jobs, [&](const Job& job) { return encodeOne(job, options, scans); });
 }
 
 }

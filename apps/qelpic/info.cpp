@@ -3,10 +3,14 @@
 
 #include "codec/base/file_io.h"
 #include "codec/formats/picture_file.h"
+#include "codec/j2k/metadata.h"
 #include "codec/jpeg/info.h"
+#include "codec/jpeg/metadata.h"
+#include "qelpic/batch.h"
 #include "qelpic/commands.h"
 #include "qelpic/console.h"
 #include "qelpic/info.h"
+#include "qelpic/metadata.h"
 
 namespace qel::qelpic {
 namespace {
@@ -38,34 +42,57 @@ void printPicture(const char* format, const codec::Picture& picture)
     std::printf("colour           %s, %d bits\n", spaces[int(picture.space())], picture.precision());
 }
 
+// Prints what the headers say; returns the number of pixels.
+double print(codec::Bytes file, const std::string& path, const Options& options)
+{
+    codec::FileKind kind = codec::kindOf(file);
+    if (kind == codec::FileKind::jpeg2000) {
+        codec::j2k::File j2k = codec::j2k::open(file);
+        warn(path, j2k.warnings, options.isQuiet);
+        double pixels = printJ2k(j2k);
+        printMetadata(codec::j2k::readMetadata(file, j2k.jp2));
+        return pixels;
+    }
+    if (kind == codec::FileKind::jpeg) {
+        codec::jpeg::Info jpeg = codec::jpeg::readInfo(file);
+        printJpeg(jpeg);
+        printMetadata(codec::jpeg::readMetadata(file));
+        return double(jpeg.width) * jpeg.height;
+    }
+    auto loaded = codec::loadPicture(file);
+    warn(path, loaded.warnings, options.isQuiet);
+    printPicture(kind == codec::FileKind::png ? "PNG" : kind == codec::FileKind::pgx ? "PGX" : "PNM", loaded.picture);
+    printMetadata(loaded.metadata);
+    return double(loaded.picture.width()) * loaded.picture.height();
+}
+
+void describe(const std::string& path, const Options& options)
+{
+    about(path, [&] {
+        std::vector<uint8_t> file = codec::readFile(path);
+        double pixels = print(file, path, options);
+        std::printf("file             %zu bytes, %.3f bits per pixel\n", file.size(), 8 * double(file.size()) / pixels);
+    });
+}
+
 }
 
 ExitCode info(const Options& options)
 {
-    return about(options.input, [&] {
-        std::vector<uint8_t> file = codec::readFile(options.input);
-        double pixels;
-        codec::FileKind kind = codec::kindOf(file);
-        if (kind == codec::FileKind::jpeg2000) {
-            codec::j2k::File j2k = codec::j2k::open(file);
-            warn(options.input, j2k.warnings, options.isQuiet);
-            pixels = printJ2k(j2k);
-        } else if (kind == codec::FileKind::jpeg) {
-            codec::jpeg::Info jpeg = codec::jpeg::readInfo(file);
-            printJpeg(jpeg);
-            pixels = double(jpeg.width) * jpeg.height;
-        } else {
-            auto loaded = codec::loadPicture(file);
-            warn(options.input, loaded.warnings, options.isQuiet);
-            printPicture(kind == codec::FileKind::png   ? "PNG"
-                         : kind == codec::FileKind::pgx ? "PGX"
-                                                        : "PNM",
-                         loaded.picture);
-            pixels = double(loaded.picture.width()) * loaded.picture.height();
+    std::vector<std::string> paths = inputsOf(options);
+    bool isOne = options.files.size() == 1 && paths.size() == 1;
+    size_t failed = 0;
+    for (const std::string& path : paths) {
+        if (!isOne) std::printf("%s%s:\n", &path == paths.data() ? "" : "\n", path.c_str());
+        try {
+            describe(path, options);
+        } catch (const FileError& error) {
+            say(std::string("qelpic: ") + error.what());
+            ++failed;
         }
-        std::printf("file             %zu bytes, %.3f bits per pixel\n", file.size(), 8 * file.size() / pixels);
-        return kDone;
-    });
+    }
+    finishOutput();
+    return failed == 0 ? kDone : failed == paths.size() ? kFailed : kDamaged;
 }
 
 }

@@ -2,11 +2,13 @@
 #include <qeljx.h>
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <cstdio>
 #include <map>
 #include <new>
 #include <optional>
 
+#include "codec/base/file_io.h"
 #include "codec/base/parallel.h"
 #include "qelpic/commands.h"
 #include "qelpic/console.h"
@@ -20,11 +22,15 @@ namespace jpeg = codec::jpeg;
 constexpr const char* kAbout =
     "Encodes and decodes JPEG and JPEG 2000 files.\n"
     "Reads PGM, PPM, PAM, PGX, PNG, JPEG and JPEG 2000, known by their content; writes what the name of the output "
-    "says.\n"
-    "\"-\" is standard input, or standard output.";
+    "says, or --format.\n"
+    "\"-\" is standard input, or standard output.\n\n"
+    "  qelpic encode photo.png photo.jpg --quality 85\n"
+    "  qelpic encode *.png --outdir out --format jp2 --lossless\n"
+    "  qelpic decode photo.jp2 photo.png\n"
+    "  qelpic info photo.jpg";
 constexpr const char* kExitCodes =
     "Exit codes: 0 done; 1 a file is damaged, unsupported or cannot be written; 2 wrong usage;\n"
-    "3 a picture was written, but the input is damaged (the warnings say what is missing).";
+    "3 something was written, but an input is damaged, or some of many files failed (the messages say which).";
 
 std::string version()
 {
@@ -35,6 +41,37 @@ std::string version()
 
 // Checks that do not clutter the help texts, which name the values themselves.
 CLI::Validator within(int low, int high) { return CLI::Range(low, high).description(""); }
+
+// "4:2:0" and "gray" are understood as well.
+std::string plainSampling(std::string name)
+{
+    std::erase(name, ':');
+    return name == "gray" ? "grey" : name;
+}
+
+const CLI::App* commandNamed(const CLI::App& app, const std::string& name)
+{
+    for (const CLI::App* command : app.get_subcommands([](const CLI::App*) { return true; }))
+        if (command->get_name() == name) return command;
+    return nullptr;
+}
+
+// Habits from other programs: -quality for --quality, and -q with a number for it.
+std::vector<std::string> understood(const CLI::App& app, int argc, char** argv)
+{
+    std::vector<std::string> words(argv + 1, argv + argc);
+    const CLI::App* command = nullptr;
+    for (size_t i = 0; i < words.size(); ++i) {
+        std::string& word = words[i];
+        if (!command) command = commandNamed(app, word);
+        bool isNumber = i + 1 < words.size() && !words[i + 1].empty() &&
+                        words[i + 1].find_first_not_of("0123456789") == std::string::npos;
+        if (command && command->get_name() == "encode" && word == "-q" && isNumber) word = "--quality";
+        bool isLong = word.size() > 2 && word[0] == '-' && word[1] != '-';
+        if (command && isLong && command->get_option_no_throw("-" + word)) word.insert(0, "-");
+    }
+    return words;
+}
 
 // Groups of options of `encode`.
 constexpr const char *kJpegOptions = "JPEG files", *kJ2kOptions = "JPEG 2000 files";
@@ -52,6 +89,32 @@ struct CommandLine {
         command.add_flag("-q,--quiet", options.isQuiet, "No warnings and no progress bar");
     }
 
+    // Inputs, and for commands that write files where these go.
+    void addFiles(CLI::App& command, const char* about, const char* formats)
+    {
+        command.add_option("files", options.files, about)->required()->type_name("FILE...");
+        command.add_option("--outdir", options.outputFolder, "Folder for the outputs of all files that are named")
+            ->type_name("FOLDER");
+        command
+            .add_option_function<std::string>(
+                "--format", [&](const std::string& name) { setFormat(name); },
+                std::string("What to write, where no name says it: ") + formats)
+            ->type_name("NAME");
+        auto* folder = command.get_option("--outdir");
+        command.add_flag("-r,--recursive", options.isRecursive, "Also the pictures in folders inside of folders")
+            ->needs(folder);
+        command.add_flag("--skip-existing", options.skipsExisting, "Leave outputs that are there as they are")
+            ->needs(folder);
+        command.add_flag("--strip", options.strips, "Leave out profile, EXIF, XMP, density and comments");
+        command.add_flag("--auto-orient", options.turnsUpright, "Turn the picture as its EXIF data says");
+    }
+
+    void setFormat(const std::string& name)
+    {
+        options.format = codec::formatNamed(name);
+        if (!options.format) throw CLI::ValidationError("--format", "unknown format " + name);
+    }
+
     void addCoding(CLI::App& command)
     {
         addCommon(command);
@@ -67,11 +130,8 @@ struct CommandLine {
     {
         auto& encoding = options.encoding;
         CLI::App* command = app.add_subcommand("encode", "Encode a picture as a JPEG or JPEG 2000 file");
-        command->add_option("input", options.input, "Picture to encode")->required();
-        command
-            ->add_option("output", options.output,
-                         "File to write: JPEG 2000 if its name ends in .jp2, .j2k, .j2c or .jpc, else JPEG")
-            ->required();
+        addFiles(*command, "Picture to encode and file to write: .jpg, .jp2, .j2k...; or many pictures and --outdir",
+                 "jpg (default), jp2 or j2k");
         command->add_option("--quality", encoding.quality, "1 (smallest file) to 100 (best picture)")
             ->check(within(1, 100))
             ->type_name("N")
@@ -97,6 +157,7 @@ struct CommandLine {
             .add_option("--sampling", sampling,
                         "Chroma sampling: 444, 422, 440, 420 or grey (no chroma); 420 by "
                         "default, 444 with --rgb and --cmyk")
+            ->transform([](std::string name) { return plainSampling(std::move(name)); }, "")
             ->check(CLI::IsMember({"444", "422", "440", "420", "grey"}).description(""))
             ->type_name("NAME");
         command.add_flag("--optimize", encoding.optimiseTables,
@@ -146,11 +207,10 @@ struct CommandLine {
     CLI::App* addDecode(CLI::App& app)
     {
         CLI::App* command = app.add_subcommand("decode", "Decode a JPEG or JPEG 2000 file");
-        command->add_option("input", options.input, "JPEG or JPEG 2000 file to decode")->required();
-        command
-            ->add_option("output", options.output,
-                         "Picture to write: .pgm, .ppm, .pnm, .pam or .png; .pgx with --component")
-            ->required();
+        addFiles(*command,
+                 "JPEG or JPEG 2000 file to decode and picture to write: .png, .pgm, .ppm, .pnm, .pam, or .pgx with "
+                 "--component; or many files and --outdir",
+                 "png (default), pgm, ppm, pnm or pam");
         const std::map<std::string, jpeg::Upsampling> names = {{"triangle", jpeg::Upsampling::triangle},
                                                                {"replicate", jpeg::Upsampling::replicate}};
         command
@@ -188,7 +248,10 @@ struct CommandLine {
     CLI::App* addInfo(CLI::App& app)
     {
         CLI::App* command = app.add_subcommand("info", "Say what a picture file holds");
-        command->add_option("input", options.input, "Picture file")->required();
+        command->add_option("files", options.files, "Picture files, or folders of them")
+            ->required()
+            ->type_name("FILE...");
+        command->add_flag("-r,--recursive", options.isRecursive, "Also the pictures in folders inside of folders");
         addCommon(*command);
         return command;
     }
@@ -196,8 +259,12 @@ struct CommandLine {
     CLI::App* addCompare(CLI::App& app)
     {
         CLI::App* command = app.add_subcommand("compare", "Compare two pictures: PSNR and largest error");
-        command->add_option("a", options.input, "First picture")->required();
-        command->add_option("b", options.output, "Second picture")->required();
+        command->add_option("files", options.files, "The original, and pictures that are compared with it")
+            ->required()
+            ->expected(2, 100000)
+            ->type_name("FILE FILE...");
+        command->add_option("--min-psnr", options.leastPsnr, "Exit code 1 for pictures below so many decibels")
+            ->type_name("DB");
         addCommon(*command);
         return command;
     }
@@ -205,7 +272,10 @@ struct CommandLine {
     // Throws CLI::ValidationError for options of the other kind of file than the output is.
     void checkKind() const
     {
-        bool isJ2k = isJpeg2000Name(options.output);
+        codec::Format format = options.format.value_or(codec::Format::jpeg);
+        if (!options.format && options.outputFolder.empty() && options.files.size() == 2)
+            format = codec::formatNamed(codec::extensionOf(options.files[1])).value_or(format);
+        bool isJ2k = codec::isJpeg2000(format);
         for (const CLI::Option* option : encodeCommand->get_options())
             if (option->count() && option->get_group() == (isJ2k ? kJpegOptions : kJ2kOptions))
                 throw CLI::ValidationError(option->get_name(),
@@ -241,14 +311,20 @@ int run(int argc, char** argv)
     CommandLine line;
     CLI::App app(kAbout, "qelpic");
     app.footer(kExitCodes);
-    app.set_version_flag("--version", version);
+    app.set_version_flag("-V,--version", version);
     app.require_subcommand(1);
     const std::pair<CLI::App*, ExitCode (*)(const Options&)> commands[] = {{line.addEncode(app), encode},
                                                                            {line.addDecode(app), decode},
                                                                            {line.addInfo(app), info},
                                                                            {line.addCompare(app), compare}};
     try {
-        app.parse(argc, argv);
+        std::vector<std::string> words = understood(app, argc, argv);
+        if (!words.empty() && words[0][0] != '-' && !commandNamed(app, words[0])) {
+            say("qelpic: unknown command " + words[0] + ": it is encode, decode, info or compare; see qelpic --help");
+            return kUsage;
+        }
+        std::ranges::reverse(words); // as CLI11 wants them
+        app.parse(words);
         if (line.encodeCommand->parsed()) line.checkKind();
     } catch (const CLI::Success& help) {
         return app.exit(help);
@@ -257,8 +333,12 @@ int run(int argc, char** argv)
         return kUsage;
     }
     line.settle();
-    for (auto [command, action] : commands)
-        if (command->parsed()) return action(line.options);
+    try {
+        for (auto [command, action] : commands)
+            if (command->parsed()) return action(line.options);
+    } catch (const CLI::ValidationError& error) {
+        say(std::string("qelpic: ") + error.what() + "; see qelpic --help");
+    }
     return kUsage;
 }
 

@@ -173,7 +173,7 @@ TEST(J2kDamage, ErrorsInCodeBlocksAreConcealed)
         Picture drawn = drawnPicture(64, 64, ColourSpace::grey, 8);
         File file = openJpegEncode({.levels = 1, .style = style}, drawn);
         for (size_t at = file.size() - 400; at < file.size() - 390; ++at) file[at] ^= 0x55;
-        j2k::Decoded decoded = j2k::decode(file);
+        DecodedPicture decoded = j2k::decode(file);
         EXPECT_EQ(decoded.warnings, Warnings{"tile 0: 1 code-blocks are damaged"});
         EXPECT_TRUE(decoded.isDamaged);
         EXPECT_LT(compare(decoded.picture, drawn).whole.meanSquaredError, 100);
@@ -186,7 +186,7 @@ TEST(J2kDamage, TilesThatAreMissingAreGrey)
     File file = openJpegEncode({.tileWidth = 20, .tileHeight = 20, .levels = 1}, drawn);
     size_t second = markerAt(file, j2k::marker::kSot, markerAt(file, j2k::marker::kSot) + 1);
     file.erase(file.begin() + ptrdiff_t(second), file.end() - 2);
-    j2k::Decoded decoded = j2k::decode(file);
+    DecodedPicture decoded = j2k::decode(file);
     EXPECT_EQ(decoded.warnings, Warnings{"tile 1 is missing"});
     for (int y = 0; y < 20; ++y) {
         EXPECT_EQ(std::memcmp(decoded.picture.row(y), drawn.row(y), 20), 0);

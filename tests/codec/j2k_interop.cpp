@@ -64,7 +64,7 @@ TEST(J2kPicture, IsThePeersPicture)
         options.isJp2 = isColour;
         options.ratio = row.isReversible ? 0.f : 20.f;
         File file = openJpegEncode(options, drawn);
-        j2k::Decoded decoded = j2k::decode(file);
+        DecodedPicture decoded = j2k::decode(file);
         EXPECT_EQ(decoded.warnings, Warnings());
         if (row.isReversible) expectSame(decoded.picture, drawn);
         EXPECT_LE(compare(decoded.picture, openJpegDecode(file)).whole.largestError, row.isReversible ? 0 : 1);

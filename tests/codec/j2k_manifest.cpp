@@ -102,7 +102,7 @@ private:
 
     void expectPicture() const
     {
-        j2k::Decoded decoded = j2k::decode(file(), options_);
+        DecodedPicture decoded = j2k::decode(file(), options_);
         EXPECT_FALSE(decoded.isDamaged);
         expectNearReference(decoded.picture);
     }

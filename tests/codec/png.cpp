@@ -20,10 +20,9 @@ std::vector<uint8_t> pngOf(const Picture& picture)
 
 Picture read(Bytes file)
 {
-    Warnings warnings;
-    Picture picture = readPng(file, warnings);
-    EXPECT_TRUE(warnings.empty());
-    return picture;
+    DecodedPicture decoded = readPng(file);
+    EXPECT_TRUE(decoded.warnings.empty());
+    return std::move(decoded.picture);
 }
 
 // A PNG made by libpng's simplified interface, which has its own path to the file.
@@ -79,9 +78,9 @@ TEST(Png, PalettesBecomeRgbAndTransparencyIsDroppedWithAWarning)
         {PNG_FORMAT_RGBA_COLORMAP, {1, 0}, {1, 2, 3, 99, 4, 5, 6, 255}, {4, 5, 6, 1, 2, 3}, dropped},
     };
     for (auto& row : table) {
-        Warnings warnings;
-        Picture picture = readPng(made(row.format, row.samples, 2, 1, row.colours), warnings);
-        EXPECT_EQ(warnings, row.warnings);
+        DecodedPicture decoded = readPng(made(row.format, row.samples, 2, 1, row.colours));
+        Picture& picture = decoded.picture;
+        EXPECT_EQ(decoded.warnings, row.warnings);
         EXPECT_EQ(picture.space(), row.expected.size() == 2 ? ColourSpace::grey : ColourSpace::rgb);
         ASSERT_EQ(picture.sizeInBytes(), row.expected.size());
         EXPECT_TRUE(std::equal(row.expected.begin(), row.expected.end(), picture.row(0)));

@@ -1,79 +1,9 @@
 // qelpic as a user meets it: exit codes, one line for each error, files that appear only when they are whole.
-#include <gtest/gtest.h>
-#include <sys/wait.h>
-
-#include <cstdlib>
-#include <filesystem>
-#include <fstream>
-#include <sstream>
-#include <string>
+#include "qelpic.h"
 
 namespace {
 
-namespace fs = std::filesystem;
-
-std::string textOf(const fs::path& path)
-{
-    std::ostringstream text;
-    text << std::ifstream(path, std::ios::binary).rdbuf();
-    return text.str();
-}
-
-struct Outcome {
-    int exitCode;
-    std::string output, errors;
-};
-
-// A folder of its own with a drawn picture, photo.png.
-class Qelpic : public testing::Test {
-protected:
-    static void SetUpTestSuite()
-    {
-        std::string name = (fs::temp_directory_path() / "qelpic-test-XXXXXX").string();
-        folder_ = mkdtemp(name.data());
-        ASSERT_EQ(shell(QELPIC_DRAW " 160 120 photo.png").exitCode, 0);
-        ASSERT_EQ(qelpic("encode photo.png photo.jpg").exitCode, 0);
-    }
-    static void TearDownTestSuite() { fs::remove_all(folder_); }
-
-    static Outcome shell(const std::string& command)
-    {
-        std::string full = "cd " + folder_.string() + " && { " + command + "; } >.output 2>.errors </dev/null";
-        int status = std::system(full.c_str());
-        return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, textOf(folder_ / ".output"), textOf(folder_ / ".errors")};
-    }
-    static Outcome qelpic(const std::string& arguments) { return shell(QELPIC " " + arguments); }
-    // Fails with one line on standard error that begins with `line`, and nothing else.
-    static void expectError(const std::string& arguments, int exitCode, const std::string& line)
-    {
-        Outcome outcome = qelpic(arguments);
-        EXPECT_EQ(outcome.exitCode, exitCode) << arguments;
-        EXPECT_EQ(outcome.errors.substr(0, 8 + line.size()), "qelpic: " + line) << arguments;
-        EXPECT_EQ(outcome.errors.find('\n'), outcome.errors.size() - 1) << outcome.errors;
-        EXPECT_EQ(outcome.output, "") << arguments;
-    }
-    // Encodes without a word, and `info` says something of the file.
-    static void expectEncoded(const std::string& arguments, const std::string& file, const std::string& info)
-    {
-        Outcome encoded = qelpic("encode " + arguments);
-        EXPECT_EQ(encoded.exitCode, 0) << arguments;
-        EXPECT_EQ(encoded.errors, "") << arguments;
-        EXPECT_NE(qelpic("info " + file).output.find(info), std::string::npos) << arguments;
-    }
-
-    // The overall PSNR that `compare` prints.
-    static double psnr(const std::string& a, const std::string& b)
-    {
-        Outcome outcome = qelpic("compare " + a + " " + b);
-        EXPECT_EQ(outcome.exitCode, 0) << outcome.errors;
-        size_t all = outcome.output.find("\nall ");
-        return all == std::string::npos ? -1 : std::atof(outcome.output.c_str() + all + 4);
-    }
-    static bool exists(const char* name) { return fs::exists(folder_ / name); }
-    static void store(const char* name, const std::string& bytes) { std::ofstream(folder_ / name) << bytes; }
-
-    static inline fs::path folder_;
-};
+using namespace qel::test;
 
 TEST_F(Qelpic, EncodesAndDecodes)
 {
@@ -208,6 +138,7 @@ TEST_F(Qelpic, ErrorsAreOneLine)
 {
     store("empty.jpg", "");
     store("text.png", "just text");
+    store("photo.webp", "RIFF1234WEBPVP8 ");
     store("short.ppm", "P6 100 100 255\nabc");
     store("huge.ppm", "P6 2000000000 2000000000 255\nabc");
     store("kept.jpg", "kept");
@@ -223,12 +154,13 @@ TEST_F(Qelpic, ErrorsAreOneLine)
         {"decode empty.jpg x.png", "empty.jpg: not a JPEG or JPEG 2000 file (at byte 0)"},
         {"decode photo.png x.png", "photo.png: not a JPEG or JPEG 2000 file (at byte 0)"},
         {"info text.png", "text.png: not a picture of a known kind (at byte 0)"},
+        {"encode photo.webp x.jpg", "photo.webp: a WebP file, which is not supported (at byte 0)"},
         {"encode short.ppm kept.jpg", "short.ppm: the file is too short for its picture (at byte 18)"},
         {"encode huge.ppm kept.jpg", "huge.ppm: the file is too short for its picture (at byte 32)"},
-        {"decode photo.jpg x.gif", "x.gif: the name does not end in .pgm, .ppm, .pnm, .pam or .png"},
+        {"decode photo.jpg x.gif",
+         "x.gif: unknown extension .gif: the name should end in .png, .pgm, .ppm, .pnm or .pam; or use --format"},
         {"decode photo.jpg x.pgm", "x.pgm: a colour picture does not fit a .pgm file"},
-        {"encode photo.png x.png",
-         "x.png: what is encoded is JPEG or JPEG 2000: the name should end in .jpg, .jp2 or .j2k"},
+        {"encode photo.png x.png", "x.png: the name should end in .jpg, .jpeg, .jp2, .j2k, .j2c or .jpc"},
         {"encode photo.png x.jpg --scans none", "none: cannot be opened: No such file or directory"},
         {"encode photo.png x.jpg --scans bad.script", "bad.script: line 2 of the scan script: a number is expected"},
         {"encode photo.png x.jpg --scans short.script", "photo.png: the scan script leaves out component 1"},
@@ -243,7 +175,7 @@ TEST_F(Qelpic, ErrorsAreOneLine)
         {"decode photo.jpg x.png --max-pixels 1000", "photo.jpg: "},
         {"decode start.jpg x.png", "start.jpg: "},
         {"decode --component 1 photo.j2k x.pgx", "photo.j2k: the picture has 1 components"},
-        {"decode --component 0 photo.j2k x.pgm", "x.pgm: the name of a component does not end in .pgx"},
+        {"decode --component 0 photo.j2k x.pgm", "x.pgm: the name should end in .pgx"},
         {"decode --component 0 photo.jpg x.pgx", "photo.jpg: --component is for JPEG 2000 files"},
         {"decode --reduce 1 photo.jpg x.ppm",
          "photo.jpg: --reduce, --layers and --no-component-transform are for JPEG 2000 files"},

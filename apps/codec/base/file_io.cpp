@@ -48,6 +48,12 @@ std::string extensionOf(const std::string& path)
     return name;
 }
 
+size_t fileSize(const std::string& path)
+{
+    struct stat status;
+    return stat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode) ? size_t(status.st_size) : 0;
+}
+
 std::vector<uint8_t> readFile(const std::string& path)
 {
     std::unique_ptr<std::FILE, CloseInput> file(path == "-" ? stdin : std::fopen(path.c_str(), "rb"));

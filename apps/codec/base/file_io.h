@@ -12,6 +12,9 @@ namespace qel::codec {
 // What stands behind the last dot of a file's name, in small letters; empty where there is none.
 std::string extensionOf(const std::string& path);
 
+// Bytes of a regular file; 0 where there is none.
+size_t fileSize(const std::string& path);
+
 // All bytes of the file, or of standard input for "-". Throws CodecError, also for files above a limit that leaves room
 // for the largest raw picture.
 std::vector<uint8_t> readFile(const std::string& path);

@@ -2,7 +2,6 @@
 #include "codec/formats/picture_file.h"
 
 #include <algorithm>
-#include <array>
 #include <utility>
 
 #include "codec/base/convert.h"
@@ -17,26 +16,26 @@
 namespace qel::codec {
 namespace {
 
-enum class Extension { none, pgm, ppm, pnm, pam, png, pgx };
-
-Extension kindOfName(const std::string& path)
-{
-    if (path == "-") return Extension::pnm;
-    const std::array<const char*, 7> names = {"", "pgm", "ppm", "pnm", "pam", "png", "pgx"};
-    auto found = std::ranges::find(names, extensionOf(path));
-    return found == names.end() ? Extension::none : Extension(found - names.begin());
-}
-
-void write(const Picture& picture, Extension extension, const ByteSink& sink)
+Warnings write(const Picture& picture, Format format, const Metadata& metadata, const ByteSink& sink)
 {
     bool isGrey = picture.space() == ColourSpace::grey, isCmyk = picture.space() == ColourSpace::cmyk;
-    if (isCmyk && extension != Extension::pam && extension != Extension::pnm)
+    if (isCmyk && format != Format::pam && format != Format::pnm)
         throw CodecError("a CMYK picture fits .pam files only");
-    if (!isGrey && extension == Extension::pgm) throw CodecError("a colour picture does not fit a .pgm file");
-    if (extension == Extension::png) return writePng(picture, sink);
-    if (extension == Extension::pam) return writePam(picture, sink);
-    if (isGrey && extension == Extension::ppm) return writePnm(withRgb(picture), sink);
-    writePnm(picture, sink);
+    if (!isGrey && format == Format::pgm) throw CodecError("a colour picture does not fit a .pgm file");
+    if (format == Format::png) return writePng(picture, sink, metadata);
+    if (format == Format::pam)
+        writePam(picture, sink);
+    else if (isGrey && format == Format::ppm)
+        writePnm(withRgb(picture), sink);
+    else
+        writePnm(picture, sink);
+    return {};
+}
+
+[[noreturn]] void refuse(Bytes file)
+{
+    std::string other = otherKindOf(file);
+    throw CodecError(other.empty() ? "not a picture of a known kind" : other + ", which is not supported", 0);
 }
 
 Picture pictureOf(const PgxPicture& pgx)
@@ -51,19 +50,6 @@ Picture pictureOf(const PgxPicture& pgx)
     return picture;
 }
 
-LoadedPicture loadJ2k(Bytes file)
-{
-    j2k::Decoded decoded = j2k::decode(file);
-    return {std::move(decoded.picture), std::move(decoded.warnings), decoded.isDamaged};
-}
-
-LoadedPicture loadJpeg(Bytes file)
-{
-    jpeg::Decoded decoded = jpeg::decode(file);
-    bool isDamaged = !decoded.warnings.empty();
-    return {std::move(decoded.picture), std::move(decoded.warnings), isDamaged};
-}
-
 }
 
 FileKind kindOf(Bytes file)
@@ -76,9 +62,9 @@ FileKind kindOf(Bytes file)
     return FileKind::unknown;
 }
 
-LoadedPicture loadPicture(Bytes file)
+DecodedPicture loadPicture(Bytes file)
 {
-    LoadedPicture loaded;
+    DecodedPicture loaded;
     switch (kindOf(file)) {
     case FileKind::pnm:
         loaded.picture = readPnm(file);
@@ -87,45 +73,35 @@ LoadedPicture loadPicture(Bytes file)
         loaded.picture = pictureOf(readPgx(file));
         break;
     case FileKind::png:
-        loaded.picture = readPng(file, loaded.warnings);
-        break;
+        return readPng(file);
     case FileKind::jpeg:
-        return loadJpeg(file);
+        return jpeg::decode(file);
     case FileKind::jpeg2000:
-        return loadJ2k(file);
+        return j2k::decode(file);
     default:
-        throw CodecError("not a picture of a known kind", 0);
+        refuse(file);
     }
     return loaded;
 }
 
-bool isStorable(const std::string& path)
+Warnings storePicture(const Picture& picture, const std::string& path, Format format, const Metadata& metadata)
 {
-    Extension extension = kindOfName(path);
-    return extension != Extension::none && extension != Extension::pgx;
-}
-
-void checkExtension(const std::string& path)
-{
-    if (!isStorable(path)) throw CodecError("the name does not end in .pgm, .ppm, .pnm, .pam or .png");
-}
-
-void storePicture(const Picture& picture, const std::string& path)
-{
-    checkExtension(path);
     OutputFile file(path);
-    write(picture, kindOfName(path), [&](Bytes bytes) { file.write(bytes); });
+    Warnings warnings = write(picture, format, metadata, [&](Bytes bytes) { file.write(bytes); });
     file.commit();
+    return warnings;
 }
 
-void checkPgxExtension(const std::string& path)
+Warnings storePicture(const Picture& picture, const std::string& path)
 {
-    if (extensionOf(path) != "pgx") throw CodecError("the name of a component does not end in .pgx");
+    auto format = path == "-" ? Format::pnm : formatNamed(extensionOf(path));
+    if (!format || isCoded(*format) || format == Format::pgx)
+        throw CodecError("the name does not end in .pgm, .ppm, .pnm, .pam or .png");
+    return storePicture(picture, path, *format);
 }
 
 void storePgx(const PgxPicture& picture, const std::string& path)
 {
-    checkPgxExtension(path);
     OutputFile file(path);
     writePgx(picture, [&](Bytes bytes) { file.write(bytes); });
     file.commit();

@@ -4,7 +4,8 @@
 #include <string>
 
 #include "codec/base/bytes.h"
-#include "codec/base/picture.h"
+#include "codec/base/decoded_picture.h"
+#include "codec/formats/formats.h"
 #include "codec/formats/pgx.h"
 
 namespace qel::codec {
@@ -13,27 +14,20 @@ enum class FileKind { unknown, pnm, pgx, png, jpeg, jpeg2000 };
 
 FileKind kindOf(Bytes file);
 
-struct LoadedPicture {
-    Picture picture;
-    Warnings warnings;
-    bool isDamaged = false; // some of the picture is missing
-};
-
 // The picture in a PGM, PPM, PAM, PGX, PNG, JPEG or JPEG 2000 file. Throws CodecError.
-LoadedPicture loadPicture(Bytes file);
+DecodedPicture loadPicture(Bytes file);
 
-// True if `path` is "-" or has an extension that storePicture knows.
-bool isStorable(const std::string& path);
+// Writes a picture as PGM, PPM, PNM, PAM or PNG; "-" is standard output. A grey picture becomes RGB for PPM. Nothing
+// stands under the name until the file is whole. Returns what could not be written of the metadata, and throws
+// CodecError where the picture does not fit the format.
+Warnings storePicture(const Picture& picture, const std::string& path, Format format, const Metadata& metadata = {});
+// The same, where the name says the format.
+Warnings storePicture(const Picture& picture, const std::string& path);
 
-// Throws CodecError unless isStorable(path), so that this shows before the work is done.
-void checkExtension(const std::string& path);
+// What these formats have room for.
+constexpr MetadataRoom roomIn(Format format) { return format == Format::png ? MetadataRoom{} : kNoMetadata; }
 
-// Writes .pgm, .ppm, .pnm, .pam or .png; "-" is standard output and gets PNM. A grey picture becomes RGB for .ppm.
-// Nothing stands under the name until the file is whole. Throws CodecError.
-void storePicture(const Picture& picture, const std::string& path);
-
-// The same for single components, which go into .pgx files.
-void checkPgxExtension(const std::string& path);
+// The same for single components, which go into PGX files.
 void storePgx(const PgxPicture& picture, const std::string& path);
 
 }

@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <bit>
+#include <cmath>
 #include <exception>
 #include <new>
 #include <string>
@@ -18,6 +19,11 @@ namespace {
 
 // No stream of Deflate grows by more.
 constexpr uint64_t kLargestGrowth = 1032;
+
+// What a chunk of metadata may grow to.
+constexpr size_t kLargestChunk = size_t(64) << 20;
+
+constexpr const char *kXmpKey = "XML:com.adobe.xmp", *kCommentKey = "Comment";
 
 // Runs `step`, which calls libpng and owns nothing; true if libpng gave up.
 template <class Step> bool givesUp(png_structp png, Step step)
@@ -52,12 +58,13 @@ public:
         png_set_read_fn(png_, this, read);
         // Sizes are limited by Picture.
         png_set_user_limits(png_, PNG_UINT_31_MAX, PNG_UINT_31_MAX);
+        png_set_chunk_malloc_max(png_, kLargestChunk);
     }
     Reader(const Reader&) = delete;
     Reader& operator=(const Reader&) = delete;
     ~Reader() { png_destroy_read_struct(&png_, &info_, nullptr); }
 
-    Picture picture(Warnings& warnings)
+    DecodedPicture decode()
     {
         guarded([&] { readHeader(); });
         uint64_t coded = uint64_t(codedRowBytes_) * height_;
@@ -71,11 +78,40 @@ public:
             png_read_image(png_, rows.data());
             png_read_end(png_, nullptr);
         });
-        if (isTransparent_) warnings.push_back("transparency is dropped");
-        return picture;
+        DecodedPicture decoded = {std::move(picture), {}, false, metadata(), false};
+        if (isTransparent_) decoded.warnings.push_back("transparency is dropped");
+        return decoded;
     }
 
 private:
+    // Chunks from before and after the samples.
+    Metadata metadata()
+    {
+        Metadata metadata;
+        png_charp name;
+        png_bytep bytes;
+        int compression, unit;
+        png_uint_32 size, x, y;
+        if (png_get_iCCP(png_, info_, &name, &compression, &bytes, &size)) metadata.icc.assign(bytes, bytes + size);
+        if (png_get_eXIf_1(png_, info_, &size, &bytes)) metadata.exif.assign(bytes, bytes + size);
+        if (png_get_pHYs(png_, info_, &x, &y, &unit) && x && y && (unit == PNG_RESOLUTION_METER || x != y))
+            metadata.density = {double(x), double(y), unit == PNG_RESOLUTION_METER};
+        png_textp texts;
+        int count = png_get_text(png_, info_, &texts, nullptr);
+        for (int i = 0; i < count; ++i) {
+            std::string key = texts[i].key;
+            size_t length =
+                texts[i].compression >= PNG_ITXT_COMPRESSION_NONE ? texts[i].itxt_length : texts[i].text_length;
+            if (key == kXmpKey)
+                metadata.xmp.assign(texts[i].text, texts[i].text + length);
+            else if (key == kCommentKey)
+                metadata.comments.emplace_back(texts[i].text, length);
+            else
+                metadata.others.push_back("the text \"" + key + "\"");
+        }
+        return metadata;
+    }
+
     static void read(png_structp png, png_bytep dst, size_t count)
     {
         auto* self = static_cast<Reader*>(png_get_io_ptr(png));
@@ -157,14 +193,50 @@ public:
     Writer& operator=(const Writer&) = delete;
     ~Writer() { png_destroy_write_struct(&png_, &info_); }
 
-    void write(const Picture& picture)
+    Warnings write(const Picture& picture, const Metadata& metadata)
     {
+        describe(metadata);
         bool failed = givesUp(png_, [&] { writeAll(picture); });
         if (failure_) std::rethrow_exception(failure_);
         if (failed) throw CodecError("cannot write PNG: " + std::string(message_.text));
+        if (metadata.icc.empty() || png_get_valid(png_, info_, PNG_INFO_iCCP)) return {};
+        return {"the ICC profile is not as PNG wants it: it is left out"};
     }
 
 private:
+    // Texts of Latin letters only are written as PNG's first version has them.
+    void describe(const Metadata& metadata)
+    {
+        auto addText = [&](const char* key, const std::string& text, bool isUnicode) {
+            png_text& entry = texts_.emplace_back();
+            entry.compression = isUnicode ? PNG_ITXT_COMPRESSION_NONE : PNG_TEXT_COMPRESSION_NONE;
+            entry.key = const_cast<char*>(key);
+            entry.text = const_cast<char*>(text.c_str());
+            (isUnicode ? entry.itxt_length : entry.text_length) = text.size();
+            entry.lang = entry.lang_key = nullptr;
+        };
+        xmp_.assign(metadata.xmp.begin(), metadata.xmp.end());
+        if (!xmp_.empty()) addText(kXmpKey, xmp_, true);
+        for (const std::string& comment : metadata.comments)
+            addText(kCommentKey, comment, std::ranges::any_of(comment, [](char c) { return c & 0x80; }));
+        metadata_ = &metadata;
+    }
+
+    void writeMetadata()
+    {
+        const Metadata& m = *metadata_;
+        // A profile that libpng finds odd is no reason to give up.
+        png_set_benign_errors(png_, true);
+        if (!m.icc.empty())
+            png_set_iCCP(png_, info_, "profile", PNG_COMPRESSION_TYPE_BASE, m.icc.data(), png_uint_32(m.icc.size()));
+        if (!m.exif.empty())
+            png_set_eXIf_1(png_, info_, png_uint_32(m.exif.size()), const_cast<png_bytep>(m.exif.data()));
+        if (m.density)
+            png_set_pHYs(png_, info_, png_uint_32(std::lround(m.density->x)), png_uint_32(std::lround(m.density->y)),
+                         m.density->isPerMetre ? PNG_RESOLUTION_METER : PNG_RESOLUTION_UNKNOWN);
+        if (!texts_.empty()) png_set_text(png_, info_, texts_.data(), int(texts_.size()));
+    }
+
     static void write(png_structp png, png_bytep src, size_t count)
     {
         auto* self = static_cast<Writer*>(png_get_io_ptr(png));
@@ -194,6 +266,7 @@ private:
         auto bits = png_byte(precision);
         png_color_8 significant = {bits, bits, bits, bits, 0};
         if (precision < depth) png_set_sBIT(png_, info_, &significant);
+        writeMetadata();
         png_write_info(png_, info_);
         if (precision < depth) png_set_shift(png_, &significant);
         png_set_packing(png_);
@@ -203,6 +276,9 @@ private:
     }
 
     const ByteSink& sink_;
+    const Metadata* metadata_ = nullptr;
+    std::string xmp_;
+    std::vector<png_text> texts_;
     std::exception_ptr failure_;
     Message message_;
     png_structp png_ = nullptr;
@@ -213,12 +289,12 @@ private:
 
 bool isPng(Bytes file) { return file.size() >= 8 && !png_sig_cmp(file.data(), 0, 8); }
 
-Picture readPng(Bytes file, Warnings& warnings) { return Reader(file).picture(warnings); }
+DecodedPicture readPng(Bytes file) { return Reader(file).decode(); }
 
-void writePng(const Picture& picture, const ByteSink& sink)
+Warnings writePng(const Picture& picture, const ByteSink& sink, const Metadata& metadata)
 {
     if (picture.space() == ColourSpace::cmyk) throw CodecError("PNG has no CMYK pictures");
-    Writer(sink).write(picture);
+    return Writer(sink).write(picture, metadata);
 }
 
 }

@@ -16,11 +16,15 @@ inline constexpr uint32_t kSignature = fourLetters("jP  "), kFileType = fourLett
                           kHeader = fourLetters("jp2h"), kImageHeader = fourLetters("ihdr"),
                           kDepths = fourLetters("bpcc"), kColour = fourLetters("colr"), kPalette = fourLetters("pclr"),
                           kMapping = fourLetters("cmap"), kDefinitions = fourLetters("cdef"),
-                          kCodestream = fourLetters("jp2c");
+                          kCodestream = fourLetters("jp2c"), kResolution = fourLetters("res "),
+                          kCaptureResolution = fourLetters("resc"), kDisplayResolution = fourLetters("resd"),
+                          kUuid = fourLetters("uuid"), kXml = fourLetters("xml ");
 
 // Contents of the signature, which show where a transfer has changed the ends of lines.
 inline constexpr uint32_t kSignatureContents = 0x0D0A870A;
 // The brand of files that any reader of JP2 reads.
 inline constexpr uint32_t kBrand = fourLetters("jp2 ");
+// Of the extensions (T.801), as are colour profiles of any kind.
+inline constexpr uint32_t kExtendedBrand = fourLetters("jpx ");
 
 }

@@ -16,28 +16,6 @@ using namespace box_type;
 constexpr int kDepthsDiffer = 255;
 constexpr int kMaxPrecision = 31; // of palettes here; they may have 38 bits
 
-struct Box {
-    uint32_t type = 0;
-    size_t begin = 0, end = 0; // of its contents
-    bool isCut = false;        // it says that it is longer than what it lies in
-};
-
-// The box at `at`, which lies before `end`. Throws CodecError where its header is cut off.
-Box readBox(Bytes file, size_t at, size_t end)
-{
-    Fields fields(file.subspan(at, end - at), at, "box");
-    uint64_t length = fields.u32();
-    Box box;
-    box.type = fields.u32();
-    if (length == 1) length = fields.u64();
-    box.begin = fields.position();
-    if (length == 0) length = end - at;
-    if (length < box.begin - at) throw CodecError("a box of " + std::to_string(length) + " bytes", at);
-    box.isCut = length > end - at;
-    box.end = box.isCut ? end : at + size_t(length);
-    return box;
-}
-
 Fields fieldsOf(Bytes file, const Box& box, const char* name)
 {
     return {file.subspan(box.begin, box.end - box.begin), box.begin, name};
@@ -182,6 +160,21 @@ void checkChannels(Jp2File& jp2)
     }
 }
 
+}
+
+Box readBox(Bytes file, size_t at, size_t end)
+{
+    Fields fields(file.subspan(at, end - at), at, "box");
+    uint64_t length = fields.u32();
+    Box box;
+    box.type = fields.u32();
+    if (length == 1) length = fields.u64();
+    box.begin = fields.position();
+    if (length == 0) length = end - at;
+    if (length < box.begin - at) throw CodecError("a box of " + std::to_string(length) + " bytes", at);
+    box.isCut = length > end - at;
+    box.end = box.isCut ? end : at + size_t(length);
+    return box;
 }
 
 bool isJp2(Bytes file)

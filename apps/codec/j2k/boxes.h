@@ -5,6 +5,7 @@
 #include <optional>
 #include <vector>
 
+#include "codec/base/byte_writer.h"
 #include "codec/base/bytes.h"
 
 namespace qel::codec::j2k {
@@ -58,6 +59,25 @@ struct Jp2File {
     size_t codestreamBegin = 0, codestreamEnd = 0;
     Warnings warnings;
 };
+
+struct Box {
+    uint32_t type = 0;
+    size_t begin = 0, end = 0; // of its contents
+    bool isCut = false;        // it says that it is longer than what it lies in
+};
+
+// The box at `at`, which lies before `end`. Throws CodecError where its header is cut off.
+Box readBox(Bytes file, size_t at, size_t end);
+
+// Writes a box with what `contents()` writes.
+template <class Contents> void box(ByteWriter& out, uint32_t type, Contents contents)
+{
+    size_t begin = out.position();
+    out.u32(0);
+    out.u32(type);
+    contents();
+    out.setLength(begin, begin);
+}
 
 bool isJp2(Bytes file);
 

@@ -3,6 +3,7 @@
 
 #include "codec/base/parallel.h"
 #include "codec/j2k/decode/channels.h"
+#include "codec/j2k/metadata.h"
 
 namespace qel::codec::j2k {
 
@@ -15,9 +16,10 @@ int threadsOf(const File& file, const DecodeOptions& options)
     return threadsForSamples(regionOf(file.codestream->size(), options).area());
 }
 
-Decoded decode(const File& opened, const DecodeOptions& options)
+DecodedPicture decode(Bytes file, const File& opened, const DecodeOptions& options)
 {
-    Decoded decoded;
+    DecodedPicture decoded;
+    decoded.metadata = readMetadata(file, opened.jp2);
     decoded.warnings = opened.warnings;
     Image image = decodeComponents(*opened.codestream, options);
     append(decoded.warnings, image.warnings);
@@ -56,10 +58,10 @@ DecodedPlanes decodePlanes(const File& opened, std::optional<size_t> component, 
 
 }
 
-Decoded decode(Bytes file, const DecodeOptions& options)
+DecodedPicture decode(Bytes file, const DecodeOptions& options)
 {
     File opened = open(file);
-    return withThreads(threadsOf(opened, options), [&] { return decode(opened, options); });
+    return withThreads(threadsOf(opened, options), [&] { return decode(file, opened, options); });
 }
 
 DecodedComponent decodeComponent(Bytes file, size_t component, const DecodeOptions& options)

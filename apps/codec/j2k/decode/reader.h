@@ -1,20 +1,14 @@
 // Decodes JPEG 2000 files (T.800): JP2 files and bare codestreams.
 #pragma once
 
-#include "codec/base/picture.h"
+#include "codec/base/decoded_picture.h"
 #include "codec/formats/pgx.h"
 #include "codec/j2k/decode/components.h"
 
 namespace qel::codec::j2k {
 
-struct Decoded {
-    Picture picture;        // grey, RGB or CMYK
-    Warnings warnings;      // one line each
-    bool isDamaged = false; // some of the picture may be missing
-};
-
-// The picture that the file stands for. Throws CodecError where there is none.
-Decoded decode(Bytes file, const DecodeOptions& options = {});
+// The picture that the file stands for: grey, RGB or CMYK. Throws CodecError where there is none.
+DecodedPicture decode(Bytes file, const DecodeOptions& options = {});
 
 struct DecodedComponent {
     PgxPicture samples;

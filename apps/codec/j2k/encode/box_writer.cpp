@@ -3,22 +3,13 @@
 
 #include "codec/j2k/box_types.h"
 #include "codec/j2k/boxes.h"
+#include "codec/j2k/metadata.h"
 
 namespace qel::codec::j2k {
 
 namespace {
 
 constexpr int kWavelets = 7; // the only kind of compression
-
-// A box with what `contents()` writes.
-template <class Contents> void box(ByteWriter& out, uint32_t type, Contents contents)
-{
-    size_t begin = out.position();
-    out.u32(0);
-    out.u32(type);
-    contents();
-    out.setLength(begin, begin);
-}
 
 uint32_t colourOf(ColourSpace space)
 {
@@ -37,29 +28,49 @@ void writeImageHeader(ByteWriter& out, const Picture& picture)
     out.u8(0); // no intellectual property
 }
 
-void writeColour(ByteWriter& out, ColourSpace space)
+void writeEnumeratedColour(ByteWriter& out, ColourSpace space)
 {
-    out.u8(Jp2Colour::kEnumerated);
-    out.u8(0); // precedence
-    out.u8(0); // approximation
-    out.u32(colourOf(space));
+    box(out, box_type::kColour, [&] {
+        out.u8(Jp2Colour::kEnumerated);
+        out.u8(0); // precedence
+        out.u8(0); // approximation
+        out.u32(colourOf(space));
+    });
+}
+
+// A profile that not all readers know stands behind the colour space that it is for.
+void writeColour(ByteWriter& out, ColourSpace space, Bytes profile)
+{
+    bool isRead = isRestricted(profile);
+    if (!isRead) writeEnumeratedColour(out, space);
+    if (!profile.empty())
+        box(out, box_type::kColour, [&] {
+            out.u8(isRead ? Jp2Colour::kRestrictedProfile : Jp2Colour::kAnyProfile);
+            out.u8(0); // precedence
+            out.u8(0); // approximation
+            out.append(profile);
+        });
 }
 
 }
 
-size_t writeJp2Header(ByteWriter& out, const Picture& picture)
+size_t writeJp2Header(ByteWriter& out, const Picture& picture, const Metadata& metadata)
 {
     using namespace box_type;
+    bool isExtended = !metadata.icc.empty() && !isRestricted(metadata.icc);
     box(out, kSignature, [&] { out.u32(kSignatureContents); });
     box(out, kFileType, [&] {
         out.u32(kBrand);
         out.u32(0); // version
         out.u32(kBrand);
+        if (isExtended) out.u32(kExtendedBrand);
     });
     box(out, kHeader, [&] {
         box(out, kImageHeader, [&] { writeImageHeader(out, picture); });
-        box(out, kColour, [&] { writeColour(out, picture.space()); });
+        writeColour(out, picture.space(), metadata.icc);
+        if (metadata.density) writeResolution(out, *metadata.density);
     });
+    writeUuids(out, metadata);
     size_t length = out.position();
     out.u32(0);
     out.u32(kCodestream);

@@ -7,8 +7,6 @@ namespace qel::codec::j2k {
 
 namespace {
 
-constexpr std::string_view kComment = "written by qelpic";
-
 void put(ByteWriter& out, uint8_t code)
 {
     out.u8(0xFF);
@@ -75,17 +73,24 @@ void writeQuantization(ByteWriter& out, const Quantization& quantization)
         isPlain ? out.u8(step.exponent << 3) : out.u16(step.exponent << 11 | step.mantissa);
 }
 
+void writeComment(ByteWriter& out, std::string_view text)
+{
+    begin(out, marker::kCom, 2 + text.size());
+    out.u16(1); // text
+    out.text(text);
 }
 
-void writeMainHeader(ByteWriter& out, const Size& size, const Parameters& parameters)
+}
+
+void writeMainHeader(ByteWriter& out, const Size& size, const Parameters& parameters,
+                     const std::vector<std::string>& comments)
 {
     put(out, marker::kSoc);
     writeSize(out, size);
     writeCoding(out, *parameters.style, *parameters.coding);
     writeQuantization(out, *parameters.quantization);
-    begin(out, marker::kCom, 2 + kComment.size());
-    out.u16(1); // text
-    out.text(kComment);
+    writeComment(out, kComment);
+    for (const std::string& comment : comments) writeComment(out, comment);
 }
 
 size_t beginTile(ByteWriter& out, uint32_t tile)

@@ -6,6 +6,7 @@
 #include <utility>
 #include <vector>
 
+#include "codec/base/metadata.h"
 #include "codec/base/picture.h"
 #include "codec/j2k/headers.h"
 
@@ -33,7 +34,8 @@ struct EncodeOptions {
     std::vector<std::pair<uint32_t, uint32_t>> precincts = {};
     int style = 0; // bits of style
     Termination termination = Termination::flush;
-    bool isJp2 = true; // else a bare codestream
+    bool isJp2 = true;      // else a bare codestream
+    Metadata metadata = {}; // what there is room for (kMetadataRoom, kCodestreamRoom)
     // Called now and then with the part of the work that is done, 0 to 1; may be empty.
     std::function<void(double)> progress = {};
 };

@@ -126,8 +126,8 @@ std::vector<uint8_t> Encoder::encode(Slope& lastSlope) const
     Tiles tiles = encodeTiles();
     std::vector<uint8_t> file;
     ByteWriter out(file);
-    size_t box = options_.isJp2 ? writeJp2Header(out, picture_) : 0;
-    writeMainHeader(out, coding_.size, coding_.parameters);
+    size_t box = options_.isJp2 ? writeJp2Header(out, picture_, options_.metadata) : 0;
+    writeMainHeader(out, coding_.size, coding_.parameters, options_.metadata.comments);
     size_t overhead = file.size() + kTileOverhead * tiles.size() + kEndOverhead;
     std::vector<Slope> layers = allocateLayers(tiles, options_.layers, budget(tiles, overhead));
     for (EncodedTile& tile : tiles) writeTile(coding_.size, coding_.parameters, layers, tile, out);

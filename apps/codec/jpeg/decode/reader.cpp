@@ -13,6 +13,7 @@
 #include "codec/jpeg/decode/scan.h"
 #include "codec/jpeg/decode/scan_chain.h"
 #include "codec/jpeg/decode/scan_pipeline.h"
+#include "codec/jpeg/metadata.h"
 #include "codec/jpeg/progression.h"
 
 namespace qel::codec::jpeg {
@@ -372,7 +373,9 @@ Decoded decode(Bytes file, const DecodeOptions& options)
 {
     Decoder decoder(file, options);
     Picture picture = withThreads(decoder.threads(), [&] { return decoder.picture(); });
-    return {std::move(picture), decoder.info(), decoder.takeWarnings()};
+    Warnings warnings = decoder.takeWarnings();
+    bool isDamaged = !warnings.empty(), isInkInverted = decoder.info().adobeTransform >= 0;
+    return {{std::move(picture), std::move(warnings), isDamaged, readMetadata(file), isInkInverted}, decoder.info()};
 }
 
 DecodedPlanes decodePlanes(Bytes file, const DecodeOptions& options)

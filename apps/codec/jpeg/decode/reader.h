@@ -7,8 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "codec/base/bytes.h"
-#include "codec/base/picture.h"
+#include "codec/base/decoded_picture.h"
 #include "codec/jpeg/info.h"
 
 namespace qel::codec::jpeg {
@@ -24,10 +23,9 @@ struct DecodeOptions {
     std::function<void(double)> progress = {};
 };
 
-struct Decoded {
-    Picture picture; // grey, RGB or CMYK; CMYK values as the file stores them (Adobe's: 255 is no ink)
+// A grey, RGB or CMYK picture. Warnings are about damage that was survived: there are none for a sound file.
+struct Decoded : DecodedPicture {
     Info info;
-    Warnings warnings; // damage that was survived, one line each; empty for a sound file
 };
 
 // The whole picture in the colour space that it stands for. Throws CodecError for a file that is unsupported or broken

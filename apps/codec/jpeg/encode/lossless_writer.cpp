@@ -9,6 +9,7 @@
 
 #include "codec/jpeg/encode/differences.h"
 #include "codec/jpeg/encode/segment_writer.h"
+#include "codec/jpeg/metadata.h"
 
 namespace qel::codec::jpeg {
 
@@ -181,9 +182,10 @@ std::vector<uint8_t> LosslessEncoder::file()
 
     segments_.marker(marker::kSoi);
     if (info_.colour == Colour::grey)
-        segments_.jfif();
+        segments_.jfif(options_.metadata.density);
     else
         segments_.adobe(0);
+    writeMetadata(out_, options_.metadata);
     segments_.frame(info_);
     if (info_.restartInterval) segments_.restartInterval(info_.restartInterval);
     for (auto& components : scans) encodeScan(components);

@@ -2,6 +2,7 @@
 #include "codec/jpeg/encode/segment_writer.h"
 
 #include <algorithm>
+#include <cmath>
 
 namespace qel::codec::jpeg {
 
@@ -25,14 +26,17 @@ void SegmentWriter::begin(uint8_t code, int parameterBytes)
     u16(2 + parameterBytes);
 }
 
-void SegmentWriter::jfif()
+void SegmentWriter::jfif(const std::optional<Density>& density)
 {
+    bool isPerMetre = density && density->isPerMetre;
+    double perUnit = isPerMetre ? kMetresPerInch : 1;
+    auto dots = [&](double value) { return int(std::clamp(std::round(value * perUnit), 1.0, 65535.0)); };
     begin(marker::kApp0, 14);
     text("JFIF\0"sv);
-    u16(0x0101); // version
-    u8(0);       // no unit: the densities are an aspect ratio
-    u16(1);
-    u16(1);
+    u16(0x0101);    // version
+    u8(isPerMetre); // dots per inch; else the densities are an aspect ratio
+    u16(density ? dots(density->x) : 1);
+    u16(density ? dots(density->y) : 1);
     u16(0); // no thumbnail
 }
 

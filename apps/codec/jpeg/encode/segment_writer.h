@@ -2,9 +2,11 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string_view>
 #include <vector>
 
+#include "codec/base/metadata.h"
 #include "codec/jpeg/headers.h"
 
 namespace qel::codec::jpeg {
@@ -14,7 +16,8 @@ public:
     explicit SegmentWriter(std::vector<uint8_t>& out) : out_(out) {}
 
     void marker(uint8_t code);
-    void jfif();
+    // Densities above 65535 dots per inch are cut to that.
+    void jfif(const std::optional<Density>& density);
     void adobe(int transform);
     void quantizer(int slot, const QuantizerSteps& steps);
     void frame(const Info& info);

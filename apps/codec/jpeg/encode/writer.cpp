@@ -16,6 +16,7 @@
 #include "codec/jpeg/encode/scan_writer.h"
 #include "codec/jpeg/encode/segment_writer.h"
 #include "codec/jpeg/fused.h"
+#include "codec/jpeg/metadata.h"
 
 namespace qel::codec::jpeg {
 
@@ -208,9 +209,10 @@ std::vector<uint8_t> Encoder::file()
 {
     segments_.marker(marker::kSoi);
     if (info_.hasJfif)
-        segments_.jfif();
+        segments_.jfif(options_.metadata.density);
     else
         segments_.adobe(info_.adobeTransform);
+    writeMetadata(out_, options_.metadata);
     int last = std::ranges::max(info_.components, {}, &Component::quantizer).quantizer;
     for (int table = 0; table <= last; ++table) segments_.quantizer(table, steps_[table]);
     segments_.frame(info_);

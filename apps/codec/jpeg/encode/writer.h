@@ -8,6 +8,7 @@
 #include <optional>
 #include <vector>
 
+#include "codec/base/metadata.h"
 #include "codec/base/picture.h"
 #include "codec/jpeg/encode/scan_script.h"
 #include "codec/jpeg/info.h"
@@ -50,6 +51,7 @@ struct EncodeOptions {
     // Chroma of 4:2:0 and 4:2:2 is made MCU by MCU, a few percent faster, and rounded down: a quarter to three eighths
     // of a level is lost each time that the picture is coded.
     bool fast = false;
+    Metadata metadata = {}; // what there is room for (kMetadataRoom)
     // Called now and then with the part of the work that is done, 0 to 1; may be empty.
     std::function<void(double)> progress = {};
 };

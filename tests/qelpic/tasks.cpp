@@ -1,0 +1,141 @@
+// What people do with the tool, from beginning to end.
+#include "codec/jpeg/encode/writer.h"
+#include "profiles.h"
+#include "qelpic.h"
+
+namespace {
+
+using namespace qel::test;
+
+void expectContains(const std::string& text, const std::string& part)
+{
+    EXPECT_NE(text.find(part), std::string::npos) << text;
+}
+
+std::string asText(const std::vector<uint8_t>& bytes) { return {bytes.begin(), bytes.end()}; }
+
+TEST_F(Qelpic, FiftyPicturesThereAndBack)
+{
+    EXPECT_EQ(shell("mkdir -p in/deep; for i in $(seq 49); do " QELPIC_DRAW " $i 9 in/$i.png; done; "
+                    "cp in/7.png in/deep/")
+                  .exitCode,
+              0);
+    Outcome there = qelpic("encode in -r --outdir coded --format jp2 --lossless");
+    EXPECT_EQ(there.exitCode, 0);
+    EXPECT_EQ(there.errors.substr(0, 9), "50 files,");
+    Outcome back = qelpic("decode coded/*.jp2 coded/deep --outdir back");
+    EXPECT_EQ(back.exitCode, 1) << "two files of one name";
+    EXPECT_EQ(back.errors, "qelpic: back/7.png: several inputs would be written under this name\n");
+    EXPECT_EQ(qelpic("decode -r coded --outdir back -q").errors, "");
+    EXPECT_EQ(
+        shell("for i in $(seq 49) deep/7; do " QELPIC " compare --min-psnr 200 in/$i.png back/$i.png || exit; done")
+            .exitCode,
+        0);
+    fs::remove(folder_ / "back/9.png");
+    expectContains(qelpic("decode -r coded --outdir back --skip-existing").errors, "; 49 skipped\n");
+}
+
+TEST_F(Qelpic, FolderWithADamagedFile)
+{
+    EXPECT_EQ(
+        shell("mkdir bad; cp photo.jpg bad/a.jpg; cp photo.jpg bad/c.jpg; head -c 90 photo.jpg > bad/b.jpg").exitCode,
+        0);
+    Outcome outcome = qelpic("decode bad --outdir good");
+    EXPECT_EQ(outcome.exitCode, 3);
+    EXPECT_EQ(outcome.errors.find("qelpic: bad/b.jpg: "), 0u);
+    expectContains(outcome.errors, "2 files, ");
+    expectContains(outcome.errors, "; 1 failed\n");
+    EXPECT_TRUE(exists("good/a.png") && exists("good/c.png") && !exists("good/b.png"));
+    outcome = qelpic("info bad photo.png");
+    EXPECT_EQ(outcome.exitCode, 3);
+    expectContains(outcome.output, "bad/c.jpg:\nformat           JPEG");
+    EXPECT_EQ(qelpic("info photo.png >/dev/full").exitCode, 1);
+    EXPECT_EQ(qelpic("compare photo.png bad/a.jpg bad/c.jpg --min-psnr 99").exitCode, 1);
+}
+
+// As exiftool reads them.
+TEST_F(Qelpic, PhonePhoto)
+{
+    if (shell("exiftool -ver").exitCode != 0) GTEST_SKIP() << "exiftool is not installed";
+    store("p3.icc", asText(displayProfile()));
+    EXPECT_EQ(shell("exiftool '-icc_profile<=p3.icc' -Orientation#=6 -Make=Maker -XMP:Title=Holidays "
+                    "-JFIF:XResolution=300 -JFIF:YResolution=300 -JFIF:ResolutionUnit=inches photo.jpg -o phone.jpg")
+                  .exitCode,
+              0);
+    EXPECT_EQ(qelpic("decode phone.jpg p.png").errors, "");
+    EXPECT_EQ(qelpic("encode p.png p.jp2").errors, "");
+    EXPECT_EQ(qelpic("encode p.jp2 p.jpg").errors, "");
+    for (std::string file : {"p.png", "p.jp2", "p.jpg"}) {
+        EXPECT_EQ(shell("exiftool -icc_profile -b " + file + " | cmp - p3.icc").exitCode, 0) << file;
+        Outcome read = shell("exiftool -s3 -Orientation# -Make -Title -Warning -Error " + file);
+        EXPECT_EQ(read.output, "6\nMaker\nHolidays\n") << file;
+        Outcome info = qelpic("info " + file);
+        expectContains(info.output, "orientation 6");
+        expectContains(info.output, "density          300 x 300 dots per inch");
+    }
+    EXPECT_EQ(qelpic("encode phone.jpg upright.jpg --auto-orient --strip").errors, "");
+    Outcome info = qelpic("info upright.jpg");
+    expectContains(info.output, "size             120 x 160");
+    EXPECT_EQ(info.output.find("EXIF"), std::string::npos);
+    expectContains(qelpic("decode phone.jpg p.ppm").errors,
+                   "warning: not in the output: the ICC profile, EXIF data, XMP data, the density\n");
+}
+
+// The peers open what has metadata, in silence.
+TEST_F(Qelpic, PeersOpenFilesWithMetadata)
+{
+    qel::codec::Metadata metadata = {.icc = displayProfile(),
+                                     .exif = {'I', 'I', 42, 0, 8, 0, 0, 0, 0, 0},
+                                     .xmp = {'<', 'x', '/', '>'},
+                                     .density = qel::codec::Density{3000, 4000, true},
+                                     .comments = {"a comment"},
+                                     .others = {}};
+    qel::codec::Picture picture(16, 16, qel::codec::ColourSpace::rgb, 8);
+    std::fill_n(picture.row(0), picture.sizeInBytes(), uint8_t(90));
+    store("m.jpg", asText(qel::codec::jpeg::encode(picture, {.metadata = metadata})));
+    EXPECT_EQ(qelpic("encode m.jpg m.jp2").errors, "");
+    Outcome jpeg = shell("djpeg m.jpg"), jp2 = shell("opj_decompress -i m.jp2 -o m.ppm");
+    EXPECT_EQ(jpeg.exitCode, 0);
+    EXPECT_EQ(jpeg.errors, "");
+    EXPECT_EQ(jp2.exitCode, 0);
+    EXPECT_EQ((jp2.output + jp2.errors).find("WARN"), std::string::npos) << jp2.output << jp2.errors;
+}
+
+TEST_F(Qelpic, CmykToPng)
+{
+    qel::codec::Picture cyan(8, 8, qel::codec::ColourSpace::cmyk, 8);
+    for (size_t i = 0; i < cyan.sizeInBytes(); ++i) cyan.row(0)[i] = i % 4 ? 255 : 0; // Adobe's sense
+    auto encoded = [&](std::vector<uint8_t> icc) {
+        return asText(qel::codec::jpeg::encode(cyan, {.quality = 100, .metadata = {.icc = std::move(icc)}}));
+    };
+    store("plain.jpg", encoded({}));
+    store("managed.jpg", encoded(inkProfile()));
+    EXPECT_EQ(qelpic("decode plain.jpg plain.png").errors,
+              "qelpic: plain.jpg: warning: CMYK without a colour profile: converted to RGB plainly\n");
+    EXPECT_EQ(qelpic("decode managed.jpg managed.png").errors, "");
+    EXPECT_EQ(qelpic("decode plain.jpg plain.ppm -q").exitCode, 0);
+    EXPECT_EQ(textOf(folder_ / "plain.ppm").substr(0, 14), std::string("P6\n8 8\n255\n\1\xFF\xFF", 14));
+    EXPECT_LT(psnr("plain.png", "managed.png"), 12);
+}
+
+TEST_F(Qelpic, Pipes)
+{
+    EXPECT_EQ(
+        shell(QELPIC " encode - - --format jp2 <photo.jpg | " QELPIC " decode - --format png - >piped.png").exitCode,
+        0);
+    EXPECT_GT(psnr("photo.jpg", "piped.png"), 35);
+}
+
+TEST_F(Qelpic, Habits)
+{
+    for (const char* options : {"-q 85", "-quality 85", "--quality 85 --sampling 4:2:0"}) {
+        EXPECT_EQ(qelpic(std::string("encode photo.png habit.jpg ") + options).errors, "") << options;
+        EXPECT_EQ(shell(QELPIC " encode photo.png plain.jpg --quality 85 && cmp habit.jpg plain.jpg").exitCode, 0);
+    }
+    expectEncoded("photo.png habit.jpg --sampling gray", "habit.jpg", "grey");
+    EXPECT_EQ(qelpic("-V").output, qelpic("--version").output);
+    expectError("enocde photo.png x.jpg", 2, "unknown command enocde: ");
+    expectError("encode photo.png photo", 1, "photo: a name without an extension: the name should end in ");
+}
+
+}
