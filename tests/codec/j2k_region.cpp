@@ -111,7 +111,7 @@ TEST(J2kRegions, NeedNothingElsewhere)
         for (size_t i = file.size() - 400; i < file.size() - 200; ++i) file[i] ^= 0x55;
         EXPECT_TRUE(j2k::decode(file).isDamaged);
         EXPECT_TRUE(j2k::decode(file, {.region = Rect{400, 400, 600, 500}}).isDamaged);
-        j2k::Decoded sound = j2k::decode(file, {.region = Rect{0, 0, 200, 100}});
+        DecodedPicture sound = j2k::decode(file, {.region = Rect{0, 0, 200, 100}});
         EXPECT_FALSE(sound.isDamaged);
         EXPECT_EQ(samplesOf(sound.picture, {0, 0, 200, 100}), samplesOf(picture, {0, 0, 200, 100}));
     }
