@@ -67,7 +67,7 @@ template <class V> QEL_INLINE Pairs<V, false> pairsOfColours(Triple<V> rgb)
     return {{{Ops::zipLow(r, g), Ops::zipHigh(r, g)}, {Ops::zipLow(b, one), Ops::zipHigh(b, one)}}};
 }
 
-template <class V> QEL_INLINE Triple<V> inverted(Triple<V> v) { return {V(~v.a), V(~v.b), V(~v.c)}; }
+template <class V> QEL_INLINE Triple<V> inverted(Triple<V> v) { return {inverted(v.a), inverted(v.b), inverted(v.c)}; }
 
 // The colours of the pixels from i on, by their format: one pixel, or in registers.
 QEL_INLINE Pixel coloursAt(Single auto lanes, auto pixels, ptrdiff_t i) { return pixels.get(lanes, i); }
@@ -126,7 +126,7 @@ template <class T> QEL_INLINE auto coloursAt(Several auto lanes, Cmyk32<T> pixel
     using V = typename decltype(lanes)::Bytes;
     auto [pairs, black] = lanes.loadPairs4(pixels.row + 4 * i);
     for (int k = 0; k < 2; ++k) {
-        pairs.ab[k] = ~pairs.ab[k];
+        pairs.ab[k] = inverted(pairs.ab[k]);
         pairs.c1[k] ^= (V)pairsOf<sizeof(V)>(255, 0);
     }
     return Inks<Pairs<V, false>, V>{{pairs}, black};
