@@ -12,6 +12,7 @@ import itertools
 import json
 import os
 import re
+import signal
 import sqlite3
 import sys
 import time
@@ -159,8 +160,11 @@ def cluster(options: argparse.Namespace):
             return distributed.Client(options.scheduler)
         except OSError as error:
             raise SystemExit(f"archive: {options.scheduler}: {error}")
+    # Ctrl-C is for this process, which ends the others.
+    interrupted = signal.signal(signal.SIGINT, signal.SIG_IGN)
     workers = distributed.LocalCluster(n_workers=options.workers, threads_per_worker=1, dashboard_address=None,
                                        silence_logs=40)
+    signal.signal(signal.SIGINT, interrupted)
     return distributed.Client(workers)
 
 
