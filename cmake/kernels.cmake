@@ -66,8 +66,8 @@ else()
     add_compile_definitions(QEL_X86=0)
 endif()
 
-# GCC would keep addresses in vector registers, and make each constant in a general one first. Coders that work in general
-# registers do not mind.
+# GCC would keep addresses in vector registers, and make each constant in a general one first. Coders that work in
+# general registers do not mind.
 check_cxx_compiler_flag(-mtune-ctrl=^inter_unit_moves_to_vec QELJX_HAS_TUNE_CTRL)
 if(QELJX_HAS_TUNE_CTRL)
     foreach(kernels jpeg/colour/colour jpeg/colour/mcu jpeg/entropy/huffman_encode)
