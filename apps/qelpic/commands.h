@@ -34,8 +34,7 @@ struct Options {
     codec::j2k::DecodeOptions j2kDecoding;
     std::optional<int> component; // to be decoded alone
     bool isQuiet = false;
-    int runs = 0; // how often to code for the time to be taken; 0 is once, without a report
-    bool isJson = false;
+    int runs = 0;                    // how often to code for the time to be taken; 0 is once, without a report
     std::optional<double> leastPsnr; // that `compare` is content with
 };
 
