@@ -73,7 +73,7 @@ class Manifest:
         values = (job.source, job.bytes, job.mtime, result.get("source_sha256"), job.output, result.get("bytes"),
                   result.get("sha256"), settings, result.get("damaged"), "\n".join(notes))
         self.database.execute(f"INSERT OR REPLACE INTO files VALUES ({', '.join('?' * len(values))})", values)
-        if time.monotonic() - self.committed > 1:
+        if time.monotonic() - self.committed > 0.2:
             self.commit()
 
     def commit(self) -> None:

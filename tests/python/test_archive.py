@@ -121,13 +121,15 @@ def test_killed_runs_and_workers(tmp_path):
     def done():
         return len(list(dest.glob("*.jp2")))
 
-    # Nobody else may read the manifest as a database meanwhile.
-    def is_recorded():
+    # Nobody else may read the manifest as a database meanwhile. When a second commit begins, the first one has ended.
+    def recorded():
         manifest = dest / archive.MANIFEST
-        return manifest.exists() and b".jp2" in manifest.read_bytes()
+        return manifest.read_bytes().count(b".jp2") if manifest.exists() else 0
 
     first = start()
-    wait_for(lambda: done() >= 10 and is_recorded())
+    wait_for(recorded)
+    once = recorded()
+    wait_for(lambda: recorded() > once and done() >= 10)
     os.killpg(first.pid, signal.SIGKILL)
     first.communicate()
     before = done()
