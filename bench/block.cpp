@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Level shift, DCT and quantization of blocks, beside libjpeg-turbo. Its DCT cannot be called alone: the time of its
 // entropy coding of the same coefficients is taken off that of coding samples. For the forward transform this is done
 // on a flat picture, whose entropy coding is next to nothing; the transform and the quantization have no branches that

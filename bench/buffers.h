@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Working sets: memory with data in it, planes of pixels, and the sizes at which whole planes are measured.
 #pragma once
 

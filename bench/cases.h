@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Each family's cases, in the order of the table.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Code-blocks beside OpenJPEG: decoding those of its own file, and encoding their coefficients again, with rates and
 // distortions of all passes. The coefficients are those of the wavelet of pictures. The unit is a decision of the
 // MQ coder, as counted by a decoder that takes them singly; raw bits do not count.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The sample codec on whole pictures, beside libjpeg-turbo with the same quality, sampling and accuracy of the DCT.
 #include <stdlib.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // JPEG 2000 decoding of whole pictures beside OpenJPEG, of files that it made.
 #include <stdlib.h>
 

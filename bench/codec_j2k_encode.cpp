@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // JPEG 2000 encoding of whole pictures, beside OpenJPEG with the same settings: lossless, and lossy to the same size.
 #include <algorithm>
 #include <memory>

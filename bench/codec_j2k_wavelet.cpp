@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The sample codec's wavelet transform, five levels of a tile-component, beside as many of OpenJPEG's. The unit is a
 // sample of the tile. Both transform a constant picture; making it is taken off.
 #include "codec/j2k/wavelet.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Colour conversion of planes, beside libjpeg-turbo and libyuv where they have the same conversion.
 #include "jpeg/colour/colour.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Component transforms of JPEG 2000: in place beside OpenJPEG, and between interleaved pixels and planes.
 #include "jpeg2k/transform/component_transform.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A stage and those who compete in it: the library, its kernels per instruction set, peers, and the machine itself.
 // They take turns of some 20 ms, round after round, on the same data; what is reported is the median over the rounds of
 // the ratio within a round. A ratio of neighbours in time stays true when the clock or the load of the machine drifts,

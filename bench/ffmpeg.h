@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Lossless JPEG by FFmpeg's libavcodec, one thread; its codec objects are kept from call to call.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Baseline Huffman coding and its statistics over whole scans, tables and flush included, beside libjpeg-turbo on the
 // same coefficients.
 #include "jpeg/entropy/huffman_decode.h"

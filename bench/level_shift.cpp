@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Level shift of planes.
 #include "jpeg/block/level_shift.h"
 

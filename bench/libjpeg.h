@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Stages of libjpeg-turbo through its public calls. Its codec objects are kept from call to call; a failure inside it
 // ends the program with its message.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What threads cost where a machine has other work: calls on one thread and on all, beside busy programs.
 #include <omp.h>
 #include <signal.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Lossless JPEG: rows of prediction, for each predictor and instruction set; whole scans and files beside FFmpeg.
 #include "jpeg/lossless/prediction.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // qelbench: Google Benchmark's command line, and --rounds and --turn_ms for the length of the measurement; or --load.
 #include <malloc.h>
 #include <omp.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Conversion of MCUs between blocks and pixels, beside the library's own planes and libjpeg-turbo's planes. Blocks of
 // one row of MCUs serve for all rows, as in a decoder that keeps no more of them. The peer's planes need no level
 // shift.

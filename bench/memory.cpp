@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // qelmemory: the most memory that coding a picture takes beyond what is there before: the sample codec, on one thread
 // and on two, beside libjpeg-turbo. Each runs in a process of its own. Linux only: peaks are read from /proc.
 #include <malloc.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Branches that the processor predicted wrongly, where it lets programs count them (Linux perf events).
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // OpenJPEG's block coder through its public calls: of a picture with one resolution the samples are the coefficients,
 // and nearly all of the time is theirs.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "openjpeg_peer.h"
 
 #include <string.h>

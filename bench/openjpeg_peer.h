@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // OpenJPEG's transforms through its public calls. It offers no transform by itself: of a constant picture, whose
 // coefficients are all zero, coding with 6 resolutions less coding with 1 is five levels of its wavelet, and coding
 // with the component transform less coding without is that transform.

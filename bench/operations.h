@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Functions over whole pictures, whatever their argument types: how their pixels lie, and a call with plain bytes.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Progressive Huffman coding, all scans of the usual script: statistics, tables and coding, and decoding; beside
 // libjpeg-turbo on the same coefficients.
 #include <string.h>

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 """Turns the results of qelbench (JSON) into one table, a bar chart (SVG) and the results in docs/benchmarks.md."""
 import argparse
 import csv

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What block functions, entropy coders and codecs are measured on: pictures of the real world, drawn ones, and noise.
 #pragma once
 

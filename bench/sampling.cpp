@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Resampling of planes and rows by two, beside libyuv. The unit is a sample of the larger picture.
 #include "jpeg/colour/sampling.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Copy, convert, logic, division and zig-zag primitives, beside the C library's memcpy.
 #include "qeljx/support.h"
 

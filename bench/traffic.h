@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The machine's own limit for a stage that moves bytes: read as many, write as many, compute nothing.
 #pragma once
 

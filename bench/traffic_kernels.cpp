@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Loops that move bytes and do nothing else.
 #include "traffic_kernels.h"
 

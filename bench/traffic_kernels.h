@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Loops that read and write memory and compute nothing.
 #pragma once
 

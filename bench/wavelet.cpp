@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Wavelets of tiles, one level and five in place beside as many of OpenJPEG's, and one level to subbands. The unit is a
 // sample of the tile.
 #include "jpeg2k/transform/wavelet53.h"

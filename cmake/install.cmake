@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # Installation: headers, both libraries, qelpic, the CMake package and the pkg-config file. The installed tree may be
 # moved as a whole, unless its folders are absolute.
 include(CMakePackageConfigHelpers)

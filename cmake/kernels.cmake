@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # Kernels: every *_kernels.cpp of src is compiled once per build. A build is an instruction set ("baseline", "avx2",
 # "avx512"), or for the tests plain C++ at one register width ("scalar", "wide16", "wide32", "wide64").
 

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # libqeljx.so and libqeljx.a.
 
 file(GLOB_RECURSE QELJX_FILES CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/src/*.cpp)

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # qeljx_precompile(TARGET PUBLIC|PRIVATE|INTERFACE HEADER...): headers that nearly every file of a target includes are
 # read once. Not beside a compiler cache, which would have to keep all objects anew whenever one of them changes.
 function(qeljx_precompile target scope)

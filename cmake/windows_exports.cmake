@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # What the version script says, as Windows wants to hear it: qeljx.def lists the names of `exports` and
 # `internal_exports`, and tells tables from functions. Included by cmake/library.cmake.
 file(GLOB_RECURSE headers CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/src/*.h)

@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: Apache-2.0
 """Draws docs/threads.svg from docs/threads.csv: what each of two threads did, in microseconds of one run."""
 import csv
 import pathlib

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Whatever the bytes and however they are said to be coded, a code-block decodes within its buffers.
 #include <algorithm>
 #include <vector>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Whatever the coefficients and the way to code them, a code-block is stored within its buffers, whole or in pieces,
 // and decodes to what it was, without an error.
 #include <cstdlib>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Huffman tables as files may state them.
 #pragma once
 

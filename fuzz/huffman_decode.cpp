@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Whatever the bytes, tables, states and positions, and whichever functions read them in turns, decoders stay within
 // their buffers.
 #include "huffman.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Whatever the coefficients, tables, states and room, encoders stay within their buffers.
 #include "huffman.h"
 

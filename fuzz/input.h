@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What the targets of the library draw from their bytes, and buffers of exactly the size that a function may use.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Whatever the bytes, the JPEG 2000 decoder returns a picture or throws CodecError.
 #include "codec/j2k/decode/reader.h"
 #include "target.h"

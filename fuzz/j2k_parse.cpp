@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Whatever the bytes, the JPEG 2000 reader finds code-blocks whose bytes lie in the file, or throws CodecError.
 #include <cstdlib>
 

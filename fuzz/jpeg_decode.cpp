@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Whatever the bytes, the JPEG decoder returns a picture or throws CodecError.
 #include "codec/jpeg/decode/reader.h"
 #include "target.h"

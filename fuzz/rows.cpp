@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Whatever the sizes, steps and samples, functions of regions and rows stay within their buffers, and those that can be
 // undone are.
 #include <cstdlib>

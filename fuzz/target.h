@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The entry of a fuzz target: whatever the bytes, tryFile() returns or throws CodecError.
 #pragma once
 

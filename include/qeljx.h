@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: Apache-2.0 */
 /* qeljx: compute primitives for still-image codecs (JPEG, ITU-T T.81, and JPEG 2000,
  * ITU-T T.800).
  * This is the one header a caller includes; it is plain C99 and declares everything that the library exports for use.

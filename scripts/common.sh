@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # Shared by the scripts, which source it in the project's folder.
 # shellcheck shell=bash
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Whether a function finds what is wrong with its arguments, one after the other.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Code-blocks of random bytes, and the library's call on them with every buffer guarded.
 #pragma once
 

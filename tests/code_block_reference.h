@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Code-block decoding as T.800 Annexes C and D tell it: sample by sample, with contexts from counts of neighbours.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The fixed-point DCT one value at a time, and the exact DCT in double precision (T.81 A.3.3).
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Buffers whose edges are watched: a page that faults lies directly after (or before) the elements, and bytes of a
 // known value on the other side.
 #pragma once

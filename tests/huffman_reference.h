@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A Huffman coder as the standard draws it, one bit at a time, to hold the library against.
 #pragma once
 

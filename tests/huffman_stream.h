@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Whether a decoder has read as far as the bit-at-a-time one: it may have taken in more bytes, or fewer.
 #pragma once
 

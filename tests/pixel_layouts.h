@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Pixels of three colours (R, G, B or Y, Cb, Cr) and K, and how they lie in memory.
 #pragma once
 

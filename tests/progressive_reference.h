@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Progressive scans decoded one bit at a time, as the standard draws it (T.81 G.2), to hold the library against.
 #pragma once
 

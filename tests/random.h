@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Seeded random data for tests: full range, with the extremes more often than chance would have them.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The tile functions of the wavelets and the textbook filters that they are, by sample type.
 #pragma once
 

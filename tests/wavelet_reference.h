@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The wavelets as a textbook has them: a line with its extension on both sides, and one lifting step after the other
 // over all of it.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Draws a picture to try codecs on: the same on every run, with what photographs have. A sky of smooth gradients, hard
 // ridges, fine texture, saturated edges, and the noise of a sensor.
 // Usage: qelpic_draw WIDTH HEIGHT OUTPUT

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Names of outputs, and the loop over files.
 #include "qelpic/batch.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Many files by one command: which become which, progress, what went wrong, and a summary.
 #pragma once
 

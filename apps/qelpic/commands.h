@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The subcommands of qelpic: what the command line says, and what is done with it.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // qelpic compare: PSNR and largest error of two pictures.
 #include "codec/base/compare.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What qelpic says on standard error: one line for each error and warning, a progress bar, times.
 #pragma once
 

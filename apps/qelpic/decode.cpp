@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // qelpic decode: JPEG and JPEG 2000 to any picture file.
 #include <functional>
 

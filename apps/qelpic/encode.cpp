@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // qelpic encode: any picture to JPEG or JPEG 2000.
 #include <utility>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // qelpic info: what a picture file says about itself.
 #include <cstdio>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // qelpic info for JPEG 2000 files.
 #include <algorithm>
 #include <cstdio>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Options of `qelpic encode` for JPEG 2000 files.
 #pragma once
 

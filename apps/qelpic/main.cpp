@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // qelpic: encodes and decodes picture files with the codec built on libqeljx.
 #include <qeljx.h>
 

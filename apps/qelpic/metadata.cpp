@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Metadata: passed on, left out, shown.
 #include "qelpic/metadata.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What happens to metadata on the way from one file to another.
 #pragma once
 

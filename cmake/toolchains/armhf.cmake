@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 set(QELJX_TRIPLET arm-linux-gnueabihf)
 set(CMAKE_SYSTEM_PROCESSOR arm)
 set(CMAKE_LIBRARY_ARCHITECTURE arm-linux-gnueabihf)

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # What the toolchains for Debian's cross compilers share. Each names QELJX_TRIPLET and QELJX_RUNNER, what runs its
 # programs. QELJX_SYSROOT is the folder that holds the other machine's libraries.
 set(CMAKE_SYSTEM_NAME Linux)

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # Windows on x86-64, by MinGW.
 set(CMAKE_SYSTEM_NAME Windows)
 set(CMAKE_SYSTEM_PROCESSOR x86_64)

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # Nothing is emulated: the loader of the other libraries runs the programs.
 set(QELJX_TRIPLET i686-linux-gnu)
 set(CMAKE_SYSTEM_PROCESSOR i686)

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: Apache-2.0 */
 /* JPEG 2000 code-blocks: the embedded block coder of T.800 Annexes C and D. */
 #ifndef QELJX_JPEG2K_CODING_H
 #define QELJX_JPEG2K_CODING_H

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: Apache-2.0 */
 /* JPEG 2000 transforms: of the three colour components of a picture (T.800 Annex G), and wavelets, one level, of rows,
  * columns and tiles (Annex F). Pointers and steps may have any alignment; steps are in bytes. Nothing allocates. */
 #ifndef QELJX_JPEG2K_TRANSFORM_H

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: Apache-2.0 */
 /* JPEG block transforms: level shift, quantization, and the 8x8 DCT fused with both (T.81 Annex A).
  * Blocks are 64 signed 16-bit values in natural order, row after row; blocks and rows may lie at any address. */
 #ifndef QELJX_JPEG_BLOCK_H

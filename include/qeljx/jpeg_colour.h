@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: Apache-2.0 */
 /* JPEG colour conversion of whole planes (JFIF full-range equations). */
 #ifndef QELJX_JPEG_COLOUR_H
 #define QELJX_JPEG_COLOUR_H

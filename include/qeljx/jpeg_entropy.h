@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: Apache-2.0 */
 /* JPEG entropy coding: Huffman tables, and the coding of sequential scans block by block (T.81 Annexes C, F, K.2). */
 #ifndef QELJX_JPEG_ENTROPY_H
 #define QELJX_JPEG_ENTROPY_H

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: Apache-2.0 */
 /* Prediction of lossless JPEG, row by row (T.81 Annex H). */
 #ifndef QELJX_JPEG_LOSSLESS_H
 #define QELJX_JPEG_LOSSLESS_H

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: Apache-2.0 */
 /* Conversion of one MCU of a JPEG picture (T.81 A.2.3) between 8x8 blocks and pixels: colours, chroma sampling and
  * level shift (T.81 A.3.1) in one step, so that no plane is written in between. */
 #ifndef QELJX_JPEG_MCU_H

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: Apache-2.0 */
 /* Progressive Huffman coding: the scans of T.81 Annex G, an 8x8 block a call. */
 #ifndef QELJX_JPEG_PROGRESSIVE_H
 #define QELJX_JPEG_PROGRESSIVE_H

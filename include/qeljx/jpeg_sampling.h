@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: Apache-2.0 */
 /* JPEG chroma resampling by two: box filters down, triangle filters up (the component sampling of T.81 A.1.1, which
  * leaves the filters to the codec). H2V1 halves or doubles the width (4:2:2), H2V2 the width and the height (4:2:0).
  * Samples are unsigned bytes, one channel; pointers and steps may have any alignment. */

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: Apache-2.0 */
 /* Library version, aligned memory, and the generic copy, convert, logic, zig-zag and arithmetic primitives. */
 #ifndef QELJX_SUPPORT_H
 #define QELJX_SUPPORT_H

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: Apache-2.0 */
 /* Types that every area shares: status codes, region sizes, the version record. */
 #ifndef QELJX_TYPES_H
 #define QELJX_TYPES_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Words of a byte stream, the first byte highest, at any address. For kernels.
 #pragma once
 

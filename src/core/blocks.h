@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Wide registers from blocks of 16 bytes.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The order of a number's bytes in memory.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Three or four channels of a row, in planes or interleaved. A format has get(lanes, i) and put(lanes, i, channels) of
 // the samples from i on, as many as the lanes are, and atAddresses(i, visit), which calls visit(p) for each address p
 // where a part of sample i begins. The Row of interleaved ones is a pointer, or whatever else the lanes load from and

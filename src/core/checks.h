@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Argument checks: one list per function, in the order in which faults are reported.
 //     if (QelStatus bad = first(pointers(pSrc, pDst), steps(srcStep, dstStep), size(roi))) return bad;
 // Each test is total: it reads through no null pointer and has no effect.

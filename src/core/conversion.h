@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Conversions of pixels from one layout to another, row by row.
 #pragma once
 

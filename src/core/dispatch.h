@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Chooses the kernels for this processor. Nothing is stored: each call asks the CPU model that the compiler's runtime
 // read at load time, which costs less than a nanosecond; take the table before a loop, not inside it.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // How internal functions and tables leave the shared library: by their plain C name.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Functions that become part of their callers in every build: no copy of them is left for the linker to choose from.
 // Builds that use no instruction set of their own may define these away.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What the tables of kernels are made of.
 #pragma once
 

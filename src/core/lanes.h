@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What the formulas of rows are written over: as many samples as a register of N bytes has lanes, or a single one. So a
 // formula stands once, and the end of a row cannot differ from its middle by accident.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // PortableMasks<N>, the operations of PortableSimd<N> on lanes that a mask chooses: bit i of a mask stands for lane i.
 // Masks that are arguments may have ones behind the last lane. Only processors with registers of 64 bytes have them.
 #pragma once

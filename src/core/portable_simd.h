@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // PortableSimd<N>, which defines, lane by lane, each operation on registers of N bytes that the language cannot say.
 // Kernels include core/simd.h, where Simd<N> is specialised. Each kernel build has its own copy in its own namespace.
 //

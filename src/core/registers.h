@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Registers of N bytes for the kernels, as the compiler's vectors, and what the language can say about them: loading,
 // storing, lanes by index. Each kernel build has its own copy in its own namespace.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Rows of a region, and the loop that splits them over threads.
 #pragma once
 

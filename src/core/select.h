@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Choices between values that are never branches: for those that no processor can predict.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Simd<N>: the operations on registers of N bytes, by intrinsics where this build has them, else as they are defined.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Simd<16> with AArch64's NEON intrinsics. It has the operations that PortableSimd defines; those that are not here are
 // as good in the language's own vectors. Included by core/simd.h.
 #pragma once

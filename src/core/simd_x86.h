@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Simd<16>, <32> and <64> with x86 intrinsics, as far as this build's instruction set goes. Each has the operations
 // that PortableSimd defines.
 #pragma once

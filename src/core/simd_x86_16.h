@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Simd<16> with SSE2 (and SSSE3, SSE4.1 where the build has them) intrinsics.
 #pragma once
 

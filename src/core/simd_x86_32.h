@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Simd<32> with AVX2 intrinsics.
 #pragma once
 

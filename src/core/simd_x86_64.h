@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Simd<64> with AVX-512 intrinsics.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What the x86 registers of every width share: interleaved bytes, bits, and rounding of products. Included by
 // core/simd.h.
 #pragma once

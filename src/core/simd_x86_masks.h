@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Operations by masks with AVX-512 intrinsics, as PortableMasks<64> defines them. Included by simd_x86_64.h.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Operations that are one instruction of x86 registers at every width. Included by simd_x86_16.h and its like.
 #pragma once
 

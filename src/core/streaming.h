@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Output that no cache can hold is streamed: non-temporal stores write it to memory and leave the caches to others.
 // This is the one place that decides it.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Support primitives: the table of their kernels.
 #pragma once
 

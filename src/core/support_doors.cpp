@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Support primitives: exported internal functions.
 #include "core/support_doors.h"
 

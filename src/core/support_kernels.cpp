@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Kernels of the support primitives.
 #include "core/support.h"
 

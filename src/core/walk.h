@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // How kernels walk a row, and how they store what they make of it.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Decoding of code-blocks: the order of faults, and decoding by steps.
 #include "argument_faults.h"
 #include "code_block_cases.h"

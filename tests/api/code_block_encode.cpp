@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Code-block encoding: what is stored decodes to what was loaded, whole and cut after any pass; distortions are those
 // of the decoder's results; storage in pieces; order of faults.
 #include "qeljx.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Colour conversion: values in each class of places, planes in place, order of faults.
 #include "qeljx.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Component transforms: values in every layout, order of faults.
 #include "qeljx.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Version record, aligned memory, and threads.
 #include "qeljx.h"
 

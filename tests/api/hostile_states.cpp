@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // States of any bytes, as a caller leaves them who forgets to initialise: no coder touches memory but its own.
 #include <gtest/gtest.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Sequential Huffman decoding, against the bit-at-a-time decoder: values, positions, states, and damaged streams.
 #include <gtest/gtest.h>
 

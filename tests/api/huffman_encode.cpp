@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Sequential Huffman encoding and statistics, against the bit-at-a-time coder.
 #include <gtest/gtest.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Huffman objects: sizes, bad lists, and optimal tables. What is in them shows when they are used.
 #include "jpeg/entropy/huffman_tables.h"
 

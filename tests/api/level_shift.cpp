@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Level shift: values, order of faults, regions.
 #include "qeljx.h"
 

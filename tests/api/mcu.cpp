@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // MCU conversion: every function against the written arithmetic, pixel by pixel; order of faults.
 #include "qeljx.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Destinations whose rows overlap, as any step below a row's bytes makes them: always as if the rows were written one
 // after the other, whatever registers, strips and pairs of rows the functions work in.
 #include <gtest/gtest.h>

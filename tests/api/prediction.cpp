@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Lossless prediction: values, order of faults, round trips.
 #include "qeljx.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Progressive Huffman decoding, against the bit-at-a-time decoder: values, runs, how far it reads, damaged streams.
 #include <gtest/gtest.h>
 

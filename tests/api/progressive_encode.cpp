@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Progressive Huffman encoding and statistics, against a decoder that takes a bit at a time.
 #include <gtest/gtest.h>
 

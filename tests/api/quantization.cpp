@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Quantization: tables, values, order of faults.
 #include "qeljx.h"
 

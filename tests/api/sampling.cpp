@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Chroma sampling: values, edges, order of faults.
 #include "jpeg/colour/sampling_doors.h"
 #include "qeljx.h"

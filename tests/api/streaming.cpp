@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Regions whose output is streamed: the same samples as those of parts that are not.
 #include <gtest/gtest.h>
 

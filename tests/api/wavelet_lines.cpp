@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Wavelets of rows and columns: the textbook's values, and exactly the promised samples beside the region; the exported
 // line functions.
 #include <gtest/gtest.h>

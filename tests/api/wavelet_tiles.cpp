@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Wavelets of tiles: the textbook's coefficients, exact work buffers, special lengths, order of faults.
 #include <gtest/gtest.h>
 

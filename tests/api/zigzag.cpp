@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The zig-zag tables, against a walk along the diagonals.
 #include "jpeg/block/zigzag.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A second independent reader of JPEG 2000 files: the decoder of FFmpeg's own, where its library is installed.
 #pragma once
 

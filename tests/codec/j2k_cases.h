@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What JPEG 2000 files can be like, as far as the peer makes them.
 #pragma once
 

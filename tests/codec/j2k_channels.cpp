@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // From components to pictures: palettes, the meaning of channels, up-sampling, colour spaces.
 #include "codec/j2k/decode/channels.h"
 

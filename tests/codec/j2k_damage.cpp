@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Damaged JPEG 2000 files: what is survived, what is refused, and that nothing breaks.
 #include <tuple>
 

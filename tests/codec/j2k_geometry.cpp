@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Where things lie, as far as files of usual sizes do not show it.
 #include "codec/j2k/geometry.h"
 

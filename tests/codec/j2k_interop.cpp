@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Files of an independent encoder are decoded as its decoder does.
 #include <algorithm>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Real JPEG 2000 files: decoded as well as the manifest asks for, and damaged ones refused or read as far as they go.
 #include <gtest/gtest.h>
 #include <sys/resource.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Codestreams taken to pieces, to be put together in other ways.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Where code-blocks are cut, and what errors weigh.
 #include "codec/j2k/encode/rate_allocation.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Reading all of a JPEG 2000 file, and whether what was read makes sense.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Codestreams of an independent encoder whose packets come in unusual orders: with tile-parts and the headers of
 // packets put elsewhere, and with progressions that change.
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A region of a JPEG 2000 picture is what the whole picture has there, and takes no more than it needs.
 #include "codec/base/error.h"
 #include "codec/j2k/decode/reader.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The transform over all levels beside a textbook's, at all sizes and origins.
 #include "codec/j2k/wavelet.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // JPEG 2000 files: an independent decoder reads them, and the reading side finds nothing wrong in them.
 #include "codec/j2k/encode/writer.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // JP2 boxes, made by hand.
 #include "codec/j2k/boxes.h"
 

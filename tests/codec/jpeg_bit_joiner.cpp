@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Joined parts are the stuffed bytes of all their bits.
 #include "codec/jpeg/encode/bit_joiner.h"
 

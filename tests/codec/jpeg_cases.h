@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What JPEG files can be like: options, a name for each, and a picture that has flat parts, slopes, edges and noise.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // JPEG files that are damaged, odd or unsupported: what is survived, what is refused, and that nothing breaks.
 #include <gtest/gtest.h>
 

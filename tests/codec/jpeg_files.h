@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Cutting and comparing JPEG files.
 #pragma once
 

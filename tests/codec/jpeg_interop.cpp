@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Files of ours in an independent decoder, and its files in ours.
 #include <gtest/gtest.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Lossless files: every sample comes back, whatever the precision, predictor and order; and what damage does.
 #include <gtest/gtest.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // libjpeg behind functions from and to memory; its errors become exceptions.
 #include "libjpeg_peer.h"
 

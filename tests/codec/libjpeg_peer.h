@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // An independent JPEG codec (libjpeg's interface) to compare with.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A collection of real files with known results: the folder QELJX_TEST_DATA (of the environment or the build) and its
 // manifest.
 #pragma once

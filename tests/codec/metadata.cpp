@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Profiles, EXIF, XMP, density and comments through the formats that hold them; profiles in parts, damaged or too long.
 #include "codec/base/metadata.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Files with a few bits turned over, or cut short: decoders end in a picture or in a CodecError, never otherwise.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // OpenJPEG behind a function to memory; its errors become exceptions.
 #include "openjpeg_peer.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // An independent JPEG 2000 codec (OpenJPEG) to make files with, and to read them.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // PGX: round trips, the forms of its header, damaged files.
 #include "codec/formats/pgx.h"
 

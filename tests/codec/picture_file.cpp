@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Files as a whole: kinds by content and by name, output that appears only when it is whole, comparison.
 #include "codec/formats/picture_file.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Pictures for tests: random ones, what a writer produced, and whether two are the same.
 #pragma once
 

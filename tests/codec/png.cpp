@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // PNG: round trips, what libpng is asked to convert, damaged files.
 #include "codec/formats/png.h"
 

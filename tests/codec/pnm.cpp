@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // PGM, PPM and PAM: round trips, the forms that the formats allow, damaged files.
 #include "codec/formats/pnm.h"
 

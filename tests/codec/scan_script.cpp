@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Scan scripts: their text, their rules, and files of random ones in both decoders.
 #include "codec/jpeg/encode/scan_script.h"
 

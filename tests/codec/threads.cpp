@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // More threads change nothing but the time; and how many there are by default.
 #include <gtest/gtest.h>
 

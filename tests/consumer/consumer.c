@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: Apache-2.0 */
 /* A caller in C: runs one parallel function and one block function of an installed library. */
 #include <qeljx.h>
 

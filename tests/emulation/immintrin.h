@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Stands before the compiler's <immintrin.h> and supplies the AVX-512 intrinsics of simd_x86.h through SIMDe, so that
 // the kernel tests run the avx512 build on a processor that only has AVX2. For the tests alone.
 #pragma once

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: Apache-2.0 */
 /* Compiles as C99 with -pedantic-errors, or the public headers are not C99. */
 #include "qeljx.h"
 #include "qeljx/status.h"

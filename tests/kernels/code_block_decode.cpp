@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Passes of code-block decoding: every build takes the decisions of the scalar one, whatever the bytes, and leaves the
 // same registers; and whole blocks are those of a decoder that goes sample by sample.
 #include "jpeg2k/coding/code_block_decode.h"

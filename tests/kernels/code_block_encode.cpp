@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Code-block encoding: every build of its kernels equals the scalar one; the coders of decisions; the rates of passes.
 #include "jpeg2k/coding/code_block_encode.h"
 

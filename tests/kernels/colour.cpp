@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Colour conversion kernels: every build equals the scalar one, and every door leads to its kernel.
 #include "jpeg/colour/colour_doors.h"
 

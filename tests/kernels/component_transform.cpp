@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Component transform kernels: every build equals the scalar one.
 #include "jpeg2k/transform/component_transform.h"
 

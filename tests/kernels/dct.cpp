@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // DCT kernels: every build, the scalar one too, equals the transform computed one value at a time.
 #include "jpeg/block/dct.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Runs a check against every build of a kernel table that this processor can run.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Huffman kernels: every build equals the scalar one.
 #include "huffman_stream.h"
 #include "jpeg/entropy/huffman_decode.h"

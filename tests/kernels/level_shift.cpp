@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Level shift kernels: every build equals the scalar one.
 #include "jpeg/block/level_shift.h"
 

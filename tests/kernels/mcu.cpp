@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // MCU kernels: every build equals the scalar one, for any blocks, at any address and step.
 #include "jpeg/colour/mcu.h"
 

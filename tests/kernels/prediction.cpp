@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Prediction kernels: every build equals the scalar one.
 #include "jpeg/lossless/prediction.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Quantization kernels: every build equals the scalar one, at any address.
 #include "jpeg/block/quantization.h"
 

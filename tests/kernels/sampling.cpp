@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Sampling kernels: every build equals the scalar one, at any address, and touches nothing but what it may.
 #include "jpeg/colour/sampling.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Support kernels: every build equals the scalar one, and the scaled product the exact rational result.
 #include "core/support.h"
 

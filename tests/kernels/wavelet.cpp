@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Wavelet kernels: every build equals the scalar one, and touches nothing but a line and what it depends on.
 #include "jpeg2k/transform/wavelet53.h"
 #include "jpeg2k/transform/wavelet97.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // qelpic as a user meets it: exit codes, one line for each error, files that appear only when they are whole.
 #include "qelpic.h"
 

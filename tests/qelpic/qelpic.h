@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Runs qelpic and other programs in a folder with a drawn picture.
 #pragma once
 

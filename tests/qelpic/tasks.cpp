@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What people do with the tool, from beginning to end.
 #include "codec/jpeg/encode/writer.h"
 #include "profiles.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Every register operation of every build equals its definition in PortableSimd.
 #include "simd/operations.h"
 

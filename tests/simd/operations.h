@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Each register operation of a build beside its definition; see operations_kernels.cpp.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The register operations of a build: what its kernels use, beside the definition.
 #include "simd/operations.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Appends the fields of marker segments and boxes, most significant byte first.
 #pragma once
 

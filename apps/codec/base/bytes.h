@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Bytes in and out: files are read whole, and written piece by piece to wherever the caller wants them.
 #pragma once
 

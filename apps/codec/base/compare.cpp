@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // How far two pictures are apart.
 #include "codec/base/compare.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // How the codec reports what it cannot do: one exception with one line of text, and where in the file.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Reads the fields of marker segments and boxes, which hold big-endian numbers.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Whole files in and out.
 #include "codec/base/file_io.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Whole files in, and files out that appear under their name only when they are whole.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Owners for the library's objects, and the one place where an unexpected status becomes an error.
 #pragma once
 

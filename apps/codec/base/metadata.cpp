@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Profiles and EXIF data, as far as they are looked into.
 #include "codec/base/metadata.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What files say beside the picture: colour profile, EXIF, XMP, density, comments. It is kept as bytes, and understood
 // only as far as other formats need.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The limit on threads, and work that is taken in order.
 #include "codec/base/parallel.h"
 

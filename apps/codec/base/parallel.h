@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Work on several threads, by oneTBB. Its workers are optional: what nobody has begun is done by who waits for it, so
 // that a busy machine costs no more than the help it does not give.
 #pragma once

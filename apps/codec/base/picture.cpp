@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Pictures: allocation within limits.
 #include "codec/base/picture.h"
 

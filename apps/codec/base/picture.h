@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A finished picture: interleaved samples of 8 or 16 bits, as picture files and screens hold them.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Rows of 8-bit samples of one component: a whole plane, or the few latest rows of one that goes by.
 #pragma once
 

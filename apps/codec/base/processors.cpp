@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Quotas are read where Linux systems mount their control groups.
 #include "codec/base/processors.h"
 

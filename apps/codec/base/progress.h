@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Tells a caller how far the work is, where it wants to know; steps may be made by several threads.
 #pragma once
 

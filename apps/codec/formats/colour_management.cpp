@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Conversion of colours by profiles.
 #include "codec/formats/colour_management.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // ICC profiles at work, by way of Little CMS.
 #pragma once
 

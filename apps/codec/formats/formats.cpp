@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Names and first bytes of formats.
 #include "codec/formats/formats.h"
 

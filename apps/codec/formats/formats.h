@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Formats of files: which there are, by their names and by how files begin.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // PGX files: the samples of one component, of 1 to 31 bits, signed or not.
 #pragma once
 

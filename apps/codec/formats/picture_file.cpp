@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Picture files of every kind.
 #include "codec/formats/picture_file.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Picture files of every kind: known by their content when read, by the extension of their name when written.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // PNG pictures. libpng reports errors by longjmp: no code that it may jump over has anything to clean up, and each
 // jump becomes an exception in `guarded`.
 #include "codec/formats/png.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // PNG pictures, by way of libpng.
 #pragma once
 

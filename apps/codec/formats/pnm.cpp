@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Portable anymap pictures: a scanner for the headers, and the samples in their plain and raw forms.
 #include "codec/formats/pnm.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Portable anymap pictures: PGM and PPM, plain and raw (P2, P3, P5, P6), and PAM (P7) for grey, RGB and CMYK.
 #pragma once
 

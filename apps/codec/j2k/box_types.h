@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Types of the boxes of a JP2 file (T.800 I.5).
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The boxes of a JP2 file around its codestream (T.800 Annex I).
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Which coding passes of a code-block share a codeword segment (T.800 D.4.2, D.6).
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The divisions of T.800 Annex B.
 #include "codec/j2k/geometry.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Where things lie in a JPEG 2000 picture: tiles, tile-components, resolutions, subbands, precincts, code-blocks
 // (T.800 Annex B). Coordinates are absolute: on the reference grid, or on the same grid divided.
 #pragma once

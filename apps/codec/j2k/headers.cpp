@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Reading of marker segments, with the checks that keep later stages safe.
 #include "codec/j2k/headers.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What the marker segments in the headers of a JPEG 2000 codestream say (T.800 Annex A).
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Reading of marker segments.
 #include "codec/j2k/markers.h"
 

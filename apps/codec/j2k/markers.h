@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Marker layer of a JPEG 2000 codestream: marker codes and marker segments (T.800 Annex A).
 #pragma once
 

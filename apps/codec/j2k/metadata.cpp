@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Boxes and comments with metadata.
 #include "codec/j2k/metadata.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Metadata in a JPEG 2000 file: boxes of JP2 (colour profile, resolution, UUID boxes with EXIF and XMP), and comments
 // of the codestream.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The bits of a packet's header: from the top of each byte, and behind a 0xFF only seven (T.800 B.10.1).
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Rows of samples or coefficients of a tile-component, a resolution or a subband.
 #pragma once
 

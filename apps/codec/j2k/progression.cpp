@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // All five progressions are one: precincts are put in order, then taken in groups, each group layer by layer.
 #include "codec/j2k/progression.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The order in which the packets of a tile follow each other (T.800 B.12).
 #pragma once
 

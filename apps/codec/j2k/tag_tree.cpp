@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Layout of tag trees.
 #include "codec/j2k/tag_tree.h"
 

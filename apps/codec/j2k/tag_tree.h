@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Tag trees: numbers of code-blocks, coded as far as the reader asks (T.800 B.10.2).
 #pragma once
 

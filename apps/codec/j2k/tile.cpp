@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Construction of tiles: how components are cut up (T.800 B.5 to B.7).
 #include "codec/j2k/tile.h"
 

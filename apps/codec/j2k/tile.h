@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A tile of a JPEG 2000 picture with all that is coded of it: components, resolutions, subbands, and the code-blocks
 // with the bytes that the packets bring for them.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Levels are transformed in pieces of some rows, which stay in the cache between rows and columns. The library's row
 // and column functions take what lies beside a line as it is: its symmetric extension is made here.
 #include "codec/j2k/wavelet.h"

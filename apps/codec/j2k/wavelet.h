@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The wavelet transforms of a tile-component over all its levels (T.800 Annex F): the reversible 5/3 of int32_t, the
 // irreversible 9/7 of float.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // All quantized blocks of a picture, for files that are coded in more than one pass.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Which conversions there are, and the MCUs at the right and lower edges.
 #include "codec/jpeg/fused.h"
 

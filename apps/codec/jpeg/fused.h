@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Blocks of whole MCUs straight to pixels, and pixels to blocks, without planes between them.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Reading of frame, table and scan headers, with all the checks that keep later stages safe.
 #include "codec/jpeg/headers.h"
 

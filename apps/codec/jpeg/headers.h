@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What the marker segments before and between scans define: the frame, the tables, the scan (T.81 B.2).
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Facts about a JPEG file that need no decoding.
 #include "codec/jpeg/info.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What the headers of a JPEG file (T.81 Annex B) say about the picture in it.
 #pragma once
 

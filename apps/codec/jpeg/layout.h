@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // How the blocks of a scan lie: MCUs across and down, and the blocks of one MCU (T.81 A.2). In a lossless file a block
 // is one sample.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Finding and reading marker segments.
 #include "codec/jpeg/markers.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Marker layer of a JPEG file: marker codes and marker segments (T.81 Annex B).
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Application segments, known by the text that they begin with.
 #include "codec/jpeg/metadata.h"
 

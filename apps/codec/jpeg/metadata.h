@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Metadata in the application and comment segments of a JPEG file: JFIF (density), APP1 (EXIF, XMP), APP2 (ICC), COM.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The order of progressive scans.
 #include "codec/jpeg/progression.h"
 

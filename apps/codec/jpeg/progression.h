@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // How far a progressive picture has come: which bits of which coefficients have had their scans (T.81 G.1.1).
 #pragma once
 

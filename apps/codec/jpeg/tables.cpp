@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Typical quantization steps and Huffman tables (T.81 Annex K).
 #include "codec/jpeg/tables.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Constant tables of T.81: zig-zag order, and the typical quantization and Huffman tables of Annex K.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The 8x8 DCT: public functions.
 #include "jpeg/block/dct.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The 8x8 DCT, alone and fused with quantization, level shift and clamping: the table of its block kernels.
 #pragma once
 

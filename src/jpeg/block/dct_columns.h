@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Column passes of the 8x8 DCT: eight rows, one lane per column. Sums and differences saturate, shifts to the left
 // wrap.
 #pragma once

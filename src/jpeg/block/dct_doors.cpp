@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The 8x8 DCT: exported internal functions.
 #include "jpeg/block/dct_doors.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Kernels of the 8x8 DCT. Column passes take eight rows of eight lanes; row passes and quantization take registers as
 // wide as the machine has, each with the rows of one or two tables side by side.
 #include "jpeg/block/dct.h"

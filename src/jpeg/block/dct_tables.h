@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Constants of the 8x8 DCT kernels.
 #pragma once
 

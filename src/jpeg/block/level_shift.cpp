@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Level shift: public functions.
 #include "jpeg/block/level_shift.h"
 

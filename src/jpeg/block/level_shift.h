@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Level shift: the table of its row and block kernels.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Level shift: exported internal functions.
 #include "jpeg/block/level_shift_doors.h"
 

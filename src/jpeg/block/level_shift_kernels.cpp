@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Kernels of the level shift.
 #include "jpeg/block/level_shift.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Quantization: tables, and public functions.
 #include "jpeg/block/quantization.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Quantization: the table of its block kernels.
 #pragma once
 

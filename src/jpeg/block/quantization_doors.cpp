@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Quantization: exported internal functions.
 #include "jpeg/block/quantization_doors.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Quantization: the internal functions that the library exports beside its interface. They check nothing.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The zig-zag tables, and blocks in their order.
 #include "jpeg/block/zigzag.h"
 

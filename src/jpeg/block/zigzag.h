@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The zig-zag order of a block of coefficients (T.81 Figure A.6).
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Colour conversion: the table of its row kernels.
 #pragma once
 

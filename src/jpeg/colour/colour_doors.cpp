@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Colour conversion: exported internal functions. Kernels decide by the place in the row, so one serves whole rows and
 // multiples of four pixels.
 #include "jpeg/colour/colour_doors.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Kernels of the colour conversion. Which arithmetic converts a pixel depends on its place in the row alone: groups of
 // four (or eight) pixels use products in fixed point, what is left of the row the tables.
 #include "jpeg/colour/colour.h"

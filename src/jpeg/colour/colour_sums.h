@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The weighted sums that make Y, Cb and Cr from pixels: of one by tables, and with 15 fraction bits of any number,
 // weigh<Fixed15::kY>(coloursAt(lanes, pixels, i)).
 #pragma once

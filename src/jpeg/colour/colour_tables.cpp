@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The tables of the colour conversion, from the equations of JFIF.
 #include "jpeg/colour/colour_tables.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Tables of the colour conversion between RGB and YCbCr (JFIF), 16 fraction bits, for single pixels without products.
 #pragma once
 

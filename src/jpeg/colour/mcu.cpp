@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // MCU conversion: public functions.
 #include "jpeg/colour/mcu.h"
 

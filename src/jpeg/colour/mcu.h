@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // MCU conversion: the table of its kernels.
 #pragma once
 

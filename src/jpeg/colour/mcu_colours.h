@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The colour steps of the MCU kernels, on samples around 0: pixel by pixel, which is the definition, and in registers
 // of 16-bit lanes, which give the same for every sample of 16 bits.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // MCU conversion: exported internal functions.
 #include "jpeg/colour/mcu_doors.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Kernels of the MCU conversion: a sampling, a colour step, a pixel format and a direction each.
 #include "jpeg/colour/mcu.h"
 

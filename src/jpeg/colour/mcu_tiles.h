@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Tiles of pixels for the MCU kernels. A register holds 16 pixels of a channel in each of its blocks of 16 bytes: a row
 // of 16, or in tiles of 8 columns the halves of two rows.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Pixel formats of colours (core/channels.h), of 8 bits for each channel or packed into 16. Interleaved ones know the
 // bytes of a pixel.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Rows of pixels in groups of 4 or 8: the lanes that they are walked in beside Lanes<N>, and the walk.
 #pragma once
 

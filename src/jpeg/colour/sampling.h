@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Chroma sampling by two: the table of its row kernels.
 #pragma once
 

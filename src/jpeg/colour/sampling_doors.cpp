@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Chroma sampling by two: exported internal functions.
 #include "jpeg/colour/sampling_doors.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Kernels of the chroma sampling by two.
 #include "jpeg/colour/sampling.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Sets of coefficients of a block, a bit for each. For kernels.
 #pragma once
 

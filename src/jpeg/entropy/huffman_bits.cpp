@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Sizes of values and runs, and the bit writer that defines what every encoder writes.
 #include "jpeg/entropy/huffman_bits.h"
 

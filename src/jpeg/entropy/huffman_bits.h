@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What Huffman coders share: magnitude categories (T.81 F.1.2.1), and bits to and from a stream through the state
 // objects, one symbol at a time. Position arguments count bytes from the start of the buffer.
 #pragma once

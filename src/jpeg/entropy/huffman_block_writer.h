@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A block's AC symbols found, coded and written all together, in registers of 64 bytes: sixteen symbols a step,
 // whatever they are. For kernels; S is Simd<64>.
 #pragma once

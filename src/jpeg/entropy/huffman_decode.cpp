@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Sequential Huffman decoding: public functions.
 #include "jpeg/entropy/huffman_decode.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Sequential Huffman decoding: the table of its kernels.
 #pragma once
 

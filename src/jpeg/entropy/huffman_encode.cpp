@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Sequential Huffman encoding and statistics: public functions, and the plain steps, which define what is written.
 #include "jpeg/entropy/huffman_encode.h"
 

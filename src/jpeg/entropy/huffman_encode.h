@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Sequential Huffman encoding: the table of its kernels, and a plain step that its doors share.
 #pragma once
 

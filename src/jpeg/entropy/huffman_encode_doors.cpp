@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Sequential Huffman encoding: exported internal functions.
 #include "jpeg/entropy/huffman_encode_doors.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Kernels of sequential Huffman encoding.
 #include "jpeg/entropy/huffman_encode.h"
 

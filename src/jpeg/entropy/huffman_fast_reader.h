@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The next bits of a coded segment in one word, taken in several bytes at a time and not up to the end, where a reader
 // goes on that goes byte by byte. For kernels.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Bits of a coded segment on their way to memory. For kernels.
 #pragma once
 

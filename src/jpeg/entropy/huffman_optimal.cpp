@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The best Huffman table for given statistics (T.81 K.2).
 #include <stdint.h>
 

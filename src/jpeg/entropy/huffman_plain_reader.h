@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The bits of a coded segment, read symbol by symbol and taken in byte by byte. For kernels.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Symbols and values to a stream, one at a time: the plain steps that define what every encoder writes.
 #pragma once
 

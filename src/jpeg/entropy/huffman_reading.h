@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What decoders do with the bits that their state holds already.
 #pragma once
 

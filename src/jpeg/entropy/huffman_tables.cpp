@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Huffman tables from their lists, and the life of the four objects.
 #include "jpeg/entropy/huffman_tables.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Huffman objects: their layouts, and the builders.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Values as Huffman coders write them: a category, and bits (T.81 F.1.2.1).
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Progressive Huffman decoding: public functions.
 #include "jpeg/entropy/progressive_decode.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Kernels of progressive Huffman decoding.
 #include "jpeg/entropy/progressive_decode.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Progressive Huffman encoding and statistics (T.81 G.1.2): public functions.
 #include "jpeg/entropy/progressive_encode.h"
 

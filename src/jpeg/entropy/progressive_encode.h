@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Progressive Huffman encoding: the table of its kernels.
 #pragma once
 

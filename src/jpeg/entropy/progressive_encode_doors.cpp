@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Progressive Huffman encoding: exported internal functions.
 #include "jpeg/entropy/progressive_encode_doors.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Kernels of progressive Huffman encoding: one walk over a band for the writer and the counter.
 #include "jpeg/entropy/progressive_encode.h"
 

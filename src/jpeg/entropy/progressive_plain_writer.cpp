@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The plain steps of progressive Huffman encoding.
 #include "jpeg/entropy/progressive_plain_writer.h"
 

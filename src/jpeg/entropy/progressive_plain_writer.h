@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Progressive scans of AC coefficients to a stream (T.81 G.1.2.2, G.1.2.3): the plain steps, which define what is
 // written, and the choice between them and the kernels.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The coefficients of a block as its scan meets them, found all at once. For kernels that encode.
 #pragma once
 

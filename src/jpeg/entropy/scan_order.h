@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The order of coefficients in a scan (T.81 Figure A.6), for kernels.
 #pragma once
 

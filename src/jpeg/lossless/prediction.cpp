@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Lossless prediction: public functions.
 #include "jpeg/lossless/prediction.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Lossless prediction: the table of its row kernels.
 #pragma once
 

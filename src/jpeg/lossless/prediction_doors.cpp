@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Lossless prediction: exported internal functions.
 #include "jpeg/lossless/prediction_doors.h"
 

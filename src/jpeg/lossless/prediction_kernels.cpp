@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Kernels of lossless prediction. Differences have no dependence along the row; samples are restored as running sums by
 // predictors 1, 4 and 5, without any dependence by 2 and 3, and one after the other by 6 and 7.
 #include "jpeg/lossless/prediction.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The tables of contexts for zero coding, sign coding and refinement, by the rules of T.800 Tables D.1 to D.4.
 #include "jpeg2k/coding/code_block_contexts.h"
 

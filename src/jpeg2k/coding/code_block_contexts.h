@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Contexts of a sample from the flags of its neighbours (T.800 D.3), as numbers of `Context`.
 #pragma once
 

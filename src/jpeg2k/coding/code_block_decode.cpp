@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Decoding of code-blocks: exported functions, and which passes a segment holds.
 #include "jpeg2k/coding/code_block_decode.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Decoding of code-blocks: the state of a decoder, the coding passes, and the table of their kernels.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The coding passes of code-block decoding (T.800 D.3).
 #include "jpeg2k/coding/code_block_decode.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Code-block encoding (T.800 Annex D): exported functions, and the sequence of passes and segments.
 #include "jpeg2k/coding/code_block_encode.h"
 

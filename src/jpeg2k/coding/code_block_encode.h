@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Code-block encoding: the block as sets of samples, and the table of the kernels that work on them.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Kernels of code-block encoding.
 #include "jpeg2k/coding/code_block_encode.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Records of decisions to bytes: all but the loop of a kernel.
 #include "jpeg2k/coding/decision_coder.h"
 

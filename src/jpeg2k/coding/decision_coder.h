@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Codes recorded decisions, each (context << 1) | decision, into segments.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Distortion tables: the squared error before a decision less that after it.
 #include "jpeg2k/coding/distortion_tables.h"
 

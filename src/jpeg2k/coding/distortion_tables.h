@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // How much coding decisions reduce the squared error (T.800 J.14).
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The MQ decoder as T.800 C.3 has it: one decision, one byte at a time.
 #include "jpeg2k/coding/mq_decoder.h"
 

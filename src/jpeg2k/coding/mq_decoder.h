@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The MQ decoder (T.800 C.3), step by step.
 //
 // The code register holds the complement of the standard's: bytes enter as 0xFF less their value, and the MPS has the

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // MQ encoder: start and end of segments.
 #include "jpeg2k/coding/mq_encoder.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The MQ encoder's registers, byte output and terminations (T.800 C.2).
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A decision of the MQ decoder (T.800 C.3.2) but for renormalisation. For kernels.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The probability states of the MQ coder (T.800 Table C.2) with the sense of the more probable symbol: state 2i + mps.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // T.800 Table C.2, and the states in which contexts start (Table D.7).
 #include "jpeg2k/coding/mq_tables.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Probability estimation of the MQ coder (T.800 Table C.2) and the contexts of code-blocks.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The MQ decoder without branches: the code register, and after it the bits that come next, in one word that takes in
 // several bytes at a time. For kernels; the results are those of the steps in mq_decoder.h, whatever the bytes.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The coding passes of a code-block (T.800 D.3), and the codeword segments that they make (D.4.2, D.6): for decoder and
 // encoder.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Packs the bits of coding passes that bypass the arithmetic coder (T.800 D.6).
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The decisions of a word's samples as the bytes that are recorded, and those of a set of them appended to a record.
 // For kernels.
 #pragma once

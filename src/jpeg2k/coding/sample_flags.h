@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What the decoder knows of each sample of a code-block and of its neighbours (T.800 D.3).
 //
 // A sample has a byte that tells which neighbours are significant, and a byte that tells of itself and of the signs of

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Flags of 16 stripe columns at a time: bit 4 * column + row of a mask is that of a sample, in the order of the scan.
 // For kernels.
 #pragma once

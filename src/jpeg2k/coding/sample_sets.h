@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Sets of samples and their neighbours, 64 at a time, and the contexts that follow (T.800 D.3). For kernels.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Component transforms: public functions.
 #include "jpeg2k/transform/component_transform.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Component transforms: the tables of their row kernels.
 #pragma once
 

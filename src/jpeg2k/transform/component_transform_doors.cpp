@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Component transforms: exported internal functions.
 #include "jpeg2k/transform/component_transform_doors.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Kernels of the component transforms.
 #include "jpeg2k/transform/component_transform.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The lifting steps of both wavelet filters, stated once for single samples and registers, for rows and columns.
 // A filter has samples Sample in memory and Value<N> in registers of N bytes; N = 1 is one sample.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The walk of the lifting steps along a row: single pairs at its ends, registers of pairs between them.
 #pragma once
 

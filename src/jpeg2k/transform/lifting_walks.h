@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The walk of the lifting steps down columns, by pairs of rows; and the table of all walks.
 #pragma once
 

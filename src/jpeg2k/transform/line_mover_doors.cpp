@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Line movers: exported internal functions.
 #include "jpeg2k/transform/line_mover_doors.h"
 

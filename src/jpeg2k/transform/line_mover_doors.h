@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Moves lines between a picture and a line buffer, with their symmetric extension: internal functions that the
 // library exports beside its interface. They check nothing.
 //

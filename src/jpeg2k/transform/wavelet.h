@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What both wavelet filters share: a line of samples with what lies beyond its ends, and the table of kernels that lift
 // lines of one sample type.
 #pragma once

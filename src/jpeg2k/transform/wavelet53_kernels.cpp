@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Kernels of the 5/3 wavelet.
 #include "jpeg2k/transform/lifting_walks.h"
 #include "jpeg2k/transform/wavelet53.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The irreversible 9/7 wavelet: public functions.
 #include "jpeg2k/transform/wavelet97.h"
 

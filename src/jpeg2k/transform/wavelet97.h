@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The irreversible 9/7 wavelet: the table of its kernels.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Kernels of the 9/7 wavelet.
 #include "jpeg2k/transform/lifting_walks.h"
 #include "jpeg2k/transform/wavelet97.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What the public functions of both filters do: one template for each shape of arguments, with its checks.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Wavelets: exported internal functions.
 #include "jpeg2k/transform/wavelet_doors.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Lines of a tile: columns, side by side in strips, and single rows.
 #pragma once
 

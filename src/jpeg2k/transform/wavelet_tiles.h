@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Tiles: one level of the transform in both directions, in place or between a picture and four subbands.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Decoding of code-blocks, each by itself.
 #include "codec/j2k/decode/block_decoder.h"
 

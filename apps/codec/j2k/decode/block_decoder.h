@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // From the code-blocks of a tile-component to the coefficients in its subbands (T.800 Annexes D, E and H).
 #pragma once
 

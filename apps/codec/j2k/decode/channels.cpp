@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Which channels are the colours, and their samples row by row.
 #include "codec/j2k/decode/channels.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // From the components of a JPEG 2000 picture to one that can be shown: palette, meaning of the channels, up-sampling
 // and colour space (T.800 Annex I).
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The main header, and the tile-parts without looking into them.
 #include "codec/j2k/decode/codestream.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A JPEG 2000 codestream, taken apart into its headers and the tile-parts of each tile (T.800 Annex A).
 #pragma once
 

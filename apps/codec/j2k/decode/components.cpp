@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Tiles, one after the other or several at once.
 #include "codec/j2k/decode/components.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The components of a JPEG 2000 picture as they were coded: decoded tile by tile.
 #pragma once
 

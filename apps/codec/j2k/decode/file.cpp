@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Opening of JPEG 2000 files.
 #include "codec/j2k/decode/file.h"
 

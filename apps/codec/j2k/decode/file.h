@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // JPEG 2000 files: a bare codestream, or one in a JP2 file.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Packets, one after the other through all tile-parts of a tile.
 #include "codec/j2k/decode/packet_reader.h"
 

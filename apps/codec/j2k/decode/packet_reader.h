@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Reads the packets of a tile: which code-blocks have how many passes, and where their bytes are (T.800 B.9, B.10).
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // From files to pictures.
 #include "codec/j2k/decode/reader.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Decodes JPEG 2000 files (T.800): JP2 files and bare codestreams.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Components by themselves up to the wavelet; then the component transform, level shift and clamping (T.800 Annex G) in
 // strips of rows.
 #include "codec/j2k/decode/tile_decoder.h"

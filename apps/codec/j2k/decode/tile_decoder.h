@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // One tile of a JPEG 2000 picture, from its packets to samples.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Norms by the autocorrelations of the synthesis filters.
 #include "codec/j2k/encode/band_energy.h"
 

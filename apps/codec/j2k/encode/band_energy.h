@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // How errors of wavelet coefficients and of transformed components weigh in the picture.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Around the library's code-block encoder.
 #include "codec/j2k/encode/block_encoder.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Codes code-blocks: from wavelet coefficients to coding passes, with what each of them costs and gains.
 #pragma once
 

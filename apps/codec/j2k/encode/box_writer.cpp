@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Boxes.
 #include "codec/j2k/encode/box_writer.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Tiles without passes, and how far these are taken.
 #include "codec/j2k/encode/encoded_tile.h"
 

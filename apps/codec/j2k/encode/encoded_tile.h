@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A tile of a JPEG 2000 picture on its way into a file: what the code-block encoder made of it, before it is known how
 // much of it the packets take.
 #pragma once

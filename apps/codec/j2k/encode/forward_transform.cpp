@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Rows of the picture become rows of planes, and these coefficients.
 #include "codec/j2k/encode/forward_transform.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // From a tile of a picture to its wavelet coefficients: level shift, component transform, wavelet (T.800 Annexes F, G).
 #pragma once
 

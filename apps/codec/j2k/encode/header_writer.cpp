@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Marker segments of the headers.
 #include "codec/j2k/encode/header_writer.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Writes the marker segments of a JPEG 2000 codestream (T.800 Annex A).
 #pragma once
 

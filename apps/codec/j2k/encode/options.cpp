@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // From options to headers.
 #include "codec/j2k/encode/options.h"
 

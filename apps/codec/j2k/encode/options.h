@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What a JPEG 2000 file shall be like, and the headers that say so.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Headers and bodies of packets.
 #include "codec/j2k/encode/packet_writer.h"
 

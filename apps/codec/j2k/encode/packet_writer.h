@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Writes the packets of a precinct, layer after layer (T.800 B.9, B.10).
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Convex hulls, and slopes by bisection.
 #include "codec/j2k/encode/rate_allocation.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Rate-distortion optimisation after the coding of all code-blocks: where to cut each so that the error is least for
 // the bytes, layer by layer. One slope for all code-blocks of the picture does that (T.800 J.14).
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Counts of coefficients by their octave, and what coding them plane by plane would take.
 #include "codec/j2k/encode/step_estimate.h"
 

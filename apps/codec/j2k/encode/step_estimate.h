@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Which quantization step a lossy file wants, from what the wavelet makes of samples of the picture: with a much finer
 // one, most of what is coded would be cut off again.
 #pragma once

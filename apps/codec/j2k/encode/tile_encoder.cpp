@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Transforms, then code-blocks on all threads.
 #include "codec/j2k/encode/tile_encoder.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Codes all code-blocks of a tile.
 #pragma once
 

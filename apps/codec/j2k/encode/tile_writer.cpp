@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Packets in order.
 #include "codec/j2k/encode/tile_writer.h"
 

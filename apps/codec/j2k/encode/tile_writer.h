@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Writes a tile: one tile-part with all packets in the order of the progression (T.800 A.4.2, B.12).
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Tiles are coded, then cut to what the options allow, then written.
 #include "codec/j2k/encode/writer.h"
 

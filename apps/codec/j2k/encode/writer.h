@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Encodes pictures as JPEG 2000 files (T.800).
 #pragma once
 

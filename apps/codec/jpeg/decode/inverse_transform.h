@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Where decoded blocks go: through the inverse DCT into planes of samples.
 #pragma once
 

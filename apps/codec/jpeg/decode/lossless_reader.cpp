@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Rows of differences, in place to samples, to the picture.
 #include "codec/jpeg/decode/lossless_reader.h"
 

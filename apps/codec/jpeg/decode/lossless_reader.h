@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // From the differences of lossless scans to samples, and from these to the picture (T.81 Annex H).
 #pragma once
 

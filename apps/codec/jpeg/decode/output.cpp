@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Up-sampling by the library's row functions where they fit, by replication elsewhere; then colour.
 #include "codec/jpeg/decode/output.h"
 

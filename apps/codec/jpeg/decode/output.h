@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // From components to the picture: up-sampling and colour conversion, row by row.
 #pragma once
 

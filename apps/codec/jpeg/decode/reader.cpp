@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Decoding of whole files: one scan of all components straight into the picture, scan after scan into planes, all scans
 // of a progressive file into a store of coefficients first, or the rows of a lossless one without any of that.
 #include "codec/jpeg/decode/reader.h"

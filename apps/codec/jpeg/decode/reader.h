@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Decodes JPEG files (T.81) of one to four components: baseline, extended sequential and progressive ones with samples
 // of 8 bits, lossless ones with 2 to 16.
 #pragma once

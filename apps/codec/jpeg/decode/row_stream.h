@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Rows of MCUs on their way to the picture: inverse DCT, up-sampling, colour.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Restart intervals and recovery from damage.
 #include "codec/jpeg/decode/scan.h"
 

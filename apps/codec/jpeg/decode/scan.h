@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Entropy-coded data of one scan: blocks of coefficients in the order of the file, across restart markers and damage
 // (T.81 E.2, F.2, G.2).
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Which rows may be decoded next.
 #include "codec/jpeg/decode/scan_chain.h"
 

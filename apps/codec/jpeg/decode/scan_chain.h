@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The scans of a progressive picture on several threads: each follows the one before it through the picture, some rows
 // behind, as it refines what that has decoded.
 #pragma once

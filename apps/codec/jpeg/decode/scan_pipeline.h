@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A sequential scan goes straight into the picture. On several threads one after the other decodes the next rows of
 // MCUs, and turns them into lines of the picture while the next one decodes.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Eight bytes at a time, where neither those read nor those written have a 0xFF among them.
 #include "codec/jpeg/encode/bit_joiner.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Joins entropy-coded data that was coded in parts, bit behind bit (T.81 F.1.2.3).
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The differences of a lossless scan (T.81 H.1), row by row from the picture.
 #pragma once
 

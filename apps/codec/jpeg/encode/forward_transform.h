@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Blocks of a scan straight from strips of the picture, by the forward DCT.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Colour conversion and down-sampling by the library's row functions, so that rows stay in the first cache.
 #include "codec/jpeg/encode/input.h"
 

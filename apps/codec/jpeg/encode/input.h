@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // From the picture to components: colour conversion and down-sampling, a row of MCUs at a time.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Two passes over each scan: its differences are counted for the best tables, then coded. They are computed again,
 // which takes less time than to keep them.
 #include "codec/jpeg/encode/lossless_writer.h"

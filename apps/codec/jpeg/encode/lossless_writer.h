@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Encodes pictures as lossless JPEG files (T.81 Annex H).
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Parts of scans, what lies between them, and sums of what they have.
 #include "codec/jpeg/encode/scan_parts.h"
 

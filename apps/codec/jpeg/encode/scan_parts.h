@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A sequential scan in parts, some rows of MCUs each, which are coded or counted beside each other. Where a part begins
 // is known only when those before it are coded: its bits are shifted there then.
 #pragma once

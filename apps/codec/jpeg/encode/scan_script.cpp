@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Scan scripts: the usual one, reading of text, and the rules.
 #include "codec/jpeg/encode/scan_script.h"
 

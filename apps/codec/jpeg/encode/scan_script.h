@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Scan scripts: which coefficients, and which of their bits, each scan of a file holds (T.81 G.1.1).
 #pragma once
 

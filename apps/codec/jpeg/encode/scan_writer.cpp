@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Tables from counts; room, padding and restart markers of a scan.
 #include "codec/jpeg/encode/scan_writer.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Entropy coding of one scan, or counting its symbols first, block after block.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Fields of marker segments, most significant byte first.
 #include "codec/jpeg/encode/segment_writer.h"
 

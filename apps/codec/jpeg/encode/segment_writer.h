@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Writes the marker segments of a JPEG file (T.81 B.2).
 #pragma once
 

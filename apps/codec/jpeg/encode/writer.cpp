@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Encoding of whole files: straight from strips of the picture into one scan, or with all coefficients kept where
 // tables or scans need more than one pass.
 #include "codec/jpeg/encode/writer.h"

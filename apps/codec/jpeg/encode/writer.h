@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Encodes pictures of 8-bit samples as baseline, extended sequential or progressive JPEG files, and pictures of 2 to 16
 // bits as lossless ones (T.81).
 #pragma once
