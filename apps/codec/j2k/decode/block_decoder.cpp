@@ -172,7 +172,7 @@ bool isNeeded(const Band& band, const CodeBlock& block, int levelsBelow, const R
 {
     auto meets = [&](uint32_t from, uint32_t length, uint32_t first, uint32_t end) {
         return from < (int64_t(end) >> levelsBelow) + 1 + kReach &&
-               int64_t(from) + length > (first >> levelsBelow) - kReach;
+               int64_t(from) + length > (int64_t(first) >> levelsBelow) - kReach;
     };
     return meets(band.rect.x0 + block.x, block.width, window.x0, window.x1) &&
            meets(band.rect.y0 + block.y, block.height, window.y0, window.y1);
