@@ -63,7 +63,7 @@ void convert(QelStatus (*function)(const S*, int, D*, int, QelSize), Input& in)
     Region src(in, kSrcBytes * size.width, size.height), dst(in, kDstBytes * size.width, size.height);
     function(src.buffer.as<S>(), src.step, dst.buffer.as<D>(), dst.step, size);
 }
-// Down-sampling reads twice the destination's size, up-sampling half of it, of what there is.
+// Down-sampling reads twice the destination's size; up-sampling half its width, and a sample on either side.
 enum class Way { down, up };
 void resample(QelStatus (*function)(const uint8_t*, int, QelSize, uint8_t*, int, QelSize), Way way, Input& in)
 {
@@ -71,8 +71,8 @@ void resample(QelStatus (*function)(const uint8_t*, int, QelSize, uint8_t*, int,
     QelSize srcSize = sizeOf(in);
     if (way == Way::down) srcSize = {2 * dstSize.width, 2 * dstSize.height};
     if (way == Way::up) srcSize.width = (dstSize.width + 1) / 2;
-    Region src(in, srcSize.width, srcSize.height), dst(in, dstSize.width, dstSize.height);
-    function(src.buffer, src.step, srcSize, dst.buffer, dst.step, dstSize);
+    Region src(in, srcSize.width + 2, srcSize.height), dst(in, dstSize.width, dstSize.height);
+    function(src.buffer + 1, src.step, srcSize, dst.buffer, dst.step, dstSize);
 }
 
 using BufferSize = QelStatus (*)(const QelRect*, int*);
