@@ -2,6 +2,8 @@
 // Each family's cases, in the order of the table.
 #pragma once
 
+#include <string>
+
 namespace qel::bench {
 
 void addLevelShiftCases();
@@ -22,6 +24,6 @@ void addCodeBlockCases();
 void addSupportCases();
 
 // Beside busy programs: prints how long calls take on one thread and on all.
-void measureLoad();
+void measureLoad(const std::string& filter);
 
 }

@@ -12,6 +12,7 @@
 #include <functional>
 #include <memory>
 #include <numeric>
+#include <regex>
 #include <string>
 #include <vector>
 
@@ -69,6 +70,15 @@ private:
     std::vector<pid_t> children_;
 };
 
+// As many as programs get that say nothing of threads.
+void onDefaultThreads(const std::function<void()>& work)
+{
+    omp_set_num_threads(omp_get_num_procs());
+    codec::ThreadLimit none(0);
+    work();
+    omp_set_num_threads(1);
+}
+
 double now()
 {
     timespec t;
@@ -84,7 +94,7 @@ void measure(const LoadCase& one, int busy, int all)
     std::vector<double> times[2];
     for (int turn = 0; turn < 2 * kTurns; ++turn) {
         std::vector<double>& mine = times[turn % 2];
-        onThreads(turn % 2 ? all : 1, [&] {
+        auto work = [&] {
             double last = now(), end = last + kTurn;
             do {
                 one.run();
@@ -92,14 +102,18 @@ void measure(const LoadCase& one, int busy, int all)
                 mine.push_back(1e6 * (next - last));
                 last = next;
             } while (last < end);
-        })();
+        };
+        turn % 2 ? onDefaultThreads(work) : onThreads(1, work)();
     }
+    double alone = 0;
     for (int i : {0, 1}) {
         std::vector<double>& mine = times[i];
         std::sort(mine.begin(), mine.end());
         double mean = std::accumulate(mine.begin(), mine.end(), 0.0) / double(mine.size());
         auto at = [&](double part) { return mine[size_t(part * double(mine.size() - 1))]; };
-        printf("%-34s %4d %7d %11.1f %11.1f %11.1f\n", one.name.c_str(), busy, i ? all : 1, mean, at(0.5), at(0.99));
+        if (!i) alone = mean;
+        printf("%-44s %4d %7d %11.1f %11.1f %11.1f %6.2f\n", one.name.c_str(), busy, i ? all : 1, mean, at(0.5),
+               at(0.99), alone / mean);
     }
 }
 
@@ -131,31 +145,57 @@ void addFunctions(std::vector<LoadCase>& cases)
         }
 }
 
-void addCodec(std::vector<LoadCase>& cases)
+std::string sizeOf(const codec::Picture& picture)
 {
-    const codec::Picture& picture = pictures()[0].picture;
-    for (bool isProgressive : {false, true}) {
-        codec::jpeg::EncodeOptions options = {.progressive = isProgressive};
-        std::string name = isProgressive ? "progressive" : "sequential";
+    return " " + std::to_string(picture.width()) + "x" + std::to_string(picture.height());
+}
+
+void addJpeg(std::vector<LoadCase>& cases, const codec::Picture& picture)
+{
+    using codec::jpeg::EncodeOptions;
+    const std::pair<std::string, EncodeOptions> kinds[] = {
+        {"4:2:0", {}},
+        {"4:4:4", {.sampling = codec::jpeg::kSampling444}},
+        {"4:2:0 own tables", {.optimiseTables = true}},
+        {"4:4:4 own tables", {.sampling = codec::jpeg::kSampling444, .optimiseTables = true}},
+        {"progressive", {.progressive = true}}};
+    for (const auto& [kind, options] : kinds) {
+        std::string name = "JPEG " + kind + sizeOf(picture);
         cases.push_back({"encode " + name, [&picture, options] { codec::jpeg::encode(picture, options); }});
         cases.push_back(
             {"decode " + name, [file = codec::jpeg::encode(picture, options)] { codec::jpeg::decode(file); }});
     }
-    codec::j2k::EncodeOptions options = {.isLossless = true};
-    cases.push_back({"encode JPEG 2000", [&picture, options] { codec::j2k::encode(picture, options); }});
-    cases.push_back({"decode JPEG 2000", [file = codec::j2k::encode(picture, options)] { codec::j2k::decode(file); }});
 }
 
-}
-
-void measureLoad()
+void addJpeg2000(std::vector<LoadCase>& cases, const codec::Picture& picture)
 {
+    codec::j2k::EncodeOptions options = {.isLossless = true};
+    std::string name = "JPEG 2000" + sizeOf(picture);
+    cases.push_back({"encode " + name, [&picture, options] { codec::j2k::encode(picture, options); }});
+    cases.push_back({"decode " + name, [file = codec::j2k::encode(picture, options)] { codec::j2k::decode(file); }});
+}
+
+void addCodec(std::vector<LoadCase>& cases)
+{
+    const codec::Picture &small = pictures().front().picture, &usual = pictures().back().picture;
+    static const codec::Picture kLarge = repeated(usual, 3, 2);
+    for (const codec::Picture* picture : {&small, &usual, &kLarge}) addJpeg(cases, *picture);
+    for (const codec::Picture* picture : {&small, &usual}) addJpeg2000(cases, *picture);
+}
+
+}
+
+void measureLoad(const std::string& filter)
+{
+    std::regex wanted(filter);
     int all = codec::usableProcessors();
     std::vector<LoadCase> cases;
     addCodec(cases);
     addFunctions(cases);
+    std::erase_if(cases, [&](const LoadCase& one) { return !std::regex_search(one.name, wanted); });
     setvbuf(stdout, nullptr, _IOLBF, 0);
-    printf("%-34s %4s %7s %11s %11s %11s\n", "microseconds a call", "busy", "threads", "mean", "median", "99 of 100");
+    printf("%-44s %4s %7s %11s %11s %11s %6s\n", "microseconds a call", "busy", "threads", "mean", "median",
+           "99 of 100", "faster");
     for (int busy : {0, 1, 2}) {
         BusyPrograms programs(busy * all);
         for (const LoadCase& one : cases) measure(one, busy, all);

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// qelbench: Google Benchmark's command line, and --rounds and --turn_ms for the length of the measurement; or --load.
+// qelbench: Google Benchmark's command line, and --rounds and --turn_ms for the length of the measurement; or --load
+// REGEX.
 #include <malloc.h>
 #include <omp.h>
 #include <stdio.h>
@@ -102,8 +103,8 @@ int main(int argc, char** argv)
         fprintf(stderr, "qelbench: --rounds takes 1 to 1000, --turn_ms more than 0 and up to 10000\n");
         return 2;
     }
-    if (argc == 2 && !strcmp(argv[1], "--load")) {
-        qel::bench::measureLoad();
+    if (argc == 3 && !strcmp(argv[1], "--load")) {
+        qel::bench::measureLoad(argv[2]);
         return 0;
     }
     benchmark::Initialize(&argc, argv);

@@ -122,4 +122,13 @@ codec::Picture mosaicOf(const codec::Picture& picture, int width, int height)
     return mosaic;
 }
 
+codec::Picture repeated(const codec::Picture& picture, int across, int down)
+{
+    codec::Picture all = rgb(picture.width() * across, picture.height() * down);
+    for (int y = 0; y < all.height(); ++y)
+        for (int i = 0; i < across; ++i)
+            memcpy(all.row(y) + picture.step() * size_t(i), picture.row(y % picture.height()), picture.step());
+    return all;
+}
+
 }

@@ -27,5 +27,7 @@ const NamedPicture& noise();
 codec::Picture crop(const codec::Picture& picture, int width, int height);
 codec::Picture greyOf(const codec::Picture& picture, int width, int height);
 codec::Picture mosaicOf(const codec::Picture& picture, int width, int height);
+// So many of them side by side, and so many rows of these.
+codec::Picture repeated(const codec::Picture& picture, int across, int down);
 
 }

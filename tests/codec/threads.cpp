@@ -68,7 +68,7 @@ TEST(Threads, ChangeNoJpegFiles)
     for (auto& tested : cases) {
         SCOPED_TRACE(&tested - cases);
         const jpeg::EncodeOptions& options = tested.second;
-        Picture picture = paintedPicture(801, 530, tested.first);
+        Picture picture = paintedPicture(1201, 900, tested.first);
         File file = alone([&] { return jpeg::encode(picture, options); });
         EXPECT_TRUE(together([&] { return jpeg::encode(picture, options); }) == file);
         for (jpeg::Upsampling upsampling : {jpeg::Upsampling::triangle, jpeg::Upsampling::replicate})
@@ -139,10 +139,10 @@ TEST(Threads, FollowTheInnermostLimit)
     EXPECT_EQ(threadsFor(1 << 20), 3);
 }
 
-class QuotaFiles : public testing::Test {
+class SystemFiles : public testing::Test {
 protected:
-    QuotaFiles() : root_(std::filesystem::path(testing::TempDir()) / ("quota" + std::to_string(getpid()))) {}
-    ~QuotaFiles() override { std::filesystem::remove_all(root_); }
+    SystemFiles() : root_(std::filesystem::path(testing::TempDir()) / ("quota" + std::to_string(getpid()))) {}
+    ~SystemFiles() override { std::filesystem::remove_all(root_); }
     void write(const std::filesystem::path& name, const char* text)
     {
         std::filesystem::create_directories((root_ / name).parent_path());
@@ -153,7 +153,20 @@ protected:
     std::filesystem::path root_;
 };
 
-TEST_F(QuotaFiles, MayBeMissingOrUnlimited)
+TEST_F(SystemFiles, TellHowManyProcessorsAreIdle)
+{
+    int all = idleProcessors(root_); // nothing is known
+    EXPECT_GE(all, 1);
+    auto idle = [&](int others) {
+        write("proc/loadavg", ("9.5 7.25 3 " + std::to_string(1 + others) + "/321 4567\n").c_str());
+        return idleProcessors(root_);
+    };
+    EXPECT_EQ(idle(0), all);
+    EXPECT_EQ(idle(1), all - 1);
+    EXPECT_EQ(idle(100 + all), 0);
+}
+
+TEST_F(SystemFiles, OfQuotasMayBeMissingOrUnlimited)
 {
     EXPECT_EQ(quota(), INFINITY);
     write("proc/self/cgroup", "0::/a\n");
@@ -164,7 +177,7 @@ TEST_F(QuotaFiles, MayBeMissingOrUnlimited)
     }
 }
 
-TEST_F(QuotaFiles, OfVersion2AreTheLeastOnTheWayUp)
+TEST_F(SystemFiles, OfQuotasOfVersion2AreTheLeastOnTheWayUp)
 {
     write("proc/self/cgroup", "0::/a/b c/d\n");
     write("sys/fs/cgroup/a/b c/d/cpu.max", "max 100000\n");
@@ -176,7 +189,7 @@ TEST_F(QuotaFiles, OfVersion2AreTheLeastOnTheWayUp)
     EXPECT_EQ(quota(), 0.1);
 }
 
-TEST_F(QuotaFiles, OfVersion1StandWithTheirControllers)
+TEST_F(SystemFiles, OfQuotasOfVersion1StandWithTheirControllers)
 {
     write("proc/self/cgroup", "12:cpuset:/x\n4:cpu,cpuacct:/host/name\n1:name=systemd:/y:z\n0::/\n");
     write("sys/fs/cgroup/cpuset/x/cpu.cfs_quota_us", "1\n");

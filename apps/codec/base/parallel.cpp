@@ -2,6 +2,8 @@
 // The limit on threads, and work that is taken in order.
 #include "codec/base/parallel.h"
 
+#include <chrono>
+
 #include <tbb/info.h>
 
 #include "codec/base/processors.h"
@@ -10,7 +12,21 @@ namespace qel::codec {
 
 namespace {
 
-std::atomic<int> limit = 0; // 0 where there is none
+using Clock = std::chrono::steady_clock;
+
+std::atomic<int> limit = 0;    // 0 where there is none
+thread_local int teamSize = 0; // 0 outside
+
+// Of the last team.
+std::atomic<int> workers = 0;
+std::atomic<Clock::time_point> endOfWork;
+
+// Workers look for more work for a while: then they are still running, but for nobody.
+int workersAtRest()
+{
+    constexpr auto kLongest = std::chrono::milliseconds(2);
+    return Clock::now() - endOfWork.load() < kLongest ? workers.load() : 0;
+}
 
 }
 
@@ -25,11 +41,23 @@ ThreadLimit::~ThreadLimit() { limit = outer_; }
 
 int threadsFor(uint64_t pixels)
 {
-    constexpr uint64_t kWorthwhile = 1 << 18;
+    // Two milliseconds on one thread. A worker that wakes late costs a tenth of one, and one that is put aside for
+    // another program several.
+    constexpr uint64_t kWorthwhile = 1 << 20;
     static const int kUsable = usableProcessors();
     if (pixels < kWorthwhile) return 1;
+    if (teamSize) return teamSize;
     int limited = limit;
-    return limited ? limited : kUsable;
+    return limited ? limited : std::clamp(idleProcessors("/") + workersAtRest(), 1, kUsable);
+}
+
+Team::Team(int threads) : outer_(std::exchange(teamSize, threads)) {}
+
+Team::~Team()
+{
+    workers = teamSize - 1;
+    endOfWork = Clock::now();
+    teamSize = outer_;
 }
 
 std::optional<int> OrderOfWork::begin()

@@ -18,8 +18,9 @@
 
 namespace qel::codec {
 
-// While it lives, the codec takes so many threads, the calling one included; the innermost one holds. Without any, it
-// takes one for each processor that the process may use.
+// While it lives, the codec takes so many threads, the calling one included; the innermost one holds. With 0, as
+// without any, it takes one for each processor that the process may use and no other program is using when the work
+// begins.
 class ThreadLimit {
 public:
     explicit ThreadLimit(int threads);
@@ -32,16 +33,29 @@ private:
     std::optional<tbb::global_control> control_;
 };
 
-// How many threads are worth their start for a picture of so many pixels.
+// How many threads are worth their start for a picture of so many pixels. Within withThreads(), what that says.
 int threadsFor(uint64_t pixels);
 
 // The same for JPEG 2000, where a sample costs many times what a pixel in a JPEG file does.
 inline int threadsForSamples(uint64_t samples) { return threadsFor(16 * samples); }
 
+// Says that parallel work goes on in so many threads, from here on to the end of the scope.
+class Team {
+public:
+    explicit Team(int threads);
+    Team(const Team&) = delete;
+    Team& operator=(const Team&) = delete;
+    ~Team();
+
+private:
+    int outer_;
+};
+
 // Calls body(), whose parallel work then shares so many threads. Everything of this file with more than one thread is
 // called inside.
 template <class Body> auto withThreads(int threads, Body body)
 {
+    Team team(threads);
     if (threads == 1) return body();
     tbb::task_arena arena(threads);
     return arena.execute(body);

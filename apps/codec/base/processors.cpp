@@ -2,8 +2,11 @@
 // Quotas are read where Linux systems mount their control groups.
 #include "codec/base/processors.h"
 
+#include <unistd.h>
+
 #include <algorithm>
 #include <cmath>
+#include <cstdlib>
 #include <fstream>
 #include <limits>
 #include <string>
@@ -83,6 +86,16 @@ int usableProcessors()
     int bound = tbb::info::default_concurrency();
     double quota = std::ceil(processorQuota("/"));
     return quota < bound ? int(quota) : bound;
+}
+
+int idleProcessors(const Path& root)
+{
+    auto all = int(sysconf(_SC_NPROCESSORS_ONLN));
+    // Three averages, then threads that run or could run, the calling one included, of how many there are.
+    std::vector<std::string> load = wordsOf(root / "proc/loadavg");
+    if (load.size() < 4) return all;
+    int runnable = std::atoi(load[3].c_str());
+    return std::clamp(all + 1 - runnable, 0, all);
 }
 
 }

@@ -13,4 +13,8 @@ int usableProcessors();
 // limits it. `root` is the folder that has `proc` and `sys`.
 double processorQuota(const std::filesystem::path& root);
 
+// Those of the machine that no other program is using at this moment, with that of the calling thread; all where the
+// system does not tell. `root` is the folder that has `proc`.
+int idleProcessors(const std::filesystem::path& root);
+
 }

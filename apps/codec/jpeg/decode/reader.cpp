@@ -13,7 +13,7 @@
 #include "codec/jpeg/decode/row_stream.h"
 #include "codec/jpeg/decode/scan.h"
 #include "codec/jpeg/decode/scan_chain.h"
-#include "codec/jpeg/decode/scan_pipeline.h"
+#include "codec/jpeg/decode/split_scan.h"
 #include "codec/jpeg/metadata.h"
 #include "codec/jpeg/progression.h"
 
@@ -48,6 +48,8 @@ private:
     void checkHasBlocks() const;
     void checkMemory(uint64_t bytes) const;
     void streamScan(Picture& picture);
+    template <class MakeStream> std::optional<size_t> streamChunks(const ScanDecoder& coder, MakeStream makeStream);
+    void streamRows(ScanDecoder& coder, RowStream stream);
     void streamStores(Picture& picture);
     void streamLossless(Picture& picture);
     void streamBand(const ScanLayout& layout, std::vector<BlockStore>& stores, int from, int to, Picture& picture);
@@ -61,9 +63,9 @@ private:
     std::optional<ScanHeader> scanBehind(const ScanDecoder& coder);
     std::optional<ScanHeader> scanFrom(size_t position);
     ScanLayout wholeLayout() const;
-    void report(const ScanDecoder& coder) const
+    void report(size_t position) const
     {
-        if (options_.progress) options_.progress(double(coder.position()) / double(file_.size()));
+        if (options_.progress) options_.progress(double(position) / double(file_.size()));
     }
 
     Bytes file_;
@@ -143,11 +145,34 @@ void Decoder::streamScan(Picture& picture)
 {
     take(firstScan_);
     ScanDecoder coder(file_, headers_, firstScan_);
-    ScanPipeline pipeline(info(), coder, RowStream::needsRowAbove(info(), options_));
-    pipeline.run(
-        threads(), [&](int row) { return RowStream(info(), steps_, coder.layout(), options_, picture, row); },
-        [&] { report(coder); });
-    if (scanBehind(coder)) warnings_.push_back("scans behind the picture are left out");
+    auto makeStream = [&](int row) { return RowStream(info(), steps_, coder.layout(), options_, picture, row); };
+    std::optional<size_t> end = streamChunks(coder, makeStream);
+    if (!end) streamRows(coder, makeStream(0));
+    if (end ? scanFrom(*end) : scanBehind(coder)) warnings_.push_back("scans behind the picture are left out");
+}
+
+// On several threads. The position behind the scan, if it is sound and long enough.
+template <class MakeStream> std::optional<size_t> Decoder::streamChunks(const ScanDecoder& coder, MakeStream makeStream)
+{
+    if (threads() == 1) return {};
+    std::optional<size_t> end = endOfScan(file_, firstScan_.dataAt);
+    if (!end) return {};
+    SplitScan scan(coder, *end - firstScan_.dataAt, RowStream::needsRowAbove(info(), options_), threads());
+    if (!scan.isWorthwhile() || !scan.run(makeStream, [&](size_t at) { report(at); })) return {};
+    return scan.position();
+}
+
+void Decoder::streamRows(ScanDecoder& coder, RowStream stream)
+{
+    for (int row = 0; row < coder.layout().mcusDown; ++row) {
+        // Nothing follows, but the row that was interpolated with what would have followed.
+        bool onlyGrey = coder.ended();
+        stream.row(row, [&](auto& sink) { coder.decodeRow(sink); });
+        stream.write(row);
+        report(coder.position());
+        if (onlyGrey) break;
+    }
+    stream.fillRest();
 }
 
 // Writes the lines of the picture that become ready with rows `from` to `to`, not including it, of MCUs.
@@ -250,7 +275,7 @@ template <class DecodeRow> void Decoder::forRows(ScanDecoder& coder, DecodeRow d
 {
     for (int row = 0; row < coder.layout().mcusDown && !coder.ended(); ++row) {
         decodeRow(row);
-        report(coder);
+        report(coder.position());
     }
 }
 

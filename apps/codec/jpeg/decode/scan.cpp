@@ -32,6 +32,17 @@ ScanDecoder::ScanDecoder(Bytes file, const Headers& headers, const ScanHeader& s
     }
 }
 
+ScanPlace ScanDecoder::placeAt(int at) const
+{
+    int restart = hasRestarts() && at > 0 ? (data_[size_t(at) - 1] + 1) & 7 : 0;
+    return {.at = at, .mcusLeft = interval_, .restart = restart};
+}
+
+void ScanDecoder::passRestart(ScanPlace& place) const
+{
+    if (place.marker == uint32_t(marker::kRst0 + place.restart)) place = placeAt(place.at);
+}
+
 int ScanDecoder::decodeDifferences(const std::vector<DifferenceRow>& rows)
 {
     if (mcu_ == nextRestart_) restart();

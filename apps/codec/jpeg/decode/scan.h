@@ -16,6 +16,24 @@
 
 namespace qel::codec::jpeg {
 
+// A place in the coded data of a sequential scan, with all that a decoder holds there.
+struct ScanPlace {
+    int at = 0; // next byte
+    uint32_t marker = 0;
+    int block = 0;        // of its MCU, the next one
+    int64_t mcusLeft = 0; // to the next restart marker, if there are any
+    int restart = 0;      // number of the marker behind these
+    std::array<int16_t, 4> lastDc = {};
+    std::array<uint8_t, 32> state = {}; // zero as after Init
+
+    // Whether all that follows is the same, but for sums of DC differences.
+    bool isInStepWith(const ScanPlace& other) const
+    {
+        return at == other.at && marker == other.marker && block == other.block && mcusLeft == other.mcusLeft &&
+               restart == other.restart && state == other.state;
+    }
+};
+
 class ScanDecoder {
 public:
     ScanDecoder(Bytes file, const Headers& headers, const ScanHeader& scan);
@@ -58,10 +76,33 @@ public:
     // an MCU. Differences that are lost are 0. Returns the number of columns before the first that is lost.
     int decodeDifferences(const std::vector<DifferenceRow>& rows);
 
+    // The scan's start, or the byte behind a restart marker; or without these any byte, as if an MCU began there.
+    ScanPlace placeAt(int at) const;
+    // Decodes the block at a place of the caller's in a sequential scan, and passes the restart marker behind it. What
+    // is damaged is left to the caller (false).
+    bool decodeAt(ScanPlace& place, int16_t* block) const
+    {
+        if (place.mcusLeft == 0) return false;
+        size_t slot = size_t(layout_.blocks[size_t(place.block)].slot);
+        auto* state = reinterpret_cast<QelDecodeHuffmanState*>(place.state.data());
+        QelStatus status =
+            qeliDecodeHuffman8x8_JPEG_1u16s_C1(data_.data(), int(data_.size()), &place.at, block, &place.lastDc[slot],
+                                               &place.marker, slots_[slot].dc.get(), slots_[slot].ac.get(), state);
+        if (++place.block == int(layout_.blocks.size())) {
+            place.block = 0;
+            if (hasRestarts() && --place.mcusLeft == 0) passRestart(place);
+        }
+        return status >= 0;
+    }
+    // From the first entropy-coded byte to the end of the file.
+    Bytes data() const { return data_; }
+    size_t positionOf(const ScanPlace& place) const { return base_ + size_t(place.at) - (place.marker ? 2 : 0); }
+
     // No data is left: all further blocks will be zero.
     bool ended() const { return resumeAt_ == kNever; }
     // Where the next marker is to be looked for.
     size_t position() const { return base_ + at_ - (marker_ ? 2 : 0); }
+    bool hasRestarts() const { return interval_ != kNever; }
     // One line on the damage that was met, when no more rows will be decoded; empty for a sound scan.
     std::string damage() const;
 
@@ -112,6 +153,7 @@ private:
         }
     }
     int decodeSound(const std::vector<DifferenceRow>& rows);
+    void passRestart(ScanPlace& place) const;
     bool survive(QelStatus status);
     void restart();
     void resynchronise(int64_t interval);
@@ -121,7 +163,7 @@ private:
 
     ScanLayout layout_;
     ScanHeader scan_;
-    Bytes data_;          // from the first entropy-coded byte to the end of the file
+    Bytes data_;
     size_t base_;         // of data_ in the file
     int at_ = 0;          // in data_
     uint32_t marker_ = 0; // that the reader has met
