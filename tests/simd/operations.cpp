@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Every register operation of every build equals its definition in PortableSimd.
+// Every register operation that computes, of every build, equals its definition in PortableSimd.
 #include "simd/operations.h"
 
 #include "kernels/every_build.h"
@@ -15,7 +15,6 @@ TEST(Simd, OperationsEqualTheirDefinitions)
         Random random(1);
         for (int i = 0; i < operations.count; ++i) {
             const SimdOperation& operation = operations.list[i];
-            // Streaming stores want an aligned address: the last bytes before a page have one.
             Guarded<uint8_t> out(operation.outputBytes), expected(operation.outputBytes);
             for (int round = 0; round < 200; ++round) {
                 // Other offsets than 0 try unaligned loads.
