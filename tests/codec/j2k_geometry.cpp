@@ -51,27 +51,4 @@ TEST(J2kGeometry, BandsAndPartitionsUpToTheEndOfTheGrid)
     EXPECT_EQ(j2k::Grid({0, 0, UINT32_MAX, UINT32_MAX}, 15, 15).cells(), uint64_t(1) << 34);
 }
 
-// The samples of all code-blocks are those of the tile-component, once.
-TEST(J2kGeometry, CodeBlocksCoverTheTile)
-{
-    j2k::Size size = sizeOf({13, 7, 90, 75}, {0, 0, 100, 100}, {{8, false, 2, 1}});
-    j2k::Parameters parameters;
-    parameters.style.emplace();
-    j2k::Coding& coding = parameters.coding.emplace();
-    coding.levels = 3;
-    coding.blockWidthBits = 2;
-    coding.blockHeightBits = 3;
-    coding.precinctWidthBits = {1, 2, 4, 3};
-    coding.precinctHeightBits = {3, 15, 2, 4};
-    parameters.quantization.emplace().steps.resize(10);
-    j2k::Tile tile = j2k::makeTile(size, {parameters, j2k::Parameters()}, 0);
-    uint64_t samples = 0;
-    for (auto& resolution : tile.components[0].resolutions)
-        for (size_t p = 0; p < resolution.precincts.size(); ++p)
-            for (auto& band : j2k::makePrecinctBands(resolution, p))
-                for (auto& block : band.blocks) samples += uint64_t(block.width) * block.height;
-    EXPECT_EQ(samples, tile.components[0].rect.area());
-    EXPECT_EQ(samples, 38u * 68);
-}
-
 }

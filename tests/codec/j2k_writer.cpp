@@ -32,19 +32,13 @@ struct WriterCase {
 void addStyles(std::vector<WriterCase>& cases)
 {
     using namespace j2k::style;
-    for (int style : {1, 2, 4, 8, 32, 5, 6, 13, 20, 21, 38, 47, 63}) {
-        WriterCase tested = {"style_" + std::to_string(style), 97, 71, grey, 12};
-        tested.options.style = style;
-        tested.options.layers = 3;
-        cases.push_back(tested);
-    }
+    for (int style : {1, 2, 4, 8, 32, 5, 6, 13, 20, 21, 38, 47, 63})
+        cases.push_back(
+            {.name = "style_" + std::to_string(style), .precision = 12, .options = {.layers = 3, .style = style}});
     for (auto termination : {j2k::Termination::flush, j2k::Termination::shortest, j2k::Termination::predictable})
-        for (int style : {0, kBypass, kTerminateEvery, kBypass | kTerminateEvery}) {
-            WriterCase tested = {"termination_" + std::to_string(int(termination)) + "_" + std::to_string(style)};
-            tested.options.style = style;
-            tested.options.termination = termination;
-            cases.push_back(tested);
-        }
+        for (int style : {0, kBypass, kTerminateEvery, kBypass | kTerminateEvery})
+            cases.push_back({.name = "termination_" + std::to_string(int(termination)) + "_" + std::to_string(style),
+                             .options = {.style = style, .termination = termination}});
 }
 
 void addOrders(std::vector<WriterCase>& cases)
@@ -52,9 +46,7 @@ void addOrders(std::vector<WriterCase>& cases)
     const char* orders[] = {"lrcp", "rlcp", "rpcl", "pcrl", "cprl"};
     for (int order = 0; order < 5; ++order) {
         WriterCase tested = {orders[order], 130, 101, rgb};
-        tested.options.order = j2k::Order(order);
-        tested.options.layers = 4;
-        tested.options.precincts = {{32, 64}, {64, 16}};
+        tested.options = {.layers = 4, .order = j2k::Order(order), .precincts = {{32, 64}, {64, 16}}};
         cases.push_back(tested);
         tested.name += "_tiles";
         tested.options.tile = {50, 39};
@@ -66,42 +58,39 @@ void addSizes(std::vector<WriterCase>& cases)
 {
     const std::pair<int, int> sizes[] = {{1, 1}, {1, 70}, {70, 1}, {2, 3}, {16, 16}, {64, 65}, {300, 5}};
     for (auto [width, height] : sizes) {
-        WriterCase tested = {"size_" + std::to_string(width) + "_" + std::to_string(height), width, height, rgb};
-        cases.push_back(tested);
-        tested.name += "_levels";
-        tested.options.levels = 7;
-        tested.options.tile = {33, 31};
-        cases.push_back(tested);
+        std::string name = "size_" + std::to_string(width) + "_" + std::to_string(height);
+        cases.push_back({name, width, height, rgb});
+        cases.push_back({name + "_levels", width, height, rgb, 8, {.levels = 7, .tile = {{33, 31}}}});
     }
     for (int precision : {1, 2, 5, 9, 12, 15, 16})
         for (ColourSpace space : {grey, rgb, cmyk})
             cases.push_back({"bits_" + std::to_string(precision) + "_" + std::to_string(channelsOf(space)), 60, 50,
                              space, precision});
     const std::pair<int, int> blocks[] = {{4, 4}, {1024, 4}, {4, 1024}, {32, 64}};
-    for (auto [width, height] : blocks) {
-        WriterCase tested = {"blocks_" + std::to_string(width) + "_" + std::to_string(height), 200, 150, grey};
-        tested.options.blockWidth = width;
-        tested.options.blockHeight = height;
-        cases.push_back(tested);
-    }
+    for (auto [width, height] : blocks)
+        cases.push_back({"blocks_" + std::to_string(width) + "_" + std::to_string(height),
+                         200,
+                         150,
+                         grey,
+                         8,
+                         {.blockWidth = width, .blockHeight = height}});
 }
 
 std::vector<WriterCase> writerCases()
 {
-    std::vector<WriterCase> cases = {{"plain"}, {"colour", 97, 71, rgb}, {"inks", 97, 71, cmyk}};
+    std::vector<WriterCase> cases = {
+        {"plain"},
+        {"colour", 97, 71, rgb},
+        {"inks", 97, 71, cmyk},
+        {"codestream", 97, 71, rgb, 8, {.isJp2 = false}},
+        {"no_levels", 97, 71, rgb, 8, {.levels = 0}},
+        {"all_levels", 97, 71, rgb, 8, {.levels = 32}},
+        {"many_layers", 97, 71, rgb, 8, {.layers = 40}},
+        {"smallest_precincts", 97, 71, rgb, 8, {.precincts = {{2, 2}, {1024, 4}}}},
+    };
     addStyles(cases);
     addOrders(cases);
     addSizes(cases);
-    auto add = [&](const char* name, auto change) {
-        WriterCase tested = {name, 97, 71, rgb};
-        change(tested.options);
-        cases.push_back(tested);
-    };
-    add("codestream", [](auto& options) { options.isJp2 = false; });
-    add("no_levels", [](auto& options) { options.levels = 0; });
-    add("all_levels", [](auto& options) { options.levels = 32; });
-    add("many_layers", [](auto& options) { options.layers = 40; });
-    add("smallest_precincts", [](auto& options) { options.precincts = {{2, 2}, {1024, 4}}; });
     return cases;
 }
 

@@ -90,9 +90,10 @@ inline void expectRefusals(const File& sound, const std::vector<Refusal>& table)
 }
 
 // The largest size in the frame header.
-inline File hugeVersionOf(File file, uint8_t frameMarker)
+inline File hugeVersionOf(File file)
 {
-    size_t frame = markerAt(file, frameMarker);
+    size_t frame = codec::jpeg::findMarker(file, 0);
+    while (!codec::jpeg::marker::isFrame(file[frame + 1])) frame = codec::jpeg::findMarker(file, frame + 2);
     for (size_t i = 5; i <= 8; ++i) file[frame + i] = 0xFF;
     return file;
 }

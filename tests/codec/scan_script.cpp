@@ -1,15 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
-// Scan scripts: their text, their rules, and files of random ones in both decoders.
+// Scan scripts: their text and their rules.
 #include "codec/jpeg/encode/scan_script.h"
 
 #include <gtest/gtest.h>
 
-#include <array>
 #include <sstream>
-#include <vector>
 
-#include "jpeg_cases.h"
-#include "libjpeg_peer.h"
 #include "pictures.h"
 
 namespace {
@@ -80,71 +76,6 @@ TEST(ScanScript, RulesOfTheStandardAreKept)
     for (int components = 1; components <= 4; ++components)
         for (bool hasChrominance : {false, true})
             jpeg::checkScript(jpeg::usualScript(components, hasChrominance), components);
-}
-
-// Scans of one component's AC coefficients, from nothing to all bits: bands of any width, each bit of each coefficient
-// once. At first up to three bits are left out.
-void addAcScans(Random& random, int component, jpeg::ScanScript& script)
-{
-    constexpr int kUnseen = -1;
-    std::array<int, 64> low;
-    low.fill(kUnseen);
-    low[0] = 0;
-    for (;;) {
-        std::vector<int> unfinished;
-        for (int k = 1; k < 64; ++k)
-            if (low[k] != 0) unfinished.push_back(k);
-        if (unfinished.empty()) return;
-        int first = unfinished[random.between(0, int(unfinished.size()) - 1)], last = first;
-        // Wide bands more often than chance would have them.
-        int most = random.between(0, 1) ? 63 : random.between(first, 63);
-        while (first > 1 && most == 63 && low[first - 1] == low[last]) --first;
-        while (last < most && low[last + 1] == low[first]) ++last;
-        int high = low[first] == kUnseen ? 0 : low[first];
-        int left = low[first] == kUnseen ? random.between(0, 3) : high - 1;
-        script.push_back({{component}, first, last, high, left});
-        for (int k = first; k <= last; ++k) low[k] = left;
-    }
-}
-
-void addDcScans(Random& random, const std::vector<int>& components, jpeg::ScanScript& script)
-{
-    int low = random.between(0, 4);
-    script.push_back({components, 0, 0, 0, low});
-    for (; low > 0; --low) script.push_back({components, 0, 0, low, low - 1});
-}
-
-// One component after the other, or all DC coefficients together first.
-jpeg::ScanScript randomScript(Random& random)
-{
-    jpeg::ScanScript script;
-    bool together = random.between(0, 1);
-    if (together) addDcScans(random, {0, 1, 2}, script);
-    for (int c = 0; c < 3; ++c) {
-        if (!together) addDcScans(random, {c}, script);
-        addAcScans(random, c, script);
-    }
-    return script;
-}
-
-TEST(ScanScript, RandomOnesGiveTheSameCoefficientsInBothDecoders)
-{
-    Random random(5);
-    Picture picture = paintedPicture(83, 50, ColourSpace::rgb);
-    for (int round = 0; round < 12; ++round) {
-        jpeg::EncodeOptions options = {.quality = 93, .sampling = round % 2 ? jpeg::kSampling420 : jpeg::kSampling422};
-        auto sequential = jpeg::decodeCoefficients(jpeg::encode(picture, options)).components;
-        options.scans = randomScript(random);
-        SCOPED_TRACE(asText(options.scans));
-        auto file = jpeg::encode(picture, options);
-        auto ours = jpeg::decodeCoefficients(file);
-        EXPECT_TRUE(ours.warnings.empty());
-        auto peers = peerCoefficients(file);
-        for (size_t c = 0; c < 3; ++c) {
-            EXPECT_TRUE(ours.components[c].values == sequential[c].values);
-            EXPECT_TRUE(peers[c].values == sequential[c].values);
-        }
-    }
 }
 
 }

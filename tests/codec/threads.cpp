@@ -139,68 +139,59 @@ TEST(Threads, FollowTheInnermostLimit)
     EXPECT_EQ(threadsFor(1 << 20), 3);
 }
 
-class SystemFiles : public testing::Test {
-protected:
-    SystemFiles() : root_(std::filesystem::path(testing::TempDir()) / ("quota" + std::to_string(getpid()))) {}
-    ~SystemFiles() override { std::filesystem::remove_all(root_); }
-    void write(const std::filesystem::path& name, const char* text)
-    {
-        std::filesystem::create_directories((root_ / name).parent_path());
-        std::ofstream(root_ / name) << text;
-    }
-    double quota() const { return processorQuota(root_); }
-
-    std::filesystem::path root_;
-};
-
-TEST_F(SystemFiles, TellHowManyProcessorsAreIdle)
+TEST(IdleProcessors, AreThoseThatNobodyUses)
 {
-    int all = idleProcessors(root_); // nothing is known
+    std::filesystem::path root = std::filesystem::path(testing::TempDir()) / ("idle" + std::to_string(getpid()));
+    int all = idleProcessors(root); // nothing is known
     EXPECT_GE(all, 1);
-    auto idle = [&](int others) {
-        write("proc/loadavg", ("9.5 7.25 3 " + std::to_string(1 + others) + "/321 4567\n").c_str());
-        return idleProcessors(root_);
-    };
-    EXPECT_EQ(idle(0), all);
-    EXPECT_EQ(idle(1), all - 1);
-    EXPECT_EQ(idle(100 + all), 0);
-}
-
-TEST_F(SystemFiles, OfQuotasMayBeMissingOrUnlimited)
-{
-    EXPECT_EQ(quota(), INFINITY);
-    write("proc/self/cgroup", "0::/a\n");
-    EXPECT_EQ(quota(), INFINITY);
-    for (const char* text : {"max 100000\n", "", "100000", "nonsense at all", "0 100000", "100000 0"}) {
-        write("sys/fs/cgroup/a/cpu.max", text);
-        EXPECT_EQ(quota(), INFINITY) << text;
+    std::filesystem::create_directories(root / "proc");
+    for (int others : {0, 1, 100 + all}) {
+        std::ofstream(root / "proc/loadavg") << "9.5 7.25 3 " << 1 + others << "/321 4567\n";
+        EXPECT_EQ(idleProcessors(root), std::max(all - others, 0));
     }
+    std::filesystem::remove_all(root);
 }
 
-TEST_F(SystemFiles, OfQuotasOfVersion2AreTheLeastOnTheWayUp)
+// A file of a control group, and the quota once it and those before it are there.
+struct QuotaFile {
+    const char *name, *text;
+    double quota;
+};
+void expectQuotas(const std::vector<QuotaFile>& files)
 {
-    write("proc/self/cgroup", "0::/a/b c/d\n");
-    write("sys/fs/cgroup/a/b c/d/cpu.max", "max 100000\n");
-    write("sys/fs/cgroup/a/b c/cpu.max", "150000 100000\n");
-    EXPECT_EQ(quota(), 1.5);
-    write("sys/fs/cgroup/a/cpu.max", "25000 50000\n");
-    EXPECT_EQ(quota(), 0.5);
-    write("sys/fs/cgroup/cpu.max", "10000 100000\n"); // a container's own group, seen as the topmost
-    EXPECT_EQ(quota(), 0.1);
+    std::filesystem::path root = std::filesystem::path(testing::TempDir()) / ("quota" + std::to_string(getpid()));
+    EXPECT_EQ(processorQuota(root), INFINITY);
+    for (auto& [name, text, quota] : files) {
+        std::filesystem::create_directories((root / name).parent_path());
+        std::ofstream(root / name) << text;
+        EXPECT_EQ(processorQuota(root), quota) << name << ": " << text;
+    }
+    std::filesystem::remove_all(root);
 }
 
-TEST_F(SystemFiles, OfQuotasOfVersion1StandWithTheirControllers)
+TEST(ProcessorQuota, IsTheLeastOnTheWayUp)
 {
-    write("proc/self/cgroup", "12:cpuset:/x\n4:cpu,cpuacct:/host/name\n1:name=systemd:/y:z\n0::/\n");
-    write("sys/fs/cgroup/cpuset/x/cpu.cfs_quota_us", "1\n");
-    write("sys/fs/cgroup/cpuset/x/cpu.cfs_period_us", "1000\n");
-    EXPECT_EQ(quota(), INFINITY);
-    write("sys/fs/cgroup/cpu,cpuacct/cpu.cfs_quota_us", "-1\n");
-    write("sys/fs/cgroup/cpu,cpuacct/cpu.cfs_period_us", "100000\n");
-    EXPECT_EQ(quota(), INFINITY);
-    write("sys/fs/cgroup/cpu/cpu.cfs_quota_us", "300000\n");
-    write("sys/fs/cgroup/cpu/cpu.cfs_period_us", "100000\n");
-    EXPECT_EQ(quota(), 3);
+    std::vector<QuotaFile> files = {{"proc/self/cgroup", "0::/a/b c/d\n", INFINITY}};
+    for (const char* text : {"max 100000\n", "", "100000", "nonsense at all", "0 100000", "100000 0"})
+        files.push_back({"sys/fs/cgroup/a/b c/d/cpu.max", text, INFINITY});
+    files.push_back({"sys/fs/cgroup/a/b c/cpu.max", "150000 100000\n", 1.5});
+    files.push_back({"sys/fs/cgroup/a/cpu.max", "25000 50000\n", 0.5});
+    // A container's own group, seen as the topmost.
+    files.push_back({"sys/fs/cgroup/cpu.max", "10000 100000\n", 0.1});
+    expectQuotas(files);
+}
+
+TEST(ProcessorQuota, OfVersion1StandsWithItsController)
+{
+    expectQuotas({
+        {"proc/self/cgroup", "12:cpuset:/x\n4:cpu,cpuacct:/host/name\n1:name=systemd:/y:z\n0::/\n", INFINITY},
+        {"sys/fs/cgroup/cpuset/x/cpu.cfs_quota_us", "1\n", INFINITY},
+        {"sys/fs/cgroup/cpuset/x/cpu.cfs_period_us", "1000\n", INFINITY},
+        {"sys/fs/cgroup/cpu,cpuacct/cpu.cfs_quota_us", "-1\n", INFINITY},
+        {"sys/fs/cgroup/cpu,cpuacct/cpu.cfs_period_us", "100000\n", INFINITY},
+        {"sys/fs/cgroup/cpu/cpu.cfs_quota_us", "300000\n", INFINITY},
+        {"sys/fs/cgroup/cpu/cpu.cfs_period_us", "100000\n", 3},
+    });
     EXPECT_GE(usableProcessors(), 1);
 }
 
