@@ -1,11 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // Whatever the bytes and however they are said to be coded, a code-block decodes within its buffers.
-#include <algorithm>
-#include <vector>
-
-#include <qeljx.h>
-
-extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size);
+#include "input.h"
 
 // The first bytes tell how the rest is coded, and where its segments end.
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
@@ -24,15 +19,14 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     }
     if (segments > 0) lengths[segments - 1] += uint32_t(left);
 
-    // Of exactly the size that each has, and at addresses that no type would choose.
     int bytes = 0;
     if (qeliDecodeGetBufSize_JPEG2K(block, &bytes) != qelStsNoErr) return 1;
-    std::vector<uint8_t> state(size_t(bytes) + 1), dst(size_t(block.width) * size_t(block.height) * 4 + 1);
-    std::vector<uint8_t> src(coded, data + size);
-    src.reserve(1);
+    Input in(coded, size_t(data + size - coded));
+    Buffer state{size_t(bytes)}, dst(size_t(block.width) * size_t(block.height) * 4);
+    Buffer src(in.left(), in);
     int plane = 0;
-    qeliDecodeCodeBlock_JPEG2K_1u32s_C1R(src.data(), (int32_t*)(dst.data() + 1), block.width * 4, block, data[2] & 3,
-                                         data[3], data[4], lengths.data(), int(segments), low | high << 16, &plane,
-                                         (QelDecodeCBProgrState*)(state.data() + 1));
+    qeliDecodeCodeBlock_JPEG2K_1u32s_C1R(src, dst.as<int32_t>(), block.width * 4, block, data[2] & 3, data[3], data[4],
+                                         lengths.data(), int(segments), low | high << 16, &plane,
+                                         state.as<QelDecodeCBProgrState>());
     return 0;
 }

@@ -70,14 +70,14 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
         for (uint32_t& count : counts) count &= 0x1FFFFF;
         qeliEncodeHuffmanRawTableInit_JPEG_8u(counts, stated.bits, stated.values);
     }
-    const int room = in.below(200);
+    const int room = in.below(8) * 100 + in.below(200);
     Encoder encoder(room, size_t(tableSize), size_t(stateSize));
     auto* spec = encoder.table.as<QelEncodeHuffmanSpec>();
     if (qeliEncodeHuffmanSpecInit_JPEG_8u(stated.bits, stated.values, spec) != qelStsNoErr) return 0;
     qeliEncodeHuffmanStateInit_JPEG_8u(encoder.state.as<QelEncodeHuffmanState>());
     if (in.below(4) == 0) {
         in.fill(encoder.state, size_t(stateSize));
-        encoder.pos = in.below(256);
+        encoder.pos = in.below(256) - 8;
     }
     writeDirect(in, spec);
     for (int calls = 0; calls < 200 && !in.isEmpty(); ++calls) encoder.write(in.below(9), in);

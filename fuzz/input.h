@@ -2,12 +2,17 @@
 // What the targets of the library draw from their bytes, and buffers of exactly the size that a function may use.
 #pragma once
 
+#include <stdlib.h>
 #include <string.h>
 
 #include <algorithm>
 #include <vector>
 
 #include <qeljx.h>
+
+#if QELJX_GUARDS_BUFFERS
+#include "guarded.h"
+#endif
 
 // After the last byte all is 0.
 class Input {
@@ -36,6 +41,20 @@ private:
     const uint8_t* end_;
 };
 
+// Fuzzers have sanitizers that watch a vector; where random bytes stand in for a fuzzer, a page behind it faults.
+#if QELJX_GUARDS_BUFFERS
+struct Memory : qel::test::Guarded<uint8_t> {
+    using Guarded::Guarded;
+    Memory(Memory&&) = default;
+    ~Memory()
+    {
+        if (!intact()) abort();
+    }
+};
+#else
+using Memory = std::vector<uint8_t>;
+#endif
+
 // At an address that no type would choose.
 class Buffer {
 public:
@@ -46,7 +65,7 @@ public:
     operator uint8_t*() { return as<uint8_t>(); }
 
 private:
-    std::vector<uint8_t> bytes_;
+    Memory bytes_;
 };
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size);

@@ -10,6 +10,7 @@
 
 #include <cstddef>
 #include <new>
+#include <utility>
 #include <vector>
 
 namespace qel::test {
@@ -30,10 +31,10 @@ public:
         first_ = (uint8_t*)memory + size();
         mprotect(first_, count * size(), PROT_READ | PROT_WRITE);
     }
-    Pages(const Pages&) = delete;
-    Pages& operator=(const Pages&) = delete;
+    Pages(Pages&& other) : count_(other.count_), first_(std::exchange(other.first_, nullptr)) {}
     ~Pages()
     {
+        if (first_ == nullptr) return;
         if (count_ < kKept)
             kept(count_).push_back(first_);
         else
@@ -76,6 +77,7 @@ public:
     // True if no byte outside the elements has changed.
     bool intact() const
     {
+        if (pages_.begin() == nullptr) return true; // moved elsewhere
         return isUntouched(pages_.begin(), start_) && isUntouched(start_ + sizeInBytes(), pages_.end());
     }
 
