@@ -50,63 +50,30 @@ struct Pair {
     }
 };
 
-// Also where a symbol has no code.
+// Also where a symbol has no code, where the buffer fills up at any bit, and where bytes 0xFF follow each other. A
+// flush without room still resets the state.
 TEST(EncodeHuffman8x8, EqualsTheBitwiseCoder)
 {
     Random random(1);
-    int missing = 0;
-    for (int round = 0; round < 200; ++round) {
+    int missing = 0, full = 0;
+    for (int round = 0; round < 800; ++round) {
         Lists dcLists = randomLists(random, round % 4), acLists = randomLists(random, round % 4);
-        Pair pair(dcLists, acLists, 20000);
+        Pair pair(dcLists, acLists, round % 2 ? random.between(1, 500) : 5000);
         int sparsity = 1 << random.between(0, 6), bits = random.between(0, 15);
-        for (int i = 0; i < 30; ++i) {
+        for (int i = 0; i < 8; ++i) {
             Block block = randomBlock(random, sparsity, bits);
+            if (i == 4) block.fill(2047); // ones only, but for the codes
             QelStatus expected = pair.reference.encode(block);
             missing += expected == qelStsJPEGHuffSpecErr;
+            full += expected == qelStsJPEGOutOfBufErr;
             ASSERT_EQ(pair.encode(block), expected);
             ASSERT_NO_FATAL_FAILURE(pair.expectSame()) << round << ' ' << i;
         }
-        ASSERT_EQ(pair.flush(), qelStsNoErr);
-        if (!pair.reference.pending.empty()) pair.reference.write(0x7F, 7);
+        ASSERT_EQ(pair.flush(), pair.reference.pending.empty() ? qelStsNoErr : pair.reference.write(0x7F, 7));
         ASSERT_EQ(std::vector(pair.dst.data(), pair.dst.data() + pair.pos), pair.reference.bytes);
+        ASSERT_EQ(pair.state.count, 0);
     }
-    EXPECT_GT(missing, 100);
-}
-
-// Every length of the buffer, so that it fills up at each bit of some code, and long runs of bytes 0xFF.
-TEST(EncodeHuffman8x8, FillsEveryBuffer)
-{
-    Random random(2);
-    Lists dcLists = randomLists(random), acLists = randomLists(random);
-    std::vector<Block> blocks;
-    for (int i = 0; i < 4; ++i) blocks.push_back(randomBlock(random, 3, 12));
-    blocks.push_back(Block{});
-    blocks.back().fill(2047); // ones only, but for the codes
-    for (int room = 1; room < 500; ++room) {
-        Pair pair(dcLists, acLists, room);
-        for (auto& block : blocks) {
-            QelStatus expected = pair.reference.encode(block);
-            ASSERT_EQ(pair.encode(block), expected) << room;
-            ASSERT_NO_FATAL_FAILURE(pair.expectSame()) << room;
-        }
-    }
-}
-
-TEST(EncodeHuffman8x8, FlushWithoutRoomStillResets)
-{
-    Random random(7);
-    Pair pair(randomLists(random), randomLists(random), 1);
-    const Block block = {};
-    pair.state.count = 5;
-    pair.pos = 1;
-    EXPECT_EQ(pair.flush(), qelStsJPEGOutOfBufErr);
-    EXPECT_EQ(pair.state.count, 0);
-    EXPECT_EQ(pair.flush(), qelStsNoErr); // nothing is pending
-    // A negative position is no place in the buffer either.
-    pair.pos = -1;
-    pair.state.count = 7;
-    EXPECT_EQ(pair.encode(block), qelStsJPEGOutOfBufErr);
-    EXPECT_TRUE(pair.dst.intact());
+    EXPECT_TRUE(missing > 100 && full > 100);
 }
 
 TEST(EncodeHuffman, OrderOfFaults)

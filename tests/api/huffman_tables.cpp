@@ -121,7 +121,8 @@ TEST(HuffmanSpecs, OddLists)
 // T.81 Figures K.1 to K.4, step by step.
 struct SlowTable {
     std::array<int64_t, 257> frequency{};
-    std::array<int, 257> length{}, next{};
+    std::array<std::vector<int>, 257> symbols;
+    std::array<int, 257> length{};
     std::array<int, 64> counts{};
     std::vector<uint8_t> bits, values;
 
@@ -129,8 +130,12 @@ struct SlowTable {
     {
         std::copy(statistics.begin(), statistics.end(), frequency.begin());
         frequency[256] = 1;
-        next.fill(-1);
-        for (int a, b; (a = rarest(-1)) >= 0 && (b = rarest(a)) >= 0;) join(a, b);
+        for (int i = 0; i < 257; ++i) symbols[i] = {i};
+        for (int a, b; (a = rarest(-1)) >= 0 && (b = rarest(a)) >= 0;) {
+            frequency[a] += std::exchange(frequency[b], 0);
+            symbols[a].insert(symbols[a].end(), symbols[b].begin(), symbols[b].end());
+            for (int i : symbols[a]) ++length[i];
+        }
         for (int n : length) ++counts[std::min(n, 63)];
         if (isTooDeep()) return;
         limit();
@@ -152,14 +157,6 @@ private:
         for (int i = 0; i < 257; ++i)
             if (i != other && frequency[i] != 0 && frequency[i] <= least) least = frequency[found = i];
         return found;
-    }
-    void join(int a, int b)
-    {
-        frequency[a] += frequency[b];
-        frequency[b] = 0;
-        for (++length[a]; next[a] >= 0;) ++length[a = next[a]];
-        next[a] = b;
-        for (++length[b]; next[b] >= 0;) ++length[b = next[b]];
     }
     void limit()
     {

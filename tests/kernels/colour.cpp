@@ -101,21 +101,4 @@ TEST(ColourKernels, AllPairsOfSamples)
         }
 }
 
-TEST(ColourKernels, AllPackedPixels)
-{
-    constexpr int kWords = 1 << 16;
-    std::vector<uint16_t> words(kWords);
-    for (int i = 0; i < kWords; ++i) words[i] = uint16_t(i);
-    for (auto entry : {&Table::rgb555ToYcc, &Table::bgr555ToYcc, &Table::rgb565ToYcc, &Table::bgr565ToYcc}) {
-        auto convert = [&](const ColourKernels& table) {
-            std::vector<uint8_t> planes(3 * kWords);
-            uint8_t* y = planes.data();
-            (table.*entry)(words.data(), y, y + kWords, y + 2 * kWords, kWords);
-            return planes;
-        };
-        auto expected = convert(ColourKernels::scalar);
-        everyBuild<ColourKernels>([&](const ColourKernels& table) { EXPECT_TRUE(convert(table) == expected); });
-    }
-}
-
 }
