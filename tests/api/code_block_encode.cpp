@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // Code-block encoding: what is stored decodes to what was loaded, whole and cut after any pass; distortions are those
-// of the decoder's results; storage in pieces; order of faults.
+// of the decoder's results; order of faults.
 #include "qeljx.h"
 
 #include <gtest/gtest.h>
@@ -9,10 +9,10 @@
 #include <string.h>
 
 #include <algorithm>
-#include <memory>
 #include <vector>
 
 #include "argument_faults.h"
+#include "code_block_coding.h"
 #include "random.h"
 
 namespace {
@@ -23,63 +23,12 @@ using Block = std::vector<int32_t>;
 
 constexpr int kEncoderStyles = 0x3F, kMethods = 3, kPredictable = 2;
 
-struct Freed {
-    void operator()(QelEncodeState* state) const { EXPECT_EQ(qeliEncodeFree_JPEG2K(state), qelStsNoErr); }
-};
-using Encoder = std::unique_ptr<QelEncodeState, Freed>;
-
-Encoder makeEncoder(int width, int height)
-{
-    QelEncodeState* state = nullptr;
-    EXPECT_EQ(qeliEncodeInitAlloc_JPEG2K(&state, width, height), qelStsNoErr);
-    return Encoder(state);
-}
-
-// How a block is coded, and what came of it.
-struct Coded {
-    QelSize size;
-    int band, style, method, nBitPlanes;
-    int planes, passes, segments;
-    Bytes bytes;
-    std::vector<uint32_t> rates, lengths;
-
-    int low() const { return 31 - nBitPlanes; }
-    bool isLossless() const { return style & JPEG2K_LOSSLESS; }
-    int planeOf(int pass) const { return planes - 1 - (pass + 2) / 3; }
-};
-
-Bytes store(QelEncodeState* state, int piece)
-{
-    Bytes all;
-    for (int more = 1; more;) {
-        Bytes part(size_t(piece) + 1, 0xEE);
-        int count = piece;
-        EXPECT_EQ(qeliEncodeStoreBits_JPEG2K_1u(part.data(), &count, state, &more), qelStsNoErr);
-        EXPECT_TRUE(count == piece || !more);
-        EXPECT_EQ(part[count], 0xEE);
-        all.insert(all.end(), part.begin(), part.begin() + count);
-    }
-    return all;
-}
-
-QelStatus load(QelEncodeState* state, const Block& block, Coded& c)
-{
-    return qeliEncodeLoadCodeBlock_JPEG2K_32s_C1R(block.data(), 4 * c.size.width, c.size.width, c.size.height, state,
-                                                  c.band, c.nBitPlanes, c.method, -1, c.style, &c.planes, &c.passes,
-                                                  &c.segments);
-}
-
 Coded encode(QelEncodeState* state, const Block& block, QelSize size, int band, int style, int method, int nBitPlanes,
              int piece = 1 << 20)
 {
-    Coded c = {size, band, style, method, nBitPlanes, -1, -1, -1, {}, {}, {}};
-    EXPECT_EQ(load(state, block, c), qelStsNoErr);
-    c.bytes = store(state, piece);
-    c.rates.resize(size_t(c.passes));
-    for (int i = 0; i < c.passes; ++i) EXPECT_EQ(qeliEncodeGetRate_JPEG2K(state, i, &c.rates[i]), qelStsNoErr);
-    c.lengths.resize(size_t(c.segments));
-    for (int i = 0; i < c.segments; ++i)
-        EXPECT_EQ(qeliEncodeGetTermPassLen_JPEG2K(state, i, &c.lengths[i]), qelStsNoErr);
+    Coded c = {size, band, style, method, nBitPlanes};
+    load(state, block, c);
+    store(state, c, piece);
     return c;
 }
 
@@ -149,7 +98,8 @@ TEST(CodeBlockEncode, DecodesToWhatWasLoaded)
             int bits = random.between(1, 12), low = random.between(0, 31 - bits);
             Block block = randomBlock(random, size, bits, low, style & 1);
             bool isLeast = random.between(0, 1);
-            Coded c = encode(encoder.get(), block, size, band, style | isLeast * JPEG2K_LEAST_RATES, method, 31 - low);
+            Coded c = encode(encoder.get(), block, size, band, style | isLeast * JPEG2K_LEAST_RATES, method, 31 - low,
+                             random.between(1, random.between(1, 300)));
             const auto all = uint32_t(c.bytes.size());
             int check = method == kPredictable ? JPEG2K_PREDICTABLE_TERMINATION : 0;
             Block decoded = decode(c, c.passes, all, JPEG2K_KEEP_LOW_BITS | check);
@@ -176,8 +126,9 @@ double magnitudeOf(int32_t value) { return double(value & 0x7FFFFFFF); }
 // the step of the lowest plane. Magnitudes count down to six bits below the pass's plane.
 double reductionOf(const Coded& c, const Block& block, const Block& before, const Block& after, int plane)
 {
-    bool isExact = c.isLossless() && plane == c.low();
-    double sum = 0, step = double(1u << c.low());
+    const int low = 31 - c.nBitPlanes;
+    bool isExact = c.style & JPEG2K_LOSSLESS && plane == low;
+    double sum = 0, step = double(1u << low);
     for (size_t i = 0; i < block.size(); ++i) {
         if (before[i] == after[i]) continue;
         double magnitude = magnitudeOf(plane < 6 ? block[i] : block[i] >> (plane - 6) << (plane - 6));
@@ -201,36 +152,19 @@ TEST(CodeBlockEncode, DistortionsAreThoseOfTheDecoder)
             double total = 0;
             for (int pass = 0; pass < c.passes; ++pass) {
                 Block after = decode(c, pass + 1, uint32_t(c.bytes.size()));
-                double expected = reductionOf(c, block, before, after, c.planeOf(pass));
+                const int plane = c.planes - 1 - (pass + 2) / 3;
+                double expected = reductionOf(c, block, before, after, plane);
                 int mantissa = 0, exponent = 0;
                 double distortion = -1;
                 ASSERT_EQ(qeliEncodeGetDistReduction_JPEG2K(encoder.get(), pass, &mantissa, &exponent), qelStsNoErr);
                 ASSERT_EQ(qeliEncodeGetDist_JPEG2K(encoder.get(), pass, &distortion), qelStsNoErr);
-                ASSERT_EQ(exponent, 2 * (c.planeOf(pass) - low) - 13);
+                ASSERT_EQ(exponent, 2 * (plane - low) - 13);
                 ASSERT_DOUBLE_EQ(mantissa * exp2(exponent), expected) << "pass " << pass << " low " << low;
                 total += expected;
                 ASSERT_NEAR(distortion, total, 1e-9 * total);
                 before = after;
             }
         }
-}
-
-TEST(CodeBlockEncode, StoresInPieces)
-{
-    Random random(5);
-    Encoder encoder = makeEncoder(20, 20);
-    Block block = randomBlock(random, {20, 20}, 8, 2, false);
-    for (int style : {0, int(JPEG2K_TERMINATE_EVERY_PASS | JPEG2K_BYPASS)}) {
-        Coded whole = encode(encoder.get(), block, {20, 20}, 2, style, 0, 29);
-        for (int piece : {1, 2, 3, 100, int(whole.bytes.size()), int(whole.bytes.size()) - 1})
-            ASSERT_EQ(encode(encoder.get(), block, {20, 20}, 2, style, 0, 29, piece).bytes, whole.bytes) << piece;
-        uint8_t byte = 7;
-        int count = 1, more = 1;
-        EXPECT_EQ(qeliEncodeStoreBits_JPEG2K_1u(&byte, &count, encoder.get(), &more), qelStsNoErr);
-        EXPECT_EQ(count, 0);
-        EXPECT_EQ(more, 0);
-        EXPECT_EQ(byte, 7);
-    }
 }
 
 TEST(CodeBlockEncode, CountsPlanesPassesAndSegments)
@@ -285,7 +219,9 @@ TEST(CodeBlockEncode, TakesRegionsAtAnyAddress)
     ASSERT_EQ(qeliEncodeLoadCodeBlock_JPEG2K_32s_C1R((const int32_t*)&rows[1], kStep, kWidth, kHeight, encoder.get(), 3,
                                                      31, 0, 0, 0, &inRows.planes, &inRows.passes, &inRows.segments),
               qelStsNoErr);
-    EXPECT_EQ(store(encoder.get(), 1 << 20), c.bytes);
+    inRows.bytes.clear();
+    store(encoder.get(), inRows, 1 << 20);
+    EXPECT_EQ(inRows.bytes, c.bytes);
     int mantissa = 0, exponent = 0;
     ASSERT_EQ(qeliEncodeGetDistReduction_JPEG2K(encoder.get(), 0, &mantissa, &exponent), qelStsNoErr);
     EXPECT_DOUBLE_EQ(mantissa * exp2(exponent - 60), double(kWidth) * kHeight * 30336 / 8192);

@@ -5,6 +5,7 @@
 #include <optional>
 #include <vector>
 
+#include "code_block_coding.h"
 #include "code_block_reference.h"
 #include "jpeg2k/coding/decision_coder.h"
 #include "jpeg2k/coding/mq_decoder.h"
@@ -88,21 +89,6 @@ bool decodesTo(const Bytes& bytes, const Bytes& decisions)
     for (uint8_t decision : decisions)
         if (ownqj_DecoderDecode_asm(&mq, decision >> 1, owniEstimator_JPEG2K) != (decision & 1)) return false;
     return true;
-}
-
-// The sequence of T.88 H.2, in a context of state 0, with its bytes up to the marker.
-TEST(DecisionCoder, TestSequence)
-{
-    const uint8_t in[] = {0x00, 0x02, 0x00, 0x51, 0x00, 0x00, 0x00, 0xC0, 0x03, 0x52, 0x87,
-                          0x2A, 0xAA, 0xAA, 0xAA, 0xAA, 0x82, 0xC0, 0x20, 0x00, 0xFC, 0xD7,
-                          0x9E, 0xF6, 0xBF, 0x7F, 0xED, 0x90, 0x4F, 0x46, 0xA3, 0xBF};
-    const Bytes expected = {0x84, 0xC7, 0x3B, 0xFC, 0xE1, 0xA1, 0x43, 0x04, 0x02, 0x20, 0x00, 0x00, 0x41, 0x0D,
-                            0xBB, 0x86, 0xF4, 0x31, 0x7F, 0xFF, 0x88, 0xFF, 0x37, 0x47, 0x1A, 0xDB, 0x6A, 0xDF};
-    Bytes decisions;
-    for (uint8_t byte : in)
-        for (int bit = 7; bit >= 0; --bit) decisions.push_back(uint8_t(kContextSign << 1 | (byte >> bit & 1)));
-    EXPECT_EQ(encode(kFlush, decisions), expected);
-    EXPECT_TRUE(decodesTo(expected, decisions));
 }
 
 Bytes randomDecisions(Random& random, int count, int contexts)
@@ -229,46 +215,31 @@ std::vector<uint32_t> ratesOf(const CodedBlock& block)
 TEST(CodeBlockRates, FollowFromTheRegisters)
 {
     Random random(5);
-    QelEncodeState* state = nullptr;
-    ASSERT_EQ(qeliEncodeInitAlloc_JPEG2K(&state, 64, 64), qelStsNoErr);
+    Encoder encoder = makeEncoder(64, 64);
     int lowered = 0, beyond = 0;
     for (int round = 0; round < 32 * 12; ++round) {
-        CodedBlock block = {random.between(1, 64), random.between(1, round % 3 ? 64 : 3), random.between(0, 3)};
-        block.style = round % 32;
-        std::vector<int32_t> values(size_t(block.width * block.height));
+        const QelSize size = {random.between(1, 64), random.between(1, round % 3 ? 64 : 3)};
+        Coded coded = {size, random.between(0, 3), round % 32, round / 32 % 3, 31};
+        std::vector<int32_t> values(size_t(size.width * size.height));
         for (int32_t& value : values) value = randomCoefficient(random, round % 5 == 0);
-        int segments = 0;
-        ASSERT_EQ(qeliEncodeLoadCodeBlock_JPEG2K_32s_C1R(values.data(), 4 * block.width, block.width, block.height,
-                                                         state, block.bandType, 31, round / 32 % 3, 0, block.style,
-                                                         &block.planes, &block.passes, &segments),
-                  qelStsNoErr);
-        auto rates = [&] {
-            std::vector<uint32_t> all(size_t(block.passes));
-            for (int i = 0; i < block.passes; ++i) EXPECT_EQ(qeliEncodeGetRate_JPEG2K(state, i, &all[i]), qelStsNoErr);
-            return all;
-        };
-        const auto before = rates();
-        Bytes bytes(1 << 16);
-        uint32_t count = 0;
-        for (int more = 1, piece; more; count += uint32_t(piece)) {
-            piece = random.between(1, round % 2 ? 3 : 300);
-            ASSERT_EQ(qeliEncodeStoreBits_JPEG2K_1u(bytes.data() + count, &piece, state, &more), qelStsNoErr);
-        }
-        auto begin = bytes.begin();
-        for (uint32_t i = 0, length = 0; i < uint32_t(segments); ++i, begin += length) {
-            ASSERT_EQ(qeliEncodeGetTermPassLen_JPEG2K(state, int(i), &length), qelStsNoErr);
+        load(encoder.get(), values, coded);
+        const auto before = passRates(encoder.get(), coded);
+        store(encoder.get(), coded, random.between(1, round % 2 ? 3 : 300));
+        CodedBlock block = {size.width, size.height, coded.band, coded.planes, coded.passes, coded.style};
+        auto begin = coded.bytes.begin();
+        for (uint32_t length : coded.lengths) {
             block.segments.emplace_back(begin, begin + length);
+            begin += length;
         }
         auto expected = ratesOf(block);
         ASSERT_EQ(before, expected) << "style " << block.style;
         for (uint32_t& rate : expected) {
-            beyond += rate > count;
-            if (rate <= count && bytes[rate - 1] == 0xFF) --rate, ++lowered;
+            beyond += rate > coded.bytes.size();
+            if (rate <= coded.bytes.size() && coded.bytes[rate - 1] == 0xFF) --rate, ++lowered;
         }
-        ASSERT_EQ(rates(), expected) << "style " << block.style;
+        ASSERT_EQ(coded.rates, expected) << "style " << block.style;
     }
     EXPECT_TRUE(lowered > 0 && beyond > 0);
-    EXPECT_EQ(qeliEncodeFree_JPEG2K(state), qelStsNoErr);
 }
 
 }
