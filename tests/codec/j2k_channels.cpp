@@ -52,7 +52,7 @@ void expectPicture(const j2k::Image& image, const j2k::Rect& area, const std::op
     EXPECT_EQ(picture.precision(), precision);
     Values values;
     for (size_t i = 0; i < picture.sizeInBytes() / size_t(picture.bytesPerSample()); ++i)
-        values.push_back(precision > 8 ? picture.row<uint16_t>(0)[i] : picture.row(0)[i]);
+        values.push_back(sampleAt(picture, i));
     EXPECT_EQ(values, expected);
     EXPECT_EQ(said.size(), notes);
 }

@@ -1,11 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
-// What JPEG files can be like: options, a name for each, and a picture that has flat parts, slopes, edges and noise.
+// What JPEG files can be like: options, and a name for each.
 #pragma once
 
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <cmath>
 #include <ostream>
 #include <string>
 #include <utility>
@@ -13,25 +9,8 @@
 
 #include "codec/base/picture.h"
 #include "codec/jpeg/encode/writer.h"
-#include "random.h"
 
 namespace qel::test {
-
-inline codec::Picture paintedPicture(int width, int height, codec::ColourSpace space)
-{
-    codec::Picture picture(width, height, space, 8);
-    Random random(unsigned(width * 31 + height));
-    int channels = picture.channels();
-    for (int y = 0; y < height; ++y)
-        for (int x = 0; x < width; ++x)
-            for (int c = 0; c < channels; ++c) {
-                double value = 128 + 60 * std::sin(x * (0.05 + 0.02 * c)) + 50 * std::cos(y * 0.07 + c);
-                if (x / 23 % 3 == 1) value += y / 17 % 2 ? 70 : -40;
-                if (y / 29 % 3 == 2) value += random.between(-30, 30);
-                picture.row(y)[channels * x + c] = uint8_t(std::clamp(value, 0.0, 255.0));
-            }
-    return picture;
-}
 
 struct JpegCase {
     std::string name;

@@ -20,7 +20,7 @@ using namespace qel::test;
 
 File smallFile(jpeg::EncodeOptions options = {}, ColourSpace space = ColourSpace::rgb)
 {
-    return jpeg::encode(paintedPicture(75, 53, space), options);
+    return jpeg::encode(drawnPicture(75, 53, space), options);
 }
 
 TEST(JpegDamage, ATruncatedPictureIsDeliveredWithAWarning)
@@ -161,7 +161,7 @@ TEST(JpegDamage, ProgressiveScansThatBreakTheRulesAreRefused)
 // What the scans so far tell is a picture, less true the fewer they are.
 TEST(JpegDamage, AProgressivePictureIsDeliveredAsFarAsItCame)
 {
-    Picture original = paintedPicture(75, 53, ColourSpace::rgb);
+    Picture original = drawnPicture(75, 53, ColourSpace::rgb);
     File file = jpeg::encode(original, {.sampling = jpeg::kSampling444, .progressive = true});
     double last = 1e9;
     for (int scans = 1; scans <= 10; ++scans) {
@@ -237,7 +237,7 @@ class JpegMutations : public testing::TestWithParam<JpegCase> {};
 
 TEST_P(JpegMutations, NeverBreakTheDecoder)
 {
-    const File sound = jpeg::encode(paintedPicture(41, 27, GetParam().space), GetParam().options);
+    const File sound = jpeg::encode(drawnPicture(41, 27, GetParam().space), GetParam().options);
     everyMutation(sound, sound.size(), [](const File& file) {
         jpeg::Decoded decoded = jpeg::decode(file, {.maxPixels = 1 << 20});
         jpeg::encode(decoded.picture, {.optimiseTables = true});

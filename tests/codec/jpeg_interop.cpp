@@ -47,7 +47,7 @@ TEST(JpegMcus, AgreeWithPlanes)
         for (ColourSpace space : {rgb, cmyk})
             for (const jpeg::Samplings& sampling : {jpeg::kSampling420, jpeg::kSampling422})
                 for (bool progressive : {false, true}) {
-                    Picture picture = paintedPicture(width, height, space);
+                    Picture picture = drawnPicture(width, height, space);
                     jpeg::EncodeOptions options = {.sampling = sampling, .progressive = progressive};
                     auto file = jpeg::encode(picture, options);
                     options.fast = true;
@@ -76,7 +76,7 @@ template <class Encode> std::pair<double, double> afterGenerations(const Picture
 
 TEST(JpegGenerations, WanderNoFurtherThanThePeers)
 {
-    Picture original = paintedPicture(320, 240, ColourSpace::rgb);
+    Picture original = drawnPicture(320, 240, ColourSpace::rgb);
     for (const jpeg::Samplings& sampling : {jpeg::kSampling420, jpeg::kSampling422, jpeg::kSampling444}) {
         jpeg::EncodeOptions options = {.sampling = sampling};
         auto [error, shift] = afterGenerations(original, [&](auto& p) { return jpeg::encode(p, options); });
@@ -105,7 +105,7 @@ protected:
                                              {16, 16}, {17, 33}, {101, 80}, {8207, 9}};
         for (auto [width, height] : sizes) {
             SCOPED_TRACE(std::to_string(width) + "x" + std::to_string(height));
-            test(paintedPicture(width, height, GetParam().space), width <= 4);
+            test(drawnPicture(width, height, GetParam().space), width <= 4);
         }
     }
 };
@@ -127,7 +127,7 @@ TEST_P(JpegInterop, PeersFilesInOurs)
 // As true to the picture as the peer, and no longer.
 TEST_P(JpegInterop, EncodesAsWellAsThePeer)
 {
-    Picture picture = paintedPicture(320, 240, GetParam().space);
+    Picture picture = drawnPicture(320, 240, GetParam().space);
     auto ours = jpeg::encode(picture, GetParam().options), peers = peerEncode(picture, GetParam().options);
     if (GetParam().options.target == jpeg::Target::grey) picture = luminanceOf(picture);
     double ourError = compare(peerDecode(ours), picture).whole.meanSquaredError;

@@ -26,12 +26,8 @@ jpeg::EncodeOptions lossless(int predictor = 1, int pointTransform = 0)
 template <class Change> Picture changed(const Picture& picture, Change change)
 {
     Picture result(picture.width(), picture.height(), picture.space(), picture.precision());
-    auto all = [&]<class T>(T) {
-        for (int y = 0; y < picture.height(); ++y)
-            for (int i = 0; i < picture.width() * picture.channels(); ++i)
-                result.row<T>(y)[i] = T(change(int(picture.row<T>(y)[i]), i / picture.channels(), y));
-    };
-    picture.bytesPerSample() == 1 ? all(uint8_t()) : all(uint16_t());
+    for (int i = 0, across = picture.width() * picture.channels(); i < across * picture.height(); ++i)
+        setSample(result, size_t(i), change(sampleAt(picture, size_t(i)), i % across / picture.channels(), i / across));
     return result;
 }
 
@@ -89,7 +85,7 @@ TEST(JpegLossless, ColoursScansAndRestarts)
                     options.restartRows = rows;
                     expectRoundTrip(randomPicture(41, 19, space, precision), options);
                     expectRoundTrip(ramp(41, 19, space, precision), options);
-                    if (precision == 8) expectRoundTrip(paintedPicture(75, 53, space), options);
+                    if (precision == 8) expectRoundTrip(drawnPicture(75, 53, space), options);
                     options.restartRows = 0;
                     options.restartInterval = 41 * rows;
                     expectRoundTrip(randomPicture(41, 19, space, precision), options);
@@ -99,7 +95,7 @@ TEST(JpegLossless, ColoursScansAndRestarts)
 TEST(JpegLossless, TheBestPredictorMakesTheSmallestFile)
 {
     std::vector<Picture> pictures;
-    pictures.push_back(paintedPicture(60, 60, ColourSpace::rgb));
+    pictures.push_back(drawnPicture(60, 60, ColourSpace::rgb));
     pictures.push_back(ramp(60, 60, ColourSpace::grey, 10));
     pictures.push_back(changed(randomPicture(60, 60, ColourSpace::grey, 16),
                                [](int noise, int x, int y) { return (x * x * 300 + y * 900 + noise % 256) % 32768; }));
@@ -147,7 +143,7 @@ TEST(JpegLossless, SamplesOfSixteenBitsHaveNoSign)
 
 TEST(JpegLossless, OptionsThatDoNotFitAreRefused)
 {
-    Picture rgb = paintedPicture(30, 20, ColourSpace::rgb);
+    Picture rgb = drawnPicture(30, 20, ColourSpace::rgb);
     auto refused = [&](auto change) {
         jpeg::EncodeOptions options = lossless();
         change(options);
@@ -246,7 +242,7 @@ TEST(JpegLossless, RefusalsSayWhatAndWhere)
 {
     jpeg::EncodeOptions options = lossless();
     options.restartRows = 1;
-    const File sound = jpeg::encode(paintedPicture(75, 53, ColourSpace::rgb), options);
+    const File sound = jpeg::encode(drawnPicture(75, 53, ColourSpace::rgb), options);
     size_t sof = markerAt(sound, jpeg::marker::kSof3), dri = markerAt(sound, jpeg::marker::kDri),
            sos = markerAt(sound, jpeg::marker::kSos);
     expectRefusals(sound, {

@@ -145,14 +145,12 @@ TEST(Metadata, OrientationsAreTurnedUpright)
     for (int precision : {8, 16})
         for (int orientation = 1; orientation <= 8; ++orientation) {
             Picture picture(3, 2, ColourSpace::rgb, precision);
-            for (int i = 0; i < 18; ++i)
-                precision == 8 ? void(picture.row(0)[i] = uint8_t(i)) : void(picture.row<uint16_t>(0)[i] = uint16_t(i));
+            for (int i = 0; i < 18; ++i) setSample(picture, size_t(i), i);
             std::vector<uint8_t> exif = exifOf(orientation);
             Picture upright = turned(picture, orientationOf(exif));
             EXPECT_EQ(upright.width(), orientation > 4 ? 2 : 3);
             for (int i = 0; i < 18; ++i)
-                EXPECT_EQ(precision == 8 ? upright.row(0)[i] : upright.row<uint16_t>(0)[i],
-                          3 * expected[orientation - 1][size_t(i) / 3] + i % 3)
+                EXPECT_EQ(sampleAt(upright, size_t(i)), 3 * expected[orientation - 1][size_t(i) / 3] + i % 3)
                     << orientation;
             setUpright(exif);
             EXPECT_EQ(orientationOf(exif), 1);

@@ -13,6 +13,7 @@
 #include <tuple>
 
 #include "codec/base/file_io.h"
+#include "pictures.h"
 #include "random.h"
 
 namespace qel::test {
@@ -69,9 +70,7 @@ Image makeImage(const Picture& picture)
     for (auto& component : components) component.dx = component.dy = 1;
     return makeImage({0, 0, uint32_t(picture.width()), uint32_t(picture.height())}, components, picture.precision(),
                      [&](size_t c, uint32_t x, uint32_t y) -> int {
-                         size_t i = x * components.size() + c;
-                         return picture.bytesPerSample() == 1 ? picture.row(int(y))[i]
-                                                              : picture.row<uint16_t>(int(y))[i];
+                         return sampleAt(picture, (size_t(y) * size_t(picture.width()) + x) * components.size() + c);
                      });
 }
 
@@ -191,13 +190,8 @@ Picture openJpegDecode(Bytes bytes, int layers)
     Image image = decode(bytes, 0, layers);
     auto space = image->numcomps == 1 ? ColourSpace::grey : image->numcomps == 3 ? ColourSpace::rgb : ColourSpace::cmyk;
     Picture picture(int(image->comps[0].w), int(image->comps[0].h), space, int(image->comps[0].prec));
-    for (size_t i = 0; i < picture.sizeInBytes() / size_t(picture.bytesPerSample()); ++i) {
-        int sample = image->comps[i % image->numcomps].data[i / image->numcomps];
-        if (picture.bytesPerSample() == 1)
-            picture.row(0)[i] = uint8_t(sample);
-        else
-            picture.row<uint16_t>(0)[i] = uint16_t(sample);
-    }
+    for (size_t i = 0; i < picture.sizeInBytes() / size_t(picture.bytesPerSample()); ++i)
+        setSample(picture, i, image->comps[i % image->numcomps].data[i / image->numcomps]);
     return picture;
 }
 

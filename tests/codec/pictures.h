@@ -17,36 +17,40 @@
 
 namespace qel::test {
 
+// Sample i of all, in the order of the rows.
+inline int sampleAt(const codec::Picture& picture, size_t i)
+{
+    return picture.bytesPerSample() == 1 ? picture.row(0)[i] : picture.row<uint16_t>(0)[i];
+}
+inline void setSample(codec::Picture& picture, size_t i, int sample)
+{
+    if (picture.bytesPerSample() == 1)
+        picture.row(0)[i] = uint8_t(sample);
+    else
+        picture.row<uint16_t>(0)[i] = uint16_t(sample);
+}
+
 inline codec::Picture randomPicture(int width, int height, codec::ColourSpace space, int precision)
 {
     codec::Picture picture(width, height, space, precision);
     Random random(unsigned(width + 1000 * precision));
-    size_t samples = picture.sizeInBytes() / picture.bytesPerSample();
-    for (size_t i = 0; i < samples; ++i) {
-        int sample = random.between(0, (1 << precision) - 1);
-        if (precision > 8)
-            picture.row<uint16_t>(0)[i] = uint16_t(sample);
-        else
-            picture.row(0)[i] = uint8_t(sample);
-    }
+    for (size_t i = 0; i < picture.sizeInBytes() / picture.bytesPerSample(); ++i)
+        setSample(picture, i, random.between(0, (1 << precision) - 1));
     return picture;
 }
 
-// Smooth shades, an edge and some noise, alike in all channels.
-inline codec::Picture drawnPicture(int width, int height, codec::ColourSpace space, int precision)
+// Flat parts, slopes, edges and noise.
+inline codec::Picture drawnPicture(int width, int height, codec::ColourSpace space, int precision = 8)
 {
     codec::Picture picture(width, height, space, precision);
-    Random random(unsigned(width + 1000 * height));
+    Random random(unsigned(width * 31 + height));
     int largest = (1 << precision) - 1, channels = picture.channels();
     for (int i = 0; i < width * height * channels; ++i) {
         int x = i / channels % width, y = i / channels / width, c = i % channels;
-        double shade = 0.5 + 0.2 * std::sin(0.05 * x + 0.3 * c) + 0.15 * std::cos(0.037 * y - 0.2 * c);
-        if (std::hypot(x - width / 2, y - height / 2) < height / 3) shade += 0.12;
-        int sample = std::clamp(int(largest * shade) + random.between(-largest / 64, largest / 64), 0, largest);
-        if (precision > 8)
-            picture.row<uint16_t>(0)[i] = uint16_t(sample);
-        else
-            picture.row(0)[i] = uint8_t(sample);
+        double shade = 128 + 60 * std::sin(x * (0.05 + 0.02 * c)) + 50 * std::cos(y * 0.07 + c);
+        if (x / 23 % 3 == 1) shade += y / 17 % 2 ? 70 : -40;
+        if (y / 29 % 3 == 2) shade += random.between(-30, 30);
+        setSample(picture, size_t(i), int(largest * std::clamp(shade / 255, 0.0, 1.0)));
     }
     return picture;
 }

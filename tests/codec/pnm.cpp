@@ -47,8 +47,7 @@ TEST(Pnm, Forms)
         EXPECT_EQ(picture.height(), row.height);
         EXPECT_EQ(picture.channels(), row.channels);
         ASSERT_EQ(picture.precision(), row.precision);
-        for (size_t i = 0; i < row.samples.size(); ++i)
-            EXPECT_EQ(row.precision > 8 ? picture.row<uint16_t>(0)[i] : picture.row(0)[i], row.samples[i]) << i;
+        for (size_t i = 0; i < row.samples.size(); ++i) EXPECT_EQ(sampleAt(picture, i), row.samples[i]) << i;
     }
 }
 

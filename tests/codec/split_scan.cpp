@@ -34,7 +34,7 @@ TEST(SplitScan, FallsIntoStep)
                                    {.sampling = kSampling444, .restartInterval = 77}};
     for (const EncodeOptions& options : cases) {
         SCOPED_TRACE(&options - cases);
-        std::vector<uint8_t> file = encode(drawnPicture(2000, 1500, ColourSpace::rgb, 8), options);
+        std::vector<uint8_t> file = encode(drawnPicture(2000, 1500, ColourSpace::rgb), options);
         Headers headers(file);
         ScanHeader header = *headers.nextScan(2);
         std::vector<QuantizerSteps> steps;

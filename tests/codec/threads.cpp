@@ -68,7 +68,7 @@ TEST(Threads, ChangeNoJpegFiles)
     for (auto& tested : cases) {
         SCOPED_TRACE(&tested - cases);
         const jpeg::EncodeOptions& options = tested.second;
-        Picture picture = paintedPicture(1201, 900, tested.first);
+        Picture picture = drawnPicture(1201, 900, tested.first);
         File file = alone([&] { return jpeg::encode(picture, options); });
         EXPECT_TRUE(together([&] { return jpeg::encode(picture, options); }) == file);
         for (jpeg::Upsampling upsampling : {jpeg::Upsampling::triangle, jpeg::Upsampling::replicate})
@@ -101,7 +101,7 @@ TEST(Threads, AreNotStartedForOne)
     auto count = [&] { return std::distance(std::filesystem::directory_iterator(tasks), {}); };
     auto before = count();
     alone([&] {
-        Picture picture = paintedPicture(9000, 64, ColourSpace::rgb);
+        Picture picture = drawnPicture(9000, 128, ColourSpace::rgb);
         for (const jpeg::Samplings& sampling : {jpeg::kSampling420, jpeg::kSampling444})
             expectSame(jpeg::decode(jpeg::encode(picture, {.sampling = sampling})).picture,
                        jpeg::decode(jpeg::encode(picture, {.sampling = sampling, .progressive = true})).picture);
