@@ -1,10 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
-// Chroma sampling: values, edges, order of faults.
+// Chroma sampling: all functions against their formulas, edges, order of faults.
 #include "jpeg/colour/sampling_doors.h"
 #include "qeljx.h"
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <vector>
 
 #include "argument_faults.h"
@@ -17,71 +18,69 @@ namespace {
 
 using Row = std::vector<uint8_t>;
 
-Row downRowH2V1(const Row& src)
+// Only whole pairs count when rows go down; beside a row that goes up, its first and last sample are repeated. Halves
+// and quarters are rounded in turns.
+TEST(Sampling, RowsEqualTheirFormulas)
 {
-    Row dst(src.size() / 2);
-    EXPECT_EQ(qeliSampleDownRowH2V1_Box_JPEG_8u_C1(src.data(), (int)src.size(), dst.data()), qelStsNoErr);
-    return dst;
-}
-Row downRowH2V2(const Row& src1, const Row& src2)
-{
-    Row dst(src1.size() / 2);
-    auto status = qeliSampleDownRowH2V2_Box_JPEG_8u_C1(src1.data(), src2.data(), (int)src1.size(), dst.data());
-    EXPECT_EQ(status, qelStsNoErr);
-    return dst;
-}
-Row upRowH2V1(const Row& src)
-{
-    Row dst(2 * src.size());
-    EXPECT_EQ(qeliSampleUpRowH2V1_Triangle_JPEG_8u_C1(src.data(), (int)src.size(), dst.data()), qelStsNoErr);
-    return dst;
-}
-Row upRowH2V2(const Row& near, const Row& far)
-{
-    Row dst(2 * near.size());
-    auto status = qeliSampleUpRowH2V2_Triangle_JPEG_8u_C1(near.data(), far.data(), (int)near.size(), dst.data());
-    EXPECT_EQ(status, qelStsNoErr);
-    return dst;
-}
-
-TEST(SampleDown, RowsAndPlanesRoundDifferently)
-{
-    Row row = {0, 1, 0, 1}, zeros(4), plane(2);
-    EXPECT_EQ(downRowH2V1(row), (Row{0, 1}));
-    EXPECT_EQ(qeliSampleDownH2V1_JPEG_8u_C1R(row.data(), 4, {4, 1}, plane.data(), 2, {2, 1}), qelStsNoErr);
-    EXPECT_EQ(plane, (Row{1, 1}));
-
-    // One of four: only the plane function rounds up. Two of four: every second sample of the row does. Three: all do.
-    const Row sources[] = {{0, 0, 0, 0, 0, 1, 0, 1}, {0, 1, 0, 1, 0, 1, 0, 1}, {0, 1, 0, 1, 1, 1, 1, 1}};
-    const Row rows[] = {{0, 0}, {0, 1}, {1, 1}};
-    for (int i = 0; i < 3; ++i) {
-        Row upper(sources[i].begin(), sources[i].begin() + 4), lower(sources[i].begin() + 4, sources[i].end());
-        EXPECT_EQ(downRowH2V2(upper, lower), rows[i]) << i;
-        EXPECT_EQ(qeliSampleDownH2V2_JPEG_8u_C1R(sources[i].data(), 4, {4, 2}, plane.data(), 2, {2, 1}), qelStsNoErr);
-        EXPECT_EQ(plane, (Row{1, 1})) << i;
+    Random random(1);
+    for (int width = 1; width <= 90; ++width) {
+        const size_t n = size_t(width);
+        Row near(n), far(n), down(n / 2 + 1, 77), tallDown(down), up(2 * n), tallUp(up);
+        random.fill(near.data(), n), random.fill(far.data(), n);
+        EXPECT_EQ(qeliSampleDownRowH2V1_Box_JPEG_8u_C1(near.data(), width, down.data()), qelStsNoErr);
+        EXPECT_EQ(qeliSampleDownRowH2V2_Box_JPEG_8u_C1(near.data(), far.data(), width, tallDown.data()), qelStsNoErr);
+        EXPECT_EQ(qeliSampleUpRowH2V1_Triangle_JPEG_8u_C1(near.data(), width, up.data()), qelStsNoErr);
+        EXPECT_EQ(qeliSampleUpRowH2V2_Triangle_JPEG_8u_C1(near.data(), far.data(), width, tallUp.data()), qelStsNoErr);
+        for (int i = 0; i < 2 * width; ++i) {
+            int own = i / 2, beside = std::clamp(i % 2 ? own + 1 : own - 1, 0, width - 1);
+            ASSERT_EQ(up[i], (3 * near[own] + near[beside] + 1 + i % 2) >> 2) << width << ' ' << i;
+            int sum = 3 * near[own] + far[own], sumBeside = 3 * near[beside] + far[beside];
+            ASSERT_EQ(tallUp[i], (3 * sum + sumBeside + 8 - i % 2) >> 4) << width << ' ' << i;
+        }
+        for (int i = 0; i < width / 2; ++i) {
+            int pair = near[2 * i] + near[2 * i + 1], pairBelow = far[2 * i] + far[2 * i + 1];
+            ASSERT_EQ(down[i], (pair + i % 2) >> 1) << width << ' ' << i;
+            ASSERT_EQ(tallDown[i], (pair + pairBelow + 1 + i % 2) >> 2) << width << ' ' << i;
+        }
+        ASSERT_TRUE(down.back() == 77 && tallDown.back() == 77);
     }
 }
 
-// Only whole pairs count: a width of 1 writes nothing.
-TEST(SampleDown, RowsOfOddWidth)
+// The neighbours beside a row are read when planes go up, and the rows above and below, the last of which is repeated.
+// Rows that go down are rounded up. Between rows nothing is written.
+TEST(Sampling, PlanesEqualTheirFormulas)
 {
-    EXPECT_EQ(downRowH2V1({8, 10, 200}), (Row{9}));
-    EXPECT_EQ(downRowH2V2({8, 10, 200}, {8, 10, 200}), (Row{9}));
-    uint8_t untouched = 77;
-    EXPECT_EQ(qeliSampleDownRowH2V1_Box_JPEG_8u_C1(&untouched, 1, &untouched), qelStsNoErr);
-    EXPECT_EQ(qeliSampleDownRowH2V2_Box_JPEG_8u_C1(&untouched, &untouched, 1, &untouched), qelStsNoErr);
-    EXPECT_EQ(untouched, 77);
-}
-
-TEST(SampleUp, Rows)
-{
-    EXPECT_EQ(upRowH2V1({10, 20}), (Row{10, 13, 17, 20}));
-    EXPECT_EQ(upRowH2V1({0, 1, 3}), (Row{0, 0, 1, 2, 2, 3}));
-    EXPECT_EQ(upRowH2V1({77}), (Row{77, 77}));
-    // Column sums 1, 5: (4 + 8) >> 4, (8 + 7) >> 4, (16 + 8) >> 4, (20 + 7) >> 4.
-    EXPECT_EQ(upRowH2V2({0, 1}, {1, 2}), (Row{0, 0, 1, 1}));
-    // A column sum of 2 is halfway: up on the left, down on the right.
-    EXPECT_EQ(upRowH2V2({0}, {2}), (Row{1, 0}));
+    constexpr int kStep = 70, kRows = 7;
+    Random random(2);
+    Row src(kStep * kRows);
+    random.fill(src.data(), src.size());
+    auto at = [&](int r, int c) { return int(src[size_t(r * kStep + c + 1)]); };
+    auto sumAt = [&](int r, int c) { return at(r, 2 * c) + at(r, 2 * c + 1); };
+    auto check = [&](auto function, QelSize srcSize, QelSize size, auto formula) {
+        Row dst(kStep * kRows, 77), expected = dst;
+        for (int r = 0; r < size.height; ++r)
+            for (int c = 0; c < size.width; ++c) expected[size_t(r * kStep + c)] = uint8_t(formula(r, c));
+        EXPECT_EQ(function(&src[1], kStep, srcSize, dst.data(), kStep, size), qelStsNoErr);
+        ASSERT_TRUE(dst == expected) << size.width << " x " << size.height;
+    };
+    for (int width = 1; width <= 65; ++width)
+        for (int height = 1; height <= kRows; ++height) {
+            const QelSize size = {width, height}, half = {(width + 1) / 2, (height + 1) / 2};
+            check(qeliSampleUpH2V1_JPEG_8u_C1R, half, size, [&](int r, int c) {
+                r = std::min(r, half.height - 1);
+                return (3 * at(r, c / 2) + at(r, c / 2 + c % 2 * 2 - 1) + 1 + c % 2) >> 2;
+            });
+            check(qeliSampleUpH2V2_JPEG_8u_C1R, half, size, [&](int r, int c) {
+                int far = std::clamp(r / 2 + r % 2 * 2 - 1, 0, half.height - 1);
+                auto sum = [&](int column) { return 3 * at(r / 2, column) + at(far, column); };
+                return (3 * sum(c / 2) + sum(c / 2 + c % 2 * 2 - 1) + 8 - c % 2) >> 4;
+            });
+            if (width > 32 || height > kRows / 2) continue;
+            check(qeliSampleDownH2V1_JPEG_8u_C1R, {2 * width, height}, size,
+                  [&](int r, int c) { return (sumAt(r, c) + 1) >> 1; });
+            check(qeliSampleDownH2V2_JPEG_8u_C1R, {2 * width, 2 * height}, size,
+                  [&](int r, int c) { return (sumAt(2 * r, c) + sumAt(2 * r + 1, c) + 3) >> 2; });
+        }
 }
 
 TEST(Sampling, OrderOfFaults)
@@ -95,30 +94,6 @@ TEST(Sampling, OrderOfFaults)
     for (auto function : {qeliSampleDownRowH2V2_Box_JPEG_8u_C1, qeliSampleUpRowH2V2_Triangle_JPEG_8u_C1})
         expectFaults(function, {src, src, 2, dst}, null<0>, null<1>, null<3>, length<2>);
     EXPECT_EQ(dst[0], 9);
-}
-
-// Odd and even widths and heights; between rows nothing is written.
-TEST(SampleDown, Planes)
-{
-    const Row src = {0, 1, 10, 12, 7, 9, /**/ 2, 2, 11, 11, 7, 8, /**/ 5, 5, 5, 6, 9, 9, /**/ 5, 6, 6, 6, 9, 0};
-    Row dst(16, 77);
-    EXPECT_EQ(qeliSampleDownH2V1_JPEG_8u_C1R(src.data(), 6, {6, 4}, dst.data(), 4, {3, 4}), qelStsNoErr);
-    EXPECT_EQ(dst, (Row{1, 11, 8, 77, 2, 11, 8, 77, 5, 6, 9, 77, 6, 6, 5, 77}));
-    dst.assign(8, 77);
-    EXPECT_EQ(qeliSampleDownH2V2_JPEG_8u_C1R(src.data(), 6, {6, 4}, dst.data(), 4, {3, 2}), qelStsNoErr);
-    EXPECT_EQ(dst, (Row{2, 11, 8, 77, 6, 6, 7, 77}));
-}
-
-// The neighbours beside a row are read: the source is the middle of rows of four.
-TEST(SampleUp, Planes)
-{
-    const Row src = {0, 8, 20, 100, /**/ 40, 0, 3, 7};
-    Row dst(12, 77);
-    EXPECT_EQ(qeliSampleUpH2V1_JPEG_8u_C1R(&src[1], 4, {2, 2}, dst.data(), 4, {3, 3}), qelStsNoErr);
-    EXPECT_EQ(dst, (Row{6, 11, 17, 77, 10, 1, 2, 77, 10, 1, 2, 77}));
-    dst.assign(16, 77);
-    EXPECT_EQ(qeliSampleUpH2V2_JPEG_8u_C1R(&src[1], 4, {2, 2}, dst.data(), 4, {4, 4}), qelStsNoErr);
-    EXPECT_EQ(dst, (Row{6, 11, 17, 40, /**/ 7, 8, 13, 31, /**/ 9, 3, 6, 13, /**/ 10, 1, 2, 4}));
 }
 
 // The first sample read is the one before the first row, the last one that after the last row, however many rows are
@@ -146,7 +121,7 @@ TEST(Sampling, InternalNamesGiveTheSame)
     Random(9).fill(src.data(), src.size());
     const uint8_t *row1 = src.data() + 1, *row2 = src.data() + 2;
     ownqj_SampleDownRowH2V1_Box_JPEG_8u_C1_SSE2(row1, 1024, down.data());
-    EXPECT_EQ(down, downRowH2V1(Row(row1, row1 + 1024)));
+    for (int i = 0; i < 512; ++i) EXPECT_EQ(down[i], (row1[2 * i] + row1[2 * i + 1] + i % 2) >> 1);
     EXPECT_EQ(qeliSampleUpH2V2_JPEG_8u_C1R(row1, 1, {512, 2}, up.data(), 1024, {1024, 1}), qelStsNoErr);
     ownqj_SampleUpH2V2_JPEG_8u_C1(row1, row1, otherUp.data(), 1024);
     EXPECT_EQ(up, otherUp);

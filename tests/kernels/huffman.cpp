@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// Huffman kernels: every build equals the scalar one.
+// Huffman kernels: every build equals the scalar one. That of sequential decoding has nothing of registers.
 #include "huffman_stream.h"
-#include "jpeg/entropy/huffman_decode.h"
 #include "jpeg/entropy/huffman_encode.h"
 #include "jpeg/entropy/progressive_decode.h"
 #include "jpeg/entropy/progressive_encode.h"
@@ -49,34 +48,6 @@ TEST(HuffmanEncodeKernels, Blocks)
         table.countBlock(block.data(), dcCounts.data(), acCounts.data(), &lastCounted);
         return std::tuple(status, pos, bits, lastDc, lastCounted, bytesOf(state), bytesOf(dst), bytesOf(direct),
                           dcCounts, acCounts);
-    });
-}
-
-TEST(HuffmanDecodeKernels, Streams)
-{
-    everyRoundEqualsScalar<HuffmanDecodeKernels>(2000, [](auto& table, Random& random, int round) {
-        auto dc = specOf(listsWithout(random, 0)), ac = specOf(listsWithout(random, 0));
-        Guarded<uint8_t> src(size_t(random.between(4, 200)));
-        random.fill(src.data(), src.size());
-        for (size_t i = 1; i < src.size(); ++i)
-            if (src.data()[i - 1] == 0xFF) src.data()[i] = 0;
-        src.data()[src.size() - 2] = 0xFF, src.data()[src.size() - 1] = 0xD9;
-        const int len = int(src.size()) - (round % 4 < 2 ? 2 : 0);
-        QelDecodeHuffmanState state = {};
-        uint32_t marker = 0;
-        int pos = 0, before = -1;
-        int16_t lastDc = 5;
-        std::vector<std::tuple<QelStatus, int, uint32_t, int16_t, std::vector<uint8_t>, std::vector<uint8_t>>> steps;
-        for (QelStatus status = qelStsNoErr; status == qelStsNoErr && marker == 0 && before != len;) {
-            int16_t block[64] = {};
-            before = pos;
-            if (round % 2 == 0)
-                status = table.decodeOne(src.data(), len, &pos, block, &marker, &dc, &state);
-            else
-                status = table.decodeBlock(src.data(), len, &pos, block, &lastDc, &marker, &dc, &ac, &state);
-            steps.emplace_back(status, pos, marker, lastDc, bytesOf(block), bytesOf(state));
-        }
-        return steps;
     });
 }
 
