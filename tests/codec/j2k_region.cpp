@@ -65,42 +65,28 @@ TEST_P(J2kRegion, IsThatPartOfTheWhole)
     for (int reduce = 0; reduce <= std::min(2, tested.levels); ++reduce) expectRegions(file, at, reduce, tolerance);
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    All, J2kRegion,
-    testing::Values(OpenJpegCase{.name = "reversible", .width = 301, .height = 260, .levels = 5, .blockWidth = 16},
-                    OpenJpegCase{.name = "irreversible",
-                                 .width = 301,
-                                 .height = 260,
-                                 .levels = 5,
-                                 .blockWidth = 16,
-                                 .blockHeight = 16,
-                                 .isReversible = false},
-                    OpenJpegCase{.name = "no_levels", .width = 90, .height = 80, .levels = 0, .blockHeight = 8},
-                    OpenJpegCase{.name = "tiles",
-                                 .width = 200,
-                                 .height = 190,
-                                 .x0 = 13,
-                                 .y0 = 7,
-                                 .components = 3,
-                                 .tileWidth = 37,
-                                 .tileHeight = 41,
-                                 .tx0 = 5,
-                                 .ty0 = 3,
-                                 .blockWidth = 8,
-                                 .transformsComponents = true},
-                    OpenJpegCase{.name = "halved_chroma",
-                                 .width = 190,
-                                 .height = 180,
-                                 .x0 = 3,
-                                 .y0 = 1,
-                                 .components = 3,
-                                 .chromaDx = 2,
-                                 .chromaDy = 2,
-                                 .tileWidth = 63,
-                                 .tileHeight = 65,
-                                 .blockWidth = 8,
-                                 .isReversible = false}),
-    [](const auto& tested) { return tested.param.name; });
+std::vector<OpenJpegCase> regionCases()
+{
+    const OpenJpegCase large = {.name = "reversible", .width = 301, .height = 260, .levels = 5, .blockWidth = 16};
+    OpenJpegCase irreversible = large;
+    irreversible.name = "irreversible";
+    irreversible.isReversible = false;
+    OpenJpegCase tiles = {.name = "tiles", .width = 200, .height = 190, .x0 = 13, .y0 = 7, .components = 3};
+    tiles.tileWidth = 37, tiles.tileHeight = 41, tiles.tx0 = 5, tiles.ty0 = 3;
+    tiles.blockWidth = 8;
+    OpenJpegCase halved = tiles;
+    halved.name = "halved_chroma";
+    halved.chromaDx = halved.chromaDy = 2;
+    halved.isReversible = false;
+    tiles.transformsComponents = true;
+    return {large,
+            irreversible,
+            tiles,
+            halved,
+            {.name = "no_levels", .width = 90, .height = 80, .levels = 0, .blockHeight = 8}};
+}
+INSTANTIATE_TEST_SUITE_P(All, J2kRegion, testing::ValuesIn(regionCases()),
+                         [](const auto& tested) { return tested.param.name; });
 
 TEST(J2kRegions, NeedNothingElsewhere)
 {
