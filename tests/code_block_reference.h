@@ -12,16 +12,6 @@
 
 namespace qel::test {
 
-// The library's own steps, one decision at a time: what all bytes mean, also those that no encoder writes.
-struct StepwiseMq {
-    MqDecoderState state = {};
-
-    void start(const uint8_t* src, int length) { mqDecoderInit(&state, src, length); }
-    void reset() { mqDecoderResetCtx(&state); }
-    int next(int context) { return ownqj_DecoderDecode_asm(&state, context, owniEstimator_JPEG2K); }
-    int checkTermination() { return mqDecoderCheckErrPredTerm(&state); }
-};
-
 struct RawBits {
     const uint8_t *next = nullptr, *end = nullptr;
     unsigned last = 0;
@@ -42,10 +32,10 @@ public:
     CodeBlockReference(int width, int height, int bandType, bool isCausal)
         : width_(width), height_(height), bandType_(bandType), isCausal_(isCausal), samples(size_t(width) * height)
     {
-        mq.reset();
+        mqDecoderResetCtx(&mq);
     }
 
-    StepwiseMq mq;
+    MqDecoderState mq = {}; // the library's own steps: what all bytes mean, also those that no encoder writes
     RawBits raw;
     bool isRaw = false;             // where the decisions of the next pass come from
     std::vector<uint8_t> decisions; // each (context << 1) | decision
@@ -111,7 +101,7 @@ private:
     const Sample& at(int x, int y) const { return samples[size_t(y) * width_ + x]; }
     int next(int context)
     {
-        int decision = isRaw ? raw.take() : mq.next(context);
+        int decision = isRaw ? raw.take() : ownqj_DecoderDecode_asm(&mq, context, owniEstimator_JPEG2K);
         decisions.push_back(uint8_t(context << 1 | decision));
         return decision;
     }
@@ -219,7 +209,7 @@ inline DecodedBlock decodeReference(const CodedBlock& block)
         int plane = current = block.planes - 1 - (pass + 2) / 3;
         reference.isRaw = bypasses && pass >= 10 && !isCleanup;
         if (pass == 0 || segmentOf(pass - 1, block.style) != segment) {
-            reference.mq.start(bytes.data(), int(bytes.size()));
+            mqDecoderInit(&reference.mq, bytes.data(), int(bytes.size()));
             reference.raw = {bytes.data(), bytes.data() + bytes.size()};
         }
         if (kind == PassKind::significancePropagation) reference.significancePropagation(plane);
@@ -233,8 +223,8 @@ inline DecodedBlock decodeReference(const CodedBlock& block)
         bool isLastPlane = plane == (bypasses ? std::max(block.planes - 4, 0) : 0), endsByStyle = bypasses && pass > 9;
         if (block.style & JPEG2K_PREDICTABLE_TERMINATION && !reference.isRaw &&
             (terminatesAll || (isCleanup && (isLastPlane || endsByStyle))))
-            failed = reference.mq.checkTermination();
-        if (!reference.isRaw && block.style & JPEG2K_RESET_EVERY_PASS) reference.mq.reset();
+            failed = mqDecoderCheckErrPredTerm(&reference.mq);
+        if (!reference.isRaw && block.style & JPEG2K_RESET_EVERY_PASS) mqDecoderResetCtx(&reference.mq);
         if (failed) {
             decoded.status = qelStsJPEG2KCodeBlockIsFinished;
             decoded.errorPlane = plane;

@@ -25,7 +25,7 @@ template <class T> struct Transform {
     QelStatus (*toPixels)(const T* const*, int, T*, int, QelSize);
     struct {
         Pixel<T> in, forward, inverse;
-    } pixels[4];
+    } table[4];
 };
 
 // Sums wrap.
@@ -50,59 +50,44 @@ const Transform<float> kIrreversible = {qeliICTFwd_JPEG2K_32f_P3IR,
                                           {3064.46997f, -742.358154f, 176.794418f},
                                           {5764.53809f, 964.220459f, 8971.5293f}}}};
 
-// Three rows of samples at an odd address, with bytes between them that must keep their value.
-template <class T> struct Region {
-    int row, step;
-    std::vector<uint8_t> bytes;
-
-    explicit Region(int samples) : row(samples * int(sizeof(T))), step(row + 3), bytes(size_t(1 + 3 * step), 0xEE) {}
-    T* data() { return (T*)(bytes.data() + 1); }
-    void put(const std::vector<T>& samples)
-    {
-        for (int r = 0; r < 3; ++r) memcpy(&bytes[size_t(1 + r * step)], (uint8_t*)samples.data() + r * row, row);
+// Three rows at an odd address, with bytes between them that must keep their value; sampleAt(i) is what rows hold.
+constexpr int kWidth = 37, kHeight = 3, kGap = 3;
+using Bytes = std::vector<uint8_t>;
+template <class SampleAt> Bytes rowsOf(int samples, SampleAt sampleAt)
+{
+    constexpr size_t kBytes = sizeof sampleAt(0);
+    Bytes bytes(1 + kHeight * (size_t(samples) * kBytes + kGap), 0xEE);
+    for (size_t i = 0; i < size_t(samples * kHeight); ++i) {
+        auto sample = sampleAt(int(i) % samples);
+        memcpy(&bytes[1 + i * kBytes + i / size_t(samples) * kGap], &sample, kBytes);
     }
-    void expect(const std::vector<T>& samples) const
-    {
-        Region expected(row / int(sizeof(T)));
-        expected.put(samples);
-        ASSERT_TRUE(bytes == expected.bytes) << row;
-    }
-};
+    return bytes;
+}
 
 template <class T> void layouts(const Transform<T>& transform)
 {
-    for (int width : {1, 37}) {
-        const QelSize roi = {width, 3};
-        Region<T> pixels(3 * width), plane[3] = {Region<T>(width), Region<T>(width), Region<T>(width)};
-        T* planes[3] = {plane[0].data(), plane[1].data(), plane[2].data()};
-        std::vector<T> in[4], forward[4], inverse[4]; // by channel; the last have all three in turns
-        for (int i = 0; i < 3 * width; ++i)
-            for (size_t k = 0; k < 3; ++k) {
-                auto& pixel = transform.pixels[i % 4];
-                for (size_t to : {k, size_t(3)}) {
-                    in[to].push_back(pixel.in[k]);
-                    forward[to].push_back(pixel.forward[k]);
-                    inverse[to].push_back(pixel.inverse[k]);
-                }
-            }
-        auto putPlanes = [&] {
-            for (size_t k = 0; k < 3; ++k) plane[k].put(in[k]);
-        };
-        auto expectPlanes = [&](auto& expected) {
-            for (size_t k = 0; k < 3; ++k) plane[k].expect(expected[k]);
-        };
-        pixels.put(in[3]);
-        ASSERT_EQ(transform.toPlanes(pixels.data(), pixels.step, planes, plane[0].step, roi), qelStsNoErr);
-        expectPlanes(forward);
-        putPlanes();
-        ASSERT_EQ(transform.forwardInPlace(planes, plane[0].step, roi), qelStsNoErr);
-        expectPlanes(forward);
-        putPlanes();
-        ASSERT_EQ(transform.toPixels(planes, plane[0].step, pixels.data(), pixels.step, roi), qelStsNoErr);
-        pixels.expect(inverse[3]);
-        ASSERT_EQ(transform.inverseInPlace(planes, plane[0].step, roi), qelStsNoErr);
-        expectPlanes(inverse);
-    }
+    constexpr QelSize kSize = {kWidth, kHeight};
+    constexpr int kPlaneStep = kWidth * int(sizeof(T)) + kGap, kPixelStep = 3 * kWidth * int(sizeof(T)) + kGap;
+    using Planes = std::array<Bytes, 3>;
+    auto pixelsOf = [&](auto what) {
+        return rowsOf(3 * kWidth, [&](int i) { return (transform.table[i / 3 % 4].*what)[size_t(i) % 3]; });
+    };
+    auto planesOf = [&](auto what) {
+        auto plane = [&](size_t k) { return rowsOf(kWidth, [&](int i) { return (transform.table[i % 4].*what)[k]; }); };
+        return Planes{plane(0), plane(1), plane(2)};
+    };
+    auto startsOf = [](Planes& p) { return std::array{(T*)&p[0][1], (T*)&p[1][1], (T*)&p[2][1]}; };
+    using Row = std::remove_cvref_t<decltype(transform.table[0])>;
+    auto in = planesOf(&Row::in), planes = in, made = planesOf(&Row::inverse), inverse = made;
+    auto pixels = pixelsOf(&Row::in);
+    EXPECT_EQ(transform.forwardInPlace(startsOf(planes).data(), kPlaneStep, kSize), qelStsNoErr);
+    EXPECT_TRUE(planes == planesOf(&Row::forward));
+    EXPECT_EQ(transform.toPlanes((T*)&pixels[1], kPixelStep, startsOf(made).data(), kPlaneStep, kSize), qelStsNoErr);
+    EXPECT_TRUE(made == planesOf(&Row::forward));
+    EXPECT_EQ(transform.toPixels(startsOf(in).data(), kPlaneStep, (T*)&pixels[1], kPixelStep, kSize), qelStsNoErr);
+    EXPECT_TRUE(pixels == pixelsOf(&Row::inverse));
+    EXPECT_EQ(transform.inverseInPlace(startsOf(in).data(), kPlaneStep, kSize), qelStsNoErr);
+    EXPECT_TRUE(in == inverse);
 }
 
 TEST(ReversibleTransform, Layouts) { layouts(kReversible); }
