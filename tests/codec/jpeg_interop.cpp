@@ -37,30 +37,14 @@ void expectDecodedAlike(Bytes file, bool replicate)
     EXPECT_LE(d.largestError, replicate ? 4 : 3);
     bool tiny = decoded.picture.width() * decoded.picture.height() < 64;
     EXPECT_LE(d.meanSquaredError, replicate ? (tiny ? 1.5 : 0.6) : (tiny ? 1 : 0.3));
-}
 
-// The two ways to pictures of replicated chroma, and from pictures, differ by their rounding only.
-TEST(JpegMcus, AgreeWithPlanes)
-{
-    using enum ColourSpace;
-    for (auto [width, height] : {std::pair(1, 1), std::pair(16, 16), std::pair(333, 250)})
-        for (ColourSpace space : {rgb, cmyk})
-            for (const jpeg::Samplings& sampling : {jpeg::kSampling420, jpeg::kSampling422})
-                for (bool progressive : {false, true}) {
-                    Picture picture = drawnPicture(width, height, space);
-                    jpeg::EncodeOptions options = {.sampling = sampling, .progressive = progressive};
-                    auto file = jpeg::encode(picture, options);
-                    options.fast = true;
-                    Picture other = jpeg::decode(jpeg::encode(picture, options)).picture;
-                    Difference coded = compare(jpeg::decode(file).picture, other).whole;
-                    EXPECT_LE(coded.meanSquaredError, 3);
-                    jpeg::DecodeOptions replicate = {.upsampling = jpeg::Upsampling::replicate}, fast = replicate;
-                    fast.fast = true;
-                    Difference d =
-                        compare(jpeg::decode(file, replicate).picture, jpeg::decode(file, fast).picture).whole;
-                    EXPECT_LE(d.largestError, 1);
-                    EXPECT_LE(d.meanSquaredError, 0.6);
-                }
+    // By planes or by MCUs, replicated chroma differs by its rounding only.
+    jpeg::DecodeOptions options = {.upsampling = jpeg::Upsampling::replicate};
+    Picture byPlanes = jpeg::decode(file, options).picture;
+    options.fast = true;
+    d = compare(jpeg::decode(file, options).picture, byPlanes).whole;
+    EXPECT_LE(d.largestError, 1);
+    EXPECT_LE(d.meanSquaredError, tiny ? 1 : 0.6);
 }
 
 // What twenty codings leave of a picture: error, and how far its colours have wandered.
@@ -113,7 +97,13 @@ protected:
 TEST_P(JpegInterop, OurFilesInThePeer)
 {
     forEachSize([](const Picture& picture, bool replicate) {
-        expectDecodedAlike(jpeg::encode(picture, GetParam().options), replicate);
+        jpeg::EncodeOptions options = GetParam().options;
+        auto file = jpeg::encode(picture, options);
+        expectDecodedAlike(file, replicate);
+        if (options.quality < 90) return; // where a rounding may be a step
+        options.fast = true;
+        Picture decoded = jpeg::decode(jpeg::encode(picture, options)).picture;
+        EXPECT_LE(compare(decoded, jpeg::decode(file).picture).whole.meanSquaredError, 3);
     });
 }
 

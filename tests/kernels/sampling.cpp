@@ -50,23 +50,4 @@ TEST(SamplingKernels, Triangle)
                                           });
 }
 
-// The wide kernels round in several small steps: every pair of neighbours, in both orders, goes through them.
-TEST(SamplingKernels, EveryPairOfNeighbours)
-{
-    constexpr int kPairs = 256;
-    everyBuild<SamplingKernels>([](const SamplingKernels& table) {
-        for (int a = 0; a < 256; ++a) {
-            uint8_t src[2 * kPairs], up[4 * kPairs], down[kPairs];
-            for (int b = 0; b < kPairs; ++b) src[2 * b] = uint8_t(a), src[2 * b + 1] = uint8_t(b);
-            table.upRowH2V1(src, 2 * kPairs, up);
-            table.downRowH2V1(src, 2 * kPairs, down);
-            for (int i = 1; i < 2 * kPairs - 1; ++i) {
-                ASSERT_EQ(up[2 * i], (3 * src[i] + src[i - 1] + 1) >> 2) << a << ' ' << i;
-                ASSERT_EQ(up[2 * i + 1], (3 * src[i] + src[i + 1] + 2) >> 2) << a << ' ' << i;
-            }
-            for (int b = 0; b < kPairs; ++b) ASSERT_EQ(down[b], (a + b + b % 2) >> 1) << a << ' ' << b;
-        }
-    });
-}
-
 }
