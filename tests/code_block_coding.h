@@ -3,6 +3,7 @@
 #pragma once
 
 #include <gtest/gtest.h>
+#include <string.h>
 
 #include <memory>
 #include <vector>
@@ -32,9 +33,14 @@ struct Coded {
     std::vector<uint32_t> rates = {}, lengths = {};
 };
 
+// From an odd address, with rows apart.
 inline void load(QelEncodeState* state, const std::vector<int32_t>& block, Coded& c)
 {
-    EXPECT_EQ(qeliEncodeLoadCodeBlock_JPEG2K_32s_C1R(block.data(), 4 * c.size.width, c.size.width, c.size.height, state,
+    const int rowBytes = 4 * c.size.width, step = rowBytes + 3;
+    std::vector<uint8_t> rows(1 + size_t(step) * size_t(c.size.height));
+    for (int r = 0; r < c.size.height; ++r)
+        memcpy(&rows[size_t(1 + r * step)], &block[size_t(r * c.size.width)], size_t(rowBytes));
+    EXPECT_EQ(qeliEncodeLoadCodeBlock_JPEG2K_32s_C1R((const int32_t*)&rows[1], step, c.size.width, c.size.height, state,
                                                      c.band, c.nBitPlanes, c.method, -1, c.style, &c.planes, &c.passes,
                                                      &c.segments),
               qelStsNoErr);

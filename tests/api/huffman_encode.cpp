@@ -95,6 +95,11 @@ TEST(EncodeHuffman, OrderOfFaults)
                  null<2>, null<3>);
     expectFaults(qeliGetHuffmanStatisticsOne_JPEG_16s_C1, {block.data(), counts}, null<0>, null<1>);
     EXPECT_TRUE(p.pos == 0 && bits == 0 && counts[0] == 0 && counts[1] == 0);
+    // A negative position is no place in the buffer.
+    p.pos = -1;
+    p.state.count = 7;
+    EXPECT_EQ(p.encode(block), qelStsJPEGOutOfBufErr);
+    EXPECT_TRUE(p.dst.intact());
 }
 
 // The bit position stands for the pending bits, which stay in the buffer; nothing is written after the last bit.
