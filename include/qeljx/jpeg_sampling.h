@@ -35,7 +35,7 @@ QEL_API QelStatus qeliSampleDownH2V2_JPEG_8u_C1R(const uint8_t* pSrc, int srcSte
 /* Triangle filter up: two samples from each, three parts of the sample itself to one part of its neighbour,
  *     dst[2 i] = (3 src[i] + src[i - 1] + 1) >> 2,    dst[2 i + 1] = (3 src[i] + src[i + 1] + 2) >> 2.
  *
- * NOTE: EACH SOURCE ROW IS READ FROM ONE SAMPLE BEFORE ITS START TO THE ONE BEHIND THE LAST PAIR: pSrc[-1] and
+ * NOTE: EACH SOURCE ROW IS READ FROM ONE SAMPLE BEFORE ITS START TO THE ONE AFTER THE LAST PAIR: pSrc[-1] and
  * pSrc[dstSize.width / 2] must be readable, and they take part in the result. As a rule the caller fills them with
  * copies of the first and the last sample of the row; the row functions below do that by themselves.
  *
@@ -43,7 +43,7 @@ QEL_API QelStatus qeliSampleDownH2V2_JPEG_8u_C1R(const uint8_t* pSrc, int srcSte
  * Destination row r is made of source row r, or of the last one where there are fewer. */
 QEL_API QelStatus qeliSampleUpH2V1_JPEG_8u_C1R(const uint8_t* pSrc, int srcStep, QelSize srcSize, uint8_t* pDst,
                                                int dstStep, QelSize dstSize);
-/* Like UpH2V1, THE SAMPLES BEFORE AND BEHIND EACH SOURCE ROW INCLUDED, but in both directions: destination
+/* Like UpH2V1, THE SAMPLES BEFORE AND AFTER EACH SOURCE ROW INCLUDED, but in both directions: destination
  * row r takes the sums c[i] = 3 near[i] + far[i], where near is source row r / 2 and far the row above it (r even) or
  * below it (r odd), and
  *     dst[2 i] = (3 c[i] + c[i - 1] + 8) >> 4,    dst[2 i + 1] = (3 c[i] + c[i + 1] + 7) >> 4.

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // PortableMasks<N>, the operations of PortableSimd<N> on lanes that a mask chooses: bit i of a mask stands for lane i.
-// Masks that are arguments may have ones behind the last lane. Only processors with registers of 64 bytes have them.
+// Masks that are arguments may have ones after the last lane. Only processors with registers of 64 bytes have them.
 #pragma once
 
 #include "core/registers.h"
@@ -31,7 +31,7 @@ template <int N> struct PortableMasks {
         return v;
     }
 
-    // The chosen lanes moved together to the low end (compress); behind them those of `fill`. And back (expand), with
+    // The chosen lanes moved together to the low end (compress); after them those of `fill`. And back (expand), with
     // zeros between them.
     template <class V> static QEL_INLINE V compress(V v, uint64_t mask) { return compress(v, mask, V{}); }
     template <class V> static QEL_INLINE V compress(V v, uint64_t mask, V fill)

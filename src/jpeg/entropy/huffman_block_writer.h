@@ -69,7 +69,7 @@ template <class S> struct AcSymbols {
     }
 
 private:
-    // Nothing above 0 behind the last value.
+    // Nothing above 0 after the last value.
     static QEL_INLINE U8<64> runsOf(uint64_t set)
     {
         auto positions = load<U8<64>>(kBytesInScan.position);
@@ -120,7 +120,7 @@ struct BlockWriter {
         uint64_t stuffed = S::equal(bytes, U8<64>{} + 0xFF) & ~(uint64_t(1) << 63);
         int whole = total >> 3, written = whole + __builtin_popcountll(stuffed);
         if (__builtin_expect(total + 8 * (written - whole) >= 63 * 8, 0)) return false;
-        S::storeSome(next, S::expand(bytes, ~behind(stuffed)), onesBelow(written));
+        S::storeSome(next, S::expand(bytes, ~after(stuffed)), onesBelow(written));
         next += written;
         count = total & 7;
         // The byte that is not whole, and the last one of those that are: before the first it is byte 63.
@@ -136,7 +136,7 @@ private:
     static constexpr Ends kEnds = {{0, 0xFF}};
 
     // The places of the zeros that follow bytes of 0xFF, which each of them moves on.
-    static QEL_INLINE uint64_t behind(uint64_t bytes)
+    static QEL_INLINE uint64_t after(uint64_t bytes)
     {
         if (__builtin_expect((bytes & (bytes - 1)) == 0, 1)) return bytes << 1;
         uint64_t zeros = 0;
@@ -156,7 +156,7 @@ private:
         U64<64> sums = S::sumOfBytes(S::pick((U8<64>)length, load<U8<64>>(kBefore.lane), kLanesBefore));
         total = count + int(sums[0]);
         U64<64> start = S::keep(sums, 0xFE) + uint64_t(count);
-        // In words of 64 bits: what of a pair goes to the word where it starts, and what to the one behind.
+        // In words of 64 bits: what of a pair goes to the word where it starts, and what to the next one.
         U64<64> top = S::shiftLeft(pair, 64 - length), shift = start & 63;
         U64<64> here = top >> shift, there = S::shiftLeft(top, 64 - shift);
         uint64_t crossing = S::nonZero((shift + length) & 64);

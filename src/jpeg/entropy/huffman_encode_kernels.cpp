@@ -36,7 +36,7 @@ QEL_INLINE SymbolWriter writeBlock(const int16_t* block, const Coefficients& coe
 // each.
 QEL_INLINE bool hasMany(uint64_t set) { return kBlockWidth == 64 && __builtin_popcountll(set) >= 11; }
 
-// The block behind the bits of `out`; `set` has its values. False if it has a symbol without a code, or more bits than
+// The block after the bits of `out`; `set` has its values. False if it has a symbol without a code, or more bits than
 // fit a step: then `out` stands anywhere, and what is written is what the walk writes there.
 template <class S> QEL_INLINE bool putBlock(const int16_t* src, uint64_t set, int lastDc,
                                             const QelEncodeHuffmanSpec& dc, const QelEncodeHuffmanSpec& ac,
@@ -55,7 +55,7 @@ template <class S> QEL_INLINE bool putBlock(const int16_t* src, uint64_t set, in
     return true;
 }
 
-// By putBlock. False where that cannot: nothing has changed but bytes behind
+// By putBlock. False where that cannot: nothing has changed but bytes after
 // the position.
 template <int N> QEL_INLINE bool encodeAtOnce(const int16_t* src, uint64_t set, uint8_t* dst, int* pos, int16_t* lastDc,
                                               const QelEncodeHuffmanSpec& dc, const QelEncodeHuffmanSpec& ac,

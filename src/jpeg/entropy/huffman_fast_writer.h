@@ -18,7 +18,7 @@ struct FastWriter {
     int64_t free;
     uint8_t last; // that was written
     uint8_t* next;
-    const uint8_t* lastStart; // a step may start here, but not behind
+    const uint8_t* lastStart; // a step may start here, but not after
 
     // The low word of a state has the pending bits from bit 23 down, and the last written byte above them.
     static QEL_INLINE FastWriter of(const QelEncodeHuffmanState& state, uint8_t* dst, int dstLen, int pos)
@@ -74,12 +74,12 @@ struct FastWriter {
         for (; free <= 56; free += 8, bits <<= 8) putByte(uint8_t(bits >> 56));
     }
 
-    // The same at once, where there is room for a step. Bytes behind the last one are written as they are.
+    // The same at once, where there is room for a step. Bytes after the last one are written as they are.
     QEL_INLINE void finishAtOnce()
     {
         if (__builtin_expect(hasFF(bits) || free == 0, 0)) return finish();
-        uint64_t used = uint64_t(64 - free) & 56, behind = ~uint64_t(0) >> used;
-        storeBig64(next, (bits & ~behind) | (loadBig64(next) & behind));
+        uint64_t used = uint64_t(64 - free) & 56, after = ~uint64_t(0) >> used;
+        storeBig64(next, (bits & ~after) | (loadBig64(next) & after));
         next += used >> 3;
         free += int64_t(used);
         if (used != 0) last = uint8_t(bits >> (64 - used));
@@ -87,7 +87,7 @@ struct FastWriter {
     }
 };
 
-// Writes symbols, and the bits behind their codes.
+// Writes symbols, and the bits after their codes.
 struct SymbolWriter {
     const QelEncodeHuffmanSpec& spec;
     FastWriter out;
