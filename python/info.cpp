@@ -35,25 +35,6 @@ py::dict infoOf(const jpeg::Info& info)
     return about;
 }
 
-const char* colourOf(const j2k::File& file)
-{
-    if (!file.jp2 || file.jp2->colours.empty()) return "unknown";
-    const j2k::Jp2Colour& colour = file.jp2->colours[0];
-    if (colour.method != j2k::Jp2Colour::kEnumerated) return "ICC profile";
-    switch (colour.space) {
-    case j2k::Jp2Colour::kCmyk:
-        return "CMYK";
-    case j2k::Jp2Colour::kSrgb:
-        return "sRGB";
-    case j2k::Jp2Colour::kGrey:
-        return "grey";
-    case j2k::Jp2Colour::kSycc:
-        return "sYCC";
-    default:
-        return "unknown";
-    }
-}
-
 py::dict infoOf(const j2k::File& file)
 {
     const j2k::Size& size = file.codestream->size();
@@ -77,7 +58,8 @@ py::dict infoOf(const j2k::File& file)
     about["width"] = size.picture.width();
     about["height"] = size.picture.height();
     about["precision"] = precision;
-    about["colour"] = colourOf(file);
+    bool isTold = file.jp2 && !file.jp2->colours.empty();
+    about["colour"] = isTold ? nameOf(file.jp2->colours[0]) : "unknown";
     about["components"] = components;
     about["tiles"] = size.tiles();
     about["tile_size"] = py::make_tuple(size.firstTile.width(), size.firstTile.height());

@@ -14,24 +14,6 @@ using namespace codec;
 
 std::string product(uint64_t a, uint64_t b) { return std::to_string(a) + " x " + std::to_string(b); }
 
-std::string nameOf(const j2k::Jp2Colour& colour)
-{
-    if (colour.method != j2k::Jp2Colour::kEnumerated)
-        return "ICC profile of " + std::to_string(colour.profile.size()) + " bytes";
-    switch (colour.space) {
-    case j2k::Jp2Colour::kCmyk:
-        return "CMYK";
-    case j2k::Jp2Colour::kSrgb:
-        return "sRGB";
-    case j2k::Jp2Colour::kGrey:
-        return "grey";
-    case j2k::Jp2Colour::kSycc:
-        return "sYCC";
-    default:
-        return "enumerated colour space " + std::to_string(colour.space);
-    }
-}
-
 std::string nameOf(const j2k::Jp2Definition& definition)
 {
     switch (definition.kind) {
@@ -48,7 +30,10 @@ std::string nameOf(const j2k::Jp2Definition& definition)
 
 void printJp2(const j2k::Jp2File& jp2)
 {
-    for (const j2k::Jp2Colour& colour : jp2.colours) std::printf("colour           %s\n", nameOf(colour).c_str());
+    for (const j2k::Jp2Colour& colour : jp2.colours) {
+        std::printf("colour           %s", nameOf(colour).c_str());
+        std::puts(colour.profile.empty() ? "" : (" of " + std::to_string(colour.profile.size()) + " bytes").c_str());
+    }
     if (jp2.palette)
         std::printf("palette          %d entries of %zu columns\n", jp2.palette->entries, jp2.palette->columns.size());
     for (const j2k::Jp2Definition& definition : jp2.definitions)

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <string>
+#include <utility>
 
 #include "codec/base/fields.h"
 #include "codec/j2k/box_types.h"
@@ -161,6 +162,18 @@ void checkChannels(Jp2File& jp2)
     }
 }
 
+}
+
+std::string nameOf(const Jp2Colour& colour)
+{
+    if (colour.method != Jp2Colour::kEnumerated) return "ICC profile";
+    constexpr std::pair<uint32_t, const char*> kNames[] = {
+        {Jp2Colour::kCmyk, "CMYK"},   {Jp2Colour::kSrgb, "sRGB"},    {Jp2Colour::kGrey, "grey"},
+        {Jp2Colour::kSycc, "sYCC"},   {Jp2Colour::kEsrgb, "e-sRGB"}, {Jp2Colour::kRommRgb, "ROMM-RGB"},
+        {Jp2Colour::kEsycc, "e-sYCC"}};
+    for (auto [space, name] : kNames)
+        if (colour.space == space) return name;
+    return "colour space " + std::to_string(colour.space);
 }
 
 Box readBox(Bytes file, size_t at, size_t end)

@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <optional>
+#include <string>
 #include <vector>
 
 #include "codec/base/byte_writer.h"
@@ -20,6 +21,7 @@ struct Jp2Colour {
     uint32_t space = 0; // with kEnumerated
     Bytes profile;      // ICC profile, with the other methods
 };
+std::string nameOf(const Jp2Colour& colour);
 
 // PCLR: columns of samples that a component chooses from.
 struct Jp2Palette {
