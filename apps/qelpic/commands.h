@@ -37,6 +37,7 @@ struct Options {
     bool isQuiet = false;
     int runs = 0;                    // how often to code for the time to be taken; 0 is once, without a report
     std::optional<double> leastPsnr; // that `compare` is content with
+    bool isJson = false;             // what `info` and `compare` print
 };
 
 // All throw FileError (console.h).

@@ -1,18 +1,23 @@
 // SPDX-License-Identifier: Apache-2.0
-// qelpic compare: PSNR and largest error of two pictures.
+// qelpic compare: PSNR, largest error and structural similarity of two pictures.
 #include "codec/base/compare.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstdio>
 
 #include "codec/base/convert.h"
 #include "codec/base/file_io.h"
+#include "codec/base/similarity.h"
 #include "codec/formats/picture_file.h"
 #include "qelpic/commands.h"
 #include "qelpic/console.h"
+#include "qelpic/json.h"
 
 namespace qel::qelpic {
 namespace {
+
+using qelpic::print;
 
 codec::DecodedPicture load(const std::string& path, const Options& options)
 {
@@ -21,15 +26,22 @@ codec::DecodedPicture load(const std::string& path, const Options& options)
     return loaded;
 }
 
-void print(const char* channel, const codec::Difference& difference, int precision)
-{
-    std::printf("%-8s %8.2f %14d %19.4f\n", channel, difference.psnr(precision), difference.largestError,
-                difference.meanSquaredError);
-}
+struct Row {
+    const char* channel;
+    codec::Difference difference;
+    double psnr, similarity;
+};
 
-// Prints the differences; returns the PSNR of all samples. Deeper ones are rounded to the other picture's precision.
-double psnrOf(const codec::Picture& a, const codec::Picture& b, const std::string& path)
+struct Measured {
+    std::vector<Row> channels;
+    Row whole; // of all samples; the similarity is the mean of the channels'
+};
+
+// Deeper pictures are rounded to the other one's precision.
+Measured measure(const codec::Picture& a, const codec::Picture& b)
 {
+    static constexpr const char* kNames[3][4] = {
+        {"grey"}, {"red", "green", "blue"}, {"cyan", "magenta", "yellow", "black"}};
     int precision = std::min(a.precision(), b.precision());
     codec::Picture rounded;
     auto fitted = [&](const codec::Picture& picture) -> const codec::Picture& {
@@ -37,13 +49,49 @@ double psnrOf(const codec::Picture& a, const codec::Picture& b, const std::strin
         rounded = codec::withPrecision(picture, precision);
         return rounded;
     };
-    auto result = about(path, [&] { return codec::compare(fitted(a), fitted(b)); });
-    static constexpr const char* kNames[3][4] = {
-        {"grey"}, {"red", "green", "blue"}, {"cyan", "magenta", "yellow", "black"}};
-    std::puts("channel  PSNR(dB)  largest error  mean squared error");
-    for (size_t c = 0; c < result.channels.size(); ++c) print(kNames[int(a.space())][c], result.channels[c], precision);
-    print("all", result.whole, precision);
-    return result.whole.psnr(precision);
+    const codec::Picture &first = fitted(a), &second = fitted(b);
+    codec::Comparison comparison = codec::compare(first, second);
+    std::vector<double> similarity = codec::structuralSimilarity(first, second);
+    Measured measured = {{}, {"all", comparison.whole, comparison.whole.psnr(precision), 0}};
+    for (size_t c = 0; c < similarity.size(); ++c) {
+        const codec::Difference& difference = comparison.channels[c];
+        measured.channels.push_back({kNames[int(a.space())][c], difference, difference.psnr(precision), similarity[c]});
+        measured.whole.similarity += similarity[c] / double(similarity.size());
+    }
+    return measured;
+}
+
+void print(const Row& row)
+{
+    std::printf("%-8s %8.2f %14d %19.4f ", row.channel, row.psnr, row.difference.largestError,
+                row.difference.meanSquaredError);
+    if (std::isnan(row.similarity))
+        std::puts("       -");
+    else
+        std::printf("%8.5f\n", row.similarity);
+}
+
+void print(const Measured& measured)
+{
+    std::puts("channel  PSNR(dB)  largest error  mean squared error     SSIM");
+    for (const Row& row : measured.channels) print(row);
+    print(measured.whole);
+}
+
+Json jsonOf(const Row& row)
+{
+    return {{"psnr", row.psnr},
+            {"ssim", row.similarity},
+            {"largest_error", row.difference.largestError},
+            {"mean_squared_error", row.difference.meanSquaredError}};
+}
+
+Json jsonOf(const std::string& path, const Measured& measured)
+{
+    Json json = {{"file", path}};
+    json.update(jsonOf(measured.whole));
+    for (const Row& row : measured.channels) json["channels"][row.channel] = jsonOf(row);
+    return json;
 }
 
 }
@@ -52,12 +100,21 @@ ExitCode compare(const Options& options)
 {
     auto original = load(options.files[0], options);
     bool isDamaged = original.isDamaged, isBelow = false;
+    Json all = {{"original", options.files[0]}, {"pictures", Json::array()}};
     for (size_t i = 1; i < options.files.size(); ++i) {
-        if (options.files.size() > 2) std::printf("%s%s:\n", i > 1 ? "\n" : "", options.files[i].c_str());
-        auto other = load(options.files[i], options);
+        const std::string& path = options.files[i];
+        auto other = load(path, options);
+        Measured measured = about(path, [&] { return measure(original.picture, other.picture); });
         isDamaged |= other.isDamaged;
-        isBelow |= psnrOf(original.picture, other.picture, options.files[i]) < options.leastPsnr.value_or(0);
+        isBelow |= measured.whole.psnr < options.leastPsnr.value_or(0);
+        if (options.isJson) {
+            all["pictures"].push_back(jsonOf(path, measured));
+            continue;
+        }
+        if (options.files.size() > 2) std::printf("%s%s:\n", i > 1 ? "\n" : "", path.c_str());
+        print(measured);
     }
+    if (options.isJson) print(all);
     finishOutput();
     return isBelow ? kFailed : isDamaged ? kDamaged : kDone;
 }

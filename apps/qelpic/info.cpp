@@ -16,7 +16,9 @@
 namespace qel::qelpic {
 namespace {
 
-void printJpeg(const codec::jpeg::Info& jpeg)
+using qelpic::print;
+
+void print(const codec::jpeg::Info& jpeg)
 {
     std::printf("format           JPEG, %s\n", nameOf(jpeg.process));
     std::printf("size             %d x %d\n", jpeg.width, jpeg.height);
@@ -35,47 +37,66 @@ void printJpeg(const codec::jpeg::Info& jpeg)
     if (jpeg.adobeTransform >= 0) std::printf("Adobe transform  %d\n", jpeg.adobeTransform);
 }
 
-void printPicture(const char* format, const codec::Picture& picture)
+void print(const PlainPicture& plain)
 {
-    const char* spaces[] = {"grey", "RGB", "CMYK"};
-    std::printf("format           %s\n", format);
+    const codec::Picture& picture = plain.picture;
+    std::printf("format           %s\n", plain.format);
     std::printf("size             %d x %d\n", picture.width(), picture.height());
-    std::printf("colour           %s, %d bits\n", spaces[int(picture.space())], picture.precision());
+    std::printf("colour           %s, %d bits\n", nameOf(picture.space()), picture.precision());
 }
 
-// Prints what the headers say; returns the number of pixels.
-double print(codec::Bytes file, const std::string& path, const Options& options)
+double pixels(uint32_t width, uint32_t height) { return double(width) * height; }
+
+void readHeaders(Description& description, const Options& options)
 {
+    codec::Bytes file = description.file;
     codec::FileKind kind = codec::kindOf(file);
     if (kind == codec::FileKind::jpeg2000) {
         codec::j2k::File j2k = codec::j2k::open(file);
-        warn(path, j2k.warnings, options.isQuiet);
-        double pixels = printJ2k(j2k);
-        printMetadata(codec::j2k::readMetadata(file, j2k.jp2));
-        return pixels;
-    }
-    if (kind == codec::FileKind::jpeg) {
+        warn(description.path, j2k.warnings, options.isQuiet);
+        description.metadata = codec::j2k::readMetadata(file, j2k.jp2);
+        const codec::j2k::Rect& picture = j2k.codestream->size().picture;
+        description.pixels = pixels(picture.width(), picture.height());
+        description.headers = std::move(j2k);
+    } else if (kind == codec::FileKind::jpeg) {
         codec::jpeg::Info jpeg = codec::jpeg::readInfo(file);
-        printJpeg(jpeg);
-        printMetadata(codec::jpeg::readMetadata(file));
-        return double(jpeg.width) * jpeg.height;
+        description.metadata = codec::jpeg::readMetadata(file);
+        description.pixels = pixels(uint32_t(jpeg.width), uint32_t(jpeg.height));
+        description.headers = std::move(jpeg);
+    } else {
+        auto loaded = codec::loadPicture(file);
+        warn(description.path, loaded.warnings, options.isQuiet);
+        description.metadata = std::move(loaded.metadata);
+        description.pixels = pixels(uint32_t(loaded.picture.width()), uint32_t(loaded.picture.height()));
+        const char* format = kind == codec::FileKind::png ? "PNG" : kind == codec::FileKind::pgx ? "PGX" : "PNM";
+        description.headers = PlainPicture{format, std::move(loaded.picture)};
     }
-    auto loaded = codec::loadPicture(file);
-    warn(path, loaded.warnings, options.isQuiet);
-    printPicture(kind == codec::FileKind::png ? "PNG" : kind == codec::FileKind::pgx ? "PGX" : "PNM", loaded.picture);
-    printMetadata(loaded.metadata);
-    return double(loaded.picture.width()) * loaded.picture.height();
 }
 
-void describe(const std::string& path, const Options& options)
+Description describe(const std::string& path, const Options& options)
 {
+    Description description = {.path = path, .file = {}, .headers = {}, .metadata = {}};
     about(path, [&] {
-        std::vector<uint8_t> file = codec::readFile(path);
-        double pixels = print(file, path, options);
-        std::printf("file             %zu bytes, %.3f bits per pixel\n", file.size(), 8 * double(file.size()) / pixels);
+        description.file = codec::readFile(path);
+        readHeaders(description, options);
     });
+    return description;
 }
 
+void print(const Description& description)
+{
+    std::visit([](auto& headers) { print(headers); }, description.headers);
+    printMetadata(description.metadata);
+    std::printf("file             %zu bytes, %.3f bits per pixel\n", description.file.size(),
+                description.bitsPerPixel());
+}
+
+}
+
+const char* nameOf(codec::ColourSpace space)
+{
+    const char* names[] = {"grey", "RGB", "CMYK"};
+    return names[int(space)];
 }
 
 ExitCode info(const Options& options)
@@ -83,15 +104,21 @@ ExitCode info(const Options& options)
     std::vector<std::string> paths = inputsOf(options);
     bool isOne = options.files.size() == 1 && paths.size() == 1;
     size_t failed = 0;
+    Json all = Json::array();
     for (const std::string& path : paths) {
-        if (!isOne) std::printf("%s%s:\n", &path == paths.data() ? "" : "\n", path.c_str());
+        if (!isOne && !options.isJson) std::printf("%s%s:\n", &path == paths.data() ? "" : "\n", path.c_str());
         try {
-            describe(path, options);
+            Description description = describe(path, options);
+            if (options.isJson)
+                all.push_back(jsonOf(description));
+            else
+                print(description);
         } catch (const FileError& error) {
             say(std::string("qelpic: ") + error.what());
             ++failed;
         }
     }
+    if (options.isJson) print(all);
     finishOutput();
     return failed == 0 ? kDone : failed == paths.size() ? kFailed : kDamaged;
 }

@@ -4,7 +4,6 @@
 #include <cstdio>
 #include <string>
 
-#include "codec/j2k/decode/file.h"
 #include "qelpic/info.h"
 
 namespace qel::qelpic {
@@ -13,20 +12,6 @@ namespace {
 using namespace codec;
 
 std::string product(uint64_t a, uint64_t b) { return std::to_string(a) + " x " + std::to_string(b); }
-
-std::string nameOf(const j2k::Jp2Definition& definition)
-{
-    switch (definition.kind) {
-    case j2k::Jp2Definition::kColour:
-        return "colour " + std::to_string(definition.association);
-    case j2k::Jp2Definition::kOpacity:
-        return "opacity";
-    case j2k::Jp2Definition::kPremultipliedOpacity:
-        return "premultiplied opacity";
-    default:
-        return "unspecified";
-    }
-}
 
 void printJp2(const j2k::Jp2File& jp2)
 {
@@ -60,20 +45,6 @@ void printComponents(const j2k::Size& size)
     }
 }
 
-std::string nameOfStyle(int style)
-{
-    static constexpr const char* kNames[] = {"bypass",
-                                             "reset",
-                                             "terminate every pass",
-                                             "vertically causal",
-                                             "predictable termination",
-                                             "segmentation symbols"};
-    std::string text;
-    for (int bit = 0; bit < 6; ++bit)
-        if (style >> bit & 1) text.append(", ").append(kNames[bit]);
-    return text;
-}
-
 void printCoding(const j2k::Parameters& parameters)
 {
     const j2k::TileStyle& style = *parameters.style;
@@ -84,15 +55,44 @@ void printCoding(const j2k::Parameters& parameters)
     std::printf("wavelet          %s, %d levels\n", coding.isReversible ? "5/3 reversible" : "9/7 irreversible",
                 coding.levels);
     std::printf("colour transform %s\n", style.transformsComponents ? "yes" : "no");
-    std::printf("code-blocks      %s%s\n", product(1u << coding.blockWidthBits, 1u << coding.blockHeightBits).c_str(),
-                nameOfStyle(coding.style).c_str());
+    std::printf("code-blocks      %s", product(1u << coding.blockWidthBits, 1u << coding.blockHeightBits).c_str());
+    for (const char* name : namesOfStyle(coding.style)) std::printf(", %s", name);
+    std::puts("");
     std::printf("quantization     %s, %d guard bits\n", nameOf(parameters.quantization->kind),
                 parameters.quantization->guardBits);
 }
 
 }
 
-double printJ2k(const codec::j2k::File& file)
+std::string nameOf(const j2k::Jp2Definition& definition)
+{
+    switch (definition.kind) {
+    case j2k::Jp2Definition::kColour:
+        return "colour " + std::to_string(definition.association);
+    case j2k::Jp2Definition::kOpacity:
+        return "opacity";
+    case j2k::Jp2Definition::kPremultipliedOpacity:
+        return "premultiplied opacity";
+    default:
+        return "unspecified";
+    }
+}
+
+std::vector<const char*> namesOfStyle(int style)
+{
+    static constexpr const char* kNames[] = {"bypass",
+                                             "reset",
+                                             "terminate every pass",
+                                             "vertically causal",
+                                             "predictable termination",
+                                             "segmentation symbols"};
+    std::vector<const char*> names;
+    for (int bit = 0; bit < 6; ++bit)
+        if (style >> bit & 1) names.push_back(kNames[bit]);
+    return names;
+}
+
+void print(const codec::j2k::File& file)
 {
     const j2k::Size& size = file.codestream->size();
     const j2k::Rect &picture = size.picture, &tile = size.firstTile;
@@ -107,7 +107,6 @@ double printJ2k(const codec::j2k::File& file)
     if (tile.x0 || tile.y0) std::printf(", offset %u, %u", tile.x0, tile.y0);
     std::puts("");
     printCoding(file.codestream->parameters());
-    return double(picture.width()) * picture.height();
 }
 
 }

@@ -90,6 +90,12 @@ struct CommandLine {
         command.add_flag("-q,--quiet", options.isQuiet, "No warnings and no progress bar");
     }
 
+    void addReporting(CLI::App& command)
+    {
+        command.add_flag("--json", options.isJson, "Print JSON");
+        addCommon(command);
+    }
+
     // Inputs, and for commands that write files where these go.
     void addFiles(CLI::App& command, const char* about, const char* formats)
     {
@@ -248,25 +254,25 @@ struct CommandLine {
 
     CLI::App* addInfo(CLI::App& app)
     {
-        CLI::App* command = app.add_subcommand("info", "Say what a picture file holds");
+        CLI::App* command = app.add_subcommand("info", "Say what picture files hold");
         command->add_option("files", options.files, "Picture files, or folders of them")
             ->required()
             ->type_name("FILE...");
         command->add_flag("-r,--recursive", options.isRecursive, "Also the pictures in folders inside of folders");
-        addCommon(*command);
+        addReporting(*command);
         return command;
     }
 
     CLI::App* addCompare(CLI::App& app)
     {
-        CLI::App* command = app.add_subcommand("compare", "Compare two pictures: PSNR and largest error");
+        CLI::App* command = app.add_subcommand("compare", "Say how far pictures are apart: PSNR, largest error, SSIM");
         command->add_option("files", options.files, "The original, and pictures that are compared with it")
             ->required()
             ->expected(2, 100000)
             ->type_name("FILE FILE...");
         command->add_option("--min-psnr", options.leastPsnr, "Exit code 1 for pictures below so many decibels")
             ->type_name("DB");
-        addCommon(*command);
+        addReporting(*command);
         return command;
     }
 

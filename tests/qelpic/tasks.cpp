@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // What people do with the tool, from beginning to end.
+#include <nlohmann/json.hpp>
+
 #include "codec/jpeg/encode/writer.h"
 #include "profiles.h"
 #include "qelpic.h"
@@ -7,6 +9,7 @@
 namespace {
 
 using namespace qel::test;
+using Json = nlohmann::json;
 
 void expectContains(const std::string& text, const std::string& part)
 {
@@ -117,6 +120,31 @@ TEST_F(Qelpic, CmykToPng)
     EXPECT_EQ(qelpic("decode plain.jpg plain.ppm -q").exitCode, 0);
     EXPECT_EQ(textOf(folder_ / "plain.ppm").substr(0, 14), std::string("P6\n8 8\n255\n\1\xFF\xFF", 14));
     EXPECT_LT(psnr("plain.png", "managed.png"), 12);
+}
+
+TEST_F(Qelpic, ScriptsAskForFiguresInJson)
+{
+    store("tiny.pgm", "P2 1 1 255 7");
+    EXPECT_EQ(qelpic("encode photo.png good.jpg").exitCode, 0);
+    EXPECT_EQ(qelpic("encode photo.png poor.jpg --quality 5").exitCode, 0);
+    Outcome outcome = qelpic("compare photo.png good.jpg poor.jpg --json --min-psnr 30");
+    EXPECT_EQ(outcome.exitCode, 1);
+    Json pictures = Json::parse(outcome.output)["pictures"];
+    ASSERT_EQ(pictures.size(), 2u);
+    EXPECT_EQ(pictures[1]["file"], "poor.jpg");
+    EXPECT_GT(pictures[0]["channels"]["green"]["psnr"], 30);
+    EXPECT_LT(pictures[1]["psnr"], 30);
+    EXPECT_GT(pictures[0]["ssim"], double(pictures[1]["ssim"]) + 0.05);
+    Json same = Json::parse(qelpic("compare tiny.pgm tiny.pgm --json").output)["pictures"][0];
+    EXPECT_TRUE(same["psnr"].is_null() && same["ssim"].is_null()) << "infinite, and smaller than the window";
+    EXPECT_EQ(qelpic("encode photo.png a.jp2 --lossless --style bypass").exitCode, 0);
+    outcome = qelpic("info good.jpg a.jp2 photo.png none.jpg --json");
+    EXPECT_EQ(outcome.exitCode, 3);
+    Json files = Json::parse(outcome.output);
+    ASSERT_EQ(files.size(), 3u);
+    EXPECT_EQ(files[0]["components"][1]["width"], 80);
+    EXPECT_EQ(files[1]["code_block_style"], Json::array({"bypass"}));
+    EXPECT_EQ(files[2]["colour"], "RGB");
 }
 
 TEST_F(Qelpic, Pipes)

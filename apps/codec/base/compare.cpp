@@ -43,10 +43,15 @@ double Difference::psnr(int precision) const
                                 : std::numeric_limits<double>::infinity();
 }
 
-Comparison compare(const Picture& a, const Picture& b)
+void checkComparable(const Picture& a, const Picture& b)
 {
     if (describe(a) != describe(b))
         throw CodecError("the pictures differ in kind: " + describe(a) + ", " + describe(b));
+}
+
+Comparison compare(const Picture& a, const Picture& b)
+{
+    checkComparable(a, b);
     Comparison result;
     for (int c = 0; c < a.channels(); ++c) {
         Difference d = a.bytesPerSample() == 1 ? difference<uint8_t>(a, b, c) : difference<uint16_t>(a, b, c);

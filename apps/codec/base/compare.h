@@ -22,6 +22,9 @@ struct Comparison {
 };
 
 // Throws CodecError unless both have the same size, colour space and precision.
+void checkComparable(const Picture& a, const Picture& b);
+
+// Throws CodecError for pictures that are not comparable.
 Comparison compare(const Picture& a, const Picture& b);
 
 }
