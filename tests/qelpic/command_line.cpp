@@ -225,6 +225,8 @@ TEST_F(Qelpic, HelpAndVersion)
         EXPECT_EQ(outcome.exitCode, 0);
         EXPECT_NE(outcome.output.find("Exit codes: 0 done"), std::string::npos) << command;
     }
+    EXPECT_NE(qelpic("compare --help").output.find("Usage: qelpic compare [OPTIONS] ORIGINAL PICTURE...\n"),
+              std::string::npos);
     EXPECT_NE(qelpic("--version").output.find("libqeljx.so "), std::string::npos);
 }
 
