@@ -9,6 +9,7 @@
 
 #include "arrays.h"
 #include "codec/base/compare.h"
+#include "codec/base/convert.h"
 #include "codec/base/error.h"
 #include "codec/base/file_io.h"
 #include "codec/formats/picture_file.h"
@@ -96,6 +97,15 @@ DecodedPicture decodeAny(Bytes file, int reduce, int layers, bool smooth, const 
     return jpeg::decode(file, {.upsampling = upsampling});
 }
 
+// Arrays of four channels are CMYK.
+DecodedPicture decodeColours(Bytes file, int reduce, int layers, bool smooth, const Region& region)
+{
+    DecodedPicture decoded = decodeAny(file, reduce, layers, smooth, region);
+    if (!isOpaque(decoded.picture)) decoded.warnings.push_back("the alpha channel is left out");
+    if (decoded.picture.hasAlpha()) decoded.picture = withoutAlpha(decoded.picture);
+    return decoded;
+}
+
 // Part of the array of a file that is decoded whole.
 py::array partOf(const py::array& array, const Region& region)
 {
@@ -110,7 +120,7 @@ py::array partOf(const py::array& array, const Region& region)
 py::tuple decode(const py::object& given, int reduce, int layers, bool smooth, const Region& region)
 {
     Source source(given);
-    DecodedPicture loaded = unlocked([&] { return decodeAny(source.bytes(), reduce, layers, smooth, region); });
+    DecodedPicture loaded = unlocked([&] { return decodeColours(source.bytes(), reduce, layers, smooth, region); });
     py::str colour = nameOf(loaded.picture.space());
     int precision = loaded.picture.precision();
     py::array array = arrayOf(std::move(loaded.picture));

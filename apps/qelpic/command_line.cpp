@@ -233,9 +233,9 @@ void CommandLine::addDecode()
     CLI::App& command = addCommand("decode", "Decode a JPEG or JPEG 2000 file",
                                    {"[OPTIONS] INPUT OUTPUT", "[OPTIONS] INPUT... --outdir FOLDER"});
     addFiles(command,
-             "JPEG or JPEG 2000 file to decode and picture to write: .png, .pgm, .ppm, .pnm, .pam, or .pgx with "
-             "--component; or many files and --outdir",
-             "png (default), pgm, ppm, pnm or pam");
+             "JPEG or JPEG 2000 file to decode and picture to write: .png, .pgm, .ppm, .pnm, .pam or .pgx; or many "
+             "files and --outdir",
+             "png (default), pgm, ppm, pnm, pam or pgx");
     const std::map<std::string, jpeg::Upsampling> names = {{"triangle", jpeg::Upsampling::triangle},
                                                            {"replicate", jpeg::Upsampling::replicate}};
     command

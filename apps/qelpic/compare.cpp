@@ -55,7 +55,8 @@ Measured measure(const codec::Picture& a, const codec::Picture& b)
     Measured measured = {{}, {"all", comparison.whole, comparison.whole.psnr(precision), 0}};
     for (size_t c = 0; c < similarity.size(); ++c) {
         const codec::Difference& difference = comparison.channels[c];
-        measured.channels.push_back({kNames[int(a.space())][c], difference, difference.psnr(precision), similarity[c]});
+        const char* name = a.hasAlpha() && c + 1 == similarity.size() ? "alpha" : kNames[int(a.space())][c];
+        measured.channels.push_back({name, difference, difference.psnr(precision), similarity[c]});
         measured.whole.similarity += similarity[c] / double(similarity.size());
     }
     return measured;

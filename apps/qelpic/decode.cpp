@@ -18,9 +18,9 @@ using codec::ColourSpace;
 using codec::DecodedPicture;
 using codec::Format;
 
-constexpr const char* kKnown = ".png, .pgm, .ppm, .pnm or .pam";
+constexpr const char* kKnown = ".png, .pgm, .ppm, .pnm, .pam or .pgx";
 
-bool isPicture(Format format) { return !codec::isCoded(format) && format != Format::pgx; }
+bool isPicture(Format format) { return !codec::isCoded(format); }
 bool isPgx(Format format) { return format == Format::pgx; }
 
 double pixelsOf(const DecodedPicture& loaded) { return double(loaded.picture.width()) * loaded.picture.height(); }

@@ -23,6 +23,21 @@ using codec::Format;
 constexpr int kPrecision = 8;
 constexpr const char* kKnown = ".jpg, .jpeg, .jp2, .j2k, .j2c or .jpc";
 
+// Only JP2 files say which channel is opacity.
+void fitAlpha(DecodedPicture& loaded, Format format)
+{
+    if (!loaded.picture.hasAlpha() || format == Format::jp2) return;
+    if (!codec::isOpaque(loaded.picture)) loaded.warnings.push_back(codec::noRoomForAlpha(format));
+    loaded.picture = codec::withoutAlpha(loaded.picture);
+}
+
+void fitSign(DecodedPicture& loaded, Format format)
+{
+    if (!loaded.picture.isSigned() || codec::isJpeg2000(format)) return;
+    loaded.warnings.push_back(codec::noSignIn(format));
+    loaded.picture.setSigned(false);
+}
+
 // The picture in the 8 bits that JPEG's DCT processes have, or as it is for a lossless file.
 void fitToJpeg(DecodedPicture& loaded, bool isLossless)
 {
@@ -83,6 +98,8 @@ Outcome encodeOne(const Job& job, const Options& options, const codec::jpeg::Sca
     std::vector<uint8_t> input = about(job.input, [&] { return codec::readFile(job.input); });
     DecodedPicture loaded = about(job.input, [&] {
         DecodedPicture decoded = codec::loadPicture(input);
+        fitAlpha(decoded, job.format);
+        fitSign(decoded, job.format);
         if (job.format == Format::jpeg) fitToJpeg(decoded, options.encoding.lossless);
         return decoded;
     });

@@ -42,7 +42,8 @@ void print(const PlainPicture& plain)
     const codec::Picture& picture = plain.picture;
     std::printf("format           %s\n", plain.format);
     std::printf("size             %d x %d\n", picture.width(), picture.height());
-    std::printf("colour           %s, %d bits\n", nameOf(picture.space()), picture.precision());
+    std::printf("colour           %s%s, %d bits%s\n", nameOf(picture.space()), picture.hasAlpha() ? " with alpha" : "",
+                picture.precision(), picture.isSigned() ? " signed" : "");
 }
 
 double pixels(uint32_t width, uint32_t height) { return double(width) * height; }

@@ -77,7 +77,9 @@ Json jsonOf(const PlainPicture& plain)
             {"width", plain.picture.width()},
             {"height", plain.picture.height()},
             {"colour", nameOf(plain.picture.space())},
-            {"precision", plain.picture.precision()}};
+            {"alpha", plain.picture.hasAlpha()},
+            {"precision", plain.picture.precision()},
+            {"signed", plain.picture.isSigned()}};
 }
 
 void addMetadata(const Metadata& metadata, Json& json)

@@ -44,11 +44,12 @@ j2k::Jp2File jp2Of(uint32_t space)
 }
 
 void expectPicture(const j2k::Image& image, const j2k::Rect& area, const std::optional<j2k::Jp2File>& jp2,
-                   ColourSpace space, int precision, const Values& expected, size_t notes = 0)
+                   ColourSpace space, int precision, const Values& expected, size_t notes = 0, bool hasAlpha = false)
 {
     Warnings said;
     Picture picture = j2k::pictureOf(image, area, 0, jp2, said);
     EXPECT_EQ(picture.space(), space);
+    EXPECT_EQ(picture.hasAlpha(), hasAlpha);
     EXPECT_EQ(picture.precision(), precision);
     Values values;
     for (size_t i = 0; i < picture.sizeInBytes() / size_t(picture.bytesPerSample()); ++i)
@@ -74,14 +75,34 @@ TEST(J2kChannels, DefinitionsOrderColoursAndNameOpacity)
     const j2k::Rect area = {0, 0, 1, 1};
     j2k::Jp2File jp2 = jp2Of(j2k::Jp2Colour::kSrgb);
     jp2.definitions = {{0, j2k::Jp2Definition::kOpacity, 0}, {1, 0, 3}, {2, 0, 2}, {3, 0, 1}};
-    expectPicture(imageOf(row({9}), row({3}), row({2}), row({1})), area, jp2, ColourSpace::rgb, 8, {1, 2, 3}, 1);
+    j2k::Image image = imageOf(row({9}), row({3}), row({2}), row({1}));
+    expectPicture(image, area, jp2, ColourSpace::rgb, 8, {1, 2, 3, 9}, 0, true);
+    // Colours that are multiplied by the opacity, 200, are divided again, and kept within their range.
+    jp2.definitions[0].kind = j2k::Jp2Definition::kPremultipliedOpacity;
+    expectPicture(imageOf(row({200}), row({0}), row({250}), row({100})), area, jp2, ColourSpace::rgb, 8,
+                  {128, 255, 0, 200}, 1, true);
+    // Opacity of one colour, or without a colour, is none of the picture.
+    jp2.definitions[0].association = 1;
+    expectPicture(image, area, jp2, ColourSpace::rgb, 8, {1, 2, 3}, 1);
+    jp2 = jp2Of(j2k::Jp2Colour::kGrey);
+    jp2.definitions = {{0, j2k::Jp2Definition::kOpacity, 0}};
+    expectPicture(imageOf(row({9})), area, jp2, ColourSpace::grey, 8, {9});
+    // A palette's column, and chrominance.
+    jp2.definitions = {{0, 0, 1}, {1, j2k::Jp2Definition::kOpacity, 0}};
+    jp2.palette = j2k::Jp2Palette{2, {{8, false}, {4, false}}, {10, 15, 30, 5}};
+    jp2.channels = {{0, 0}, {0, 1}};
+    expectPicture(imageOf(row({1})), area, jp2, ColourSpace::grey, 8, {30, 85}, 0, true);
+    jp2 = jp2Of(j2k::Jp2Colour::kSycc);
+    jp2.definitions = {{0, 0, 1}, {1, 0, 2}, {2, 0, 3}, {3, j2k::Jp2Definition::kOpacity, 0}};
+    expectPicture(imageOf(row({76, 76}), row({85, 85}), row({255, 255}), row({1, 2})), {0, 0, 2, 1}, jp2,
+                  ColourSpace::rgb, 8, {254, 0, 0, 1, 254, 0, 0, 2}, 0, true);
 }
 
 TEST(J2kChannels, PrecisionAndSign)
 {
     const j2k::Rect area = {0, 0, 2, 1};
     expectPicture(imageOf(row({-2048, 2047}, 12, true)), area, {}, ColourSpace::grey, 12, {0, 4095});
-    expectPicture(imageOf(row({0, (1 << 20) - 1}, 20)), area, {}, ColourSpace::grey, 16, {0, 65535});
+    expectPicture(imageOf(row({0, (1 << 20) - 1}, 20)), area, {}, ColourSpace::grey, 16, {0, 65535}, 1);
     // The deepest one decides.
     expectPicture(imageOf(row({0, 31}, 5), row({-8, 7}, 4, true), row({0, 3}, 2)), area, {}, ColourSpace::rgb, 5,
                   {0, 0, 0, 31, 31, 31});

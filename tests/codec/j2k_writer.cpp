@@ -116,8 +116,8 @@ TEST_P(J2kWriter, LosslessFilesAreThePicture)
     WriterCase tested = GetParam();
     tested.options.isLossless = true;
     for (bool isNoise : {false, true}) {
-        Picture picture =
-            (isNoise ? randomPicture : drawnPicture)(tested.width, tested.height, tested.space, tested.precision);
+        Picture picture = (isNoise ? randomPicture : drawnPicture)(tested.width, tested.height, tested.space,
+                                                                   tested.precision, false);
         File file = j2k::encode(picture, tested.options);
         expectComplete(file, tested);
         expectSame(openJpegDecode(file), picture);

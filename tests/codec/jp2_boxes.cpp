@@ -100,7 +100,10 @@ TEST(Jp2Boxes, DamageIsLeftOut)
         {"unmapped", kThreeOf9x7 + box("pclr", {0, 1, 1, 7, 9}), "the palette and the mapping"},
         {"column", kThreeOf9x7 + box("pclr", {0, 1, 1, 7, 9}) + box("cmap", {0, 0, 1, 1}), "the palette and the"},
         {"component", kThreeOf9x7 + box("pclr", {0, 1, 1, 7, 9}) + box("cmap", {0, 3, 1, 0}), "the palette and the"},
-        {"channel", kThreeOf9x7 + box("cdef", {0, 1, 0, 3, 0, 0, 0, 1}), "the channel definition"},
+        {"channel", kThreeOf9x7 + box("cdef", {0, 1, 0, 3, 0, 0, 0, 1}), "the channel definition is about channels"},
+        {"twice", kThreeOf9x7 + box("cdef", {0, 2, 0, 1, 0, 0, 0, 1, 0, 1, 0, 1, 0, 0}),
+         "the channel definition is about a"},
+        {"count", kThreeOf9x7 + box("cdef", {0, 9, 0, 1, 0, 0, 0, 1}), "channel definition box: too short"},
     };
     for (auto& row : table) {
         j2k::Jp2File jp2 = readWith(row.header);

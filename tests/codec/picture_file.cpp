@@ -59,7 +59,7 @@ TEST_F(PictureFile, WhatDoesNotFitIsRefusedAndLeavesNothing)
     EXPECT_EQ(errorOf([&] { storePicture(randomPicture(2, 2, ColourSpace::cmyk, 8), path("a.png")); }),
               "a CMYK picture fits .pam files only");
     EXPECT_EQ(errorOf([&] { storePicture(randomPicture(2, 2, ColourSpace::rgb, 8), path("a")); }),
-              "the name does not end in .pgm, .ppm, .pnm, .pam or .png");
+              "the name does not end in .pgm, .ppm, .pnm, .pam, .pgx or .png");
     EXPECT_EQ(filesInFolder(), 0u);
 }
 

@@ -30,9 +30,10 @@ inline void setSample(codec::Picture& picture, size_t i, int sample)
         picture.row<uint16_t>(0)[i] = uint16_t(sample);
 }
 
-inline codec::Picture randomPicture(int width, int height, codec::ColourSpace space, int precision)
+inline codec::Picture randomPicture(int width, int height, codec::ColourSpace space, int precision,
+                                    bool hasAlpha = false)
 {
-    codec::Picture picture(width, height, space, precision);
+    codec::Picture picture(width, height, space, precision, hasAlpha);
     Random random(unsigned(width + 1000 * precision));
     for (size_t i = 0; i < picture.sizeInBytes() / picture.bytesPerSample(); ++i)
         setSample(picture, i, random.between(0, (1 << precision) - 1));
@@ -40,9 +41,10 @@ inline codec::Picture randomPicture(int width, int height, codec::ColourSpace sp
 }
 
 // Flat parts, slopes, edges and noise.
-inline codec::Picture drawnPicture(int width, int height, codec::ColourSpace space, int precision = 8)
+inline codec::Picture drawnPicture(int width, int height, codec::ColourSpace space, int precision = 8,
+                                   bool hasAlpha = false)
 {
-    codec::Picture picture(width, height, space, precision);
+    codec::Picture picture(width, height, space, precision, hasAlpha);
     Random random(unsigned(width * 31 + height));
     int largest = (1 << precision) - 1, channels = picture.channels();
     for (int i = 0; i < width * height * channels; ++i) {
@@ -60,6 +62,7 @@ inline void expectSame(const codec::Picture& a, const codec::Picture& b)
     ASSERT_EQ(a.width(), b.width());
     ASSERT_EQ(a.height(), b.height());
     ASSERT_EQ(a.space(), b.space());
+    ASSERT_EQ(a.hasAlpha(), b.hasAlpha());
     ASSERT_EQ(a.precision(), b.precision());
     EXPECT_EQ(std::memcmp(a.row(0), b.row(0), a.sizeInBytes()), 0);
 }

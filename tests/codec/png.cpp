@@ -57,32 +57,33 @@ void putInHeader(std::vector<uint8_t>& file, size_t at, uint32_t value)
 TEST(Png, RoundTrips)
 {
     for (auto space : {ColourSpace::grey, ColourSpace::rgb})
-        for (int precision = 1; precision <= 16; ++precision) {
-            SCOPED_TRACE(precision);
-            Picture picture = randomPicture(13, 7, space, precision);
-            expectSame(picture, read(pngOf(picture)));
-        }
+        for (int precision = 1; precision <= 16; ++precision)
+            for (bool hasAlpha : {false, true}) {
+                SCOPED_TRACE(precision);
+                Picture picture = randomPicture(13, 7, space, precision, hasAlpha);
+                expectSame(picture, read(pngOf(picture)));
+            }
     EXPECT_EQ(errorOf([] { pngOf(randomPicture(1, 1, ColourSpace::cmyk, 8)); }), "PNG has no CMYK pictures");
 }
 
-TEST(Png, PalettesBecomeRgbAndTransparencyIsDroppedWithAWarning)
+TEST(Png, PalettesBecomeRgbAndTransparentOnesRgbWithAlpha)
 {
-    const Warnings dropped = {"transparency is dropped"};
     const struct {
         uint32_t format;
         std::vector<uint8_t> samples, colours, expected;
-        Warnings warnings;
+        bool hasAlpha;
     } table[] = {
-        {PNG_FORMAT_RGB_COLORMAP, {1, 0}, {9, 8, 7, 6, 5, 4, 3, 2, 1}, {6, 5, 4, 9, 8, 7}, {}},
-        {PNG_FORMAT_GA, {10, 255, 20, 0}, {}, {10, 20}, dropped},
-        {PNG_FORMAT_RGBA, {1, 2, 3, 99, 4, 5, 6, 255}, {}, {1, 2, 3, 4, 5, 6}, dropped},
-        {PNG_FORMAT_RGBA_COLORMAP, {1, 0}, {1, 2, 3, 99, 4, 5, 6, 255}, {4, 5, 6, 1, 2, 3}, dropped},
+        {PNG_FORMAT_RGB_COLORMAP, {1, 0}, {9, 8, 7, 6, 5, 4, 3, 2, 1}, {6, 5, 4, 9, 8, 7}, false},
+        {PNG_FORMAT_GA, {10, 255, 20, 0}, {}, {10, 255, 20, 0}, true},
+        {PNG_FORMAT_RGBA, {1, 2, 3, 99, 4, 5, 6, 255}, {}, {1, 2, 3, 99, 4, 5, 6, 255}, true},
+        {PNG_FORMAT_RGBA_COLORMAP, {1, 0}, {1, 2, 3, 99, 4, 5, 6, 255}, {4, 5, 6, 255, 1, 2, 3, 99}, true},
     };
     for (auto& row : table) {
         DecodedPicture decoded = readPng(made(row.format, row.samples, 2, 1, row.colours));
         Picture& picture = decoded.picture;
-        EXPECT_EQ(decoded.warnings, row.warnings);
-        EXPECT_EQ(picture.space(), row.expected.size() == 2 ? ColourSpace::grey : ColourSpace::rgb);
+        EXPECT_TRUE(decoded.warnings.empty());
+        EXPECT_EQ(picture.hasAlpha(), row.hasAlpha);
+        EXPECT_EQ(picture.space(), row.format == PNG_FORMAT_GA ? ColourSpace::grey : ColourSpace::rgb);
         ASSERT_EQ(picture.sizeInBytes(), row.expected.size());
         EXPECT_TRUE(std::equal(row.expected.begin(), row.expected.end(), picture.row(0)));
     }

@@ -12,10 +12,14 @@ using namespace qel::test;
 
 TEST(Pnm, RoundTrips)
 {
-    for (auto space : {ColourSpace::grey, ColourSpace::rgb, ColourSpace::cmyk})
+    for (auto [space, hasAlpha] : {std::pair(ColourSpace::grey, false),
+                                   {ColourSpace::grey, true},
+                                   {ColourSpace::rgb, false},
+                                   {ColourSpace::rgb, true},
+                                   {ColourSpace::cmyk, false}})
         for (int precision = 1; precision <= 16; ++precision) {
             SCOPED_TRACE(precision);
-            Picture picture = randomPicture(13, 7, space, precision);
+            Picture picture = randomPicture(13, 7, space, precision, hasAlpha);
             expectSame(picture, readPnm(written([&](auto sink) { writePnm(picture, sink); })));
             expectSame(picture, readPnm(written([&](auto sink) { writePam(picture, sink); })));
         }
@@ -80,8 +84,8 @@ TEST(Pnm, Errors)
         {"P7\nWIDTH 1\n", "the file ends within its header (at byte 11)"},
         {"P7\nWIDTH 1\nHEIGHT 1\nDEPTH 3\nENDHDR\nabc",
          "the header lacks the width, height, depth or largest sample value (at byte 35)"},
-        {"P7\nWIDTH 1\nHEIGHT 1\nDEPTH 4\nMAXVAL 255\nTUPLTYPE RGB_ALPHA\nENDHDR\nabcd",
-         "only pictures of type GRAYSCALE, RGB and CMYK are supported (at byte 48)"},
+        {"P7\nWIDTH 1\nHEIGHT 1\nDEPTH 4\nMAXVAL 255\nTUPLTYPE CMYK_ALPHA\nENDHDR\nabcd",
+         "only pictures of type GRAYSCALE, RGB, these with _ALPHA, and CMYK are supported (at byte 48)"},
         {"P7\nWIDTH 1\nHEIGHT 1\nDEPTH 4\nMAXVAL 255\nTUPLTYPE RGB\nENDHDR\nabcd",
          "the depth does not suit the type of picture (at byte 48)"},
     };

@@ -159,7 +159,7 @@ TEST_F(Qelpic, ErrorsAreOneLine)
         {"encode short.ppm kept.jpg", "short.ppm: the file is too short for its picture (at byte 18)"},
         {"encode huge.ppm kept.jpg", "huge.ppm: the file is too short for its picture (at byte 32)"},
         {"decode photo.jpg x.gif",
-         "x.gif: unknown extension .gif: the name should end in .png, .pgm, .ppm, .pnm or .pam; or use --format"},
+         "x.gif: unknown extension .gif: the name should end in .png, .pgm, .ppm, .pnm, .pam or .pgx; or use --format"},
         {"decode photo.jpg x.pgm", "x.pgm: a colour picture does not fit a .pgm file"},
         {"encode photo.png x.png", "x.png: the name should end in .jpg, .jpeg, .jp2, .j2k, .j2c or .jpc"},
         {"encode photo.png x.jpg --scans none", "none: cannot be opened: No such file or directory"},

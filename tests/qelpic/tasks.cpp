@@ -122,6 +122,85 @@ TEST_F(Qelpic, CmykToPng)
     EXPECT_LT(psnr("plain.png", "managed.png"), 12);
 }
 
+// PAM is the neutral ground: its samples are compared byte by byte.
+TEST_F(Qelpic, TransparencyThroughPngAndJp2)
+{
+    const struct {
+        int depth, largest;
+        const char* type;
+    } table[] = {
+        {2, 255, "GRAYSCALE_ALPHA"}, {4, 255, "RGB_ALPHA"}, {2, 65535, "GRAYSCALE_ALPHA"}, {4, 65535, "RGB_ALPHA"}};
+    for (auto& row : table) {
+        std::string pam = "P7\nWIDTH 40\nHEIGHT 30\nDEPTH " + std::to_string(row.depth) + "\nMAXVAL " +
+                          std::to_string(row.largest) + "\nTUPLTYPE " + row.type + "\nENDHDR\n";
+        for (int i = 0; i < 40 * 30 * row.depth * (row.largest > 255 ? 2 : 1); ++i) pam += char(i * i / 50);
+        store("alpha.pam", pam);
+        EXPECT_EQ(qelpic("encode alpha.pam alpha.jp2 --lossless").errors, "");
+        EXPECT_EQ(qelpic("decode alpha.jp2 alpha.png").errors, "");
+        EXPECT_EQ(qelpic("encode alpha.png again.jp2 --lossless").errors, "");
+        EXPECT_EQ(qelpic("decode again.jp2 -").output, pam) << row.type;
+        EXPECT_EQ(
+            shell("opj_decompress -i alpha.jp2 -o peer.png && " QELPIC " compare --min-psnr 200 alpha.png peer.png")
+                .exitCode,
+            0);
+        expectContains(qelpic("info alpha.jp2").output, "opacity\n");
+        EXPECT_GT(psnr("alpha.png", "alpha.pam"), 1000);
+    }
+    const std::string left = "qelpic: alpha.pam: warning: the alpha channel is left out: ";
+    EXPECT_EQ(qelpic("encode alpha.pam alpha.j2k").errors, left + ".j2k files have none\n");
+    EXPECT_EQ(qelpic("encode alpha.pam alpha.jpg").errors,
+              left + ".jpg files have none\nqelpic: alpha.pam: warning: samples of 16 bits are rounded to 8\n");
+    expectContains(qelpic("decode alpha.jp2 alpha.ppm").errors,
+                   "the alpha channel is left out: .ppm files have none\n");
+    store("opaque.pam", "P7\nWIDTH 1\nHEIGHT 1\nDEPTH 2\nMAXVAL 1\nTUPLTYPE BLACKANDWHITE_ALPHA\nENDHDR\n"
+                        "\1\1");
+    EXPECT_EQ(qelpic("encode opaque.pam opaque.jpg").errors, "") << "nothing is lost";
+}
+
+// A height model: 16 bits, signed. The peer agrees on what it stands for.
+TEST_F(Qelpic, SignedSamplesThroughPgxAndJp2)
+{
+    for (std::string precision : {"8", "12", "16"}) {
+        std::string header = "PG ML -" + precision + " 30 20\n", pgx = header;
+        for (int i = 0; i < 600; ++i) {
+            int sample = (i * i * 7 % (1 << std::stoi(precision))) - (1 << (std::stoi(precision) - 1));
+            if (precision != "8") pgx += char(sample >> 8);
+            pgx += char(sample);
+        }
+        store("heights.pgx", pgx);
+        for (std::string file : {"heights.jp2", "heights.j2k"}) {
+            EXPECT_EQ(qelpic("encode heights.pgx " + file + " --lossless").errors, "");
+            expectContains(qelpic("info " + file).output, precision + " bits signed");
+            EXPECT_EQ(qelpic("decode " + file + " again.pgx").errors, "");
+            EXPECT_EQ(textOf(folder_ / "again.pgx"), pgx) << file;
+            EXPECT_EQ(shell("opj_decompress -i " + file + " -o peer.pgx && mv peer_0.pgx peer.pgx").exitCode, 0);
+            EXPECT_EQ(qelpic("encode peer.pgx peer.jp2 --lossless && " QELPIC " decode peer.jp2 again.pgx").exitCode,
+                      0);
+            EXPECT_EQ(textOf(folder_ / "again.pgx"), pgx) << "as the peer reads " << file;
+        }
+        EXPECT_EQ(qelpic("encode heights.pgx heights.jp2").errors, "");
+        EXPECT_EQ(qelpic("compare heights.pgx heights.jp2 --min-psnr 25").exitCode, 0);
+    }
+    const std::string shifted = "warning: signed samples are shifted up to begin at 0: ";
+    expectContains(qelpic("decode heights.jp2 heights.png").errors, shifted + ".png files have no sign\n");
+    EXPECT_GT(psnr("heights.jp2", "heights.png"), 1000);
+    expectContains(qelpic("encode heights.pgx heights.jpg --lossless").errors, shifted + ".jpg files have no sign\n");
+    expectContains(qelpic("decode photo.jpg photo.pgx").errors, "a colour picture does not fit a .pgx file");
+    EXPECT_EQ(qelpic("encode photo.png grey.jpg --sampling grey").exitCode, 0);
+    EXPECT_EQ(qelpic("decode grey.jpg grey.pgx").errors, "");
+    EXPECT_GT(psnr("grey.jpg", "grey.pgx"), 1000);
+}
+
+TEST_F(Qelpic, DeepPicturesThroughLosslessFiles)
+{
+    std::string ppm = "P6\n31 21\n65535\n";
+    for (int i = 0; i < 31 * 21 * 6; ++i) ppm += char(i * i / 90);
+    store("deep.ppm", ppm);
+    EXPECT_EQ(qelpic("encode deep.ppm deep.jp2 --lossless && " QELPIC " decode deep.jp2 deep.png").errors, "");
+    EXPECT_EQ(qelpic("encode deep.png deep.jpg --lossless && " QELPIC " decode deep.jpg back.png").errors, "");
+    EXPECT_EQ(qelpic("encode back.png back.jp2 --lossless && " QELPIC " decode back.jp2 -").output, ppm);
+}
+
 TEST_F(Qelpic, ScriptsAskForFiguresInJson)
 {
     store("tiny.pgm", "P2 1 1 255 7");

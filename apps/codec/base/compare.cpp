@@ -30,8 +30,8 @@ template <class T> Difference difference(const Picture& a, const Picture& b, int
 std::string describe(const Picture& p)
 {
     const char* spaces[] = {"grey", "RGB", "CMYK"};
-    return std::to_string(p.width()) + " x " + std::to_string(p.height()) + ' ' + spaces[int(p.space())] + " of " +
-           std::to_string(p.precision()) + " bits";
+    return std::to_string(p.width()) + " x " + std::to_string(p.height()) + ' ' + spaces[int(p.space())] +
+           (p.hasAlpha() ? " with alpha of " : " of ") + std::to_string(p.precision()) + " bits";
 }
 
 }

@@ -21,7 +21,7 @@ struct Comparison {
     Difference whole; // all channels taken together
 };
 
-// Throws CodecError unless both have the same size, colour space and precision.
+// Throws CodecError unless both have the same size, channels and precision.
 void checkComparable(const Picture& a, const Picture& b);
 
 // Throws CodecError for pictures that are not comparable.

@@ -2,14 +2,37 @@
 // Pictures in another colour space or precision.
 #include "codec/base/convert.h"
 
+#include <algorithm>
+
 namespace qel::codec {
 namespace {
 
-template <class T> void repeatThreeTimes(const Picture& grey, Picture& rgb)
+// Channel c of `to` is channel sources[c] of `from`.
+template <class T> void copyChannels(const Picture& from, const int sources[], Picture& to)
 {
-    for (int y = 0; y < grey.height(); ++y)
-        for (int x = 0; x < grey.width(); ++x)
-            for (int c = 0; c < 3; ++c) rgb.row<T>(y)[3 * x + c] = grey.row<T>(y)[x];
+    for (int y = 0; y < from.height(); ++y) {
+        const T* in = from.row<T>(y);
+        T* out = to.row<T>(y);
+        for (int x = 0; x < from.width(); ++x, in += from.channels(), out += to.channels())
+            for (int c = 0; c < to.channels(); ++c) out[c] = in[sources[c]];
+    }
+}
+
+Picture withChannels(const Picture& from, std::initializer_list<int> sources, Picture to)
+{
+    from.bytesPerSample() == 1 ? copyChannels<uint8_t>(from, sources.begin(), to)
+                               : copyChannels<uint16_t>(from, sources.begin(), to);
+    to.setSigned(from.isSigned());
+    return to;
+}
+
+template <class T> bool areAllOnes(const Picture& picture, int channel)
+{
+    T ones = T((1u << picture.precision()) - 1);
+    for (int y = 0; y < picture.height(); ++y)
+        for (int x = 0; x < picture.width(); ++x)
+            if (picture.row<T>(y)[ptrdiff_t(picture.channels()) * x + channel] != ones) return false;
+    return true;
 }
 
 template <class From, class To> void scale(const Picture& src, Picture& dst)
@@ -25,14 +48,27 @@ template <class From, class To> void scale(const Picture& src, Picture& dst)
 
 Picture withRgb(const Picture& grey)
 {
-    Picture rgb(grey.width(), grey.height(), ColourSpace::rgb, grey.precision());
-    grey.bytesPerSample() == 1 ? repeatThreeTimes<uint8_t>(grey, rgb) : repeatThreeTimes<uint16_t>(grey, rgb);
-    return rgb;
+    return withChannels(grey, {0, 0, 0, 1},
+                        Picture(grey.width(), grey.height(), ColourSpace::rgb, grey.precision(), grey.hasAlpha()));
+}
+
+bool isOpaque(const Picture& picture)
+{
+    if (!picture.hasAlpha()) return true;
+    int alpha = picture.channels() - 1;
+    return picture.bytesPerSample() == 1 ? areAllOnes<uint8_t>(picture, alpha) : areAllOnes<uint16_t>(picture, alpha);
+}
+
+Picture withoutAlpha(const Picture& picture)
+{
+    return withChannels(picture, {0, 1, 2},
+                        Picture(picture.width(), picture.height(), picture.space(), picture.precision()));
 }
 
 Picture withPrecision(const Picture& picture, int precision)
 {
-    Picture scaled(picture.width(), picture.height(), picture.space(), precision);
+    Picture scaled(picture.width(), picture.height(), picture.space(), precision, picture.hasAlpha());
+    scaled.setSigned(picture.isSigned());
     bool isWide = picture.bytesPerSample() == 2, becomesWide = scaled.bytesPerSample() == 2;
     if (isWide)
         becomesWide ? scale<uint16_t, uint16_t>(picture, scaled) : scale<uint16_t, uint8_t>(picture, scaled);

@@ -115,7 +115,9 @@ Picture turned(const Picture& picture, int orientation)
 {
     bool isTransposed = orientation > 4;
     Picture upright(isTransposed ? picture.height() : picture.width(),
-                    isTransposed ? picture.width() : picture.height(), picture.space(), picture.precision());
+                    isTransposed ? picture.width() : picture.height(), picture.space(), picture.precision(),
+                    picture.hasAlpha());
+    upright.setSigned(picture.isSigned());
     picture.bytesPerSample() == 1 ? turnInto<uint8_t>(picture, upright, orientation)
                                   : turnInto<uint16_t>(picture, upright, orientation);
     return upright;

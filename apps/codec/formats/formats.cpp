@@ -44,6 +44,16 @@ const char* extensionOf(Format format)
     return std::ranges::find_if(kNames, [&](auto& known) { return known.format == format; })->name;
 }
 
+std::string noRoomForAlpha(Format format)
+{
+    return std::string("the alpha channel is left out: .") + extensionOf(format) + " files have none";
+}
+
+std::string noSignIn(Format format)
+{
+    return std::string("signed samples are shifted up to begin at 0: .") + extensionOf(format) + " files have no sign";
+}
+
 std::string otherKindOf(Bytes file)
 {
     std::string_view text(reinterpret_cast<const char*>(file.data()), file.size());

@@ -3,6 +3,7 @@
 #include "codec/formats/picture_file.h"
 
 #include <algorithm>
+#include <iterator>
 #include <utility>
 
 #include "codec/base/convert.h"
@@ -17,20 +18,51 @@
 namespace qel::codec {
 namespace {
 
-Warnings write(const Picture& picture, Format format, const Metadata& metadata, const ByteSink& sink)
+PgxPicture pgxOf(const Picture& picture)
 {
-    bool isGrey = picture.space() == ColourSpace::grey, isCmyk = picture.space() == ColourSpace::cmyk;
-    if (isCmyk && format != Format::pam && format != Format::pnm)
+    PgxPicture pgx = {picture.width(), picture.height(), picture.precision(), picture.isSigned(), {}};
+    size_t samples = picture.sizeInBytes() / size_t(picture.bytesPerSample());
+    pgx.samples.resize(samples);
+    int32_t offset = picture.isSigned() ? 1 << (picture.precision() - 1) : 0;
+    for (size_t i = 0; i < samples; ++i)
+        pgx.samples[i] = (picture.bytesPerSample() == 1 ? picture.row(0)[i] : picture.row<uint16_t>(0)[i]) - offset;
+    return pgx;
+}
+
+void checkColours(ColourSpace space, Format format)
+{
+    if (space == ColourSpace::cmyk && format != Format::pam && format != Format::pnm)
         throw CodecError("a CMYK picture fits .pam files only");
-    if (!isGrey && format == Format::pgm) throw CodecError("a colour picture does not fit a .pgm file");
-    if (format == Format::png) return writePng(picture, sink, metadata);
-    if (format == Format::pam)
+    if (space != ColourSpace::grey && (format == Format::pgm || format == Format::pgx))
+        throw CodecError(std::string("a colour picture does not fit a .") + extensionOf(format) + " file");
+}
+
+void writeSamples(const Picture& picture, Format format, const ByteSink& sink)
+{
+    if (format == Format::pgx)
+        writePgx(pgxOf(picture), sink);
+    else if (format == Format::pam)
         writePam(picture, sink);
-    else if (isGrey && format == Format::ppm)
+    else if (picture.space() == ColourSpace::grey && format == Format::ppm)
         writePnm(withRgb(picture), sink);
     else
         writePnm(picture, sink);
-    return {};
+}
+
+Warnings write(const Picture& picture, Format format, const Metadata& metadata, const ByteSink& sink)
+{
+    checkColours(picture.space(), format);
+    Warnings warnings;
+    if (picture.isSigned() && format != Format::pgx) warnings.push_back(noSignIn(format));
+    bool losesAlpha = picture.hasAlpha() && (format == Format::pgm || format == Format::ppm || format == Format::pgx);
+    if (losesAlpha && !isOpaque(picture)) warnings.push_back(noRoomForAlpha(format));
+    if (format == Format::png)
+        std::ranges::copy(writePng(picture, sink, metadata), std::back_inserter(warnings));
+    else if (losesAlpha)
+        writeSamples(withoutAlpha(picture), format, sink);
+    else
+        writeSamples(picture, format, sink);
+    return warnings;
 }
 
 [[noreturn]] void refuse(Bytes file)
@@ -41,13 +73,15 @@ Warnings write(const Picture& picture, Format format, const Metadata& metadata, 
 
 Picture pictureOf(const PgxPicture& pgx)
 {
-    if (pgx.isSigned || pgx.precision > 16)
-        throw CodecError("only unsigned samples of up to 16 bits are supported in PGX files");
+    if (pgx.precision > 16) throw CodecError("samples of more than 16 bits are not supported in PGX files");
     Picture picture(pgx.width, pgx.height, ColourSpace::grey, pgx.precision);
-    if (pgx.precision <= 8)
-        std::ranges::copy(pgx.samples, picture.row(0));
-    else
-        std::ranges::copy(pgx.samples, picture.row<uint16_t>(0));
+    picture.setSigned(pgx.isSigned);
+    int32_t offset = pgx.isSigned ? 1 << (pgx.precision - 1) : 0;
+    for (size_t i = 0; i < pgx.samples.size(); ++i)
+        if (pgx.precision <= 8)
+            picture.row(0)[i] = uint8_t(pgx.samples[i] + offset);
+        else
+            picture.row<uint16_t>(0)[i] = uint16_t(pgx.samples[i] + offset);
     return picture;
 }
 
@@ -96,8 +130,7 @@ Warnings storePicture(const Picture& picture, const std::string& path, Format fo
 Warnings storePicture(const Picture& picture, const std::string& path)
 {
     auto format = path == "-" ? Format::pnm : formatNamed(extensionOf(path));
-    if (!format || isCoded(*format) || format == Format::pgx)
-        throw CodecError("the name does not end in .pgm, .ppm, .pnm, .pam or .png");
+    if (!format || isCoded(*format)) throw CodecError("the name does not end in .pgm, .ppm, .pnm, .pam, .pgx or .png");
     return storePicture(picture, path, *format);
 }
 

@@ -18,8 +18,10 @@ FileKind kindOf(Bytes file);
 // The picture in a PGM, PPM, PAM, PGX, PNG, JPEG or JPEG 2000 file. Throws CodecError.
 DecodedPicture loadPicture(Bytes file);
 
-// Writes a picture as PGM, PPM, PNM, PAM or PNG; "-" is standard output. A grey picture becomes RGB for PPM. Nothing
-// stands under the name until the file is whole. Returns what could not be written of the metadata, and throws
+// Writes a picture as PGM, PPM, PNM, PAM, PGX or PNG; "-" is standard output. A grey picture becomes RGB for PPM,
+// and one with alpha PAM for PNM; PGM, PPM and PGX leave alpha out.
+// Signed samples are for PGX; others begin at 0. Nothing
+// stands under the name until the file is whole. Returns what could not be written, and throws
 // CodecError where the picture does not fit the format.
 Warnings storePicture(const Picture& picture, const std::string& path, Format format, const Metadata& metadata = {});
 // The same, where the name says the format.

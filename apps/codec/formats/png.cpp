@@ -71,7 +71,8 @@ public:
         uint64_t coded = uint64_t(codedRowBytes_) * height_;
         if (coded / kLargestGrowth > file_.size())
             throw CodecError("the file is too short for its picture", file_.size());
-        Picture picture(int(width_), int(height_), isColour_ ? ColourSpace::rgb : ColourSpace::grey, precision_);
+        Picture picture(int(width_), int(height_), isColour_ ? ColourSpace::rgb : ColourSpace::grey, precision_,
+                        hasAlpha_);
         std::vector<png_bytep> rows(height_);
         for (uint32_t y = 0; y < height_; ++y) rows[y] = picture.row(int(y));
         guarded([&] {
@@ -79,9 +80,7 @@ public:
             png_read_image(png_, rows.data());
             png_read_end(png_, nullptr);
         });
-        DecodedPicture decoded = {std::move(picture), {}, false, metadata(), false};
-        if (isTransparent_) decoded.warnings.push_back("transparency is dropped");
-        return decoded;
+        return {std::move(picture), {}, false, metadata(), false};
     }
 
 private:
@@ -137,19 +136,21 @@ private:
         png_get_IHDR(png_, info_, &width_, &height_, &depth, &type, nullptr, nullptr, nullptr);
         codedRowBytes_ = png_get_rowbytes(png_, info_);
         isColour_ = type & PNG_COLOR_MASK_COLOR;
-        isTransparent_ = type & PNG_COLOR_MASK_ALPHA || png_get_valid(png_, info_, PNG_INFO_tRNS);
+        hasTransparentColours_ = png_get_valid(png_, info_, PNG_INFO_tRNS);
+        hasAlpha_ = type & PNG_COLOR_MASK_ALPHA || hasTransparentColours_;
         isPalette_ = type == PNG_COLOR_TYPE_PALETTE;
-        precision_ = isPalette_ ? 8 : depth;
-        if (!isPalette_) readSignificantBits();
+        precision_ = isPalette_ || hasTransparentColours_ ? std::max(depth, 8) : depth;
+        if (!isPalette_ && !hasTransparentColours_) readSignificantBits();
     }
 
-    // Asks for grey or RGB samples, of 8 bits or of 16 in the machine's order. libpng takes memory for rows here.
+    // Asks for grey or RGB samples, and alpha, of 8 bits or of 16 in the machine's order. libpng takes memory for rows
+    // here.
     void prepare()
     {
         if (isPalette_) png_set_palette_to_rgb(png_);
         if (shift_) png_set_shift(png_, shift_);
         png_set_packing(png_);
-        png_set_strip_alpha(png_);
+        if (hasTransparentColours_) png_set_tRNS_to_alpha(png_);
         if constexpr (std::endian::native == std::endian::little) png_set_swap(png_);
         png_set_interlace_handling(png_);
         png_read_update_info(png_, info_);
@@ -161,6 +162,7 @@ private:
         if (!png_get_sBIT(png_, info_, &bits)) return;
         int significant = isColour_ ? bits->red : bits->gray;
         if (isColour_ && (bits->green != significant || bits->blue != significant)) return;
+        if (hasAlpha_ && bits->alpha != significant) return;
         // Samples of more than a byte stay so.
         if (significant == 0 || significant >= precision_ || (precision_ == 16 && significant <= 8)) return;
         shift_ = bits;
@@ -175,7 +177,7 @@ private:
     png_uint_32 width_ = 0, height_ = 0;
     png_color_8p shift_ = nullptr;
     int precision_ = 0;
-    bool isColour_ = false, isPalette_ = false, isTransparent_ = false;
+    bool isColour_ = false, isPalette_ = false, hasTransparentColours_ = false, hasAlpha_ = false;
 };
 
 class Writer {
@@ -259,13 +261,14 @@ private:
     void writeAll(const Picture& picture)
     {
         bool isGrey = picture.space() == ColourSpace::grey;
+        int type =
+            (isGrey ? PNG_COLOR_TYPE_GRAY : PNG_COLOR_TYPE_RGB) | (picture.hasAlpha() ? PNG_COLOR_MASK_ALPHA : 0);
         int precision = picture.precision();
-        int depth = !isGrey && precision < 8 ? 8 : int(std::bit_ceil(unsigned(precision)));
-        png_set_IHDR(png_, info_, picture.width(), picture.height(), depth,
-                     isGrey ? PNG_COLOR_TYPE_GRAY : PNG_COLOR_TYPE_RGB, PNG_INTERLACE_NONE, PNG_COMPRESSION_TYPE_BASE,
-                     PNG_FILTER_TYPE_BASE);
+        int depth = type != PNG_COLOR_TYPE_GRAY && precision < 8 ? 8 : int(std::bit_ceil(unsigned(precision)));
+        png_set_IHDR(png_, info_, picture.width(), picture.height(), depth, type, PNG_INTERLACE_NONE,
+                     PNG_COMPRESSION_TYPE_BASE, PNG_FILTER_TYPE_BASE);
         auto bits = png_byte(precision);
-        png_color_8 significant = {bits, bits, bits, bits, 0};
+        png_color_8 significant = {bits, bits, bits, bits, bits};
         if (precision < depth) png_set_sBIT(png_, info_, &significant);
         writeMetadata();
         png_write_info(png_, info_);

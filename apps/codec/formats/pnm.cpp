@@ -77,11 +77,28 @@ private:
 struct Header {
     uint32_t width = 0, height = 0, depth = 0, maximum = 0;
     ColourSpace space = ColourSpace::grey;
-    bool isPlain = false;
+    bool hasAlpha = false, isPlain = false;
 
     int precision() const { return std::bit_width(maximum); }
-    uint64_t samples() const { return uint64_t(width) * height * channelsOf(space); }
-    Picture picture() const { return {int(width), int(height), space, precision()}; }
+    uint32_t channels() const { return uint32_t(channelsOf(space) + hasAlpha); }
+    uint64_t samples() const { return uint64_t(width) * height * channels(); }
+    Picture picture() const { return {int(width), int(height), space, precision(), hasAlpha}; }
+
+    // Of a PAM picture; the depth can tell it as well. False for unknown ones.
+    bool takeType(std::string_view type)
+    {
+        constexpr std::string_view kAlpha = "_ALPHA";
+        if (type.empty()) type = depth == 1 ? "GRAYSCALE" : depth == 3 ? "RGB" : "";
+        hasAlpha = type.ends_with(kAlpha);
+        if (hasAlpha) type.remove_suffix(kAlpha.size());
+        if (type == "RGB")
+            space = ColourSpace::rgb;
+        else if (type == "CMYK" && !hasAlpha)
+            space = ColourSpace::cmyk;
+        else
+            return type == "GRAYSCALE" || type == "BLACKANDWHITE";
+        return true;
+    }
 
     // Stated maximum to all ones, to nearest.
     uint16_t scaled(uint32_t sample) const
@@ -134,19 +151,10 @@ Header readPamHeader(Scanner& in)
     in.skipOneSpace();
     if (!header.width || !header.height || !header.depth || !header.maximum)
         throw CodecError("the header lacks the width, height, depth or largest sample value", in.position());
-    if (type == "GRAYSCALE" || type == "BLACKANDWHITE")
-        header.space = ColourSpace::grey;
-    else if (type == "RGB")
-        header.space = ColourSpace::rgb;
-    else if (type == "CMYK")
-        header.space = ColourSpace::cmyk;
-    else if (type.empty() && header.depth == 1)
-        header.space = ColourSpace::grey;
-    else if (type.empty() && header.depth == 3)
-        header.space = ColourSpace::rgb;
-    else
-        throw CodecError("only pictures of type GRAYSCALE, RGB and CMYK are supported", typePosition);
-    if (int(header.depth) != channelsOf(header.space))
+    if (!header.takeType(type))
+        throw CodecError("only pictures of type GRAYSCALE, RGB, these with _ALPHA, and CMYK are supported",
+                         typePosition);
+    if (header.depth != header.channels())
         throw CodecError("the depth does not suit the type of picture", typePosition);
     return header;
 }
@@ -259,7 +267,7 @@ Picture readPnm(Bytes file)
 
 void writePnm(const Picture& picture, const ByteSink& sink)
 {
-    if (picture.space() == ColourSpace::cmyk) return writePam(picture, sink);
+    if (picture.space() == ColourSpace::cmyk || picture.hasAlpha()) return writePam(picture, sink);
     put(sink, std::string(picture.space() == ColourSpace::grey ? "P5\n" : "P6\n") + std::to_string(picture.width()) +
                   ' ' + std::to_string(picture.height()) + '\n' + maximumOf(picture) + '\n');
     writeSamples(picture, sink);
@@ -270,7 +278,7 @@ void writePam(const Picture& picture, const ByteSink& sink)
     const char* types[] = {"GRAYSCALE", "RGB", "CMYK"};
     put(sink, "P7\nWIDTH " + std::to_string(picture.width()) + "\nHEIGHT " + std::to_string(picture.height()) +
                   "\nDEPTH " + std::to_string(picture.channels()) + "\nMAXVAL " + maximumOf(picture) + "\nTUPLTYPE " +
-                  types[int(picture.space())] + "\nENDHDR\n");
+                  types[int(picture.space())] + (picture.hasAlpha() ? "_ALPHA" : "") + "\nENDHDR\n");
     writeSamples(picture, sink);
 }
 

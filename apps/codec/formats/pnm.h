@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// Portable anymap pictures: PGM and PPM, plain and raw (P2, P3, P5, P6), and PAM (P7) for grey, RGB and CMYK.
+// Portable anymap pictures: PGM and PPM, plain and raw (P2, P3, P5, P6), and PAM (P7) for grey and RGB,
+// with alpha or without, and CMYK.
 #pragma once
 
 #include "codec/base/bytes.h"
@@ -15,7 +16,7 @@ bool isPnm(Bytes file);
 // another kind, before memory is taken for the picture.
 Picture readPnm(Bytes file);
 
-// Raw PGM, PPM or, for CMYK, PAM, by the picture's colour space, with all ones as the maximum.
+// Raw PGM or PPM, by the picture's colour space, or PAM for CMYK and alpha, with all ones as the maximum.
 void writePnm(const Picture& picture, const ByteSink& sink);
 
 // The same as PAM, whatever the colour space.

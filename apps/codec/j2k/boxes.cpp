@@ -156,9 +156,17 @@ void checkChannels(Jp2File& jp2)
         jp2.channels.clear();
     }
     int channels = jp2.palette ? int(jp2.channels.size()) : jp2.components;
-    if (std::ranges::any_of(jp2.definitions, [&](auto& definition) { return definition.channel >= channels; })) {
-        leaveOut("the channel definition is about channels that are not there");
+    std::vector<bool> isDefined(size_t(channels), false);
+    for (const Jp2Definition& definition : jp2.definitions) {
+        bool isThere = definition.channel < channels;
+        if (isThere && !isDefined[size_t(definition.channel)]) {
+            isDefined[size_t(definition.channel)] = true;
+            continue;
+        }
+        leaveOut(isThere ? "the channel definition is about a channel twice"
+                         : "the channel definition is about channels that are not there");
         jp2.definitions.clear();
+        break;
     }
 }
 

@@ -22,6 +22,7 @@ struct Channel {
     const Jp2Palette* palette = nullptr;
     size_t column = 0;
 
+    bool isSigned() const { return palette ? palette->columns[column].isSigned : samples->isSigned; }
     int precision() const { return palette ? palette->columns[column].precision : samples->precision; }
 };
 
@@ -47,17 +48,31 @@ std::vector<Channel> channelsOf(const Image& image, const std::optional<Jp2File>
     return channels;
 }
 
-// Those that are colours, in the order of the colour space.
-std::vector<Channel> coloursAmong(const std::vector<Channel>& channels, const std::optional<Jp2File>& jp2)
+// What the channels are for.
+struct Roles {
+    std::vector<Channel> colours; // in the order of the colour space
+    std::optional<Channel> alpha; // the opacity of the whole picture
+    bool isMultiplied = false;    // the colours, by alpha
+};
+
+Roles rolesOf(const std::vector<Channel>& channels, const std::optional<Jp2File>& jp2)
 {
-    if (!jp2 || jp2->definitions.empty()) return channels;
+    if (!jp2) return {channels, {}};
     std::vector<Jp2Definition> definitions = jp2->definitions;
     std::ranges::stable_sort(definitions, {}, &Jp2Definition::association);
-    std::vector<Channel> colours;
-    for (const Jp2Definition& definition : definitions)
-        if (definition.kind == Jp2Definition::kColour && size_t(definition.channel) < channels.size())
-            colours.push_back(channels[size_t(definition.channel)]);
-    return colours.empty() ? channels : colours;
+    Roles roles;
+    for (const Jp2Definition& definition : definitions) {
+        if (size_t(definition.channel) >= channels.size()) continue;
+        const Channel& channel = channels[size_t(definition.channel)];
+        bool isMultiplied = definition.kind == Jp2Definition::kPremultipliedOpacity;
+        bool isOpacity = definition.kind == Jp2Definition::kOpacity || isMultiplied;
+        if (definition.kind == Jp2Definition::kColour)
+            roles.colours.push_back(channel);
+        else if (isOpacity && definition.association == Jp2Definition::kWholePicture && !roles.alpha)
+            roles.alpha = channel, roles.isMultiplied = isMultiplied;
+    }
+    if (roles.colours.empty()) return {channels, {}};
+    return roles;
 }
 
 // What the colour box says, if it is known here.
@@ -188,7 +203,36 @@ void convertYcc(uint8_t* const rows[], int width, uint8_t* out)
     }
 }
 
-template <class T> void fill(Picture& picture, const std::vector<ChannelRows>& channels, Space space)
+// Colours that have been multiplied by the alpha behind them.
+template <class T> void divideByAlpha(T* out, size_t width, size_t channels, uint32_t ones)
+{
+    for (size_t x = 0; x < width; ++x, out += channels)
+        for (size_t c = 0; c + 1 < channels; ++c) {
+            uint32_t alpha = out[channels - 1];
+            if (alpha) out[c] = T(std::min<uint64_t>(ones, (uint64_t(out[c]) * ones + alpha / 2) / alpha));
+        }
+}
+
+// Puts a row of the picture together.
+template <class T> void join(T* const rows[], size_t width, Space space, bool hasAlpha, T* out)
+{
+    if (space == Space::rgb && hasAlpha) return interleave<4>(rows, width, out);
+    if (space == Space::rgb) return interleave<3>(rows, width, out);
+    if (space == Space::cmyk) return interleave<4>(rows, width, out);
+    if (space == Space::grey && hasAlpha) return interleave<2>(rows, width, out);
+    if constexpr (sizeof(T) == 1) {
+        if (space != Space::ycc) return;
+        convertYcc(rows, int(width), out);
+        if (!hasAlpha) return;
+        // From the last pixel on, so that none is written over before it is moved.
+        for (size_t x = width; x-- > 0;) {
+            const uint8_t pixel[] = {out[3 * x], out[3 * x + 1], out[3 * x + 2], rows[3][x]};
+            std::copy_n(pixel, 4, out + 4 * x);
+        }
+    }
+}
+
+template <class T> void fill(Picture& picture, const std::vector<ChannelRows>& channels, Space space, bool isMultiplied)
 {
     constexpr int kRowsAtOnce = 16;
     int pieces = (picture.height() + kRowsAtOnce - 1) / kRowsAtOnce;
@@ -199,12 +243,10 @@ template <class T> void fill(Picture& picture, const std::vector<ChannelRows>& c
         for (size_t c = 0; c < channels.size(); ++c) rows[c] = samples.data() + width * c;
         for (int y = piece * kRowsAtOnce; y < std::min(picture.height(), (piece + 1) * kRowsAtOnce); ++y) {
             T* out = picture.row<T>(y);
-            if (space == Space::grey) rows[0] = out;
+            if (channels.size() == 1) rows[0] = out;
             for (size_t c = 0; c < channels.size(); ++c) channels[c].read(uint32_t(y), rows[c]);
-            if (space == Space::rgb) interleave<3>(rows, width, out);
-            if (space == Space::cmyk) interleave<4>(rows, width, out);
-            if constexpr (sizeof(T) == 1)
-                if (space == Space::ycc) convertYcc(rows, picture.width(), out);
+            join(rows, width, space, picture.hasAlpha(), out);
+            if (isMultiplied) divideByAlpha(out, width, channels.size(), (1u << picture.precision()) - 1);
         }
     });
 }
@@ -218,24 +260,35 @@ ColourSpace shown(Space space)
 
 Picture pictureOf(const Image& image, const Rect& area, int reduce, const std::optional<Jp2File>& jp2, Warnings& notes)
 {
-    std::vector<Channel> channels = channelsOf(image, jp2), colours = coloursAmong(channels, jp2);
+    std::vector<Channel> channels = channelsOf(image, jp2);
+    Roles roles = rolesOf(channels, jp2);
+    std::vector<Channel>& colours = roles.colours;
     Space space = spaceOf(colours, jp2);
     colours.resize(coloursOf(space));
-    if (size_t others = channels.size() - colours.size())
+    if (space == Space::cmyk) roles.alpha.reset();
+    bool isMultiplied = roles.alpha && roles.isMultiplied;
+    if (isMultiplied) notes.push_back("colours that have been multiplied by their opacity are divided by it");
+    std::vector<Channel> all = colours;
+    if (roles.alpha) all.push_back(*roles.alpha);
+    if (size_t others = channels.size() - all.size())
         notes.push_back(std::to_string(others) + " of " + std::to_string(channels.size()) +
                         " channels are no colours and left out");
     auto least = [&](auto what) { return what(*std::ranges::min_element(colours, {}, what)); };
     uint32_t dx = least([](const Channel& channel) { return channel.samples->dx; });
     uint32_t dy = least([](const Channel& channel) { return channel.samples->dy; });
-    int precision = std::min(std::ranges::max_element(colours, {}, &Channel::precision)->precision(), kMaxPrecision);
+    int deepest = std::ranges::max_element(all, {}, &Channel::precision)->precision();
+    if (deepest > kMaxPrecision) notes.push_back("samples of " + std::to_string(deepest) + " bits are cut to 16");
+    int precision = std::min(deepest, kMaxPrecision);
     if (space == Space::ycc) precision = 8;
     Rect rect = resolutionRect(subsampled(area, dx, dy), reduce);
-    for (const Channel& channel : colours)
+    for (const Channel& channel : all)
         if (channel.samples->rect.isEmpty()) throw CodecError("a channel has no samples at this resolution");
-    Picture picture(int(rect.width()), int(rect.height()), shown(space), precision);
+    Picture picture(int(rect.width()), int(rect.height()), shown(space), precision, roles.alpha.has_value());
+    picture.setSigned(space != Space::ycc && std::ranges::all_of(all, &Channel::isSigned));
     std::vector<ChannelRows> rows;
-    for (const Channel& channel : colours) rows.emplace_back(channel, rect, dx, dy, precision);
-    picture.bytesPerSample() == 1 ? fill<uint8_t>(picture, rows, space) : fill<uint16_t>(picture, rows, space);
+    for (const Channel& channel : all) rows.emplace_back(channel, rect, dx, dy, precision);
+    picture.bytesPerSample() == 1 ? fill<uint8_t>(picture, rows, space, isMultiplied)
+                                  : fill<uint16_t>(picture, rows, space, isMultiplied);
     return picture;
 }
 

@@ -86,6 +86,7 @@ double bandEnergy(bool isReversible, uint32_t width, uint32_t height, int level,
 
 double componentEnergy(bool isReversible, int component)
 {
+    if (component > 2) return 1; // alpha is not transformed
     // Sums of the squared coefficients of the inverse transforms (G-6 to G-8 without rounding, G-12 to G-14).
     static constexpr double kReversible[] = {3, 0.6875, 0.6875};
     static constexpr double kIrreversible[] = {3, 0.344136 * 0.344136 + 1.772 * 1.772,

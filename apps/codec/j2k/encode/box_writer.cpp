@@ -23,7 +23,7 @@ void writeImageHeader(ByteWriter& out, const Picture& picture)
     out.u32(uint32_t(picture.height()));
     out.u32(uint32_t(picture.width()));
     out.u16(picture.channels());
-    out.u8(picture.precision() - 1);
+    out.u8((picture.isSigned() ? 128 : 0) | (picture.precision() - 1));
     out.u8(kWavelets);
     out.u8(0); // the colour space is known
     out.u8(0); // no intellectual property
@@ -36,6 +36,21 @@ void writeEnumeratedColour(ByteWriter& out, ColourSpace space)
         out.u8(0); // precedence
         out.u8(0); // approximation
         out.u32(colourOf(space));
+    });
+}
+
+// The colours in their order, then alpha of all of them.
+void writeDefinitions(ByteWriter& out, const Picture& picture)
+{
+    int colours = channelsOf(picture.space());
+    box(out, box_type::kDefinitions, [&] {
+        out.u16(picture.channels());
+        for (int channel = 0; channel < picture.channels(); ++channel) {
+            bool isColour = channel < colours;
+            out.u16(channel);
+            out.u16(isColour ? Jp2Definition::kColour : Jp2Definition::kOpacity);
+            out.u16(isColour ? channel + 1 : Jp2Definition::kWholePicture);
+        }
     });
 }
 
@@ -69,6 +84,7 @@ size_t writeJp2Header(ByteWriter& out, const Picture& picture, const Metadata& m
     box(out, kHeader, [&] {
         box(out, kImageHeader, [&] { writeImageHeader(out, picture); });
         writeColour(out, picture.space(), metadata.icc);
+        if (picture.hasAlpha()) writeDefinitions(out, picture);
         if (metadata.density) writeResolution(out, *metadata.density);
     });
     writeUuids(out, metadata);

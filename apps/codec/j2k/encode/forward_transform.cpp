@@ -46,13 +46,25 @@ private:
         size_t channels = planes_.size();
         const From* from = picture_.row<From>(int(tile_.y0 + y)) + channels * (tile_.x0 + x);
         Sample shifted[4 * kPixelsAtOnce];
-        // Samples become symmetric about 0.
+        // Samples become symmetric about 0; signed ones what they stand for, which is to be coded as it is.
         for (size_t i = 0; i < channels * pixels; ++i) shifted[i] = Sample(int(from[i]) - half_);
         Sample* to[4];
         for (size_t c = 0; c < channels; ++c) to[c] = planes_[c].row(y) + x;
-        if (transforms_) return transformComponents(shifted, to, int(pixels));
+        if (transforms_) {
+            if (channels > 3) takeLast(shifted, pixels, to[3]);
+            return transformComponents(shifted, to, int(pixels));
+        }
         for (size_t c = 0; c < channels; ++c)
             for (size_t i = 0; i < pixels; ++i) to[c][i] = shifted[channels * i + c];
+    }
+
+    // Takes the fourth samples out of those of the pixels.
+    static void takeLast(Sample* pixels, uint32_t count, Sample* last)
+    {
+        for (size_t i = 0; i < count; ++i) {
+            last[i] = pixels[4 * i + 3];
+            for (size_t c = 0; c < 3; ++c) pixels[3 * i + c] = pixels[4 * i + c];
+        }
     }
 
     const Picture& picture_;

@@ -126,7 +126,10 @@ Size sizeFor(const Picture& picture, const EncodeOptions& options)
     uint64_t tiles = uint64_t(size.tilesAcross()) * size.tilesDown();
     require(tiles <= kMaxTiles, std::to_string(tiles) + " tiles: there can be 65535");
     size.components.resize(size_t(picture.channels()));
-    for (Component& component : size.components) component.precision = picture.precision();
+    for (Component& component : size.components) {
+        component.precision = picture.precision();
+        component.isSigned = picture.isSigned();
+    }
     return size;
 }
 

@@ -342,6 +342,7 @@ template <class WithSource> void Encoder::codeData(const CodedScan& scan, const 
 
 std::vector<uint8_t> encode(const Picture& picture, const EncodeOptions& options)
 {
+    if (picture.hasAlpha()) throw CodecError("JPEG files have no alpha");
     if (options.lossless) return encodeLossless(picture, options);
     Encoder encoder(picture, options);
     return withThreads(encoder.threads(), [&] { return encoder.file(); });
