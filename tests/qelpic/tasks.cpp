@@ -157,6 +157,22 @@ TEST_F(Qelpic, TransparencyThroughPngAndJp2)
     EXPECT_EQ(qelpic("encode opaque.pam opaque.jpg").errors, "") << "nothing is lost";
 }
 
+// By the tool that people have, to the peer's pixels but for the rounding of transforms and colours.
+TEST_F(Qelpic, AnySamplingOfOtherEncoders)
+{
+    EXPECT_EQ(qelpic("decode photo.jpg photo.ppm").exitCode, 0);
+    for (const char* sampling : {"4x1,1x1", "1x4,1x1", "4x2,1x1", "3x1,1x1", "1x3,1x1", "3x2,1x1", "2x1,1x2,1x1",
+                                 "1x1,2x2,1x1", "4x1,2x1,1x1"})
+        for (const char* process : {"", " -progressive"}) {
+            EXPECT_EQ(shell(std::string("cjpeg -sample ") + sampling + process +
+                            " photo.ppm > odd.jpg && djpeg odd.jpg > peer.ppm")
+                          .exitCode,
+                      0);
+            EXPECT_EQ(qelpic("decode odd.jpg odd.ppm").errors, "");
+            EXPECT_GT(psnr("peer.ppm", "odd.ppm"), 55) << sampling;
+        }
+}
+
 // A height model: 16 bits, signed. The peer agrees on what it stands for.
 TEST_F(Qelpic, SignedSamplesThroughPgxAndJp2)
 {
