@@ -16,6 +16,8 @@ namespace {
 
 namespace jpeg = codec::jpeg;
 
+using Words = std::vector<std::string>;
+
 constexpr const char* kAbout = "Encodes and decodes JPEG and JPEG 2000 files.\n"
                                "Reads PGM, PPM, PAM, PGX, PNG, JPEG and JPEG 2000, known by their content;\n"
                                "writes what the name of the output says, or --format.\n"
@@ -53,9 +55,9 @@ const CLI::App* commandNamed(const CLI::App& app, const std::string& name)
 }
 
 // Habits from other programs: -quality for --quality, and -q with a number for it.
-std::vector<std::string> understood(const CLI::App& app, int argc, char** argv)
+Words understood(const CLI::App& app, int argc, char** argv)
 {
-    std::vector<std::string> words(argv + 1, argv + argc);
+    Words words(argv + 1, argv + argc);
     const CLI::App* command = nullptr;
     for (size_t i = 0; i < words.size(); ++i) {
         std::string& word = words[i];
@@ -69,6 +71,14 @@ std::vector<std::string> understood(const CLI::App& app, int argc, char** argv)
     return words;
 }
 
+// The first one is the default.
+std::string listed(const Words& words)
+{
+    std::string text = words[0] + " (default)";
+    for (size_t i = 1; i < words.size(); ++i) text += (i + 1 < words.size() ? ", " : " or ") + words[i];
+    return text;
+}
+
 // Groups of options of `encode`.
 constexpr const char *kJpegOptions = "JPEG files", *kJ2kOptions = "JPEG 2000 files";
 
@@ -76,7 +86,7 @@ constexpr const char *kJpegOptions = "JPEG files", *kJ2kOptions = "JPEG 2000 fil
 
 CommandLine::CommandLine() : app_(kAbout, "qelpic")
 {
-    app_.formatter(std::make_shared<Help>(std::vector<std::string>{"COMMAND [OPTIONS] FILES", "COMMAND --help"}));
+    app_.formatter(std::make_shared<Help>(Words{"COMMAND [OPTIONS] FILES", "COMMAND --help"}));
     app_.footer(kExitCodes);
     app_.set_version_flag("-V,--version", version);
     app_.require_subcommand(1);
@@ -88,7 +98,7 @@ CommandLine::CommandLine() : app_(kAbout, "qelpic")
 
 void CommandLine::parse(int argc, char** argv)
 {
-    std::vector<std::string> words = understood(app_, argc, argv);
+    Words words = understood(app_, argc, argv);
     if (!words.empty() && words[0][0] != '-' && !commandNamed(app_, words[0]))
         throw CLI::ValidationError("unknown command " + words[0] + ": it is encode, decode, info or compare");
     std::ranges::reverse(words); // as CLI11 wants them
@@ -97,7 +107,7 @@ void CommandLine::parse(int argc, char** argv)
     settle();
 }
 
-CLI::App& CommandLine::addCommand(const char* name, const char* about, std::vector<std::string> usages)
+CLI::App& CommandLine::addCommand(const char* name, const char* about, Words usages)
 {
     CLI::App& command = *app_.add_subcommand(name, about);
     command.formatter(std::make_shared<Help>(std::move(usages)));
@@ -116,16 +126,17 @@ void CommandLine::addReporting(CLI::App& command)
 }
 
 // Inputs, and for commands that write files where these go.
-void CommandLine::addFiles(CLI::App& command, const char* about, const char* formats)
+void CommandLine::addFiles(CLI::App& command, const char* about, Words formats)
 {
     command.add_option("files", options_.files, about)->required()->type_name("INPUT, OUTPUT");
     command.add_option("--outdir", options_.outputFolder, "Folder for the outputs of all files that are named")
         ->type_name("FOLDER");
-    command
-        .add_option_function<std::string>(
-            "--format", [&](const std::string& name) { setFormat(name); },
-            std::string("What to write, where no name says it: ") + formats)
-        ->type_name("NAME");
+    auto* format = command
+                       .add_option_function<std::string>(
+                           "--format", [&](const std::string& name) { setFormat(name); },
+                           "What to write, where no name says it: " + listed(formats))
+                       ->type_name("NAME");
+    choices_[format] = std::move(formats);
     auto* folder = command.get_option("--outdir");
     command
         .add_flag("-r,--recursive", options_.isRecursive,
@@ -161,7 +172,7 @@ void CommandLine::addEncode()
     CLI::App& command = addCommand("encode", "Encode a picture as a JPEG or JPEG 2000 file",
                                    {"[OPTIONS] INPUT OUTPUT", "[OPTIONS] INPUT... --outdir FOLDER"});
     addFiles(command, "Picture to encode and file to write: .jpg, .jp2, .j2k...; or many pictures and --outdir",
-             "jpg (default), jp2 or j2k");
+             {"jpg", "jp2", "j2k"});
     command.add_option("--quality", encoding.quality, "1 (smallest file) to 100 (best picture)")
         ->check(within(1, 100))
         ->type_name("N")
@@ -175,19 +186,21 @@ void CommandLine::addEncode()
     addJpegOptions(command);
     addLosslessJpegOptions(command);
     command.option_defaults()->group(kJ2kOptions);
-    addJ2kOptions(command, options_.j2k);
+    addJ2kOptions(command, options_.j2k, choices_);
 }
 
 void CommandLine::addJpegOptions(CLI::App& command)
 {
     auto& encoding = options_.encoding;
+    const Words samplings = {"444", "422", "440", "420", "grey"};
     command
         .add_option("--sampling", sampling_,
                     "Chroma sampling: 444, 422, 440, 420 or grey (no chroma); 420 by "
                     "default, 444 with --rgb and --cmyk")
         ->transform([](std::string name) { return plainSampling(std::move(name)); }, "")
-        ->check(CLI::IsMember({"444", "422", "440", "420", "grey"}).description(""))
+        ->check(CLI::IsMember(samplings).description(""))
         ->type_name("NAME");
+    choices_[command.get_option("--sampling")] = samplings;
     command.add_flag("--optimize", encoding.optimiseTables, "Huffman tables made for this picture: smaller, slower");
     auto* progressive = command.add_flag("--progressive", encoding.progressive,
                                          "A picture that sharpens while it loads, and a smaller file; slower");
@@ -217,10 +230,12 @@ void CommandLine::addLosslessJpegOptions(CLI::App& command)
     auto& encoding = options_.encoding;
     CLI::Option* lossless = command.get_option("--lossless");
     for (const char* other : {"--sampling", "--progressive", "--scans", "--extended"}) lossless->excludes(other);
+    const Words predictors = {"1", "2", "3", "4", "5", "6", "7", "best"};
     command.add_option("--predictor", predictor_, "Of a lossless file: 1 to 7, or best to try them all; 1 by default")
-        ->check(CLI::IsMember({"1", "2", "3", "4", "5", "6", "7", "best"}).description(""))
+        ->check(CLI::IsMember(predictors).description(""))
         ->type_name("N")
         ->needs(lossless);
+    choices_[command.get_option("--predictor")] = predictors;
     command
         .add_option("--point-transform", encoding.pointTransform, "Low bits of each sample that a lossless file drops")
         ->check(within(0, 15))
@@ -235,7 +250,7 @@ void CommandLine::addDecode()
     addFiles(command,
              "JPEG or JPEG 2000 file to decode and picture to write: .png, .pgm, .ppm, .pnm, .pam or .pgx; or many "
              "files and --outdir",
-             "png (default), pgm, ppm, pnm, pam or pgx");
+             {"png", "pgm", "ppm", "pnm", "pam", "pgx"});
     const std::map<std::string, jpeg::Upsampling> names = {{"triangle", jpeg::Upsampling::triangle},
                                                            {"replicate", jpeg::Upsampling::replicate}};
     command
@@ -243,6 +258,7 @@ void CommandLine::addDecode()
                     "Chroma of JPEG files to full size: triangle (smooth, the default) or replicate (fast)")
         ->transform(CLI::CheckedTransformer(names).description(""))
         ->type_name("NAME");
+    choices_[command.get_option("--upsampling")] = namesOf(names);
     command.add_flag("--fast", options_.decoding.fast,
                      "Chroma of JPEG files replicated and converted MCU by MCU: faster, less smooth");
     command.add_option("--max-pixels", options_.decoding.maxPixels, "Refuse larger pictures")

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "codec/base/parallel.h"
+#include "qelpic/choices.h"
 #include "qelpic/commands.h"
 
 namespace qel::qelpic {
@@ -23,12 +24,14 @@ public:
     const Options& options() const { return options_; }
 
     CLI::App& app() { return app_; }
+    const CLI::App& app() const { return app_; }
+    const Choices& choices() const { return choices_; }
 
 private:
     CLI::App& addCommand(const char* name, const char* about, std::vector<std::string> usages);
     void addCommon(CLI::App& command);
     void addReporting(CLI::App& command);
-    void addFiles(CLI::App& command, const char* about, const char* formats);
+    void addFiles(CLI::App& command, const char* about, std::vector<std::string> formats);
     void addCoding(CLI::App& command);
     void addEncode();
     void addJpegOptions(CLI::App& command);
@@ -42,6 +45,7 @@ private:
     void settle();
 
     CLI::App app_;
+    Choices choices_;
     Options options_;
     int threads_ = 0;
     std::optional<codec::ThreadLimit> limit_;

@@ -95,7 +95,7 @@ void addDivisions(CLI::App& command, codec::j2k::EncodeOptions& options)
         ->type_name("WxH,...");
 }
 
-void addCoding(CLI::App& command, codec::j2k::EncodeOptions& options)
+void addCoding(CLI::App& command, codec::j2k::EncodeOptions& options, Choices& choices)
 {
     const std::map<std::string, j2k::Order> orders = {{"lrcp", j2k::Order::lrcp},
                                                       {"rlcp", j2k::Order::rlcp},
@@ -114,26 +114,29 @@ void addCoding(CLI::App& command, codec::j2k::EncodeOptions& options)
                     "CPRL")
         ->transform(CLI::CheckedTransformer(orders, CLI::ignore_case).description(""))
         ->type_name("ORDER");
+    choices[command.get_option("--progression")] = namesOf(orders);
     command
         .add_option_function<Words>(
             "--style", [&](const Words& words) { setStyles(words, options); },
             "Of code-blocks: any of bypass, termall, reset, causal, predterm and segsym")
         ->delimiter(',')
         ->type_name("NAME,...");
+    choices[command.get_option("--style")] = namesOf(kStyles);
     command
         .add_option("--termination", options.termination,
                     "How codeword segments end: flush (default), shortest or predictable")
         ->transform(CLI::CheckedTransformer(terminations).description(""))
         ->type_name("NAME");
+    choices[command.get_option("--termination")] = namesOf(terminations);
 }
 
 }
 
-void addJ2kOptions(CLI::App& command, codec::j2k::EncodeOptions& options)
+void addJ2kOptions(CLI::App& command, codec::j2k::EncodeOptions& options, Choices& choices)
 {
     addTargets(command, options);
     addDivisions(command, options);
-    addCoding(command, options);
+    addCoding(command, options, choices);
 }
 
 }
