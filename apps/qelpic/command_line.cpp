@@ -158,7 +158,7 @@ void CommandLine::setFormat(const std::string& name)
 void CommandLine::addCoding(CLI::App& command)
 {
     addCommon(command);
-    command.add_option("--threads", threads_, "Threads to use; by default as many as it may use processors")
+    command.add_option("--threads", threads_, "Threads to use; by default as many as there are idle processors")
         ->check(within(1, 1024))
         ->type_name("N");
     command.add_option("--time", options_.runs, "Code N times and say how long the fastest took")
