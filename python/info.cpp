@@ -4,6 +4,9 @@
 #include "arrays.h"
 #include "codec/formats/picture_file.h"
 #include "codec/j2k/decode/file.h"
+#include "codec/j2k/metadata.h"
+#include "codec/jpeg/metadata.h"
+#include "metadata.h"
 #include "pictures.h"
 
 namespace qel::python {
@@ -85,10 +88,22 @@ py::dict infoOf(const Picture& picture, FileKind kind)
 py::dict info(const py::object& given)
 {
     Source source(given);
-    FileKind kind = kindOf(source.bytes());
-    if (kind == FileKind::jpeg) return infoOf(unlocked([&] { return jpeg::readInfo(source.bytes()); }));
-    if (kind == FileKind::jpeg2000) return infoOf(unlocked([&] { return j2k::open(source.bytes()); }));
-    return infoOf(unlocked([&] { return loadPicture(source.bytes()); }).picture, kind);
+    Bytes file = source.bytes();
+    FileKind kind = kindOf(file);
+    py::dict about;
+    if (kind == FileKind::jpeg) {
+        about = infoOf(unlocked([&] { return jpeg::readInfo(file); }));
+        about["metadata"] = tupleOf(jpeg::readMetadata(file));
+    } else if (kind == FileKind::jpeg2000) {
+        j2k::File opened = unlocked([&] { return j2k::open(file); });
+        about = infoOf(opened);
+        about["metadata"] = tupleOf(j2k::readMetadata(file, opened.jp2));
+    } else {
+        DecodedPicture loaded = unlocked([&] { return loadPicture(file); });
+        about = infoOf(loaded.picture, kind);
+        about["metadata"] = tupleOf(loaded.metadata);
+    }
+    return about;
 }
 
 }

@@ -15,8 +15,10 @@
 #include "codec/formats/picture_file.h"
 #include "codec/j2k/decode/reader.h"
 #include "codec/j2k/encode/writer.h"
+#include "codec/j2k/metadata.h"
 #include "codec/jpeg/decode/reader.h"
 #include "codec/jpeg/encode/writer.h"
+#include "metadata.h"
 #include "pictures.h"
 
 namespace qel::python {
@@ -125,7 +127,7 @@ py::tuple decode(const py::object& given, int reduce, int layers, bool smooth, c
     int precision = loaded.picture.precision();
     py::array array = arrayOf(std::move(loaded.picture));
     if (region && kindOf(source.bytes()) != FileKind::jpeg2000) array = partOf(array, region);
-    return py::make_tuple(array, colour, precision, loaded.warnings, loaded.isDamaged);
+    return py::make_tuple(array, colour, precision, loaded.warnings, loaded.isDamaged, tupleOf(loaded.metadata));
 }
 
 // Samples as an array of the smallest type that holds them.
@@ -153,7 +155,8 @@ py::tuple decodeJ2kPlanes(Bytes file, const j2k::DecodeOptions& options)
         planes.append(planeOf(plane));
         precision = std::max(precision, plane.precision);
     }
-    return py::make_tuple(planes, "components", precision, decoded.warnings, !decoded.warnings.empty());
+    return py::make_tuple(planes, "components", precision, decoded.warnings, !decoded.warnings.empty(),
+                          tupleOf(metadataIn(file)));
 }
 
 // Components as they are coded: neither up-sampled nor of another colour space.
@@ -169,7 +172,7 @@ py::tuple decodePlanes(const py::object& given, int reduce, int layers, const Re
     for (const jpeg::SamplePlane& plane : decoded.planes)
         planes.append(planeOf<uint8_t>(plane.samples, plane.width, plane.height));
     return py::make_tuple(planes, py::str(jpeg::nameOf(decoded.info.colour)).attr("lower")(), decoded.info.precision,
-                          decoded.warnings, !decoded.warnings.empty());
+                          decoded.warnings, !decoded.warnings.empty(), tupleOf(metadataIn(source.bytes())));
 }
 
 jpeg::Samplings samplingNamed(const std::string& name)
@@ -181,13 +184,10 @@ jpeg::Samplings samplingNamed(const std::string& name)
     return jpeg::kSampling420;
 }
 
-py::bytes bytesOf(const std::vector<uint8_t>& file)
-{
-    return {reinterpret_cast<const char*>(file.data()), file.size()};
-}
-
-py::bytes encodeToJpeg(const py::array& array, int quality, const std::string& sampling, bool optimize,
-                       bool progressive, int restart, bool lossless, int predictor, int precision)
+// The file, and what is not kept of the metadata.
+py::tuple encodeToJpeg(const py::array& array, int quality, const std::string& sampling, bool optimize,
+                       bool progressive, int restart, bool lossless, int predictor, int precision,
+                       const py::object& metadata)
 {
     Given given = pictureOf(array, precision);
     jpeg::EncodeOptions options = {.quality = quality,
@@ -197,11 +197,14 @@ py::bytes encodeToJpeg(const py::array& array, int quality, const std::string& s
                                    .lossless = lossless,
                                    .predictor = predictor};
     if (!lossless && given.picture.space() != ColourSpace::grey) options.sampling = samplingNamed(sampling);
-    return bytesOf(unlocked([&] { return jpeg::encode(given.picture, options); }));
+    Fitted kept = fitted(metadata, jpeg::roomFor(options, given.picture.space()), given.picture.space());
+    options.metadata = std::move(kept.metadata);
+    return py::make_tuple(bytesOf(unlocked([&] { return jpeg::encode(given.picture, options); })), kept.warnings);
 }
 
-py::bytes encodeToJ2k(const py::array& array, std::optional<int> quality, std::optional<double> rate,
-                      std::optional<double> psnr, bool lossless, int layers, bool isJp2, int precision)
+py::tuple encodeToJ2k(const py::array& array, std::optional<int> quality, std::optional<double> rate,
+                      std::optional<double> psnr, bool lossless, int layers, bool isJp2, int precision,
+                      const py::object& metadata)
 {
     require(lossless + quality.has_value() + rate.has_value() + psnr.has_value() <= 1,
             "quality, rate, psnr and lossless exclude each other");
@@ -212,7 +215,9 @@ py::bytes encodeToJ2k(const py::array& array, std::optional<int> quality, std::o
                                   .quality = quality.value_or(90),
                                   .layers = layers,
                                   .isJp2 = isJp2};
-    return bytesOf(unlocked([&] { return j2k::encode(given.picture, options); }));
+    Fitted kept = fitted(metadata, isJp2 ? j2k::kMetadataRoom : j2k::kCodestreamRoom, given.picture.space());
+    options.metadata = std::move(kept.metadata);
+    return py::make_tuple(bytesOf(unlocked([&] { return j2k::encode(given.picture, options); })), kept.warnings);
 }
 
 py::tuple comparison(const py::array& a, const py::array& b, int precision)

@@ -10,6 +10,17 @@
 
 namespace qel::python {
 
+inline codec::Bytes bytesIn(const py::buffer_info& buffer)
+{
+    require(buffer.itemsize == 1 && buffer.ndim == 1, "bytes are wanted");
+    return {static_cast<const uint8_t*>(buffer.ptr), size_t(buffer.size)};
+}
+
+inline py::bytes bytesOf(const std::vector<uint8_t>& bytes)
+{
+    return {reinterpret_cast<const char*>(bytes.data()), bytes.size()};
+}
+
 // The bytes of a file: given as they are, or read from a path.
 class Source {
 public:
@@ -17,8 +28,7 @@ public:
     {
         if (PyObject_CheckBuffer(source.ptr())) {
             buffer_ = py::buffer(source).request();
-            require(buffer_.itemsize == 1 && buffer_.ndim == 1, "bytes are wanted");
-            bytes_ = {static_cast<const uint8_t*>(buffer_.ptr), size_t(buffer_.size)};
+            bytes_ = bytesIn(buffer_);
         } else {
             read_ = codec::readFile(py::str(py::module_::import("os").attr("fspath")(source)));
             bytes_ = read_;

@@ -7,7 +7,6 @@
 #include "codec/formats/picture_file.h"
 #include "codec/j2k/encode/writer.h"
 #include "codec/j2k/metadata.h"
-#include "codec/jpeg/metadata.h"
 #include "qelpic/batch.h"
 #include "qelpic/commands.h"
 #include "qelpic/console.h"
@@ -64,16 +63,11 @@ ColourSpace spaceIn(Format format, ColourSpace space, const Options& options)
     return format == Format::jpeg && options.encoding.target == codec::jpeg::Target::grey ? ColourSpace::grey : space;
 }
 
-// Densities are JFIF's, whose pictures are grey or YCbCr.
 codec::MetadataRoom roomIn(Format format, ColourSpace space, const Options& options)
 {
     if (format == Format::jp2) return codec::j2k::kMetadataRoom;
     if (format == Format::codestream) return codec::j2k::kCodestreamRoom;
-    codec::MetadataRoom room = codec::jpeg::kMetadataRoom;
-    bool isRgb =
-        space == ColourSpace::rgb && (options.encoding.lossless || options.encoding.target == codec::jpeg::Target::rgb);
-    room.density = room.aspectRatio = !isRgb && space != ColourSpace::cmyk;
-    return room;
+    return codec::jpeg::roomFor(options.encoding, space);
 }
 
 std::vector<uint8_t> encodeAs(Format format, const DecodedPicture& loaded, const Options& options,

@@ -9,12 +9,30 @@ __version__: str
 class Error(ValueError):
     position: Optional[int]
 
+class Density(NamedTuple):
+    x: float
+    y: float
+    per_metre: bool = False
+    @classmethod
+    def of_dpi(cls, x: float, y: Optional[float] = None) -> "Density": ...
+    @property
+    def dpi(self) -> Optional[tuple[float, float]]: ...
+
+class Metadata(NamedTuple):
+    icc: bytes = b""
+    exif: bytes = b""
+    xmp: bytes = b""
+    density: Optional[Density] = None
+    comments: tuple[str, ...] = ()
+    others: tuple[str, ...] = ()
+
 class Decoded(NamedTuple):
     array: np.ndarray
     colour: str
     precision: int
     warnings: list[str]
     is_damaged: bool
+    metadata: Metadata
 
 class _DecodedPlanes(NamedTuple):
     array: list[np.ndarray]
@@ -22,6 +40,7 @@ class _DecodedPlanes(NamedTuple):
     precision: int
     warnings: list[str]
     is_damaged: bool
+    metadata: Metadata
 
 class Difference(NamedTuple):
     psnr: float
@@ -47,6 +66,6 @@ def decode(
     source: _Source, *, reduce: int = 0, layers: int = 0, smooth: bool = True, region: _Region = None, planes: Literal[True]
 ) -> _DecodedPlanes: ...
 def info(source: _Source) -> dict[str, Any]: ...
-def encode(array: np.ndarray, format: str = "jpeg", **options: object) -> bytes: ...
+def encode(array: np.ndarray, format: str = "jpeg", *, metadata: Optional[Metadata] = None, **options: object) -> bytes: ...
 def compare(a: np.ndarray, b: np.ndarray, precision: int = 0) -> Comparison: ...
 def set_threads(threads: int) -> None: ...

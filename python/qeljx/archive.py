@@ -31,8 +31,9 @@ def _message(error: BaseException) -> str:
     return str(error) or type(error).__name__
 
 
-def transcode(source: str, output: str, format: str, options: dict, threads: int = 0) -> dict:
-    """The task: what the manifest keeps of a file, or its error. threads: of the codec, 0 for as many as there are."""
+def transcode(source: str, output: str, format: str, options: dict, strips: bool = False, threads: int = 0) -> dict:
+    """The task: what the manifest keeps of a file, or its error. strips: leaves metadata behind. threads: of the codec, 0
+    for as many as there are."""
     if threads:
         qeljx.set_threads(threads)
     try:
@@ -43,7 +44,9 @@ def transcode(source: str, output: str, format: str, options: dict, threads: int
         if format in ("jpeg", "jpg") and precision != 8 and not options.get("lossless"):
             array, precision = _in_8_bits(picture), 8
             warnings.append(f"samples of {picture.precision} bits are rounded to 8")
-        coded = qeljx.encode(array, format, precision=precision, **options)
+        metadata = None if strips else picture.metadata
+        coded, left_out = qeljx._encode(array, format, precision=precision, metadata=metadata, **options)
+        warnings += left_out
         os.makedirs(os.path.dirname(output), exist_ok=True)
         store(output, coded)
     except (OSError, ValueError, RuntimeError, MemoryError) as error:
@@ -180,8 +183,8 @@ def parser() -> argparse.ArgumentParser:
         "  python3 -m qeljx.archive scans web --to jpeg --quality 80 --progressive\n"
         "  python3 -m qeljx.archive scans archive --verify\n"
         "  python3 -m qeljx.archive /net/scans /net/archive --to jp2 --rate 2 --scheduler tcp://head:8786\n\n"
-        "Every worker of a cluster needs this module, and the two folders under the same names. Pictures alone are\n"
-        "transcoded: colour profiles and other metadata stay behind in SOURCE, which is never changed.")
+        "Every worker of a cluster needs this module, and the two folders under the same names.\n"
+        "SOURCE is never changed.")
     made.add_argument("source", metavar="SOURCE", help="folder of pictures")
     made.add_argument("dest", metavar="DEST", help="folder for the results; made where it is missing")
     made.add_argument("--to", choices=("jp2", "j2k", "jpeg", "jpg"), metavar="FORMAT", help="jp2, j2k or jpeg")
@@ -195,6 +198,7 @@ def parser() -> argparse.ArgumentParser:
     coding.add_argument("--sampling", metavar="NAME", help="of chroma: 444, 422, 440 or 420 (JPEG)")
     coding.add_argument("--progressive", action="store_true", default=None, help="several scans (JPEG)")
     coding.add_argument("--optimize", action="store_true", default=None, help="Huffman tables for each file (JPEG)")
+    coding.add_argument("--strip", action="store_true", help="leave colour profiles, EXIF and other metadata out")
     work = made.add_argument_group("work")
     work.add_argument("--scheduler", metavar="ADDRESS", help="of a Dask cluster, as in tcp://head:8786")
     work.add_argument("--workers", type=int, default=os.cpu_count(), metavar="N",
@@ -221,7 +225,7 @@ def _settings(options: argparse.Namespace, usage: argparse.ArgumentParser) -> di
 
 def run(options: argparse.Namespace, manifest: Manifest, settings: dict, client) -> tuple[Report, int]:
     """Transcodes or verifies; returns the report and how many files had been done before."""
-    shown = json.dumps({"to": options.to, **settings}, sort_keys=True)
+    shown = json.dumps({"to": options.to, **settings, **({"strip": True} if options.strip else {})}, sort_keys=True)
     already = 0
 
     def fail(name, error):
@@ -236,7 +240,7 @@ def run(options: argparse.Namespace, manifest: Manifest, settings: dict, client)
                 report.total -= 1
                 continue
             paths = os.path.join(options.source, job.source), os.path.join(options.dest, job.output)
-            yield job, transcode, (*paths, options.to, settings)
+            yield job, transcode, (*paths, options.to, settings, options.strip)
 
     def verifying():
         for job in jobs_in(options.source, "", fail):

@@ -62,6 +62,20 @@ def test_what_becomes_of_each_file(tmp_path, capsys):
     assert capsys.readouterr().out.startswith("6 files")
 
 
+def test_carries_metadata(tmp_path):
+    given = qeljx.Metadata(xmp=b"<x/>", density=qeljx.Density(1, 2), comments=("about it",))
+    (tmp_path / "in").mkdir()
+    (tmp_path / "in" / "a.jpg").write_bytes(qeljx.encode(drawn(1), metadata=given))
+    run = [str(tmp_path / "in"), str(tmp_path / "out"), "--to", "jp2", "--workers", "0"]
+    for strip, kept, notes in (([], given._replace(density=None), "not in the output: the aspect ratio of pixels"),
+                               (["--strip"], qeljx.Metadata(), "")):
+        assert archive.main([*run, *strip]) == 0
+        assert qeljx.decode(tmp_path / "out" / "a.jp2").metadata == kept
+        manifest = archive.Manifest(str(tmp_path / "out" / archive.MANIFEST))
+        assert [row["notes"] for row in manifest.outputs()] == [notes]
+        manifest.close()
+
+
 def test_verifies(tmp_path, capsys):
     source, dest = tmp_path / "in", tmp_path / "out"
     fill(source, 4)

@@ -104,8 +104,55 @@ def test_info_is_what_the_tool_says(tmp_path):
             assert about.get(text, "") in said
         for component in about.get("components", ()):
             assert f"{component['width']} x {component['height']}" in said
-    assert about == {"format": "pnm", "width": 83, "height": 61, "precision": 8, "colour": "rgb"}
+    assert about == {"format": "pnm", "width": 83, "height": 61, "precision": 8, "colour": "rgb",
+                     "metadata": qeljx.Metadata()}
     assert qeljx.info(tmp_path / "a.jpg")["scans"] == 10 and qeljx.info(tmp_path / "a.jp2")["layers"] == 3
+
+
+def test_metadata_goes_from_format_to_format(tmp_path):
+    icc = bytearray(144) + np.random.default_rng(1).bytes(112)  # a profile of one tag
+    for at, field in ((2, b"\1\0\0\0\0\0\4"), (12, b"mntrRGB XYZ "), (36, b"acsp"), (70, b"\xf6\xd6\0\1\0\0\0\0\xd3\x2d"),
+                      (131, b"\1desc\0\0\0\x90\0\0\0\x70")):
+        icc[at : at + len(field)] = field
+    exif = b"MM\0*\0\0\0\x08\0\1\x01\x12\0\3\0\0\0\1\0\6\0\0\0\0\0\0"
+    given = qeljx.Metadata(bytes(icc), exif, b"<x:xmpmeta/>", qeljx.Density.of_dpi(300), ("one", "tw\udce9"))
+    picture = drawn(20, 30)
+
+    def is_given(metadata):
+        assert metadata._replace(density=None) == given._replace(density=None)
+        assert metadata.density.per_metre and metadata.density.dpi == pytest.approx((300, 300), abs=0.02)
+
+    for format in ("jpeg", "jp2"):
+        path, png, back = (tmp_path / f"{format}.{end}" for end in (format, "png", "jp2"))
+        path.write_bytes(qeljx.encode(picture, format, metadata=given))
+        is_given(qeljx.decode(path).metadata)
+        is_given(qeljx.decode(path, planes=True).metadata)
+        is_given(qeljx.info(path)["metadata"])
+        said = subprocess.run([os.environ["QELPIC"], "info", path], capture_output=True).stdout
+        for line in (b"ICC profile      256 bytes", b"orientation 6", b"XMP              12 bytes", b"300 x 300", b" one\n"):
+            assert line in said
+        tool("decode", path, png)
+        loaded = qeljx.decode(png).metadata
+        back.write_bytes(qeljx.encode(picture, "jp2", lossless=True, metadata=loaded))
+        tool("encode", png, tmp_path / "tool.jp2", "--lossless")
+        assert qeljx.decode(tmp_path / "tool.jp2").metadata == qeljx.decode(back).metadata
+        is_given(loaded)
+    assert qeljx.decode(qeljx.encode(picture)).metadata == qeljx.Metadata()
+
+
+def test_metadata_without_room(recwarn):
+    given = qeljx.Metadata(b"no profile", b"x" * 65528, density=qeljx.Density(1, 2), comments=["kept"], others=["a thing"])
+    picture = drawn(20, 30)
+    for format, named in (("jpeg", ("EXIF",)), ("jp2", ("the aspect ratio",)), ("j2k", ("EXIF", "the aspect ratio"))):
+        metadata = qeljx.decode(qeljx.encode(picture, format, metadata=given)).metadata
+        said = recwarn.pop(UserWarning)
+        assert said.filename == __file__ and not recwarn.list
+        for name in (*named, "the ICC profile", "a thing"):
+            assert name in str(said.message)
+        assert metadata.comments == ("kept",) and not metadata.icc
+    for wrong in (qeljx.Metadata(density=qeljx.Density(0, 1)), qeljx.Metadata(icc="text"), {"icc": b""}):
+        with pytest.raises((ValueError, TypeError, AttributeError)):
+            qeljx.encode(picture, metadata=wrong)
 
 
 def test_compares_each_channel():

@@ -340,6 +340,15 @@ template <class WithSource> void Encoder::codeData(const CodedScan& scan, const 
 
 }
 
+MetadataRoom roomFor(const EncodeOptions& options, ColourSpace space)
+{
+    MetadataRoom room = kMetadataRoom;
+    // Densities are JFIF's, whose pictures are grey or YCbCr.
+    bool isRgb = space == ColourSpace::rgb && (options.lossless || options.target == Target::rgb);
+    room.density = room.aspectRatio = !isRgb && space != ColourSpace::cmyk;
+    return room;
+}
+
 std::vector<uint8_t> encode(const Picture& picture, const EncodeOptions& options)
 {
     if (picture.hasAlpha()) throw CodecError("JPEG files have no alpha");

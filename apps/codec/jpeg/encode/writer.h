@@ -52,10 +52,13 @@ struct EncodeOptions {
     // Chroma of 4:2:0 and 4:2:2 is made MCU by MCU, a few percent faster, and rounded down: a quarter to three eighths
     // of a level is lost each time that the picture is coded.
     bool fast = false;
-    Metadata metadata = {}; // what there is room for (kMetadataRoom)
+    Metadata metadata = {}; // what there is room for (roomFor)
     // Called now and then with the part of the work that is done, 0 to 1; may be empty.
     std::function<void(double)> progress = {};
 };
+
+// For metadata, in the file of a picture of this colour space.
+MetadataRoom roomFor(const EncodeOptions& options, ColourSpace space);
 
 // The file. CMYK samples are written as they stand, with an Adobe marker (whose readers take 255 for no ink). Throws
 // CodecError for options outside their range, or that do not fit the picture, or sizes that JPEG cannot hold.
