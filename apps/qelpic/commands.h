@@ -7,10 +7,10 @@
 #include <vector>
 
 #include "codec/formats/formats.h"
-#include "codec/j2k/decode/components.h"
+#include "codec/j2k/decode/options.h"
 #include "codec/j2k/encode/options.h"
-#include "codec/jpeg/decode/reader.h"
-#include "codec/jpeg/encode/writer.h"
+#include "codec/jpeg/decode/options.h"
+#include "codec/jpeg/encode/options.h"
 
 namespace qel::qelpic {
 

@@ -6,6 +6,7 @@
 #include "codec/formats/colour_management.h"
 #include "codec/formats/picture_file.h"
 #include "codec/j2k/decode/reader.h"
+#include "codec/jpeg/decode/reader.h"
 #include "qelpic/batch.h"
 #include "qelpic/commands.h"
 #include "qelpic/console.h"

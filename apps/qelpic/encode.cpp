@@ -7,6 +7,7 @@
 #include "codec/formats/picture_file.h"
 #include "codec/j2k/encode/writer.h"
 #include "codec/j2k/metadata.h"
+#include "codec/jpeg/encode/writer.h"
 #include "qelpic/batch.h"
 #include "qelpic/commands.h"
 #include "qelpic/console.h"

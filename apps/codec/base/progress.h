@@ -7,9 +7,12 @@
 
 namespace qel::codec {
 
+// Called now and then with the part of the work that is done, 0 to 1; may be empty.
+using ProgressReport = std::function<void(double)>;
+
 class Progress {
 public:
-    Progress(const std::function<void(double)>& report, int steps) : report_(report), steps_(steps) {}
+    Progress(const ProgressReport& report, int steps) : report_(report), steps_(steps) {}
 
     void step()
     {
@@ -19,7 +22,7 @@ public:
     }
 
 private:
-    const std::function<void(double)>& report_;
+    const ProgressReport& report_;
     int steps_, done_ = 0;
     std::mutex mutex_;
 };

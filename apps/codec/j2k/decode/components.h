@@ -2,26 +2,14 @@
 // The components of a JPEG 2000 picture as they were coded: decoded tile by tile.
 #pragma once
 
-#include <functional>
 #include <optional>
 #include <vector>
 
 #include "codec/j2k/decode/file.h"
+#include "codec/j2k/decode/options.h"
 #include "codec/j2k/plane.h"
 
 namespace qel::codec::j2k {
-
-struct DecodeOptions {
-    int reduce = 0;                  // highest resolutions to leave out: each halves the picture
-    int layers = 65535;              // of quality, to be decoded at most
-    bool transformComponents = true; // undo the component transform
-    // What is to be decoded, from the picture's upper left corner on, in samples of the reference grid: pixels before
-    // resolutions are left out. Tiles and code-blocks that it does not need are not decoded.
-    std::optional<Rect> region = {};
-    uint64_t maxPixels = UINT64_MAX; // larger pictures are refused, beside limits of our own
-    // Called now and then with the part of the work that is done, 0 to 1; may be empty.
-    std::function<void(double)> progress = {};
-};
 
 // Of one component; where it lies divides the reference grid by dx, dy and the reduction.
 struct Samples {

@@ -2,13 +2,13 @@
 // What a JPEG 2000 file shall be like, and the headers that say so.
 #pragma once
 
-#include <functional>
 #include <optional>
 #include <utility>
 #include <vector>
 
 #include "codec/base/metadata.h"
 #include "codec/base/picture.h"
+#include "codec/base/progress.h"
 #include "codec/j2k/headers.h"
 
 namespace qel::codec::j2k {
@@ -37,8 +37,7 @@ struct EncodeOptions {
     Termination termination = Termination::flush;
     bool isJp2 = true;      // else a bare codestream
     Metadata metadata = {}; // what there is room for (kMetadataRoom, kCodestreamRoom)
-    // Called now and then with the part of the work that is done, 0 to 1; may be empty.
-    std::function<void(double)> progress = {};
+    ProgressReport progress = {};
 };
 
 Termination terminationFor(const EncodeOptions& options);

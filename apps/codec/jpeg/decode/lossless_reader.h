@@ -7,7 +7,7 @@
 
 #include "codec/base/picture.h"
 #include "codec/base/plane.h"
-#include "codec/jpeg/decode/reader.h"
+#include "codec/jpeg/decode/options.h"
 #include "codec/jpeg/decode/scan.h"
 #include "codec/jpeg/info.h"
 

@@ -6,7 +6,7 @@
 
 #include "codec/base/picture.h"
 #include "codec/base/plane.h"
-#include "codec/jpeg/decode/reader.h"
+#include "codec/jpeg/decode/options.h"
 #include "codec/jpeg/info.h"
 
 namespace qel::codec::jpeg {

@@ -4,25 +4,14 @@
 #pragma once
 
 #include <cstdint>
-#include <functional>
 #include <string>
 #include <vector>
 
 #include "codec/base/decoded_picture.h"
+#include "codec/jpeg/decode/options.h"
 #include "codec/jpeg/info.h"
 
 namespace qel::codec::jpeg {
-
-// How chroma of half the width or height is brought to full size. Other ratios are always replicated.
-enum class Upsampling { triangle, replicate };
-
-struct DecodeOptions {
-    Upsampling upsampling = Upsampling::triangle;
-    bool fast = false;               // replicated chroma MCU by MCU, which rounds a little less well
-    uint64_t maxPixels = UINT64_MAX; // larger pictures are refused, beside the limit of Picture itself
-    // Called now and then with the part of the work that is done, 0 to 1; may be empty.
-    std::function<void(double)> progress = {};
-};
 
 // A grey, RGB or CMYK picture. Warnings are about damage that was survived: there are none for a sound file.
 struct Decoded : DecodedPicture {

@@ -5,7 +5,8 @@
 #include <cstdint>
 #include <vector>
 
-#include "codec/jpeg/encode/writer.h"
+#include "codec/base/picture.h"
+#include "codec/jpeg/encode/options.h"
 
 namespace qel::codec::jpeg {
 
