@@ -89,6 +89,38 @@ TEST(Png, PalettesBecomeRgbAndTransparentOnesRgbWithAlpha)
     }
 }
 
+// One grey, or one colour, may be told to be transparent, in samples of any depth.
+TEST(Png, AColourThatIsTransparentBecomesAlpha)
+{
+    for (auto space : {ColourSpace::grey, ColourSpace::rgb})
+        for (int precision : {1, 2, 4, 8, 16}) {
+            if (space == ColourSpace::rgb && precision < 8) continue;
+            Picture picture = randomPicture(9, 5, space, precision);
+            int channels = picture.channels(), factor = precision < 8 ? 255 / ((1 << precision) - 1) : 1;
+            std::vector<uint8_t> file = pngOf(picture), chunk = {0, 0, 0, uint8_t(2 * channels), 't', 'R', 'N', 'S'};
+            for (int c = 0; c < channels; ++c) {
+                int sample = sampleAt(picture, size_t(channels + c)); // the second pixel's
+                chunk.insert(chunk.end(), {uint8_t(sample >> 8), uint8_t(sample)});
+            }
+            uint32_t check = uint32_t(crc32(0, &chunk[4], uInt(chunk.size() - 4)));
+            for (int shift = 24; shift >= 0; shift -= 8) chunk.push_back(uint8_t(check >> shift));
+            file.insert(file.begin() + 33, chunk.begin(), chunk.end()); // behind the header
+            Picture shown = read(file);
+            ASSERT_TRUE(shown.hasAlpha());
+            ASSERT_EQ(shown.precision(), std::max(precision, 8));
+            for (size_t i = 0; i < 45; ++i) {
+                bool isSame = true;
+                for (size_t c = 0; c < size_t(channels); ++c) {
+                    int sample = sampleAt(picture, size_t(channels) * i + c);
+                    isSame &= sample == sampleAt(picture, size_t(channels) + c);
+                    EXPECT_EQ(sampleAt(shown, size_t(channels + 1) * i + c), factor * sample) << precision;
+                }
+                int alpha = sampleAt(shown, size_t(channels + 1) * i + size_t(channels));
+                EXPECT_EQ(alpha, isSame ? 0 : (1 << shown.precision()) - 1) << precision;
+            }
+        }
+}
+
 TEST(Png, DamageIsReportedWithItsPlace)
 {
     std::vector<uint8_t> file = pngOf(randomPicture(40, 30, ColourSpace::rgb, 8));

@@ -77,6 +77,8 @@ public:
         for (uint32_t y = 0; y < height_; ++y) rows[y] = picture.row(int(y));
         guarded([&] {
             prepare();
+            if (png_get_rowbytes(png_, info_) != picture.step())
+                png_error(png_, "rows of another size than the header says");
             png_read_image(png_, rows.data());
             png_read_end(png_, nullptr);
         });
