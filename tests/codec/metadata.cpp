@@ -15,6 +15,7 @@
 #include "codec/jpeg/decode/reader.h"
 #include "codec/jpeg/encode/writer.h"
 #include "codec/jpeg/metadata.h"
+#include "ffmpeg_peer.h"
 #include "mutations.h"
 #include "pictures.h"
 #include "profiles.h"
@@ -74,6 +75,10 @@ TEST(Metadata, TravelsBetweenFormats)
             expectAlike(read, metadata);
             expectAlike(loadPicture(second(picture, read)).metadata, metadata);
         }
+    if (kHasFfmpeg) {
+        j2k::EncodeOptions options = {.isLossless = true, .metadata = metadataWith(displayProfile())};
+        expectSame(ffmpegDecode(j2k::encode(picture, options), 8), picture);
+    }
     Metadata none = loadPicture(jpeg::encode(picture)).metadata;
     EXPECT_EQ(none, Metadata());
 }
