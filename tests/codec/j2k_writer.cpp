@@ -153,6 +153,64 @@ TEST_P(J2kWriter, SecondPeerReadsFiles)
     EXPECT_GT(psnr(read(), picture), 38);
 }
 
+// A file from its rows of tiles, each made of its own part of the picture.
+File fromRows(const Picture& picture, const j2k::EncodeOptions& options)
+{
+    j2k::TileRows rows(picture, options);
+    File tiles;
+    for (uint32_t row = 0; row < rows.count(); ++row) {
+        j2k::Rect rect = rows.rect(row);
+        std::vector<uint8_t> own(picture.row(int(rect.y0)), picture.row(int(rect.y0)) + picture.step() * rect.height());
+        auto part =
+            Picture::over(own.data(), int(rect.width()), int(rect.height()), picture.space(), picture.precision());
+        File made = rows.encode(row, part);
+        tiles.insert(tiles.end(), made.begin(), made.end());
+    }
+    File file = rows.header(tiles.size()), end = j2k::TileRows::end();
+    file.insert(file.end(), tiles.begin(), tiles.end());
+    file.insert(file.end(), end.begin(), end.end());
+    return file;
+}
+
+TEST(J2kTileRows, MakeTheSameFile)
+{
+    std::vector<WriterCase> cases = {
+        {"grey", 97, 71, grey, 8, {.tile = {{33, 20}}, .metadata = {.xmp = {'x'}, .comments = {"rows"}}}},
+        {"colour", 300, 200, rgb, 12, {.tile = {{64, 64}}, .order = j2k::Order::rpcl, .isJp2 = false}},
+        {"one", 60, 50, cmyk, 16, {.levels = 2}},
+        {"larger", 60, 50, rgb, 8, {.tile = {{4000, 17}}, .style = j2k::style::kBypass}}};
+    for (WriterCase& tested : cases) {
+        SCOPED_TRACE(tested.name);
+        Picture picture = drawnPicture(tested.width, tested.height, tested.space, tested.precision);
+        for (int quality : {0, 1, 20, 50, 90, 99, 100}) {
+            tested.options.isLossless = quality == 0;
+            tested.options.quality = std::max(quality, 1);
+            EXPECT_EQ(fromRows(picture, tested.options), j2k::encode(picture, tested.options)) << quality;
+        }
+    }
+}
+
+TEST(J2kTileRows, TakeWhatTheyCan)
+{
+    using Options = j2k::EncodeOptions;
+    PictureForm huge(400000, 300000, rgb, 8);
+    for (const Options& options : {Options{.bitsPerPixel = 1, .tile = {{4096, 4096}}}, Options{.psnr = 40},
+                                   Options{.layers = 2}, Options{.quality = 0}, Options{.tile = {{64, 64}}}})
+        EXPECT_NE(errorOf([&] { j2k::TileRows rows(huge, options); }), "");
+    j2k::TileRows rows(huge, {.isLossless = true, .tile = {{4096, 4096}}});
+    EXPECT_EQ(rows.count(), 74U);
+    EXPECT_NE(errorOf([&] { rows.encode(0, drawnPicture(64, 64, rgb)); }), "");
+    // The length of the box with the codestream, where four bytes hold it; else it goes on to the end.
+    File header = rows.header(1000), endless = rows.header(uint64_t(1) << 33);
+    ASSERT_EQ(header.size(), endless.size());
+    const std::string_view name = "jp2c";
+    auto at = std::ranges::search(header, name).begin() - header.begin();
+    EXPECT_EQ(
+        File(&header[size_t(at) - 2], &header[size_t(at)]),
+        (File{uint8_t((header.size() - size_t(at) + 4 + 1002) >> 8), uint8_t(header.size() - size_t(at) + 4 + 1002)}));
+    EXPECT_EQ(File(&endless[size_t(at) - 4], &endless[size_t(at)]), File(4));
+}
+
 // Three photographs where the collection is, else drawn pictures.
 std::vector<Picture> pictures()
 {

@@ -25,7 +25,11 @@ public:
     {
         size_t length = bytes_.size() - begin;
         if (length > UINT32_MAX) throw CodecError("the file would be too large");
-        for (size_t i = 0; i < 4; ++i) bytes_[position + i] = uint8_t(length >> (24 - 8 * i));
+        setU32(position, uint32_t(length));
+    }
+    void setU32(size_t position, uint32_t value)
+    {
+        for (size_t i = 0; i < 4; ++i) bytes_[position + i] = uint8_t(value >> (24 - 8 * i));
     }
 
 private:

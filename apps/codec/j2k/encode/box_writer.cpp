@@ -18,7 +18,7 @@ uint32_t colourOf(ColourSpace space)
     return space == ColourSpace::rgb ? Jp2Colour::kSrgb : Jp2Colour::kCmyk;
 }
 
-void writeImageHeader(ByteWriter& out, const Picture& picture)
+void writeImageHeader(ByteWriter& out, const PictureForm& picture)
 {
     out.u32(uint32_t(picture.height()));
     out.u32(uint32_t(picture.width()));
@@ -40,7 +40,7 @@ void writeEnumeratedColour(ByteWriter& out, ColourSpace space)
 }
 
 // The colours in their order, then alpha of all of them.
-void writeDefinitions(ByteWriter& out, const Picture& picture)
+void writeDefinitions(ByteWriter& out, const PictureForm& picture)
 {
     int colours = channelsOf(picture.space());
     box(out, box_type::kDefinitions, [&] {
@@ -70,7 +70,7 @@ void writeColour(ByteWriter& out, ColourSpace space, Bytes profile)
 
 }
 
-size_t writeJp2Header(ByteWriter& out, const Picture& picture, const Metadata& metadata)
+size_t writeJp2Header(ByteWriter& out, const PictureForm& picture, const Metadata& metadata)
 {
     using namespace box_type;
     bool isExtended = !metadata.icc.empty() && !isRestricted(metadata.icc);

@@ -29,8 +29,8 @@ void transformComponents(const float* from, float* const to[3], int pixels)
 // Rows of a picture to rows of the planes.
 template <class From, class Sample> class Splitter {
 public:
-    Splitter(const Picture& picture, const Rect& tile, bool transforms, Planes<Sample>& planes)
-        : picture_(picture), tile_(tile), transforms_(transforms), planes_(planes)
+    Splitter(const Picture& picture, uint32_t firstRow, const Rect& tile, bool transforms, Planes<Sample>& planes)
+        : picture_(picture), firstRow_(firstRow), tile_(tile), transforms_(transforms), planes_(planes)
     {}
 
     void rows(uint32_t first, uint32_t end) const
@@ -44,7 +44,7 @@ private:
     void split(uint32_t x, uint32_t y, uint32_t pixels) const
     {
         size_t channels = planes_.size();
-        const From* from = picture_.row<From>(int(tile_.y0 + y)) + channels * (tile_.x0 + x);
+        const From* from = picture_.row<From>(int(tile_.y0 + y - firstRow_)) + channels * (tile_.x0 + x);
         Sample shifted[4 * kPixelsAtOnce];
         // Samples become symmetric about 0; signed ones what they stand for, which is to be coded as it is.
         for (size_t i = 0; i < channels * pixels; ++i) shifted[i] = Sample(int(from[i]) - half_);
@@ -68,16 +68,17 @@ private:
     }
 
     const Picture& picture_;
+    const uint32_t firstRow_;
     const Rect tile_;
     const bool transforms_;
     Planes<Sample>& planes_;
     const int half_ = 1 << (picture_.precision() - 1);
 };
 
-template <class From, class Sample>
-void split(const Picture& picture, const Rect& tile, bool transforms, int threads, Planes<Sample>& planes)
+template <class From, class Sample> void split(const Picture& picture, uint32_t firstRow, const Rect& tile,
+                                               bool transforms, int threads, Planes<Sample>& planes)
 {
-    Splitter<From, Sample> splitter(picture, tile, transforms, planes);
+    Splitter<From, Sample> splitter(picture, firstRow, tile, transforms, planes);
     forEachInParallel(int(ceilDivide(tile.height(), kRowsAtOnce)), threads, [&](int run) {
         uint32_t first = uint32_t(run) * kRowsAtOnce;
         splitter.rows(first, std::min(first + kRowsAtOnce, tile.height()));
@@ -86,22 +87,23 @@ void split(const Picture& picture, const Rect& tile, bool transforms, int thread
 
 }
 
-template <class Sample> std::vector<Subbands<Sample>>
-forwardTransform(const Picture& picture, const Rect& tile, bool transformsComponents, int levels, int threads)
+template <class Sample> std::vector<Subbands<Sample>> forwardTransform(const Picture& picture, uint32_t firstRow,
+                                                                       const Rect& tile, bool transformsComponents,
+                                                                       int levels, int threads)
 {
     Planes<Sample> planes;
     for (int c = 0; c < picture.channels(); ++c)
         planes.emplace_back(tile.width(), tile.height(), Plane<Sample>::Fill::none);
     if (picture.bytesPerSample() == 1)
-        split<uint8_t>(picture, tile, transformsComponents, threads, planes);
+        split<uint8_t>(picture, firstRow, tile, transformsComponents, threads, planes);
     else
-        split<uint16_t>(picture, tile, transformsComponents, threads, planes);
+        split<uint16_t>(picture, firstRow, tile, transformsComponents, threads, planes);
     std::vector<Subbands<Sample>> components;
     for (Plane<Sample>& plane : planes) components.push_back(forwardWavelet(std::move(plane), tile, levels, threads));
     return components;
 }
 
-template std::vector<Subbands<int32_t>> forwardTransform(const Picture&, const Rect&, bool, int, int);
-template std::vector<Subbands<float>> forwardTransform(const Picture&, const Rect&, bool, int, int);
+template std::vector<Subbands<int32_t>> forwardTransform(const Picture&, uint32_t, const Rect&, bool, int, int);
+template std::vector<Subbands<float>> forwardTransform(const Picture&, uint32_t, const Rect&, bool, int, int);
 
 }

@@ -10,8 +10,10 @@
 namespace qel::codec::j2k {
 
 // The components of the part of a picture that a tile covers, transformed; of the first three by the component
-// transform too if asked for. int32_t is for the reversible transforms, float for the irreversible ones.
-template <class Sample> std::vector<Subbands<Sample>>
-forwardTransform(const Picture& picture, const Rect& tile, bool transformsComponents, int levels, int threads);
+// transform too if asked for. The picture may be part of a larger one, from that row on. int32_t is for the reversible
+// transforms, float for the irreversible ones.
+template <class Sample> std::vector<Subbands<Sample>> forwardTransform(const Picture& picture, uint32_t firstRow,
+                                                                       const Rect& tile, bool transformsComponents,
+                                                                       int levels, int threads);
 
 }

@@ -34,7 +34,7 @@ bool isPowerOfTwo(int64_t number, int64_t low, int64_t high)
     return number >= low && number <= high && std::has_single_bit(uint64_t(number));
 }
 
-int levelsFor(const Picture& picture, const EncodeOptions& options)
+int levelsFor(const PictureForm& picture, const EncodeOptions& options)
 {
     if (options.levels) return *options.levels;
     auto [width, height] = options.tile.value_or(std::pair(UINT32_MAX, UINT32_MAX));
@@ -60,7 +60,7 @@ void setPrecincts(const EncodeOptions& options, Coding& coding)
     }
 }
 
-Coding codingFor(const Picture& picture, const EncodeOptions& options)
+Coding codingFor(const PictureForm& picture, const EncodeOptions& options)
 {
     Coding coding;
     coding.levels = levelsFor(picture, options);
@@ -116,7 +116,7 @@ Termination terminationFor(const EncodeOptions& options)
     return isPredictable ? Termination::predictable : options.termination;
 }
 
-Size sizeFor(const Picture& picture, const EncodeOptions& options)
+Size sizeFor(const PictureForm& picture, const EncodeOptions& options)
 {
     Size size;
     size.picture = {0, 0, uint32_t(picture.width()), uint32_t(picture.height())};
@@ -133,7 +133,7 @@ Size sizeFor(const Picture& picture, const EncodeOptions& options)
     return size;
 }
 
-Parameters parametersFor(const Picture& picture, const EncodeOptions& options, double step)
+Parameters parametersFor(const PictureForm& picture, const EncodeOptions& options, double step)
 {
     require(options.layers >= 1 && options.layers <= kMostLayers,
             std::to_string(options.layers) + " layers: there can be 1 to " + std::to_string(kMostLayers));

@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "codec/base/metadata.h"
-#include "codec/base/picture.h"
+#include "codec/base/picture_form.h"
 #include "codec/base/progress.h"
 #include "codec/j2k/headers.h"
 
@@ -43,9 +43,9 @@ struct EncodeOptions {
 Termination terminationFor(const EncodeOptions& options);
 
 // These throw CodecError for options outside their range, or that do not fit the picture.
-Size sizeFor(const Picture& picture, const EncodeOptions& options);
+Size sizeFor(const PictureForm& picture, const EncodeOptions& options);
 // `step` is the error in the picture, in its samples, that a quantization step of the 9/7 wavelet may make.
-Parameters parametersFor(const Picture& picture, const EncodeOptions& options, double step);
+Parameters parametersFor(const PictureForm& picture, const EncodeOptions& options, double step);
 
 // The quantization step of a band of a component of so many bits (E-3); 1 without quantization.
 double stepSize(const Quantization& quantization, const Step& step, BandKind kind, int precision);

@@ -123,7 +123,7 @@ private:
     {
         using enum BandKind;
         pixels_ += double(rect.area());
-        auto components = forwardTransform<float>(picture, rect, transforms_, levels_, 1);
+        auto components = forwardTransform<float>(picture, 0, rect, transforms_, levels_, 1);
         size_t next = 0;
         for (size_t c = 0; c < components.size(); ++c) {
             double weight = transforms_ ? componentEnergy(false, int(c)) : 1;

@@ -83,12 +83,12 @@ template <class Sample> std::vector<Job<Sample>> jobsOf(const PictureCoding& cod
     return jobs;
 }
 
-template <class Sample>
-void encodeAs(const Picture& picture, const PictureCoding& coding, int threads, Progress& progress, EncodedTile& tile)
+template <class Sample> void encodeAs(const Picture& picture, uint32_t firstRow, const PictureCoding& coding,
+                                      int threads, Progress& progress, EncodedTile& tile)
 {
     const Coding& style = *coding.parameters.coding;
-    auto coefficients = forwardTransform<Sample>(picture, tile.tile.rect, coding.parameters.style->transformsComponents,
-                                                 style.levels, threads);
+    auto coefficients = forwardTransform<Sample>(picture, firstRow, tile.tile.rect,
+                                                 coding.parameters.style->transformsComponents, style.levels, threads);
     std::vector<Job<Sample>> jobs = jobsOf(coding, coefficients, tile);
     Encoders encoders(style);
     forEachInParallel(int(jobs.size()), threads, [&](int i) {
@@ -100,12 +100,13 @@ void encodeAs(const Picture& picture, const PictureCoding& coding, int threads, 
 
 }
 
-void encodeTile(const Picture& picture, const PictureCoding& coding, int threads, Progress& progress, EncodedTile& tile)
+void encodeTile(const Picture& picture, uint32_t firstRow, const PictureCoding& coding, int threads, Progress& progress,
+                EncodedTile& tile)
 {
     if (coding.parameters.coding->isReversible)
-        encodeAs<int32_t>(picture, coding, threads, progress, tile);
+        encodeAs<int32_t>(picture, firstRow, coding, threads, progress, tile);
     else
-        encodeAs<float>(picture, coding, threads, progress, tile);
+        encodeAs<float>(picture, firstRow, coding, threads, progress, tile);
 }
 
 }

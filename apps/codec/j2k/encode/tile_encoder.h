@@ -15,8 +15,8 @@ struct PictureCoding {
     Termination termination = Termination::flush;
 };
 
-// Fills the code-blocks; steps once for each.
-void encodeTile(const Picture& picture, const PictureCoding& coding, int threads, Progress& progress,
+// Fills the code-blocks; steps once for each. `picture` has the rows of the whole one from firstRow on.
+void encodeTile(const Picture& picture, uint32_t firstRow, const PictureCoding& coding, int threads, Progress& progress,
                 EncodedTile& tile);
 
 }

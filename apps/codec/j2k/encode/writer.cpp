@@ -28,18 +28,17 @@ constexpr double kFirstStep = 0.4, kLeastCoarsening = 2.3, kFinestStep = 0.125;
 using Tiles = std::vector<EncodedTile>;
 
 double samplesOf(const Picture& picture) { return double(picture.width()) * picture.height() * picture.channels(); }
+int threadsFor(const Picture& picture) { return threadsForSamples(uint64_t(samplesOf(picture))); }
 
 class Encoder {
 public:
     Encoder(const Picture& picture, const EncodeOptions& options);
 
     std::vector<uint8_t> encode();
-    int threads() const { return threadsForSamples(uint64_t(samplesOf(picture_))); }
 
 private:
     void setStep(double step);
     double usualStep() const;
-    Tiles encodeTiles() const;
     Budget budget(const Tiles& tiles, size_t overhead) const;
     std::vector<uint8_t> encode(Slope& lastSlope) const;
 
@@ -48,7 +47,7 @@ private:
     PictureCoding coding_;
 };
 
-double peakOf(const Picture& picture) { return (1 << picture.precision()) - 1; }
+double peakOf(const PictureForm& picture) { return (1 << picture.precision()) - 1; }
 
 double meanSquaredError(const Picture& picture, double psnr)
 {
@@ -56,10 +55,15 @@ double meanSquaredError(const Picture& picture, double psnr)
 }
 
 // What a JPEG file of the quality has for a middle frequency.
-double stepForQuality(const Picture& picture, int quality)
+double stepForQuality(const PictureForm& picture, int quality)
 {
     double percent = quality < 50 ? 5000.0 / quality : 200 - 2 * quality;
     return std::max(16 * percent / 100, 0.5) * peakOf(picture) / 255;
+}
+
+double firstStep(double usualStep)
+{
+    return std::max(std::exp2(std::floor(std::log2(kFirstStep * usualStep))), kFinestStep);
 }
 
 void checkTarget(const EncodeOptions& options)
@@ -89,19 +93,23 @@ double Encoder::usualStep() const
     return stepForQuality(picture_, options_.quality);
 }
 
-Tiles Encoder::encodeTiles() const
+// The tiles in some rows of them. `picture` begins with the first one.
+Tiles encodeTiles(const Picture& picture, const PictureCoding& coding, uint32_t firstRow, uint32_t rows,
+                  const ProgressReport& report)
 {
-    Tiles tiles(coding_.size.tiles());
+    uint32_t across = coding.size.tilesAcross(), first = firstRow * across;
+    Tiles tiles(size_t(rows) * across);
     size_t blocks = 0;
     for (uint32_t i = 0; i < tiles.size(); ++i) {
-        tiles[i] = makeEncodedTile(coding_.size, coding_.parameters, i);
+        tiles[i] = makeEncodedTile(coding.size, coding.parameters, first + i);
         blocks += countBlocks(tiles[i]);
     }
-    Progress progress(options_.progress, int(blocks));
-    int threads = this->threads();
+    Progress progress(report, int(blocks));
+    int threads = threadsFor(picture);
+    uint32_t top = coding.size.tile(first).y0;
     bool isTileByTile = tiles.size() < kTilesPerThread * size_t(threads);
     forEachInParallel(int(tiles.size()), isTileByTile ? 1 : threads, [&](int i) {
-        encodeTile(picture_, coding_, isTileByTile ? threads : 1, progress, tiles[size_t(i)]);
+        encodeTile(picture, top, coding, isTileByTile ? threads : 1, progress, tiles[size_t(i)]);
     });
     return tiles;
 }
@@ -124,7 +132,7 @@ Budget Encoder::budget(const Tiles& tiles, size_t overhead) const
 
 std::vector<uint8_t> Encoder::encode(Slope& lastSlope) const
 {
-    Tiles tiles = encodeTiles();
+    Tiles tiles = encodeTiles(picture_, coding_, 0, coding_.size.tilesDown(), options_.progress);
     std::vector<uint8_t> file;
     ByteWriter out(file);
     size_t box = options_.isJp2 ? writeJp2Header(out, picture_, options_.metadata) : 0;
@@ -143,8 +151,7 @@ std::vector<uint8_t> Encoder::encode()
 {
     Slope lastSlope = 0;
     if (options_.isLossless) return encode(lastSlope);
-    double step = std::exp2(std::floor(std::log2(kFirstStep * usualStep())));
-    for (step = std::max(step, kFinestStep);; step /= 2) {
+    for (double step = firstStep(usualStep());; step /= 2) {
         setStep(step);
         std::vector<uint8_t> file = encode(lastSlope);
         if (step <= kFinestStep || lastSlope >= slopeOfStep(kLeastCoarsening * step)) return file;
@@ -156,7 +163,62 @@ std::vector<uint8_t> Encoder::encode()
 std::vector<uint8_t> encode(const Picture& picture, const EncodeOptions& options)
 {
     Encoder encoder(picture, options);
-    return withThreads(encoder.threads(), [&] { return encoder.encode(); });
+    return withThreads(threadsFor(picture), [&] { return encoder.encode(); });
+}
+
+TileRows::TileRows(const PictureForm& picture, const EncodeOptions& options) : picture_(picture), options_(options)
+{
+    checkTarget(options);
+    if (!options.isLossless && (options.bitsPerPixel || options.psnr))
+        throw CodecError("a rate or a PSNR takes the whole picture");
+    if (options.layers > 1) throw CodecError("several layers take the whole picture");
+    coding_.size = sizeFor(picture, options);
+    coding_.termination = terminationFor(options);
+    // The first step does: it is less than a 2.3rd of the usual one, or the finest.
+    static_assert(kFirstStep * kLeastCoarsening < 1);
+    double step = options.isLossless ? 1 : stepForQuality(picture, options.quality);
+    if (!options.isLossless) slope_ = slopeOfStep(step);
+    coding_.parameters = parametersFor(picture, options, options.isLossless ? 1 : firstStep(step));
+}
+
+Rect TileRows::rect(uint32_t row) const
+{
+    uint32_t across = coding_.size.tilesAcross();
+    Rect first = coding_.size.tile(row * across);
+    return {first.x0, first.y0, coding_.size.picture.x1, first.y1};
+}
+
+std::vector<uint8_t> TileRows::encode(uint32_t row, const Picture& part) const
+{
+    if (PictureForm(part) != picture_.withHeight(int(rect(row).height())))
+        throw CodecError("not the row " + std::to_string(row) + " of tiles");
+    return withThreads(threadsFor(part), [&] {
+        std::vector<uint8_t> bytes;
+        ByteWriter out(bytes);
+        for (EncodedTile& tile : encodeTiles(part, coding_, row, 1, options_.progress))
+            writeTile(coding_.size, coding_.parameters, {&slope_, 1}, tile, out);
+        return bytes;
+    });
+}
+
+std::vector<uint8_t> TileRows::header(uint64_t bytes) const
+{
+    std::vector<uint8_t> made;
+    ByteWriter out(made);
+    size_t box = options_.isJp2 ? writeJp2Header(out, picture_, options_.metadata) : 0;
+    writeMainHeader(out, coding_.size, coding_.parameters, options_.metadata.comments);
+    uint64_t length = made.size() - box + bytes + kEndOverhead;
+    // Without a length, a box goes on to the end of the file.
+    if (options_.isJp2) out.setU32(box, length <= UINT32_MAX ? uint32_t(length) : 0);
+    return made;
+}
+
+std::vector<uint8_t> TileRows::end()
+{
+    std::vector<uint8_t> made;
+    ByteWriter out(made);
+    writeEnd(out);
+    return made;
 }
 
 }
