@@ -203,7 +203,8 @@ py::tuple encodeToJpeg(const py::array& array, int quality, const std::string& s
 }
 
 py::tuple encodeToJ2k(const py::array& array, std::optional<int> quality, std::optional<double> rate,
-                      std::optional<double> psnr, bool lossless, int layers, bool isJp2, int precision,
+                      std::optional<double> psnr, bool lossless, int layers,
+                      std::optional<std::pair<uint32_t, uint32_t>> tile, bool isJp2, int precision,
                       const py::object& metadata)
 {
     require(lossless + quality.has_value() + rate.has_value() + psnr.has_value() <= 1,
@@ -213,6 +214,7 @@ py::tuple encodeToJ2k(const py::array& array, std::optional<int> quality, std::o
                                   .bitsPerPixel = rate,
                                   .psnr = psnr,
                                   .quality = quality.value_or(90),
+                                  .tile = tile,
                                   .layers = layers,
                                   .isJp2 = isJp2};
     Fitted kept = fitted(metadata, isJp2 ? j2k::kMetadataRoom : j2k::kCodestreamRoom, given.picture.space());
@@ -256,6 +258,49 @@ void addErrorTo(py::module_& module)
     });
 }
 
+// A JPEG 2000 file of square tiles, made of one row of them after the other.
+class TileRows {
+public:
+    TileRows(int width, int height, int channels, int precision, uint32_t tile, std::optional<int> quality,
+             bool lossless, bool isJp2, const py::object& metadata)
+    {
+        require(channels == 1 || channels == 3 || channels == 4, "a picture has 1, 3 or 4 channels");
+        ColourSpace space = channels == 1 ? ColourSpace::grey : channels == 3 ? ColourSpace::rgb : ColourSpace::cmyk;
+        Fitted kept = fitted(metadata, isJp2 ? j2k::kMetadataRoom : j2k::kCodestreamRoom, space);
+        leftOut_ = kept.warnings;
+        j2k::EncodeOptions options = {
+            .isLossless = lossless, .quality = quality.value_or(90), .tile = {{tile, tile}}, .isJp2 = isJp2};
+        options.metadata = std::move(kept.metadata);
+        rows_.emplace(PictureForm(width, height, space, precision), options);
+        precision_ = precision;
+    }
+
+    py::bytes encode(uint32_t row, const py::array& part) const
+    {
+        require(row < rows_->count(), "there is no such row");
+        Given given = pictureOf(part, precision_);
+        return bytesOf(unlocked([&] { return rows_->encode(row, given.picture); }));
+    }
+    py::bytes header(uint64_t bytes) const { return bytesOf(rows_->header(bytes)); }
+    static py::bytes end() { return bytesOf(j2k::TileRows::end()); }
+    const Warnings& leftOut() const { return leftOut_; }
+
+private:
+    std::optional<j2k::TileRows> rows_;
+    int precision_ = 0;
+    Warnings leftOut_;
+};
+
+void addTileRowsTo(py::module_& module)
+{
+    py::class_<TileRows>(module, "TileRows")
+        .def(py::init<int, int, int, int, uint32_t, std::optional<int>, bool, bool, const py::object&>())
+        .def("encode", &TileRows::encode)
+        .def("header", &TileRows::header)
+        .def_static("end", &TileRows::end)
+        .def_property_readonly("left_out", &TileRows::leftOut);
+}
+
 }
 
 void addPicturesTo(py::module_& module)
@@ -268,6 +313,7 @@ void addPicturesTo(py::module_& module)
     module.def("encode_jpeg", &encodeToJpeg);
     module.def("encode_j2k", &encodeToJ2k);
     module.def("compare", &comparison);
+    addTileRowsTo(module);
     module.def("set_threads", &setThreads, py::arg("threads"),
                "Threads that the calls of this thread may use; as many as there are processors by default.");
 }

@@ -110,8 +110,9 @@ def _jpeg(array, *, quality=90, sampling="420", optimize=False, progressive=Fals
 
 
 def _j2k(is_jp2):
-    def encode_j2k(array, *, quality=None, rate=None, psnr=None, lossless=False, layers=1, precision=0, metadata=None):
-        return _qeljx.encode_j2k(array, quality, rate, psnr, lossless, layers, is_jp2, precision, metadata)
+    def encode_j2k(array, *, quality=None, rate=None, psnr=None, lossless=False, layers=1, tile=None, precision=0,
+                   metadata=None):
+        return _qeljx.encode_j2k(array, quality, rate, psnr, lossless, layers, tile, is_jp2, precision, metadata)
 
     return encode_j2k
 
@@ -130,7 +131,7 @@ def encode(array, format="jpeg", **options):
     """The bytes of a file: an array of uint8 or uint16, grey (2 dimensions), RGB or CMYK (3 or 4 channels).
 
     "jpeg": quality, sampling ("444", "422", "440", "420"), optimize, progressive, restart, lossless, predictor.
-    "jp2" and "j2k": quality, rate (bits per pixel), psnr (decibels) or lossless; layers.
+    "jp2" and "j2k": quality, rate (bits per pixel), psnr (decibels) or lossless; layers; tile, (width, height) of tiles.
     All: precision, in bits, where it is less than the type's; metadata, a Metadata such as that of a decoded picture. What
     of it the format has no room for, or does not suit the picture, is left out with a UserWarning."""
     data, left_out = _encode(array, format, **options)

@@ -4,8 +4,9 @@
     python3 -m qeljx.archive SOURCE DEST --to jp2 --rate 2
     python3 -m qeljx.archive SOURCE DEST --verify
 
-Each file is one task. DEST/manifest.sqlite says what has been done, so that the same command goes on where an earlier
-one ended; DEST/SHA256SUMS is for sha256sum -c. A file appears under its name when it is whole."""
+Each file is one task, or each row of tiles of a large JPEG 2000 picture. DEST/manifest.sqlite says what has been done,
+so that the same command goes on where an earlier one ended; DEST/SHA256SUMS is for sha256sum -c. A file appears under
+its name when it is whole."""
 import argparse
 import hashlib
 import itertools
@@ -19,6 +20,7 @@ import time
 from typing import Optional
 
 import qeljx
+from qeljx import large
 from qeljx.manifest import MANIFEST, Manifest, jobs_in, remove_parts, store, write_sums
 
 
@@ -31,12 +33,16 @@ def _message(error: BaseException) -> str:
     return str(error) or type(error).__name__
 
 
-def transcode(source: str, output: str, format: str, options: dict, strips: bool = False, threads: int = 0) -> dict:
-    """The task: what the manifest keeps of a file, or its error. strips: leaves metadata behind. threads: of the codec, 0
-    for as many as there are."""
+def transcode(source: str, output: str, format: str, options: dict, strips: bool = False, pixels: Optional[float] = None,
+              threads: int = 0) -> dict:
+    """The task: what the manifest keeps of a file, or its error, or how a JPEG 2000 picture of more pixels is split.
+
+    strips: leaves metadata behind. threads: of the codec, 0 for as many as there are."""
     if threads:
         qeljx.set_threads(threads)
     try:
+        if about := large.headers(source, pixels):
+            return {"split": large.transcoding(source, output, format, options, strips, about)}
         with open(source, "rb") as file:
             data = file.read()
         picture = qeljx.decode(data)
@@ -48,7 +54,7 @@ def transcode(source: str, output: str, format: str, options: dict, strips: bool
         coded, left_out = qeljx._encode(array, format, precision=precision, metadata=metadata, **options)
         warnings += left_out
         os.makedirs(os.path.dirname(output), exist_ok=True)
-        store(output, coded)
+        store(output, [coded])
     except (OSError, ValueError, RuntimeError, MemoryError) as error:
         return {"error": _message(error)}
     return {
@@ -61,15 +67,18 @@ def transcode(source: str, output: str, format: str, options: dict, strips: bool
     }
 
 
-def check(output: str, sha256: str, threads: int = 0) -> dict:
-    """The task of --verify: the file has the checksum of the manifest, and a picture can be decoded from it."""
+def check(output: str, sha256: str, pixels: Optional[float] = None, threads: int = 0) -> dict:
+    """The task of --verify: the file has the checksum of the manifest, and a picture can be decoded from it. One of more
+    pixels is split."""
     if threads:
         qeljx.set_threads(threads)
     try:
+        if large.digest(output) != sha256:
+            return {"error": "the checksum is not that of the manifest"}
+        if about := large.headers(output, pixels):
+            return {"split": large.checking(output, about)}
         with open(output, "rb") as file:
             data = file.read()
-        if hashlib.sha256(data).hexdigest() != sha256:
-            return {"error": "the checksum is not that of the manifest"}
         picture = qeljx.decode(data)
     except (OSError, ValueError, MemoryError) as error:
         return {"error": _message(error)}
@@ -135,21 +144,22 @@ def on_cluster(client, calls):
     calls = iter(calls)
     keys = {}
     futures = as_completed()
+    most = max(8, 4 * sum(client.nthreads().values()))
 
-    def submit(count):
-        for key, function, arguments in itertools.islice(calls, count):
+    def submit():
+        for key, function, arguments in itertools.islice(calls, most - len(keys)):
             future = client.submit(function, *arguments, 1, pure=False)
             keys[future.key] = key
             futures.add(future)
 
-    submit(max(8, 4 * sum(client.nthreads().values())))
+    submit()
     for future in futures:
         try:
             result = future.result()
         except Exception as error:
             result = {"error": f"{type(error).__name__}: {_message(error)}"}
         yield keys.pop(future.key), result
-        submit(1)
+        submit()
 
 
 def cluster(options: argparse.Namespace):
@@ -203,6 +213,9 @@ def parser() -> argparse.ArgumentParser:
     work.add_argument("--scheduler", metavar="ADDRESS", help="of a Dask cluster, as in tcp://head:8786")
     work.add_argument("--workers", type=int, default=os.cpu_count(), metavar="N",
                       help="processes on this machine (%(default)s); 0: this one alone, without Dask")
+    work.add_argument("--large", type=float, default=100, metavar="MP",
+                      help="JPEG 2000 pictures of more megapixels (%(default)s) are split: decoded and, without --rate,\n"
+                      "--psnr and --layers, coded in rows of tiles, each a task")
     work.add_argument("--quiet", action="store_true", help="no progress bar")
     return made
 
@@ -225,7 +238,12 @@ def _settings(options: argparse.Namespace, usage: argparse.ArgumentParser) -> di
 
 def run(options: argparse.Namespace, manifest: Manifest, settings: dict, client) -> tuple[Report, int]:
     """Transcodes or verifies; returns the report and how many files had been done before."""
-    shown = json.dumps({"to": options.to, **settings, **({"strip": True} if options.strip else {})}, sort_keys=True)
+    pixels = options.large * 1e6
+    if not options.verify and (options.to not in ("jp2", "j2k") or {"rate", "psnr", "layers"} & set(settings)):
+        pixels = None
+    others = {"strip": options.strip or None, "large": pixels}
+    shown = {name: value for name, value in {"to": options.to, **settings, **others}.items() if value is not None}
+    shown = json.dumps(shown, sort_keys=True)
     already = 0
 
     def fail(name, error):
@@ -240,7 +258,7 @@ def run(options: argparse.Namespace, manifest: Manifest, settings: dict, client)
                 report.total -= 1
                 continue
             paths = os.path.join(options.source, job.source), os.path.join(options.dest, job.output)
-            yield job, transcode, (*paths, options.to, settings, options.strip)
+            yield job, transcode, (*paths, options.to, settings, options.strip, pixels)
 
     def verifying():
         for job in jobs_in(options.source, "", fail):
@@ -248,11 +266,14 @@ def run(options: argparse.Namespace, manifest: Manifest, settings: dict, client)
             if row is None:
                 report.add(job.source, {"error": "is not in the archive, or has changed since"})
                 continue
-            yield job, check, (os.path.join(options.dest, row["output"]), row["sha256"])
+            yield job, check, (os.path.join(options.dest, row["output"]), row["sha256"], pixels)
 
     report = Report(sum(1 for _ in jobs_in(options.source, "")), options.quiet)
-    calls = verifying() if options.verify else transcoding()
-    for job, result in on_cluster(client, calls) if client else in_this_process(calls):
+    calls = large.Calls(verifying() if options.verify else transcoding())
+    for key, part in on_cluster(client, calls) if client else in_this_process(calls):
+        job, result = key[0], calls.finished(key, part)
+        if result is None:
+            continue
         if not options.verify:
             manifest.add(job, result, shown)
         report.add(job.source, result)

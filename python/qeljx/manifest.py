@@ -6,7 +6,7 @@ import re
 import sqlite3
 import time
 import uuid
-from typing import Callable, Iterator, NamedTuple, Optional
+from typing import Callable, Iterable, Iterator, NamedTuple, Optional
 
 PICTURES = (".jpg", ".jpeg", ".jpe", ".jp2", ".j2k", ".j2c", ".jpc", ".png", ".pgm", ".ppm", ".pnm", ".pam", ".pgx")
 MANIFEST, SUMS = "manifest.sqlite", "SHA256SUMS"
@@ -22,13 +22,19 @@ class Job(NamedTuple):
     mtime: int  # nanoseconds
 
 
-def store(path: str, data: bytes) -> None:
-    """Writes a file that is there whole or not at all."""
+def part_of(path: str) -> str:
+    """A hidden name beside the file, for what is on its way into it."""
     folder, name = os.path.split(path)
-    part = os.path.join(folder, f".{name}.{uuid.uuid4().hex}.part")
+    return os.path.join(folder, f".{name}.{uuid.uuid4().hex}.part")
+
+
+def store(path: str, chunks: Iterable[bytes]) -> None:
+    """Writes a file that is there whole or not at all."""
+    part = part_of(path)
     try:
         with open(part, "xb") as file:
-            file.write(data)
+            for chunk in chunks:
+                file.write(chunk)
             file.flush()
             os.fsync(file.fileno())
         os.replace(part, path)
@@ -126,4 +132,4 @@ def remove_parts(dest: str) -> None:
 
 def write_sums(manifest: Manifest, dest: str) -> None:
     lines = [f"{row['sha256']}  {row['output']}\n" for row in manifest.outputs() if "\n" not in row["output"]]
-    store(os.path.join(dest, SUMS), "".join(lines).encode())
+    store(os.path.join(dest, SUMS), ["".join(lines).encode()])

@@ -76,6 +76,59 @@ def test_carries_metadata(tmp_path):
         manifest.close()
 
 
+def test_splits_large_pictures(tmp_path, capsys):
+    pytest.importorskip("distributed")
+    source = tmp_path / "in"
+    source.mkdir()
+    picture = drawn(3, 2100, 160)
+    given = qeljx.Metadata(xmp=b"<x/>", density=qeljx.Density(1, 2), comments=("about it",))
+    large = qeljx.encode(picture, "jp2", lossless=True, metadata=given._replace(density=None))
+    (source / "large.jp2").write_bytes(large)
+    (source / "deep.j2k").write_bytes(qeljx.encode(picture[:, :, 0].astype(np.uint16) * 16, "j2k", precision=12,
+                                                   tile=(100, 400)))
+    (source / "photo.jpg").write_bytes(qeljx.encode(picture))
+
+    def run(dest, *options, workers="0"):
+        return archive.main([str(source), str(dest), "--large", "0.2", "--workers", workers, *options])
+
+    for workers, options, chosen in (("0", {"quality": 80}, ["--quality", "80"]),
+                                     ("2", {"lossless": True}, ["--lossless"])):
+        dest = tmp_path / workers
+        assert run(dest, "--to", "jp2", *chosen, workers=workers) == 0
+        made = contents(dest)
+        for name, tile in (("large.jp2", (1024, 1024)), ("deep.j2k", (1024, 1024)), ("photo.jpg", None)):
+            whole = qeljx.decode(source / name)
+            assert made[name[:-3] + "jp2"] == qeljx.encode(
+                whole.array, "jp2", tile=tile, precision=whole.precision, metadata=whole.metadata, **options)
+        assert set(made) == {"large.jp2", "deep.jp2", "photo.jp2", "SHA256SUMS"}
+        subprocess.run(["sha256sum", "--check", "--quiet", "SHA256SUMS"], cwd=dest, check=True)
+        assert run(dest, "--verify", workers=workers) == 0
+        capsys.readouterr()
+
+    # What is cut short is told, and nothing of it stays behind.
+    (source / "large.jp2").write_bytes(large[: len(large) // 2])
+    (source / "deep.j2k").unlink()
+    assert run(tmp_path / "0", "--to", "jp2", "--quality", "80") == 3
+    assert "large.jp2: damaged" in capsys.readouterr().err
+    broken = large.index(b"\xff\x52") + 9
+    (source / "large.jp2").write_bytes(large[:broken] + b"\xff" * 3 + large[broken + 3 :])
+    assert run(tmp_path / "1", "--to", "jp2") == 3
+    assert "large.jp2: " in capsys.readouterr().err and set(contents(tmp_path / "1")) == {"photo.jp2", "SHA256SUMS"}
+
+
+def test_errors_of_parts(tmp_path):
+    """The parts that have not begun are dropped, and what joins them still clears up."""
+    from qeljx.large import Calls, Split
+
+    def join(name, results):
+        return {"joined": name, "results": results}
+
+    parts = [(dict, ({"number": i} if i != 1 else {"error": "no"},)) for i in range(5)]
+    calls = Calls([("a", dict, ({"split": Split(parts, (join, ("of a",)))},)), ("b", dict, ({"plain": 1},))])
+    done = {key[0]: result for key, part in archive.in_this_process(calls) if (result := calls.finished(key, part))}
+    assert done == {"a": {"joined": "of a", "results": [{"number": 0}, {"error": "no"}]}, "b": {"plain": 1}}
+
+
 def test_verifies(tmp_path, capsys):
     source, dest = tmp_path / "in", tmp_path / "out"
     fill(source, 4)
