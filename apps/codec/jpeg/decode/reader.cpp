@@ -13,9 +13,9 @@
 #include "codec/jpeg/decode/row_stream.h"
 #include "codec/jpeg/decode/scan.h"
 #include "codec/jpeg/decode/scan_chain.h"
+#include "codec/jpeg/decode/scans.h"
 #include "codec/jpeg/decode/split_scan.h"
 #include "codec/jpeg/metadata.h"
-#include "codec/jpeg/progression.h"
 
 namespace qel::codec::jpeg {
 
@@ -23,11 +23,6 @@ namespace {
 
 // For the picture and everything beside it.
 constexpr uint64_t kMaxMemory = uint64_t(1920) << 20;
-
-// What is followed of an endless row of scans. Real files have about ten; a few bytes are enough for one that passes
-// over all blocks.
-constexpr int kMaxScans = 500;
-constexpr int64_t kMaxBlocksPassed = int64_t(1) << 29;
 
 class Decoder {
 public:
@@ -37,9 +32,9 @@ public:
     std::vector<SamplePlane> separatePlanes();
     std::vector<Coefficients> coefficients();
 
-    const Info& info() const { return headers_.info(); }
+    const Info& info() const { return scans_.info(); }
     int threads() const { return threadsFor(uint64_t(info().width) * info().height); }
-    Warnings takeWarnings() { return std::move(warnings_); }
+    Warnings takeWarnings() { return std::move(scans_.warnings()); }
 
 private:
     bool isProgressive() const { return info().process == Process::progressive; }
@@ -56,12 +51,7 @@ private:
     std::vector<Plane> decodePlanes(uint64_t otherMemory);
     std::vector<BlockStore> decodeStores(uint64_t otherMemory);
     void decodeTogether(std::vector<BlockStore>& stores);
-    template <class DecodeRows> void forScans(DecodeRows decodeRows);
     template <class DecodeRow> void forRows(ScanDecoder& coder, DecodeRow decodeRow);
-    bool take(const ScanHeader& scan);
-    void noteMissing();
-    std::optional<ScanHeader> scanBehind(const ScanDecoder& coder);
-    std::optional<ScanHeader> scanFrom(size_t position);
     ScanLayout wholeLayout() const;
     void report(size_t position) const
     {
@@ -70,18 +60,12 @@ private:
 
     Bytes file_;
     const DecodeOptions& options_;
-    Headers headers_;
-    ScanHeader firstScan_;
-    Progression progression_;
-    int64_t blocksPassed_ = 0;          // by scans
-    std::vector<QuantizerSteps> steps_; // of each component, as they are at its first scan
-    std::vector<int> decodedRows_;      // of its samples
-    Warnings warnings_;
+    Scans scans_;
+    std::vector<int> decodedRows_; // of each component's samples
 };
 
 Decoder::Decoder(Bytes file, const DecodeOptions& options)
-    : file_(file), options_(options), headers_(file), firstScan_(*headers_.nextScan(2)), progression_(info()),
-      steps_(info().components.size()), decodedRows_(info().components.size())
+    : file_(file), options_(options), scans_(file), decodedRows_(info().components.size())
 {
     checkSupported();
 }
@@ -92,22 +76,22 @@ void Decoder::checkSupported() const
     if (!sequential && !isProgressive() && !isLossless())
         throw CodecError("the coding process SOF" + std::to_string(info().frameMarker - marker::kSof0) + " (" +
                              nameOf(info().process) + ") is not supported",
-                         headers_.framePosition());
+                         scans_.headers().framePosition());
     if (isLossless() ? info().precision < 2 || info().precision > 16 : info().precision != 8)
         throw CodecError("samples of " + std::to_string(info().precision) + " bits are not supported",
-                         headers_.framePosition());
+                         scans_.headers().framePosition());
     if (uint64_t(info().width) * info().height > options_.maxPixels)
-        throw CodecError("the picture has more pixels than allowed", headers_.framePosition());
+        throw CodecError("the picture has more pixels than allowed", scans_.headers().framePosition());
 }
 
 void Decoder::checkHasBlocks() const
 {
-    if (isLossless()) throw CodecError("a lossless file holds no blocks", headers_.framePosition());
+    if (isLossless()) throw CodecError("a lossless file holds no blocks", scans_.headers().framePosition());
 }
 
 void Decoder::checkMemory(uint64_t bytes) const
 {
-    if (bytes > kMaxMemory) throw CodecError("the picture is too large", headers_.framePosition());
+    if (bytes > kMaxMemory) throw CodecError("the picture is too large", scans_.headers().framePosition());
 }
 
 ScanLayout Decoder::wholeLayout() const
@@ -121,7 +105,7 @@ Picture Decoder::picture()
 {
     if (info().colour == Colour::other)
         throw CodecError("a picture of " + std::to_string(info().components.size()) + " components",
-                         headers_.framePosition());
+                         scans_.headers().framePosition());
     size_t components = info().components.size();
     ColourSpace space = components == 1 ? ColourSpace::grey : components == 3 ? ColourSpace::rgb : ColourSpace::cmyk;
     Picture picture(info().width, info().height, space, info().precision);
@@ -129,7 +113,7 @@ Picture Decoder::picture()
         streamLossless(picture);
     } else if (isProgressive()) {
         streamStores(picture);
-    } else if (firstScan_.components.size() == components) {
+    } else if (scans_.first().components.size() == components) {
         streamScan(picture);
     } else {
         std::vector<Plane> planes = decodePlanes(picture.sizeInBytes());
@@ -143,21 +127,24 @@ Picture Decoder::picture()
 
 void Decoder::streamScan(Picture& picture)
 {
-    take(firstScan_);
-    ScanDecoder coder(file_, headers_, firstScan_);
-    auto makeStream = [&](int row) { return RowStream(info(), steps_, coder.layout(), options_, picture, row); };
+    scans_.take(scans_.first());
+    ScanDecoder coder(file_, scans_.headers(), scans_.first());
+    auto makeStream = [&](int row) {
+        return RowStream(info(), scans_.steps(), coder.layout(), options_, picture, row);
+    };
     std::optional<size_t> end = streamChunks(coder, makeStream);
     if (!end) streamRows(coder, makeStream(0));
-    if (end ? scanFrom(*end) : scanBehind(coder)) warnings_.push_back("scans behind the picture are left out");
+    if (end ? scans_.from(*end) : scans_.behind(coder))
+        scans_.warnings().push_back("scans behind the picture are left out");
 }
 
 // On several threads. The position behind the scan, if it is sound and long enough.
 template <class MakeStream> std::optional<size_t> Decoder::streamChunks(const ScanDecoder& coder, MakeStream makeStream)
 {
     if (threads() == 1) return {};
-    std::optional<size_t> end = endOfScan(file_, firstScan_.dataAt);
+    std::optional<size_t> end = endOfScan(file_, scans_.first().dataAt);
     if (!end) return {};
-    SplitScan scan(coder, *end - firstScan_.dataAt, RowStream::needsRowAbove(info(), options_), threads());
+    SplitScan scan(coder, *end - scans_.first().dataAt, RowStream::needsRowAbove(info(), options_), threads());
     if (!scan.isWorthwhile() || !scan.run(makeStream, [&](size_t at) { report(at); })) return {};
     return scan.position();
 }
@@ -179,7 +166,7 @@ void Decoder::streamRows(ScanDecoder& coder, RowStream stream)
 void Decoder::streamBand(const ScanLayout& layout, std::vector<BlockStore>& stores, int from, int to, Picture& picture)
 {
     StoredBlocks places(layout, stores);
-    RowStream stream(info(), steps_, layout, options_, picture, from);
+    RowStream stream(info(), scans_.steps(), layout, options_, picture, from);
     auto transform = [&](int row) { stream.row(row, [&](auto& sink) { handOver(layout, places, row, sink); }); };
     if (from > 0 && RowStream::needsRowAbove(info(), options_)) transform(from - 1);
     for (int row = from; row < to; ++row) {
@@ -205,70 +192,11 @@ void Decoder::streamLossless(Picture& picture)
     // Planes are no larger than the picture.
     if (LosslessOutput::needsPlanes(info())) checkMemory(2 * picture.sizeInBytes());
     LosslessOutput output(info(), picture);
-    forScans([&](ScanDecoder& coder) {
-        LosslessRows rows(info(), coder, headers_.restartInterval(), output);
+    scans_.forEach([&](ScanDecoder& coder) {
+        LosslessRows rows(info(), coder, scans_.headers().restartInterval(), output);
         forRows(coder, [&](int) { rows.decode(coder); });
     });
     output.finish(options_.upsampling);
-}
-
-// Notes what was wrong with the scan, and reads on to the next.
-std::optional<ScanHeader> Decoder::scanBehind(const ScanDecoder& coder)
-{
-    if (std::string damage = coder.damage(); !damage.empty()) warnings_.push_back(damage);
-    return scanFrom(coder.position());
-}
-
-// Headers that are damaged behind a scan may be its own data, damaged: they end the picture, but do not take away what
-// there is.
-std::optional<ScanHeader> Decoder::scanFrom(size_t position)
-{
-    try {
-        return headers_.nextScan(position);
-    } catch (const CodecError& error) {
-        warnings_.push_back(error.what());
-        return std::nullopt;
-    }
-}
-
-// False if the scan, and all behind it, are to be left out: sequential files hold each component once.
-bool Decoder::take(const ScanHeader& scan)
-{
-    for (auto& component : scan.components) {
-        const Component& c = info().components[component.index];
-        blocksPassed_ += int64_t(blocksFor(c.width)) * blocksFor(c.height);
-    }
-    if (info().scans > kMaxScans || blocksPassed_ > kMaxBlocksPassed) {
-        warnings_.push_back("scans from number " + std::to_string(info().scans) + " on are left out");
-        return false;
-    }
-    for (auto& component : scan.components) {
-        bool isNew = !progression_.has(component.index);
-        if (!isNew && !isProgressive()) {
-            warnings_.push_back("scans that repeat a component are left out");
-            return false;
-        }
-        if (isNew && !isLossless()) steps_[component.index] = headers_.quantizer(info().components[component.index]);
-    }
-    progression_.accept(scan);
-    return true;
-}
-
-void Decoder::noteMissing()
-{
-    Warnings missing = progression_.missing(isProgressive());
-    warnings_.insert(warnings_.end(), missing.begin(), missing.end());
-}
-
-// `decodeRows(coder)` for each scan.
-template <class DecodeRows> void Decoder::forScans(DecodeRows decodeRows)
-{
-    for (std::optional<ScanHeader> scan = firstScan_; scan && take(*scan);) {
-        ScanDecoder coder(file_, headers_, *scan);
-        decodeRows(coder);
-        scan = scanBehind(coder);
-    }
-    noteMissing();
 }
 
 template <class DecodeRow> void Decoder::forRows(ScanDecoder& coder, DecodeRow decodeRow)
@@ -293,7 +221,7 @@ std::vector<Plane> Decoder::decodePlanes(uint64_t otherMemory)
         std::vector<BlockStore> stores = decodeStores(bytes);
         ScanLayout layout = wholeLayout();
         StoredBlocks places(layout, stores);
-        BlockTransform transform(steps_, layout, planes);
+        BlockTransform transform(scans_.steps(), layout, planes);
         for (int row = 0; row < layout.mcusDown; ++row) {
             transform.startRow(row);
             handOver(layout, places, row, transform);
@@ -301,8 +229,8 @@ std::vector<Plane> Decoder::decodePlanes(uint64_t otherMemory)
         for (size_t i = 0; i < planes.size(); ++i) decodedRows_[i] = info().components[i].height;
         return planes;
     }
-    forScans([&](ScanDecoder& coder) {
-        BlockTransform transform(steps_, coder.layout(), planes);
+    scans_.forEach([&](ScanDecoder& coder) {
+        BlockTransform transform(scans_.steps(), coder.layout(), planes);
         forRows(coder, [&](int row) {
             transform.startRow(row);
             coder.decodeRow(transform);
@@ -325,7 +253,7 @@ std::vector<BlockStore> Decoder::decodeStores(uint64_t otherMemory)
         decodeTogether(stores);
         return stores;
     }
-    forScans([&](ScanDecoder& coder) {
+    scans_.forEach([&](ScanDecoder& coder) {
         StoredBlocks places(coder.layout(), stores);
         forRows(coder, [&](int row) {
             places.startRow(row);
@@ -338,24 +266,24 @@ std::vector<BlockStore> Decoder::decodeStores(uint64_t otherMemory)
 // As many scans at once as can be found without decoding, which are all, unless the file is damaged.
 void Decoder::decodeTogether(std::vector<BlockStore>& stores)
 {
-    for (std::optional<ScanHeader> scan = firstScan_; scan;) {
+    for (std::optional<ScanHeader> scan = scans_.first(); scan;) {
         ScanChain chain(info(), stores);
         Warnings damages;
-        size_t warned = warnings_.size();
+        size_t warned = scans_.warnings().size();
         std::optional<size_t> end = scan->dataAt;
-        while (scan && end && take(*scan)) {
-            chain.add({file_, headers_, *scan});
+        while (scan && end && scans_.take(*scan)) {
+            chain.add({file_, scans_.headers(), *scan});
             end = endOfScan(file_, scan->dataAt);
-            if (end) scan = scanFrom(*end);
+            if (end) scan = scans_.from(*end);
         }
         chain.run(threads(), options_.progress);
         for (const ScanDecoder& coder : chain.scans())
             if (std::string damage = coder.damage(); !damage.empty()) damages.push_back(damage);
         // Scans come before what stands behind them.
-        warnings_.insert(warnings_.begin() + ptrdiff_t(warned), damages.begin(), damages.end());
-        scan = end ? std::nullopt : scanFrom(chain.scans().back().position());
+        scans_.warnings().insert(scans_.warnings().begin() + ptrdiff_t(warned), damages.begin(), damages.end());
+        scan = end ? std::nullopt : scans_.from(chain.scans().back().position());
     }
-    noteMissing();
+    scans_.noteMissing();
 }
 
 std::vector<SamplePlane> Decoder::separatePlanes()
