@@ -74,7 +74,7 @@ private:
 };
 
 // Calls sink(i, column, block) for the blocks of a row of MCUs, in the order of a scan.
-template <class Sink> void handOver(const ScanLayout& layout, StoredBlocks& places, int row, Sink& sink)
+template <BlockSink Sink> void handOver(const ScanLayout& layout, StoredBlocks& places, int row, Sink& sink)
 {
     places.startRow(row);
     for (int column = 0; column < layout.mcusAcross; ++column)

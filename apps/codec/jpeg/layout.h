@@ -3,6 +3,8 @@
 // is one sample.
 #pragma once
 
+#include <concepts>
+#include <cstdint>
 #include <vector>
 
 #include "codec/jpeg/info.h"
@@ -29,6 +31,23 @@ struct ScanLayout {
     // `components` are indices into the frame. A scan of one component has MCUs of one block, and only those blocks
     // that the component itself needs; a scan of several pads all of them to whole MCUs.
     ScanLayout(const Info& info, const std::vector<int>& components);
+};
+
+// Takes the blocks of a row of MCUs in the order of the scan, 64 quantized coefficients each in natural order: block
+// `i` of the MCU in a column.
+template <class T>
+concept BlockSink = requires(T& sink, int i, int column, const int16_t* block)
+{
+    sink(i, column, block);
+};
+
+// Says where such a block lies.
+template <class T>
+concept BlockPlaces = requires(const T& places, int i, int column)
+{
+    {
+        places(i, column)
+        } -> std::same_as<int16_t*>;
 };
 
 // Of a scan of several components (T.81 B.2.3).

@@ -44,7 +44,7 @@ public:
     // Decodes the next row of MCUs of a sequential scan and calls `sink(i, column, block)` for every block, where `i`
     // counts the blocks of an MCU (layout().blocks) and `block` holds 64 quantized coefficients in natural order, all
     // zero where data is lost.
-    template <class Sink> void decodeRow(Sink&& sink)
+    template <BlockSink Sink> void decodeRow(Sink& sink)
     {
         forRow([&](int i, int column, bool lost) {
             lost = lost || !decodeBlock(layout_.blocks[i].slot, block_.data());
@@ -56,7 +56,7 @@ public:
 
     // The same for any scan, into the blocks at `places(i, column)`. A progressive scan refines what they hold, or
     // leaves it where data is lost.
-    template <class Places> void decodeRowInto(const Places& places)
+    template <BlockPlaces Places> void decodeRowInto(const Places& places)
     {
         forRow([&](int i, int column, bool lost) {
             int16_t* block = places(i, column);

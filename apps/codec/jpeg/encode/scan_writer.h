@@ -3,6 +3,7 @@
 #pragma once
 
 #include <array>
+#include <concepts>
 #include <cstdint>
 #include <memory>
 #include <utility>
@@ -145,10 +146,19 @@ private:
     int nextMarker_ = 0;
 };
 
-// Hands the blocks of some rows of MCUs, which `source(i, column)` gives after `source.startRow(row)`, to one of the
-// above.
-template <class Source, class Coder> void codeRows(const ScanLayout& layout, int restartInterval, int first, int end,
-                                                   Source& source, Coder& coder, Progress& progress)
+// Gives the blocks of a row of MCUs in the order of the scan: block `i` of the MCU in a column.
+template <class T>
+concept BlockSource = requires(T& source, int row, int i, int column)
+{
+    source.startRow(row);
+    {
+        source(i, column)
+        } -> std::convertible_to<const int16_t*>;
+};
+
+// Hands the blocks of some rows of MCUs to one of the above.
+template <BlockSource Source, class Coder> void codeRows(const ScanLayout& layout, int restartInterval, int first,
+                                                         int end, Source& source, Coder& coder, Progress& progress)
 {
     int64_t passed = int64_t(first) * layout.mcusAcross, inInterval = restartInterval ? passed % restartInterval : 0;
     int left = !restartInterval ? INT32_MAX : passed && !inInterval ? 0 : int(restartInterval - inInterval);
@@ -170,7 +180,7 @@ template <class Source, class Coder> void codeRows(const ScanLayout& layout, int
 }
 
 // The same for the whole scan.
-template <class Source, class Coder>
+template <BlockSource Source, class Coder>
 void codeScan(const ScanLayout& layout, int restartInterval, Source& source, Coder& coder, Progress& progress)
 {
     codeRows(layout, restartInterval, 0, layout.mcusDown, source, coder, progress);
