@@ -9,7 +9,6 @@
 #include <vector>
 
 #include "argument_faults.h"
-#include "guarded.h"
 #include "random.h"
 
 using namespace qel::test;
@@ -94,25 +93,6 @@ TEST(Sampling, OrderOfFaults)
     for (auto function : {qeliSampleDownRowH2V2_Box_JPEG_8u_C1, qeliSampleUpRowH2V2_Triangle_JPEG_8u_C1})
         expectFaults(function, {src, src, 2, dst}, null<0>, null<1>, null<3>, length<2>);
     EXPECT_EQ(dst[0], 9);
-}
-
-// The first sample read is the one before the first row, the last one that after the last row, however many rows are
-// asked for: those below the source's repeat its last one.
-TEST(SampleUp, PlanesReadNothingBeyondTheNeighbours)
-{
-    constexpr int kWidth = 67, kHeight = 3, kRows = 2 * kHeight + 2, kStep = kWidth + 2;
-    for (auto fault : {Fault::before, Fault::after}) {
-        Guarded<uint8_t> src(kStep * kHeight, fault), dst(2 * kWidth * kRows, fault);
-        Random(8).fill(src.data(), src.size());
-        for (auto up : {qeliSampleUpH2V1_JPEG_8u_C1R, qeliSampleUpH2V2_JPEG_8u_C1R})
-            for (int dstWidth : {2 * kWidth - 1, 2 * kWidth}) {
-                EXPECT_EQ(up(src.data() + 1, kStep, {kWidth, kHeight}, dst.data(), 2 * kWidth, {dstWidth, kRows}),
-                          qelStsNoErr);
-                const uint8_t* last = dst.data() + 2 * kWidth * (kRows - 1);
-                EXPECT_EQ(memcmp(last, last - 2 * kWidth, size_t(dstWidth)), 0);
-            }
-        EXPECT_TRUE(dst.intact());
-    }
 }
 
 TEST(Sampling, InternalNamesGiveTheSame)
