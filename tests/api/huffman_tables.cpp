@@ -18,70 +18,59 @@ using namespace qel::test;
 
 namespace {
 
-template <class Spec> using SpecInit = QelStatus (*)(const uint8_t*, const uint8_t*, Spec*);
-template <class T> using Free = QelStatus (*)(T*);
-
-template <class State> void checkState(int bytes, QelStatus (*getBufSize)(int*), QelStatus (*init)(State*),
-                                       QelStatus (*initAlloc)(State**), Free<State> free)
+// A state, or a table of lists: in memory of the size asked for, and in the library's own.
+template <class Object, class Init, class InitAlloc, class... Lists>
+void checkObject(int bytes, QelStatus (*getBufSize)(int*), Init init, InitAlloc initAlloc, QelStatus (*free)(Object*),
+                 Lists... lists)
 {
     int size = 0;
     EXPECT_EQ(getBufSize(&size), qelStsNoErr);
     ASSERT_EQ(size, bytes);
     Guarded<uint8_t> memory(static_cast<size_t>(bytes));
-    EXPECT_EQ(init((State*)memory.data()), qelStsNoErr);
-    EXPECT_EQ(std::count(memory.data(), memory.data() + bytes, 0), bytes);
+    EXPECT_EQ(init(lists..., (Object*)memory.data()), qelStsNoErr);
     EXPECT_TRUE(memory.intact());
-    State* state = nullptr;
-    ASSERT_EQ(initAlloc(&state), qelStsNoErr);
-    EXPECT_EQ((uintptr_t)state % 32, 0u);
-    EXPECT_EQ(memcmp(state, memory.data(), size_t(bytes)), 0);
-    EXPECT_EQ(free(state), qelStsNoErr);
-    for (QelStatus status : {getBufSize(nullptr), init(nullptr), initAlloc(nullptr), free(nullptr)})
-        EXPECT_EQ(status, qelStsNullPtrErr);
-}
-
-TEST(HuffmanObjects, StatesBeginAsZero)
-{
-    checkState(20, qeliDecodeHuffmanStateGetBufSize_JPEG_8u, qeliDecodeHuffmanStateInit_JPEG_8u,
-               qeliDecodeHuffmanStateInitAlloc_JPEG_8u, qeliDecodeHuffmanStateFree_JPEG_8u);
-    checkState(1044, qeliEncodeHuffmanStateGetBufSize_JPEG_8u, qeliEncodeHuffmanStateInit_JPEG_8u,
-               qeliEncodeHuffmanStateInitAlloc_JPEG_8u, qeliEncodeHuffmanStateFree_JPEG_8u);
-}
-
-// From the luminance DC table of T.81 K.3.1. No more values are read than the list of counts says.
-template <class Spec> void checkSpec(int bytes, QelStatus (*getBufSize)(int*), SpecInit<Spec> init,
-                                     SpecInit<Spec*> initAlloc, Free<Spec> free)
-{
-    const uint8_t bits[16] = {0, 1, 5, 1, 1, 1, 1, 1, 1}, tooMany[16] = {2, 1};
-    int size = 0;
-    EXPECT_EQ(getBufSize(&size), qelStsNoErr);
-    EXPECT_EQ(size, bytes);
-    Guarded<uint8_t> values(12);
-    std::iota(values.data(), values.data() + 12, uint8_t(0));
-    Guarded<Spec> spec(1);
-    Spec* allocated = nullptr;
-    expectFaults(init, {bits, values.data(), spec.data()}, null<0>, null<1>, null<2>);
-    expectFaults(initAlloc, {bits, values.data(), &allocated}, null<0>, null<1>, null<2>);
-    EXPECT_EQ(allocated, nullptr);
-    EXPECT_EQ(init(bits, values.data(), spec.data()), qelStsNoErr);
-    EXPECT_TRUE(spec.intact());
-    ASSERT_EQ(initAlloc(bits, values.data(), &allocated), qelStsNoErr);
-    EXPECT_EQ(memcmp(allocated, spec.data(), sizeof(Spec)), 0);
+    Object* allocated = nullptr;
+    ASSERT_EQ(initAlloc(lists..., &allocated), qelStsNoErr);
+    EXPECT_EQ((uintptr_t)allocated % 32, 0u);
+    EXPECT_EQ(memcmp(allocated, memory.data(), size_t(bytes)), 0);
+    bool isZero = std::count(memory.data(), memory.data() + bytes, 0) == bytes;
+    EXPECT_EQ(isZero, sizeof...(lists) == 0);
     EXPECT_EQ(free(allocated), qelStsNoErr);
-    // A rejected table is handed over all the same, to be freed.
-    allocated = nullptr;
-    EXPECT_EQ(initAlloc(tooMany, values.data(), &allocated), init(tooMany, values.data(), spec.data()));
-    EXPECT_EQ(free(allocated), qelStsNoErr);
+    expectFaults(init, {lists..., (Object*)memory.data()}, null<sizeof...(lists)>);
+    expectFaults(initAlloc, {lists..., &allocated}, null<sizeof...(lists)>);
     EXPECT_EQ(getBufSize(nullptr), qelStsNullPtrErr);
     EXPECT_EQ(free(nullptr), qelStsNullPtrErr);
 }
 
+TEST(HuffmanObjects, StatesBeginAsZero)
+{
+    checkObject(20, qeliDecodeHuffmanStateGetBufSize_JPEG_8u, qeliDecodeHuffmanStateInit_JPEG_8u,
+                qeliDecodeHuffmanStateInitAlloc_JPEG_8u, qeliDecodeHuffmanStateFree_JPEG_8u);
+    checkObject(1044, qeliEncodeHuffmanStateGetBufSize_JPEG_8u, qeliEncodeHuffmanStateInit_JPEG_8u,
+                qeliEncodeHuffmanStateInitAlloc_JPEG_8u, qeliEncodeHuffmanStateFree_JPEG_8u);
+}
+
+// From the luminance DC table of T.81 K.3.1. No more values are read than the list of counts says. A rejected table is
+// handed over all the same, to be freed.
 TEST(HuffmanObjects, Specs)
 {
-    checkSpec(1644, qeliDecodeHuffmanSpecGetBufSize_JPEG_8u, qeliDecodeHuffmanSpecInit_JPEG_8u,
-              qeliDecodeHuffmanSpecInitAlloc_JPEG_8u, qeliDecodeHuffmanSpecFree_JPEG_8u);
-    checkSpec(1024, qeliEncodeHuffmanSpecGetBufSize_JPEG_8u, qeliEncodeHuffmanSpecInit_JPEG_8u,
-              qeliEncodeHuffmanSpecInitAlloc_JPEG_8u, qeliEncodeHuffmanSpecFree_JPEG_8u);
+    const uint8_t bits[16] = {0, 1, 5, 1, 1, 1, 1, 1, 1}, tooMany[16] = {2, 1};
+    Guarded<uint8_t> values(12);
+    std::iota(values.data(), values.data() + 12, uint8_t(0));
+    const uint8_t* list = values.data();
+    checkObject(1644, qeliDecodeHuffmanSpecGetBufSize_JPEG_8u, qeliDecodeHuffmanSpecInit_JPEG_8u,
+                qeliDecodeHuffmanSpecInitAlloc_JPEG_8u, qeliDecodeHuffmanSpecFree_JPEG_8u, bits, list);
+    checkObject(1024, qeliEncodeHuffmanSpecGetBufSize_JPEG_8u, qeliEncodeHuffmanSpecInit_JPEG_8u,
+                qeliEncodeHuffmanSpecInitAlloc_JPEG_8u, qeliEncodeHuffmanSpecFree_JPEG_8u, bits, list);
+    QelDecodeHuffmanSpec decoding, *newDecoding = nullptr;
+    QelEncodeHuffmanSpec encoding, *newEncoding = nullptr;
+    expectFaults(qeliDecodeHuffmanSpecInit_JPEG_8u, {bits, list, &decoding}, null<0>, null<1>);
+    expectFaults(qeliEncodeHuffmanSpecInit_JPEG_8u, {bits, list, &encoding}, null<0>, null<1>);
+    expectFaults(qeliDecodeHuffmanSpecInitAlloc_JPEG_8u, {bits, list, &newDecoding}, null<0>, null<1>);
+    expectFaults(qeliEncodeHuffmanSpecInitAlloc_JPEG_8u, {bits, list, &newEncoding}, null<0>, null<1>);
+    EXPECT_TRUE(newDecoding == nullptr && newEncoding == nullptr);
+    EXPECT_EQ(qeliEncodeHuffmanSpecInitAlloc_JPEG_8u(tooMany, list, &newEncoding), qelStsJPEGHuffSpecErr);
+    EXPECT_EQ(qeliEncodeHuffmanSpecFree_JPEG_8u(newEncoding), qelStsNoErr);
 }
 
 TEST(HuffmanSpecs, OddLists)
