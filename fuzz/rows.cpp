@@ -97,19 +97,6 @@ void wavelet(BufferSize bufferSize, InPlace<T> forward, InPlace<T> inverse, bool
     if (isReversible && memcmp(region, samples.data(), samples.size() * sizeof(T)) != 0) std::abort();
 }
 
-void predict(Input& in)
-{
-    const int width = 1 + in.below(256), predictor = in.below(9);
-    std::vector<int16_t> previous(static_cast<size_t>(width));
-    auto row = previous, differences = previous, back = previous;
-    in.fill(previous.data(), 2 * previous.size());
-    in.fill(row.data(), 2 * row.size());
-    if (qeliDiffPredRow_JPEG_16s_C1(row.data(), previous.data(), differences.data(), width, predictor) != qelStsNoErr)
-        return;
-    qeliReconstructPredRow_JPEG_16s_C1(differences.data(), previous.data(), back.data(), width, predictor);
-    if (back != row) std::abort();
-}
-
 void (*const kCases[])(Input&) = {
     [](Input& in) { join<3>(qeliYCbCrToRGB_JPEG_8u_P3C3R, in); },
     [](Input& in) { join<3>(qeliYCbCrToBGR_JPEG_8u_P3C3R, in); },
@@ -146,7 +133,6 @@ void (*const kCases[])(Input&) = {
         wavelet(qeliWTGetBufSize_D97_JPEG2K_32s_C1IR, qeliWTFwd_D97_JPEG2K_32s_C1IR, qeliWTInv_D97_JPEG2K_32s_C1IR,
                 false, in);
     },
-    predict,
 };
 
 }
