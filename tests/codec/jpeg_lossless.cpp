@@ -141,24 +141,6 @@ TEST(JpegLossless, SamplesOfSixteenBitsHaveNoSign)
     }
 }
 
-TEST(JpegLossless, OptionsThatDoNotFitAreRefused)
-{
-    const jpeg::EncodeOptions table[] = {lossless(-1),
-                                         lossless(8),
-                                         lossless(1, -1),
-                                         lossless(1, 8),
-                                         {.target = jpeg::Target::ycbcr, .lossless = true},
-                                         {.target = jpeg::Target::grey, .lossless = true},
-                                         {.sampling = jpeg::kSampling420, .lossless = true},
-                                         {.progressive = true, .lossless = true},
-                                         {.restartInterval = 31, .lossless = true},
-                                         {.restartInterval = -30, .lossless = true},
-                                         {.restartRows = 2185, .lossless = true}};
-    Picture rgb = drawnPicture(30, 20, ColourSpace::rgb);
-    for (auto& options : table) EXPECT_NE(errorOf([&] { jpeg::encode(rgb, options); }), "");
-    EXPECT_NE(errorOf([&] { jpeg::encode(randomPicture(9, 9, ColourSpace::grey, 1), lossless()); }), "");
-}
-
 // What the components of different sizes hold at x, y, and the difference there by predictor 1.
 int sampleOf(int component, int x, int y) { return 40 + 30 * component + x + 2 * y; }
 int differenceAt(int component, int x, int y)
