@@ -5,6 +5,7 @@
 
 #include <concepts>
 #include <cstdint>
+#include <type_traits>
 #include <vector>
 
 #include "codec/jpeg/info.h"
@@ -36,19 +37,11 @@ struct ScanLayout {
 // Takes the blocks of a row of MCUs in the order of the scan, 64 quantized coefficients each in natural order: block
 // `i` of the MCU in a column.
 template <class T>
-concept BlockSink = requires(T& sink, int i, int column, const int16_t* block)
-{
-    sink(i, column, block);
-};
+concept BlockSink = std::invocable<T&, int, int, const int16_t*>;
 
 // Says where such a block lies.
 template <class T>
-concept BlockPlaces = requires(const T& places, int i, int column)
-{
-    {
-        places(i, column)
-        } -> std::same_as<int16_t*>;
-};
+concept BlockPlaces = std::is_invocable_r_v<int16_t*, const T&, int, int>;
 
 // Of a scan of several components (T.81 B.2.3).
 inline constexpr int kMaxBlocksOfMcu = 10;

@@ -3,9 +3,9 @@
 #pragma once
 
 #include <array>
-#include <concepts>
 #include <cstdint>
 #include <memory>
+#include <type_traits>
 #include <utility>
 #include <vector>
 
@@ -148,13 +148,7 @@ private:
 
 // Gives the blocks of a row of MCUs in the order of the scan: block `i` of the MCU in a column.
 template <class T>
-concept BlockSource = requires(T& source, int row, int i, int column)
-{
-    source.startRow(row);
-    {
-        source(i, column)
-        } -> std::convertible_to<const int16_t*>;
-};
+concept BlockSource = std::is_invocable_r_v<const int16_t*, T&, int, int>;
 
 // Hands the blocks of some rows of MCUs to one of the above.
 template <BlockSource Source, class Coder> void codeRows(const ScanLayout& layout, int restartInterval, int first,
