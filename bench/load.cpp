@@ -159,8 +159,9 @@ void addJpeg(std::vector<LoadCase>& cases, const codec::Picture& picture)
         {"4:2:0 own tables", {.optimiseTables = true}},
         {"4:4:4 own tables", {.sampling = codec::jpeg::kSampling444, .optimiseTables = true}},
         {"progressive", {.progressive = true}}};
-    for (const auto& [kind, options] : kinds) {
-        std::string name = "JPEG " + kind + sizeOf(picture);
+    for (const auto& kind : kinds) {
+        std::string name = "JPEG " + kind.first + sizeOf(picture);
+        const EncodeOptions options = kind.second;
         cases.push_back({"encode " + name, [&picture, options] { codec::jpeg::encode(picture, options); }});
         cases.push_back(
             {"decode " + name, [file = codec::jpeg::encode(picture, options)] { codec::jpeg::decode(file); }});

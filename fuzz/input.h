@@ -32,7 +32,7 @@ public:
     {
         size_t taken = std::min(size, left());
         memset(to, 0, size);
-        memcpy(to, next_, taken);
+        if (taken) memcpy(to, next_, taken); // without any bytes, the address may be null
         next_ += taken;
     }
 

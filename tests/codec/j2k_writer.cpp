@@ -2,6 +2,8 @@
 // JPEG 2000 files: an independent decoder reads them, and the reading side finds nothing wrong in them.
 #include "codec/j2k/encode/writer.h"
 
+#include <algorithm>
+
 #include "codec/base/compare.h"
 #include "codec/base/file_io.h"
 #include "codec/formats/picture_file.h"
@@ -204,7 +206,7 @@ TEST(J2kTileRows, TakeWhatTheyCan)
     File header = rows.header(1000), endless = rows.header(uint64_t(1) << 33);
     ASSERT_EQ(header.size(), endless.size());
     const std::string_view name = "jp2c";
-    auto at = std::ranges::search(header, name).begin() - header.begin();
+    auto at = std::search(header.begin(), header.end(), name.begin(), name.end()) - header.begin();
     EXPECT_EQ(
         File(&header[size_t(at) - 2], &header[size_t(at)]),
         (File{uint8_t((header.size() - size_t(at) + 4 + 1002) >> 8), uint8_t(header.size() - size_t(at) + 4 + 1002)}));
