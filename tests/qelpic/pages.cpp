@@ -14,8 +14,9 @@ class Pages : public Qelpic {
 protected:
     static bool isInstalled(const std::string& program)
     {
-        return shell("command -v " + program).exitCode == 0 ||
-               (std::fprintf(stderr, "no %s\n", program.c_str()), false);
+        bool is = shell("command -v " + program).exitCode == 0;
+        if (!is) std::fprintf(stderr, "no %s\n", program.c_str());
+        return is;
     }
 };
 
