@@ -2,7 +2,7 @@
 #include "codec/jpeg/decode/split_scan.h"
 
 #include <algorithm>
-#include <cstring>
+#include <functional>
 #include <new>
 
 #include "codec/base/parallel.h"
@@ -163,23 +163,37 @@ std::optional<size_t> SplitScan::findTruth(const Chunk& chunk, size_t& from) con
     return {};
 }
 
-// Appends the chunk's blocks from this one on.
+// Appends the chunk's blocks from this one on, with their true DC.
 bool SplitScan::accept(const Chunk& chunk, int from)
 {
     int count = chunk.count - from;
     int64_t left = blocks_ - decoded_;
     if (count > left || (chunk.hasFailed && count < left)) return false;
     endBridge();
-    Span span = {chunk.blocks, chunk.blocks.get() + ptrdiff_t(64) * from, count};
-    std::array<int16_t, 4> wrong = chunk.before[size_t(from)].lastDc, right = truth_.lastDc;
+    int16_t* first = chunk.blocks.get() + ptrdiff_t(64) * from;
+    std::array<int16_t, 4> wrong = chunk.before[size_t(from)].lastDc, right = truth_.lastDc, ahead;
+    std::ranges::transform(right, wrong, ahead.begin(), std::minus());
+    addToDc(first, count, truth_.block, ahead);
     truth_ = chunk.behind;
-    for (size_t c = 0; c < span.dc.size(); ++c) {
-        span.dc[c] = int16_t(right[c] - wrong[c]);
-        truth_.lastDc[c] = int16_t(truth_.lastDc[c] + span.dc[c]);
-    }
-    spans_.push_back(std::move(span));
+    std::ranges::transform(truth_.lastDc, ahead, truth_.lastDc.begin(), std::plus());
+    spans_.push_back({chunk.blocks, first, count});
     decoded_ += count;
     return true;
+}
+
+// To each block what its component is to be `ahead`; `block` is the number of the first one in its MCU.
+void SplitScan::addToDc(int16_t* first, int count, int block, const std::array<int16_t, 4>& ahead) const
+{
+    if (ahead == std::array<int16_t, 4>{}) return;
+    std::array<int16_t, kMaxBlocksOfMcu> ofBlock;
+    int blocks = int(layout_.blocks.size());
+    for (int i = 0; i < blocks; ++i)
+        ofBlock[size_t(i)] = ahead[size_t(layout_.blocks[size_t((block + i) % blocks)].slot)];
+    int16_t* end = first + ptrdiff_t(64) * count;
+    for (int i = 0; first != end; first += 64) {
+        *first = int16_t(*first + ofBlock[size_t(i)]);
+        if (++i == blocks) i = 0;
+    }
 }
 
 // Appends the next block, decoded here.
@@ -222,50 +236,33 @@ void SplitScan::makeJob()
     jobsUntil_ = rows;
 }
 
-// One MCU after the other, with the true DC of its blocks. They are mended one MCU ahead: a load of what has just been
-// stored in part would wait.
+// One block after the other, across spans.
 class SplitScan::SpanReader {
 public:
-    SpanReader(const ScanLayout& layout, const std::vector<Span>& spans)
-        : layout_(layout), span_(spans.begin()), end_(spans.end())
-    {
-        prepare();
-    }
+    explicit SpanReader(const std::vector<Span>& spans) : span_(spans.begin()) { enter(); }
 
-    // The blocks of the next MCU, which stay until the next call.
-    const int16_t* const* next()
+    const int16_t* next()
     {
-        auto blocks = mcus_[ahead_].data();
-        ahead_ ^= 1;
-        prepare();
-        return blocks;
+        while (left_ == 0) {
+            ++span_;
+            enter();
+        }
+        --left_;
+        const int16_t* block = at_;
+        at_ += 64;
+        return block;
     }
 
 private:
-    void prepare()
+    void enter()
     {
-        for (size_t i = 0; i < layout_.blocks.size(); ++i) {
-            while (span_ != end_ && at_ == span_->count) {
-                ++span_;
-                at_ = 0;
-            }
-            if (span_ == end_) return;
-            const int16_t*& block = mcus_[ahead_][i] = span_->first + ptrdiff_t(64) * at_++;
-            int16_t wrong = span_->dc[size_t(layout_.blocks[i].slot)];
-            if (wrong == 0) continue;
-            int16_t* mended = mended_[ahead_][i].data();
-            std::memcpy(mended, block, kBlockBytes);
-            mended[0] = int16_t(mended[0] + wrong);
-            block = mended;
-        }
+        at_ = span_->first;
+        left_ = span_->count;
     }
 
-    const ScanLayout& layout_;
-    std::vector<Span>::const_iterator span_, end_;
-    int at_ = 0;
-    size_t ahead_ = 0; // of the two, which is prepared
-    std::array<std::array<const int16_t*, kMaxBlocksOfMcu>, 2> mcus_;
-    alignas(64) std::array<std::array<std::array<int16_t, 64>, kMaxBlocksOfMcu>, 2> mended_;
+    std::vector<Span>::const_iterator span_;
+    const int16_t* at_;
+    int left_;
 };
 
 void SplitScan::writeNext(const MakeStream& makeStream)
@@ -283,12 +280,10 @@ void SplitScan::writeNext(const MakeStream& makeStream)
 void SplitScan::write(const Job& job, const MakeStream& makeStream) const
 {
     RowStream stream = makeStream(job.first);
-    SpanReader mcus(layout_, job.spans);
+    SpanReader blocks(job.spans);
     auto fill = [&](auto& sink) {
-        for (int column = 0; column < layout_.mcusAcross; ++column) {
-            const int16_t* const* blocks = mcus.next();
-            for (int i = 0; i < int(layout_.blocks.size()); ++i) sink(i, column, blocks[i]);
-        }
+        for (int column = 0; column < layout_.mcusAcross; ++column)
+            for (int i = 0; i < int(layout_.blocks.size()); ++i) sink(i, column, blocks.next());
     };
     if (needsRowAbove_ && job.first > 0) stream.row(job.first - 1, fill);
     int end = job.first + job.count;

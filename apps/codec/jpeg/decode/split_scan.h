@@ -56,7 +56,7 @@ public:
     size_t position() const { return decoder_.positionOf(truth_); }
 
 private:
-    static constexpr int kBlockBytes = 128, kBridgeBlocks = 512;
+    static constexpr int kBridgeBlocks = 512;
 
     struct Chunk {
         std::shared_ptr<int16_t[]> blocks;
@@ -65,12 +65,11 @@ private:
         ScanPlace behind;
         bool hasFailed = false; // to decode another block
     };
-    // Some of the blocks of the scan, in a row, and what is to be added to the DC of each component.
+    // Some of the blocks of the scan, in a row.
     struct Span {
         std::shared_ptr<int16_t[]> owner;
         const int16_t* first = nullptr;
         int count = 0;
-        std::array<int16_t, 4> dc = {};
     };
     class SpanReader;
     // Rows of MCUs that can be written.
@@ -86,6 +85,7 @@ private:
     bool join(int chunk);
     std::optional<size_t> findTruth(const Chunk& chunk, size_t& from) const;
     bool accept(const Chunk& chunk, int from);
+    void addToDc(int16_t* first, int count, int block, const std::array<int16_t, 4>& ahead) const;
     bool bridge();
     void endBridge();
     void makeJob();
