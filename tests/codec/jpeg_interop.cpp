@@ -1,10 +1,17 @@
 // SPDX-License-Identifier: Apache-2.0
 // Files of ours in an independent decoder, and its files in ours.
+#include <cmath>
+#include <filesystem>
+#include <utility>
+
 #include <gtest/gtest.h>
 
 #include "codec/base/compare.h"
+#include "codec/base/file_io.h"
+#include "codec/formats/picture_file.h"
 #include "jpeg_cases.h"
 #include "libjpeg_peer.h"
+#include "manifest.h"
 #include "pictures.h"
 
 namespace {
@@ -70,6 +77,32 @@ TEST(JpegGenerations, WanderNoFurtherThanThePeers)
     }
 }
 
+struct Measure {
+    double logSize, psnr;
+};
+
+// Of the same size, photographs of ours are truer than the peer's, whatever steps a quality has.
+TEST(JpegQuality, ReachesThePeersAtEqualSize)
+{
+    auto path = dataFolder() / "photos" / "lake.ppm";
+    if (!std::filesystem::exists(path)) GTEST_SKIP() << "there are no photographs";
+    Picture picture = loadPicture(readFile(path)).picture;
+    auto measure = [&](const std::vector<uint8_t>& file) {
+        return Measure{std::log(double(file.size())), compare(peerDecode(file), picture).whole.psnr(8)};
+    };
+    for (const jpeg::Samplings& sampling : {jpeg::kSampling420, jpeg::kSampling444})
+        for (int quality : {75, 85, 90, 95, 97}) {
+            auto ours = [&](int q) { return measure(jpeg::encode(picture, {.quality = q, .sampling = sampling})); };
+            Measure peers = measure(peerEncode(picture, {.quality = quality, .sampling = sampling}));
+            Measure below = ours(quality - 2), above = below;
+            for (int q = quality - 1; q <= 100 && above.logSize < peers.logSize; ++q)
+                below = std::exchange(above, ours(q));
+            ASSERT_LT(below.logSize, above.logSize);
+            double at = (peers.logSize - below.logSize) / (above.logSize - below.logSize);
+            EXPECT_GE(std::lerp(below.psnr, above.psnr, at), peers.psnr) << quality;
+        }
+}
+
 Picture luminanceOf(const Picture& rgb)
 {
     Picture grey(rgb.width(), rgb.height(), ColourSpace::grey, 8);
@@ -100,10 +133,10 @@ TEST_P(JpegInterop, OurFilesInThePeer)
         jpeg::EncodeOptions options = GetParam().options;
         auto file = jpeg::encode(picture, options);
         expectDecodedAlike(file, replicate);
-        if (options.quality < 90) return; // where a rounding may be a step
+        if (options.quality < 90) return; // where a rounding may be a step; it rounds in another way
         options.fast = true;
         Picture decoded = jpeg::decode(jpeg::encode(picture, options)).picture;
-        EXPECT_LE(compare(decoded, jpeg::decode(file).picture).whole.meanSquaredError, 3);
+        EXPECT_LE(compare(decoded, jpeg::decode(file).picture).whole.meanSquaredError, 5);
     });
 }
 

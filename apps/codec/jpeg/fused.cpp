@@ -53,14 +53,15 @@ void McuToPixels::convert(int x)
         memcpy(first + size_t(y) * step, tile_.pixels.data() + channels * width_ * y, size_t(channels) * right);
 }
 
-PixelsToMcu::PixelsToMcu(const Info& info, const ScanLayout& layout, const std::array<QuantizerSteps, 2>& multipliers,
+PixelsToMcu::PixelsToMcu(const Info& info, const ScanLayout& layout, const std::array<QuantizerSteps, 2>& steps,
                          const Picture& picture)
     : conversion_(mcuConversionFor(info)), picture_(picture), width_(8 * info.maxH()), height_(8 * info.maxV()),
       count_(int(layout.blocks.size()))
 {
+    for (size_t t : {0, 1}) check(qelsDivCRev_16u(steps[t].data(), 32768, tables_[t].data(), 64));
     for (int i = count_ - 1; i >= 0; --i) {
         const McuBlock& block = layout.blocks[i];
-        multipliers_[i] = multipliers[info.components[layout.shares[block.slot].component].quantizer].data();
+        multipliers_[i] = tables_[info.components[layout.shares[block.slot].component].quantizer].data();
         components_[block.slot] = blocks_[i].data();
     }
 }

@@ -63,8 +63,9 @@ private:
 // The other way, for the scan encoder: quantized blocks of a row of MCUs, which are asked for in their order.
 class PixelsToMcu {
 public:
-    PixelsToMcu(const Info& info, const ScanLayout& layout, const std::array<QuantizerSteps, 2>& multipliers,
+    PixelsToMcu(const Info& info, const ScanLayout& layout, const std::array<QuantizerSteps, 2>& steps,
                 const Picture& picture);
+    PixelsToMcu(const PixelsToMcu&) = delete;
 
     void startRow(int mcuRow) { line_ = mcuRow * height_; }
 
@@ -74,11 +75,12 @@ public:
         return blocks_[i].data();
     }
 
-    // The same into a block of the caller's.
-    void block(int i, int mcuColumn, int16_t* values)
+    // The blocks of an MCU, to place(0), place(1) and so on.
+    template <class Place> void transformMcu(int mcuColumn, Place place)
     {
-        if (i == 0) convert(mcuColumn * width_);
-        check(qeliDCTQuantFwd8x8_JPEG_16s_C1(blocks_[i].data(), values, multipliers_[i]));
+        convert(mcuColumn * width_);
+        for (int i = 0; i < count_; ++i)
+            check(qeliDCTQuantFwd8x8_JPEG_16s_C1(blocks_[i].data(), place(i), multipliers_[i]));
     }
 
 private:
@@ -95,7 +97,8 @@ private:
     int width_, height_;
     int count_; // blocks of an MCU
     int line_ = 0;
-    std::array<const uint16_t*, 10> multipliers_;
+    std::array<QuantizerSteps, 2> tables_;
+    std::array<const uint16_t*, 10> multipliers_; // of the blocks
     std::array<int16_t*, 4> components_;
     alignas(64) std::array<std::array<int16_t, 64>, 10> blocks_;
     McuTile tile_;

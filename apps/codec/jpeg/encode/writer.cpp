@@ -96,7 +96,7 @@ private:
     Info info_;
     ScanScript scans_;
     bool isProgressive_ = false;
-    std::array<QuantizerSteps, 2> steps_, multipliers_;
+    std::array<QuantizerSteps, 2> steps_;
     std::array<bool, 2> written_{}; // typical Huffman tables that the file holds already
     std::vector<uint8_t> out_;
     SegmentWriter segments_{out_};
@@ -105,10 +105,8 @@ private:
 Encoder::Encoder(const Picture& picture, const EncodeOptions& options) : picture_(picture), options_(options)
 {
     checkOptions();
-    for (TableKind kind : {kLuminance, kChrominance}) {
+    for (TableKind kind : {kLuminance, kChrominance})
         steps_[kind] = stepsFor(kind, options.quality, options.wideQuantizers);
-        check(qelsDivCRev_16u(steps_[kind].data(), 32768, multipliers_[kind].data(), 64));
-    }
     describeFrame();
     describeComponents();
     chooseScans();
@@ -254,11 +252,11 @@ void Encoder::encodeStraight()
 template <class Body> void Encoder::withBlocks(const ScanLayout& layout, Body body) const
 {
     if (options_.fast && mcuConversionFor(info_)) {
-        PixelsToMcu blocks(info_, layout, multipliers_, picture_);
+        PixelsToMcu blocks(info_, layout, steps_, picture_);
         return body(blocks);
     }
     StripReader strips(info_, picture_);
-    ForwardTransform blocks(info_, layout, multipliers_, strips);
+    ForwardTransform blocks(info_, layout, steps_, strips);
     body(blocks);
 }
 
@@ -275,7 +273,7 @@ std::vector<BlockStore> Encoder::transformAll(Progress& progress)
                 blocks.startRow(row);
                 places.startRow(row);
                 for (int column = 0; column < layout.mcusAcross; ++column)
-                    for (int i = 0; i < int(layout.blocks.size()); ++i) blocks.block(i, column, places(i, column));
+                    blocks.transformMcu(column, [&](int i) { return places(i, column); });
                 progress.step();
             }
         });
