@@ -9,15 +9,17 @@ namespace {
 
 // Coefficients are rounded to integers and then to multiples of their steps. Those in the middle between two multiples
 // of an even step may be off by half, and then go the wrong way as often as not. With doubled samples that happens for
-// odd steps too, but they are off by a quarter at most, which costs a quarter as much.
-bool isBetterDoubled(const QuantizerSteps& steps)
+// odd steps too, but they are off by a quarter at most, which costs a quarter as much. Luminance, where doubling would
+// take most of the time, gains least.
+bool isBetterDoubled(const QuantizerSteps& steps, TableKind kind)
 {
-    return 4 * std::ranges::count_if(steps, [](int step) { return step % 2 == 0; }) > int(steps.size());
+    return kind == kChrominance &&
+           4 * std::ranges::count_if(steps, [](int step) { return step % 2 == 0; }) > int(steps.size());
 }
 
 }
 
-Quantizer::Quantizer(const QuantizerSteps& steps, TableKind kind) : isDoubled(isBetterDoubled(steps))
+Quantizer::Quantizer(const QuantizerSteps& steps, TableKind kind) : isDoubled(isBetterDoubled(steps, kind))
 {
     int one = isDoubled ? 16384 : 32768;
     for (size_t i = 0; i < 64; ++i) {
