@@ -65,7 +65,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     StatedTable stated(in);
     const bool isCounted = in.below(2) == 1;
     if (isCounted) {
-        uint32_t counts[256];
+        uint32_t counts[256] = {};
         in.fill(counts, sizeof counts / 8);
         for (uint32_t& count : counts) count &= 0x1FFFFF;
         qeliEncodeHuffmanRawTableInit_JPEG_8u(counts, stated.bits, stated.values);
