@@ -71,11 +71,12 @@ public:
 
     const int16_t* operator()(int i, int mcuColumn)
     {
-        if (i == 0) transform(mcuColumn);
+        if (i == 0) transformMcu(mcuColumn, [&](int j) { return blocks_[j].data(); });
         return blocks_[i].data();
     }
 
-    // The blocks of an MCU, to place(0), place(1) and so on.
+    // The blocks of an MCU, to place(0), place(1) and so on. All one after the other: transforms do not wait for the
+    // coder's guesses then.
     template <class Place> void transformMcu(int mcuColumn, Place place)
     {
         convert(mcuColumn * width_);
@@ -84,12 +85,6 @@ public:
     }
 
 private:
-    // All blocks of an MCU one after the other: transforms do not wait for the coder's guesses then.
-    void transform(int mcuColumn)
-    {
-        convert(mcuColumn * width_);
-        for (int i = 0; i < count_; ++i) check(qeliDCTQuantFwd8x8_JPEG_16s_C1I(blocks_[i].data(), multipliers_[i]));
-    }
     void convert(int x);
 
     McuConversion conversion_;

@@ -164,31 +164,31 @@ std::optional<size_t> SplitScan::findTruth(const Chunk& chunk, size_t& from) con
 }
 
 // Appends the chunk's blocks from this one on, with their true DC.
-bool SplitScan::accept(const Chunk& chunk, int from)
+bool SplitScan::accept(Chunk& chunk, int from)
 {
     int count = chunk.count - from;
     int64_t left = blocks_ - decoded_;
     if (count > left || (chunk.hasFailed && count < left)) return false;
     endBridge();
     int16_t* first = chunk.blocks.get() + ptrdiff_t(64) * from;
-    std::array<int16_t, 4> wrong = chunk.before[size_t(from)].lastDc, right = truth_.lastDc, ahead;
-    std::ranges::transform(right, wrong, ahead.begin(), std::minus());
-    addToDc(first, count, truth_.block, ahead);
+    std::array<int16_t, 4> wrong = chunk.before[size_t(from)].lastDc, right = truth_.lastDc, missing;
+    std::ranges::transform(right, wrong, missing.begin(), std::minus());
+    addToDc(first, count, truth_.block, missing);
     truth_ = chunk.behind;
-    std::ranges::transform(truth_.lastDc, ahead, truth_.lastDc.begin(), std::plus());
+    std::ranges::transform(truth_.lastDc, missing, truth_.lastDc.begin(), std::plus());
     spans_.push_back({chunk.blocks, first, count});
     decoded_ += count;
     return true;
 }
 
-// To each block what its component is to be `ahead`; `block` is the number of the first one in its MCU.
-void SplitScan::addToDc(int16_t* first, int count, int block, const std::array<int16_t, 4>& ahead) const
+// Adds what is missing for its component to each block; `block` is the number of the first one in its MCU.
+void SplitScan::addToDc(int16_t* first, int count, int block, const std::array<int16_t, 4>& missing) const
 {
-    if (ahead == std::array<int16_t, 4>{}) return;
+    if (missing == std::array<int16_t, 4>{}) return;
     std::array<int16_t, kMaxBlocksOfMcu> ofBlock;
     int blocks = int(layout_.blocks.size());
     for (int i = 0; i < blocks; ++i)
-        ofBlock[size_t(i)] = ahead[size_t(layout_.blocks[size_t((block + i) % blocks)].slot)];
+        ofBlock[size_t(i)] = missing[size_t(layout_.blocks[size_t((block + i) % blocks)].slot)];
     int16_t* end = first + ptrdiff_t(64) * count;
     for (int i = 0; first != end; first += 64) {
         *first = int16_t(*first + ofBlock[size_t(i)]);

@@ -84,8 +84,8 @@ private:
     bool decodeFrom(int from, int end, Chunk& chunk);
     bool join(int chunk);
     std::optional<size_t> findTruth(const Chunk& chunk, size_t& from) const;
-    bool accept(const Chunk& chunk, int from);
-    void addToDc(int16_t* first, int count, int block, const std::array<int16_t, 4>& ahead) const;
+    bool accept(Chunk& chunk, int from);
+    void addToDc(int16_t* first, int count, int block, const std::array<int16_t, 4>& missing) const;
     bool bridge();
     void endBridge();
     void makeJob();

@@ -7,10 +7,11 @@ namespace qel::codec::jpeg {
 
 namespace {
 
-// Coefficients are rounded to integers and then to multiples of their steps. Those in the middle between two multiples
-// of an even step may be off by half, and then go the wrong way as often as not. With doubled samples that happens for
-// odd steps too, but they are off by a quarter at most, which costs a quarter as much. Luminance, where doubling would
-// take most of the time, gains least.
+// Coefficients are rounded twice: to integers by the transform, then to multiples of their steps. An integer in the
+// middle between two multiples of an even step stands for values of both sides, up to a half away, so that it goes the
+// wrong way as often as not. Doubled coefficients are in the middle for odd steps too, but stand for values that are a
+// quarter away at most, which costs a quarter as much. Luminance, where doubling would take most of the time, gains
+// least.
 bool isBetterDoubled(const QuantizerSteps& steps, TableKind kind)
 {
     return kind == kChrominance &&

@@ -16,8 +16,8 @@ namespace qel::codec::jpeg {
 struct Quantizer {
     Quantizer(const QuantizerSteps& steps, TableKind kind);
 
-    bool isDoubled;             // samples, before they are transformed
-    QuantizerSteps multipliers; // in units of 2^-15
+    bool isDoubled;             // whether samples are, before they are transformed
+    QuantizerSteps multipliers; // of coefficients, in units of 2^-15
 };
 
 // Transforms and quantizes blocks of the strips.
@@ -50,6 +50,8 @@ public:
     // The blocks of an MCU, to place(0), place(1) and so on.
     template <class Place> void transformMcu(int mcuColumn, Place place) const
     {
+        // Doubled samples of all blocks are stored before the first of them is transformed: a load of several values
+        // that have just been stored one after the other would wait.
         int count = int(origins_.size());
         for (int i = 0; i < count; ++i) begin(origins_[i], mcuColumn, place(i));
         for (int i = 0; i < count; ++i) finish(origins_[i], place(i));
@@ -62,7 +64,6 @@ private:
         const Quantizer* quantizer;
     };
 
-    // Doubled samples of all blocks come first: registers are wider than what has been stored, and would wait for it.
     static void begin(const Origin& o, int mcuColumn, int16_t* block)
     {
         const uint8_t* samples = o.samples + mcuColumn * o.columnsPerMcu;
