@@ -71,7 +71,8 @@ template <class Table, class Body> void forBuilds(Body body)
     body("baseline", Table::baseline);
 #if QEL_X86
     if (canRun("avx2")) body("avx2", Table::avx2);
-    if (canRun("avx512")) body("avx512", Table::avx512);
+    if constexpr (requires { Table::avx512; })
+        if (canRun("avx512")) body("avx512", Table::avx512);
 #endif
 }
 

@@ -6,6 +6,10 @@ include(CheckCXXCompilerFlag)
 
 file(GLOB_RECURSE QELJX_KERNEL_FILES CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/src/*_kernels.cpp)
 
+# Processors with AVX-512 take the AVX2 build of these (QEL_BUILDS_TO_AVX2): blocks of eight rows and unaligned rows are
+# slower in registers of 64 bytes, and what has no vectors is slower by longer instructions.
+set(QELJX_KERNELS_TO_AVX2 dct prediction huffman_decode)
+
 # qeljx_kernel_build(NAME WIDTH INTRINSICS FLAGS...): the object library qeljx_kernels_NAME.
 # A build named BUILD_emulated stands in for BUILD and bears its name in the source.
 function(qeljx_kernel_build name width intrinsics)
@@ -14,7 +18,12 @@ function(qeljx_kernel_build name width intrinsics)
     if(CMAKE_CXX_BYTE_ORDER STREQUAL "BIG_ENDIAN")
         set(width 1)
     endif()
-    add_library(qeljx_kernels_${name} OBJECT ${QELJX_KERNEL_FILES})
+    set(files ${QELJX_KERNEL_FILES})
+    if(build STREQUAL "avx512")
+        list(JOIN QELJX_KERNELS_TO_AVX2 "|" families)
+        list(FILTER files EXCLUDE REGEX "/(${families})_kernels")
+    endif()
+    add_library(qeljx_kernels_${name} OBJECT ${files})
     target_include_directories(qeljx_kernels_${name} PRIVATE ${PROJECT_SOURCE_DIR}/src ${PROJECT_SOURCE_DIR}/include)
     target_compile_definitions(qeljx_kernels_${name} PRIVATE
         QEL_BUILD=${build} QEL_WIDTH=${width} QEL_INTRINSICS=${intrinsics})

@@ -12,11 +12,12 @@ template <class Family> inline const Family& kernels()
 #if QEL_X86
     if (__builtin_cpu_supports("avx2") && __builtin_cpu_supports("bmi") && __builtin_cpu_supports("bmi2") &&
         __builtin_cpu_supports("popcnt")) {
-        if (__builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512bw") &&
-            __builtin_cpu_supports("avx512cd") && __builtin_cpu_supports("avx512dq") &&
-            __builtin_cpu_supports("avx512vl") && __builtin_cpu_supports("avx512vbmi") &&
-            __builtin_cpu_supports("avx512vbmi2"))
-            return Family::avx512;
+        if constexpr (requires { Family::avx512; })
+            if (__builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512bw") &&
+                __builtin_cpu_supports("avx512cd") && __builtin_cpu_supports("avx512dq") &&
+                __builtin_cpu_supports("avx512vl") && __builtin_cpu_supports("avx512vbmi") &&
+                __builtin_cpu_supports("avx512vbmi2"))
+                return Family::avx512;
         return Family::avx2;
     }
 #endif

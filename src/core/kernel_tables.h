@@ -2,10 +2,14 @@
 // What the tables of kernels are made of.
 #pragma once
 
-// In the table of a family: one for each build of its kernels. The first line are the instruction sets that
-// core/dispatch.h chooses among, the second the builds that only tests link (cmake/kernels.cmake).
+// In the table of a family: one for each build of its kernels. core/dispatch.h chooses among instruction sets; the
+// other builds are linked by tests alone (cmake/kernels.cmake).
 #define QEL_BUILDS(FAMILY)                                                                                             \
-    static const FAMILY baseline, avx2, avx512;                                                                        \
+    QEL_BUILDS_TO_AVX2(FAMILY);                                                                                        \
+    static const FAMILY avx512
+// Of a family that gains nothing by AVX-512.
+#define QEL_BUILDS_TO_AVX2(FAMILY)                                                                                     \
+    static const FAMILY baseline, avx2;                                                                                \
     static const FAMILY scalar, wide16, wide32, wide64
 
 namespace qel {

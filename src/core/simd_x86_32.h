@@ -177,10 +177,7 @@ template <> struct Simd<32> : GatheredBits, Interleaved<32, Simd<32>> {
         U64<32> q2 = fourQuadruples(p + 32), q3 = fourQuadruples(p + 48);
         ab[0] = (U8<32>)zipLow(q0, q1);
         ab[1] = (U8<32>)zipLow(q2, q3);
-        auto cd0 = (U16<32>)zipHigh(q0, q1), cd1 = (U16<32>)zipHigh(q2, q3);
-        c1[0] = (U8<32>)((cd0 & 0xFF) | 256);
-        c1[1] = (U8<32>)((cd1 & 0xFF) | 256);
-        d = packUnsigned((S16<32>)(cd0 >> 8), (S16<32>)(cd1 >> 8));
+        splitPairs((U16<32>)zipHigh(q0, q1), (U16<32>)zipHigh(q2, q3), c1, d);
     }
     template <class V> static QEL_INLINE void store3(uint8_t* p, V a, V b, V c)
     {

@@ -38,6 +38,17 @@ template <class Index> constexpr WideTriples<Index> makeWideTriples()
 constexpr auto kTriplesOfBytes = makeWideTriples<uint8_t>();
 constexpr auto kTriplesOfWords = makeWideTriples<uint32_t>();
 
+struct EveryOtherWord {
+    alignas(64) uint16_t from[2][32]; // 0, 2, 4 .. and 1, 3, 5 ..
+};
+constexpr EveryOtherWord makeEveryOtherWord()
+{
+    EveryOtherWord words = {};
+    for (int i = 0; i < 64; ++i) words.from[i % 2][i / 2] = uint16_t(i);
+    return words;
+}
+constexpr EveryOtherWord kEveryOtherWord = makeEveryOtherWord();
+
 template <> struct Simd<64> : GatheredBits, Interleaved<64, Simd<64>>, Masks512 {
     using Masks512::runningSum;
     QEL_X86_OPERATIONS(64, _mm512, __m512i, __m512)
@@ -129,6 +140,27 @@ template <> struct Simd<64> : GatheredBits, Interleaved<64, Simd<64>>, Masks512 
         store(p + 64, _mm512_shuffle_i32x4(t0, t1, 0xDD));
         store(p + 128, _mm512_shuffle_i32x4(t2, t3, 0x88));
         store(p + 192, _mm512_shuffle_i32x4(t2, t3, 0xDD));
+    }
+
+    // Eight quadruples of each register's sixteen, those of two registers side by side.
+    static QEL_INLINE __m512i halvesOfTwo(const uint8_t* p)
+    {
+        return (__m512i)join(load<S16<32>>(p), load<S16<32>>(p + 64));
+    }
+    // Every other word of two registers, from word kFirst on.
+    template <int kFirst> static QEL_INLINE U16<64> everyOtherWord(__m512i a, __m512i b)
+    {
+        return (U16<64>)_mm512_permutex2var_epi16(a, _mm512_load_si512(kEveryOtherWord.from[kFirst]), b);
+    }
+    static QEL_INLINE void loadPairs4(const uint8_t* p, U8<64>* ab, U8<64>* c1, U8<64>& d)
+    {
+        U16<64> cd[2];
+        for (int half = 0; half < 2; ++half) {
+            auto first = halvesOfTwo(p + 32 * half), second = halvesOfTwo(p + 32 * half + 128);
+            ab[half] = (U8<64>)everyOtherWord<0>(first, second);
+            cd[half] = everyOtherWord<1>(first, second);
+        }
+        splitPairs(cd[0], cd[1], c1, d);
     }
 
     static QEL_INLINE U8<64> shuffle(U8<64> v, const uint8_t* from)

@@ -121,6 +121,13 @@ template <int N, class Simd> struct Interleaved {
         Simd::load4(p, a, b, c, d);
         zipPairs(a, b, c, ab, c1);
     }
+    // Pairs (c, d) as pairs (c, 1) and registers of d.
+    static QEL_INLINE void splitPairs(U16<N> cd0, U16<N> cd1, U8<N>* c1, U8<N>& d)
+    {
+        c1[0] = (U8<N>)((cd0 & 0xFF) | 256);
+        c1[1] = (U8<N>)((cd1 & 0xFF) | 256);
+        d = Simd::packUnsigned((S16<N>)(cd0 >> 8), (S16<N>)(cd1 >> 8));
+    }
     static QEL_INLINE void zipPairs(U8<N> a, U8<N> b, U8<N> c, U8<N>* ab, U8<N>* c1)
     {
         U8<N> one = U8<N>{} + 1;

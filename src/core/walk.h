@@ -104,7 +104,7 @@ template <int kOutputs, class T, class Body> QEL_INLINE void walkLines(T* dst, p
 // Walks the elements from `begin` to `end` for a body that may do elements twice: body(Lanes<N>(), i) is to do
 // Lanes<N>::kCount<T> of them. What is left of the row is done by a step that ends with it, so that only rows shorter
 // than 16 bytes go one by one. All steps between the first and the last start where i + phase is a multiple of theirs.
-template <class T, class Body>
+template <class T, int kWidest = QEL_WIDTH, class Body>
 QEL_INLINE void walkOverlapping(ptrdiff_t begin, ptrdiff_t end, ptrdiff_t phase, Body body)
 {
     auto run = [=](auto lanes) QEL_INLINE_BODY {
@@ -113,9 +113,9 @@ QEL_INLINE void walkOverlapping(ptrdiff_t begin, ptrdiff_t end, ptrdiff_t phase,
         for (; i < last; i += stride, stride = kStep) body(lanes, i);
         body(lanes, last);
     };
-    if constexpr (QEL_WIDTH > 16)
-        if (end - begin >= Lanes<QEL_WIDTH>::template kCount<T>) return run(Lanes<QEL_WIDTH>());
-    if constexpr (QEL_WIDTH >= 16)
+    if constexpr (kWidest > 16)
+        if (end - begin >= Lanes<kWidest>::template kCount<T>) return run(Lanes<kWidest>());
+    if constexpr (kWidest >= 16)
         if (end - begin >= Lanes<16>::template kCount<T>) return run(Lanes<16>());
     for (ptrdiff_t i = begin; i < end; ++i) body(Lanes<1>(), i);
 }

@@ -37,19 +37,20 @@ inline bool canRun(const char* build)
 // check(table) for each build but Table::scalar, which the check compares with.
 template <class Table, class Check> void everyBuild(Check check)
 {
-    const struct {
+    struct Build {
         const char* name;
         const Table* table;
-    } builds[] = {
+    };
+    std::vector<Build> builds = {
         {"baseline", &Table::baseline},
         {"wide16", &Table::wide16},
         {"wide32", &Table::wide32},
         {"wide64", &Table::wide64},
 #if QEL_X86
         {"avx2", &Table::avx2},
-        {"avx512", &Table::avx512},
 #endif
     };
+    if constexpr (QEL_X86 && requires { Table::avx512; }) builds.push_back({"avx512", &Table::avx512});
     for (auto& build : builds) {
         if (!canRun(build.name)) continue;
         SCOPED_TRACE(build.name);

@@ -21,7 +21,7 @@ struct DctKernels {
     void (*inverseClip)(const int16_t* src, uint8_t* dst, int dstStep, int16_t shift, uint8_t min, uint8_t max);
     void (*clip)(const int16_t* src, uint8_t* dst, int dstStep, int16_t shift, uint8_t min, uint8_t max);
 
-    QEL_BUILDS(DctKernels);
+    QEL_BUILDS_TO_AVX2(DctKernels);
 };
 
 }

@@ -8,6 +8,9 @@ namespace qel {
 namespace QEL_BUILD {
 namespace {
 
+// For filters that gain nothing by registers of a whole cache line: most of their loads would cross into the next one.
+constexpr int kHalfLine = QEL_WIDTH > 32 ? 32 : QEL_WIDTH;
+
 // Box filters over one row or two. The rounding term alternates: kEven for even destination samples, kOdd for odd ones.
 template <int kEven, int kOdd> QEL_INLINE auto roundingAt(auto lanes, ptrdiff_t i)
 {
@@ -27,7 +30,7 @@ template <int kEven, int kOdd, class... Rows> QEL_INLINE void boxes(uint8_t* dst
         }));
     };
     // Registers begin at even destination samples, as their rounding terms do.
-    walkOverlapping<uint8_t>(0, dstWidth & ~1, 0, box);
+    walkOverlapping<uint8_t, kHalfLine>(0, dstWidth & ~1, 0, box);
     if (dstWidth % 2 != 0) box(Lanes<1>(), dstWidth - 1);
 }
 
@@ -45,6 +48,7 @@ void downRowH2V2(const uint8_t* src1, const uint8_t* src2, int srcWidth, uint8_t
 // Triangle filters. Each source sample i gives two destination samples: left() mixes it with the sample before it,
 // right() with the one after it.
 struct Linear {
+    static constexpr int kWidest = kHalfLine;
     const uint8_t* row;
 
     QEL_INLINE int at(ptrdiff_t i) const { return row[i]; }
@@ -61,6 +65,7 @@ struct Linear {
 };
 
 struct Bilinear {
+    static constexpr int kWidest = QEL_WIDTH;
     const uint8_t *near, *far;
 
     QEL_INLINE int at(ptrdiff_t i) const { return 3 * near[i] + far[i]; }
@@ -107,9 +112,10 @@ struct Bilinear {
 
 // Walks source samples, of which each gives two destination samples, so that registers of these are aligned: stores are
 // most of the traffic.
-template <class Body> QEL_INLINE void walkDoubling(uint8_t* dst, ptrdiff_t begin, ptrdiff_t end, Body body)
+template <int kWidest, class Body>
+QEL_INLINE void walkDoubling(uint8_t* dst, ptrdiff_t begin, ptrdiff_t end, Body body)
 {
-    walkOverlapping<uint8_t>(begin, end, ptrdiff_t((uintptr_t)dst / 2), body);
+    walkOverlapping<uint8_t, kWidest>(begin, end, ptrdiff_t((uintptr_t)dst / 2), body);
 }
 QEL_INLINE auto cachedAt(auto lanes, uint8_t* dst) { return Output<Cached, uint8_t, lanes.kBytes>{dst}; }
 
@@ -127,7 +133,7 @@ template <class Store, class Rows> QEL_INLINE void upPlaneRow(Rows rows, uint8_t
         walkInto<Streamed, 2>(dst, pairs,
                               [=](auto lanes, ptrdiff_t i, auto out) QEL_INLINE_BODY { rows.up(lanes, i, out); });
     else
-        walkDoubling(dst, 0, pairs,
+        walkDoubling<Rows::kWidest>(dst, 0, pairs,
                      [=](auto lanes, ptrdiff_t i) QEL_INLINE_BODY { rows.up(lanes, i, cachedAt(lanes, dst + 2 * i)); });
     upLast(rows, dst, dstWidth);
 }
@@ -155,7 +161,7 @@ template <class Rows> QEL_INLINE void upRow(Rows rows, int srcWidth, uint8_t* ds
     dst[0] = rows.left(rows.at(0), rows.at(0));
     if (srcWidth > 1) {
         dst[1] = rows.right(rows.at(0), rows.at(1));
-        walkDoubling(dst, 1, last,
+        walkDoubling<Rows::kWidest>(dst, 1, last,
                      [=](auto lanes, ptrdiff_t i) QEL_INLINE_BODY { rows.up(lanes, i, cachedAt(lanes, dst + 2 * i)); });
         dst[2 * last] = rows.left(rows.at(last), rows.at(last - 1));
     }
@@ -172,7 +178,7 @@ template <class Store> void upH2V2(const uint8_t* near, const uint8_t* far, uint
 }
 void upBothH2V2(const uint8_t* upper, const uint8_t* lower, uint8_t* dst1, uint8_t* dst2, int dstWidth)
 {
-    walkDoubling(dst1, 0, dstWidth / 2, [=](auto lanes, ptrdiff_t i) QEL_INLINE_BODY {
+    walkDoubling<QEL_WIDTH>(dst1, 0, dstWidth / 2, [=](auto lanes, ptrdiff_t i) QEL_INLINE_BODY {
         upBetween(lanes, upper, lower, i, cachedAt(lanes, dst1 + 2 * i), cachedAt(lanes, dst2 + 2 * i));
     });
     upLast(Bilinear{upper, lower}, dst1, dstWidth);

@@ -34,7 +34,7 @@ struct HuffmanDecodeKernels {
     int (*longCodeDirect)(const uint8_t* src, int* pos, uint32_t* marker, uint32_t* bits, int* count, int length,
                           const QelDecodeHuffmanSpec* spec);
 
-    QEL_BUILDS(HuffmanDecodeKernels);
+    QEL_BUILDS_TO_AVX2(HuffmanDecodeKernels);
 };
 
 }

@@ -15,7 +15,7 @@ struct PredictionKernels {
     PredictionRow* diff[7];
     PredictionRow* reconstruct[7];
 
-    QEL_BUILDS(PredictionKernels);
+    QEL_BUILDS_TO_AVX2(PredictionKernels);
 };
 
 }
