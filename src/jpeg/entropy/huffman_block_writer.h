@@ -13,7 +13,7 @@ namespace {
 
 // In the order of the scan: where the bytes of coefficients are.
 struct BytesInScan {
-    alignas(64) uint8_t low[64], high[64], position[64];
+    alignas(64) uint8_t low[64], high[64];
 };
 constexpr BytesInScan makeBytesInScan()
 {
@@ -21,22 +21,10 @@ constexpr BytesInScan makeBytesInScan()
     for (int i = 0; i < 64; ++i) {
         bytes.low[i] = uint8_t(2 * kScanOrder.index[i]);
         bytes.high[i] = uint8_t(2 * kScanOrder.index[i] + 1);
-        bytes.position[i] = uint8_t(i);
     }
     return bytes;
 }
 constexpr BytesInScan kBytesInScan = makeBytesInScan();
-
-QEL_INLINE uint64_t onesBelow(int bit) { return (uint64_t(1) << bit) - 1; }
-
-// Of runs of sixteen zeros and more between values (or the first position) the sixteenth, the thirty-second ...
-QEL_INLINE uint64_t endsOfSixteenZeros(uint64_t values)
-{
-    uint64_t sixteen = ~(values | 1), ends = 0; // where so many zeros begin: 1, 2, 4, 8, 16
-    for (int zeros = 1; zeros < 16; zeros *= 2) sixteen &= sixteen >> zeros;
-    for (uint64_t first = (values | 1) << 1 & sixteen; first != 0; first = first << 16 & sixteen) ends |= first << 15;
-    return ends & onesBelow(63 - __builtin_clzll(values));
-}
 
 // The symbols of a block: lane i of the registers is the symbol i.
 template <class S> struct AcSymbols {
@@ -49,11 +37,7 @@ template <class S> struct AcSymbols {
     QEL_INLINE AcSymbols(const int16_t* block, uint64_t set)
     {
         auto first = load<U8<64>>(block), second = load<U8<64>>(block + 32);
-        runs = runsOf(set);
-        if (__builtin_expect(S::greater((S8<64>)runs, S8<64>{} + 15) != 0, 0)) {
-            set |= endsOfSixteenZeros(set);
-            runs = runsOf(set);
-        }
+        runs = runsOf<S>(set, 1);
         low = S::compress(S::pick(first, second, load<U8<64>>(kBytesInScan.low)), set);
         high = S::compress(S::pick(first, second, load<U8<64>>(kBytesInScan.high)), set);
         values = __builtin_popcountll(set);
@@ -69,12 +53,6 @@ template <class S> struct AcSymbols {
     }
 
 private:
-    // Nothing above 0 after the last value.
-    static QEL_INLINE U8<64> runsOf(uint64_t set)
-    {
-        auto positions = load<U8<64>>(kBytesInScan.position);
-        return S::compress(positions, set) - S::compress(positions + 1, set | 1);
-    }
     static QEL_INLINE U8<64> behindBlock(U8<64> v)
     {
         return (U8<64>)__builtin_shufflevector((U64<64>)v, U64<64>{}, 2, 3, 4, 5, 6, 7, 8, 8);

@@ -103,15 +103,69 @@ QEL_INLINE bool walkSet(uint64_t set, uint64_t first, Sink& sink, MagnitudeAt ma
     return true;
 }
 
+QEL_INLINE uint64_t onesBelow(int bit) { return (uint64_t(1) << bit) - 1; }
+
+// Of runs of sixteen zeros and more between positions of `values` the sixteenth, the thirty-second ...
+QEL_INLINE uint64_t endsOfSixteenZeros(uint64_t values)
+{
+    uint64_t sixteen = ~values, ends = 0; // where so many zeros begin: 1, 2, 4, 8, 16
+    for (int zeros = 1; zeros < 16; zeros *= 2) sixteen &= sixteen >> zeros;
+    for (uint64_t first = values << 1 & sixteen; first != 0; first = first << 16 & sixteen) ends |= first << 15;
+    return ends & onesBelow(63 - __builtin_clzll(values));
+}
+
+// Symbols all at once, for registers that hold 64 positions.
+struct AllPositions {
+    alignas(64) uint8_t index[64], category[128]; // of a position: itself; of a byte's magnitude
+};
+constexpr AllPositions makeAllPositions()
+{
+    AllPositions positions = {};
+    for (int i = 0; i < 64; ++i) positions.index[i] = uint8_t(i);
+    for (int i = 0; i < 128; ++i) positions.category[i] = uint8_t(measure(i).category);
+    return positions;
+}
+constexpr AllPositions kAllPositions = makeAllPositions();
+
+// The zeros before each position of `set`, at most 15, as lanes; `before` is the position before the first one. Zeros
+// that are symbols join the set. What lies after its lanes is not above 0.
+template <class S> QEL_INLINE U8<64> runsOf(uint64_t& set, uint64_t before)
+{
+    auto runs = [=](uint64_t values) {
+        auto positions = load<U8<64>>(kAllPositions.index);
+        return S::compress(positions, values) - S::compress(positions + 1, values | before);
+    };
+    U8<64> all = runs(set);
+    if (__builtin_expect(S::greater((S8<64>)all, S8<64>{} + 15) == 0, 1)) return all;
+    set |= endsOfSixteenZeros(set | before);
+    return runs(set);
+}
+
+template <class S>
+QEL_INLINE void countAll(const Coefficients& coefficients, uint64_t set, uint64_t before, uint32_t* counts)
+{
+    U8<64> runs = runsOf<S>(set, before), value = S::compress(load<U8<64>>(coefficients.bytes), set);
+    U8<64> magnitude = value ^ (U8<64>)((S8<64>)value < 0);
+    U8<64> category = S::pick(load<U8<64>>(kAllPositions.category), load<U8<64>>(kAllPositions.category + 64), magnitude);
+    uint8_t indices[64];
+    store(indices, (U8<64>)((U16<64>)runs << 4) | category);
+    for (int i = 0, all = __builtin_popcountll(set); i < all; ++i) ++counts[indices[i]];
+}
+
 // The same with the magnitudes of the coefficients; valueAt(position) is for those that are not bytes.
 template <int kLargest, class Sink, class ValueAt>
 QEL_INLINE bool walk(const Coefficients& coefficients, uint64_t set, uint64_t first, Sink& sink, ValueAt valueAt)
 {
-    if (__builtin_expect(coefficients.areBytes(), 1))
+    if (__builtin_expect(coefficients.areBytes(), 1)) {
+        if constexpr (kBlockWidth == 64 && requires { sink.counts; }) {
+            countAll<Simd<64>>(coefficients, set, uint64_t(1) << (first - 1), sink.counts);
+            return true;
+        }
         return walkSet<kLargestOfAll>(set, first, sink, [&](uint64_t position) -> Magnitude {
             uint64_t value = coefficients.bytes[position], category = kCategories.of[value];
             return {category, value & ((uint64_t(1) << category) - 1)};
         });
+    }
     return walkSet<kLargest>(set, first, sink, [&](uint64_t position) { return magnitudeOf(valueAt(position)); });
 }
 
