@@ -5,8 +5,7 @@
 #include "core/byte_order.h"
 #include "core/simd.h"
 
-namespace qel {
-namespace QEL_BUILD {
+namespace qel::QEL_BUILD {
 namespace {
 
 QEL_INLINE uint32_t loadBig32(const uint8_t* p)
@@ -24,6 +23,5 @@ QEL_INLINE void storeBig64(uint8_t* p, uint64_t word) { store(p, kLittleEndian ?
 // Whether a byte of the word is 0xFF.
 QEL_INLINE bool hasFF(uint64_t word) { return (word & ~(word + 0x0101010101010101) & 0x8080808080808080) != 0; }
 
-}
 }
 }

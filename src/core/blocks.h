@@ -4,8 +4,7 @@
 
 #include "core/simd.h"
 
-namespace qel {
-namespace QEL_BUILD {
+namespace qel::QEL_BUILD {
 namespace {
 
 // Registers of 16 bytes side by side as one, and the other way round.
@@ -26,6 +25,5 @@ template <int N, class Block> QEL_INLINE void splitBlocks(S16<N> joined, Block* 
     }
 }
 
-}
 }
 }

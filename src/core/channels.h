@@ -7,8 +7,7 @@
 
 #include "core/lanes.h"
 
-namespace qel {
-namespace QEL_BUILD {
+namespace qel::QEL_BUILD {
 namespace {
 
 template <class T> struct Planes3 {
@@ -73,6 +72,5 @@ template <class Row> struct Pixels4 {
     QEL_INLINE void put(auto lanes, ptrdiff_t i, auto v) const { lanes.store4(row + 4 * i, v); }
 };
 
-}
 }
 }

@@ -5,8 +5,7 @@
 
 #include "core/simd.h"
 
-namespace qel {
-namespace QEL_BUILD {
+namespace qel::QEL_BUILD {
 namespace {
 
 // Samples of several channels, or registers of them.
@@ -157,6 +156,5 @@ template <class L>
 concept Several = L::kSamples >
 1;
 
-}
 }
 }

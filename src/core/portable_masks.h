@@ -5,8 +5,7 @@
 
 #include "core/registers.h"
 
-namespace qel {
-namespace QEL_BUILD {
+namespace qel::QEL_BUILD {
 namespace {
 
 template <int N> struct PortableMasks {
@@ -125,6 +124,5 @@ private:
     }
 };
 
-}
 }
 }

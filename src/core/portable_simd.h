@@ -8,8 +8,7 @@
 
 #include "core/portable_masks.h"
 
-namespace qel {
-namespace QEL_BUILD {
+namespace qel::QEL_BUILD {
 namespace {
 
 template <class Lane> QEL_INLINE Lane clampTo(int v, int low, int high)
@@ -379,6 +378,5 @@ template <int N> QEL_INLINE void zip4(U8<N>& a, U8<N>& b, U8<N>& c, U8<N>& d)
     d = (U8<N>)Simd<N>::zipHigh(abHigh, cdHigh);
 }
 
-}
 }
 }

@@ -9,8 +9,7 @@
 #include "core/byte_order.h"
 #include "core/inline.h"
 
-namespace qel {
-namespace QEL_BUILD {
+namespace qel::QEL_BUILD {
 namespace {
 
 template <class T, int N> struct VectorOf {
@@ -88,6 +87,5 @@ template <int N> QEL_INLINE S16<N> wordPairsOf(int first, int second)
     return (S16<N>)(U32<N>{} + (uint32_t(low & 0xFFFF) | uint32_t(high) << 16));
 }
 
-}
 }
 }

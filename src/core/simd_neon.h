@@ -5,8 +5,7 @@
 
 #include <arm_neon.h>
 
-namespace qel {
-namespace QEL_BUILD {
+namespace qel::QEL_BUILD {
 namespace {
 
 template <> struct Simd<16> : PortableSimd<16> {
@@ -248,6 +247,5 @@ private:
 };
 constexpr Simd<16>::Triples Simd<16>::kTriples = Simd<16>::makeTriples();
 
-}
 }
 }

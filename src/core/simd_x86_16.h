@@ -7,8 +7,7 @@
 #include "core/simd_x86_interleave.h"
 #include "core/simd_x86_operations.h"
 
-namespace qel {
-namespace QEL_BUILD {
+namespace qel::QEL_BUILD {
 namespace {
 
 template <> struct Simd<16> : GatheredBits, Interleaved<16, Simd<16>> {
@@ -156,6 +155,5 @@ template <> struct Simd<16> : GatheredBits, Interleaved<16, Simd<16>> {
     static QEL_INLINE void fence() { _mm_sfence(); }
 };
 
-}
 }
 }

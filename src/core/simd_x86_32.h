@@ -7,8 +7,7 @@
 #include "core/simd_x86_interleave.h"
 #include "core/simd_x86_operations.h"
 
-namespace qel {
-namespace QEL_BUILD {
+namespace qel::QEL_BUILD {
 namespace {
 
 // A permutation of 64 bytes as shuffles within blocks of 16: where the bytes of result r come from in source s whose
@@ -191,6 +190,5 @@ template <> struct Simd<32> : GatheredBits, Interleaved<32, Simd<32>> {
     static QEL_INLINE void fence() { _mm_sfence(); }
 };
 
-}
 }
 }

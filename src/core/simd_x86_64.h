@@ -8,8 +8,7 @@
 #include "core/simd_x86_masks.h"
 #include "core/simd_x86_operations.h"
 
-namespace qel {
-namespace QEL_BUILD {
+namespace qel::QEL_BUILD {
 namespace {
 
 // Where the lanes of interleaved triples come from, as indices into two registers of kLanes or into the third.
@@ -41,13 +40,11 @@ constexpr auto kTriplesOfWords = makeWideTriples<uint32_t>();
 struct EveryOtherWord {
     alignas(64) uint16_t from[2][32]; // 0, 2, 4 .. and 1, 3, 5 ..
 };
-constexpr EveryOtherWord makeEveryOtherWord()
-{
+constexpr EveryOtherWord kEveryOtherWord = [] {
     EveryOtherWord words = {};
     for (int i = 0; i < 64; ++i) words.from[i % 2][i / 2] = uint16_t(i);
     return words;
-}
-constexpr EveryOtherWord kEveryOtherWord = makeEveryOtherWord();
+}();
 
 template <> struct Simd<64> : GatheredBits, Interleaved<64, Simd<64>>, Masks512 {
     using Masks512::runningSum;
@@ -210,6 +207,5 @@ template <> struct Simd<64> : GatheredBits, Interleaved<64, Simd<64>>, Masks512 
     static QEL_INLINE void fence() { _mm_sfence(); }
 };
 
-}
 }
 }

@@ -5,8 +5,7 @@
 
 #include <immintrin.h>
 
-namespace qel {
-namespace QEL_BUILD {
+namespace qel::QEL_BUILD {
 namespace {
 
 // Bytes of interleaved triples lie in three registers r0, r1, r2 of 16 bytes. Byte j of register k belongs to channel
@@ -19,8 +18,7 @@ struct Triples {
     alignas(64) uint8_t pairs[2][64];  // four triples as pairs: where they come from, from byte 0 or from byte 4 on
     alignas(64) uint8_t fours[64];     // the same of four quadruples
 };
-constexpr Triples makeTriples()
-{
+constexpr Triples kTriples = [] {
     Triples t = {};
     for (int c = 0; c < 3; ++c)
         for (int j = 0; j < 64; ++j) {
@@ -36,8 +34,7 @@ constexpr Triples makeTriples()
         t.fours[j] = uint8_t(j % 16 / 8 * 2 + 4 * triple + j % 2);
     }
     return t;
-}
-constexpr Triples kTriples = makeTriples();
+}();
 
 // Pairs and quadruples: even and odd bytes come apart by masks, shifts and packs.
 template <int N, class Simd> struct Interleaved {
@@ -165,6 +162,5 @@ struct GatheredBits {
 // multiple of 2^16.
 template <class V> QEL_INLINE V evenTies(V rounded, V low) { return rounded + (V)(low == 0x4000); }
 
-}
 }
 }

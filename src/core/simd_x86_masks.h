@@ -6,8 +6,7 @@
 
 #include "core/registers.h"
 
-namespace qel {
-namespace QEL_BUILD {
+namespace qel::QEL_BUILD {
 namespace {
 
 struct Masks512 {
@@ -104,6 +103,5 @@ struct Masks512 {
     }
 };
 
-}
 }
 }

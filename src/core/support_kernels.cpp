@@ -4,8 +4,7 @@
 
 #include "core/walk.h"
 
-namespace qel {
-namespace QEL_BUILD {
+namespace qel::QEL_BUILD {
 namespace {
 
 void copy(const uint8_t* src, uint8_t* dst, size_t len) { __builtin_memcpy(dst, src, len); }
@@ -76,6 +75,4 @@ constexpr SupportKernels kKernels = {
 }
 }
 
-const SupportKernels SupportKernels::QEL_BUILD = QEL_BUILD::kKernels;
-
-}
+const qel::SupportKernels qel::SupportKernels::QEL_BUILD = qel::QEL_BUILD::kKernels;

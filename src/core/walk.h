@@ -4,8 +4,7 @@
 
 #include "core/lanes.h"
 
-namespace qel {
-namespace QEL_BUILD {
+namespace qel::QEL_BUILD {
 namespace {
 
 // The two ways to store: into the caches, or non-temporally, for output that no cache can hold.
@@ -120,6 +119,5 @@ QEL_INLINE void walkOverlapping(ptrdiff_t begin, ptrdiff_t end, ptrdiff_t phase,
     for (ptrdiff_t i = begin; i < end; ++i) body(Lanes<1>(), i);
 }
 
-}
 }
 }

@@ -6,8 +6,7 @@
 #include "core/simd.h"
 #include "jpeg/block/dct_tables.h"
 
-namespace qel {
-namespace QEL_BUILD {
+namespace qel::QEL_BUILD {
 namespace {
 
 using Row = S16<16>;
@@ -70,6 +69,5 @@ QEL_INLINE void inverseColumns(Row (&x)[8])
     x[4] = sub(p3, h1) >> 5;
 }
 
-}
 }
 }

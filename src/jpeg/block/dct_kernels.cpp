@@ -7,8 +7,7 @@
 #include "jpeg/block/dct_columns.h"
 #include "jpeg/block/dct_tables.h"
 
-namespace qel {
-namespace QEL_BUILD {
+namespace qel::QEL_BUILD {
 namespace {
 
 constexpr int kWidth = QEL_WIDTH < 16 ? 16 : QEL_WIDTH;
@@ -290,6 +289,4 @@ constexpr DctKernels kKernels = {
 }
 }
 
-const DctKernels DctKernels::QEL_BUILD = QEL_BUILD::kKernels;
-
-}
+const qel::DctKernels qel::DctKernels::QEL_BUILD = qel::QEL_BUILD::kKernels;

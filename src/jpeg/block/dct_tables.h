@@ -6,8 +6,7 @@
 
 #include "core/simd.h"
 
-namespace qel {
-namespace QEL_BUILD {
+namespace qel::QEL_BUILD {
 namespace {
 
 // Factors of the column passes, one for each lane, in units of 2^-16; cos4 in units of 2^-15.
@@ -18,8 +17,7 @@ struct ColumnFactors {
     // What is added to four times a mean: 16 and the values of the other rows.
     alignas(16) int16_t meanUpper[8], meanMiddle[8], meanLower[8];
 };
-constexpr ColumnFactors makeColumnFactors()
-{
+constexpr ColumnFactors kColumnFactors = [] {
     ColumnFactors f = {};
     for (int i = 0; i < 8; ++i) {
         f.tan1[i] = 13036;
@@ -35,8 +33,7 @@ constexpr ColumnFactors makeColumnFactors()
         f.meanLower[i] = 16 - 1;
     }
     return f;
-}
-constexpr ColumnFactors kColumnFactors = makeColumnFactors();
+}();
 
 // 16384 * c * sqrt(2) * cos(k * pi/16) for k = 1 to 7, rounded. The column passes leave rows v and 8 - v divided by
 // c = sqrt(2) * cos(v * pi/16), and rows 0 and 4 as they are.
@@ -78,8 +75,7 @@ constexpr int32_t forwardRounding(int row, int u)
     return rounding;
 }
 
-constexpr RowTables makeRowTables()
-{
+constexpr RowTables kRowTables = [] {
     RowTables t = {};
     for (int row = 0; row < 8; ++row)
         for (int lane = 0; lane < 8; ++lane) {
@@ -95,8 +91,7 @@ constexpr RowTables makeRowTables()
             t.isOdd[row][i] = -(i % 2);
         }
     return t;
-}
-constexpr RowTables kRowTables = makeRowTables();
+}();
 
 // The compiler is not to see the values: it would load each into a register of its own, or make it from an integer,
 // where an instruction can take it from memory.
@@ -109,6 +104,5 @@ template <class Tables> QEL_INLINE const Tables& opaque(const Tables& tables)
 QEL_INLINE const ColumnFactors& columnFactors() { return opaque(kColumnFactors); }
 QEL_INLINE const RowTables& rowTables() { return opaque(kRowTables); }
 
-}
 }
 }

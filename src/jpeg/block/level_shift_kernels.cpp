@@ -4,8 +4,7 @@
 
 #include "core/walk.h"
 
-namespace qel {
-namespace QEL_BUILD {
+namespace qel::QEL_BUILD {
 namespace {
 
 template <class Store> void sub128(const uint8_t* src, int16_t* dst, int len)
@@ -42,6 +41,4 @@ constexpr LevelShiftKernels kKernels = {
 }
 }
 
-const LevelShiftKernels LevelShiftKernels::QEL_BUILD = QEL_BUILD::kKernels;
-
-}
+const qel::LevelShiftKernels qel::LevelShiftKernels::QEL_BUILD = qel::QEL_BUILD::kKernels;

@@ -4,8 +4,7 @@
 
 #include "core/simd.h"
 
-namespace qel {
-namespace QEL_BUILD {
+namespace qel::QEL_BUILD {
 namespace {
 
 constexpr int kWidth = QEL_WIDTH < 16 ? 16 : QEL_WIDTH;
@@ -34,6 +33,4 @@ constexpr QuantizationKernels kKernels = {
 }
 }
 
-const QuantizationKernels QuantizationKernels::QEL_BUILD = QEL_BUILD::kKernels;
-
-}
+const qel::QuantizationKernels qel::QuantizationKernels::QEL_BUILD = qel::QEL_BUILD::kKernels;

@@ -7,8 +7,7 @@
 #include "jpeg/colour/colour_tables.h"
 #include "jpeg/colour/pixel_formats.h"
 
-namespace qel {
-namespace QEL_BUILD {
+namespace qel::QEL_BUILD {
 namespace {
 
 // --- YCbCr to RGB, 14 fraction bits.
@@ -268,6 +267,4 @@ constexpr ColourKernels kKernels = {
 }
 }
 
-const ColourKernels ColourKernels::QEL_BUILD = QEL_BUILD::kKernels;
-
-}
+const qel::ColourKernels qel::ColourKernels::QEL_BUILD = qel::QEL_BUILD::kKernels;

@@ -6,8 +6,7 @@
 #include "jpeg/colour/colour_tables.h"
 #include "jpeg/colour/pixel_formats.h"
 
-namespace qel {
-namespace QEL_BUILD {
+namespace qel::QEL_BUILD {
 namespace {
 
 // v >> kBits. Shuffles keep the ports busy that shift; the multipliers have time.
@@ -197,6 +196,5 @@ template <Weights w, int N> QEL_INLINE U8<N> weigh(Differences<N> p)
     return Simd<N>::packUnsigned(half(0), half(1));
 }
 
-}
 }
 }

@@ -6,8 +6,7 @@
 #include "jpeg/colour/colour_sums.h"
 #include "jpeg/colour/mcu_tiles.h"
 
-namespace qel {
-namespace QEL_BUILD {
+namespace qel::QEL_BUILD {
 namespace {
 
 struct Three {
@@ -82,6 +81,5 @@ struct InkStep : RgbStep {
     static constexpr int kComponents = 4;
 };
 
-}
 }
 }

@@ -5,8 +5,7 @@
 #include "jpeg/colour/mcu_colours.h"
 #include "jpeg/colour/mcu_tiles.h"
 
-namespace qel {
-namespace QEL_BUILD {
+namespace qel::QEL_BUILD {
 namespace {
 
 // kH x kV luma samples for one of chroma, and as many blocks.
@@ -264,6 +263,4 @@ constexpr McuKernels kKernels = {
 }
 }
 
-const McuKernels McuKernels::QEL_BUILD = QEL_BUILD::kKernels;
-
-}
+const qel::McuKernels qel::McuKernels::QEL_BUILD = qel::QEL_BUILD::kKernels;

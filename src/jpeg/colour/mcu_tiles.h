@@ -6,8 +6,7 @@
 #include "core/blocks.h"
 #include "jpeg/colour/pixel_formats.h"
 
-namespace qel {
-namespace QEL_BUILD {
+namespace qel::QEL_BUILD {
 namespace {
 
 constexpr int kWidth = QEL_WIDTH < 16 ? 16 : QEL_WIDTH, kBlocks = kWidth / 16;
@@ -145,6 +144,5 @@ template <class Row> struct YccPairs {
     }
 };
 
-}
 }
 }

@@ -6,8 +6,7 @@
 #include "core/channels.h"
 #include "jpeg/colour/samples.h"
 
-namespace qel {
-namespace QEL_BUILD {
+namespace qel::QEL_BUILD {
 namespace {
 
 // R, G, B, and C, M, Y, K.
@@ -87,6 +86,5 @@ template <class Row> using Bgr555 = Bgr16<5, Row>;
 template <class Row> using Rgb565 = Rgb16<6, Row>;
 template <class Row> using Bgr565 = Bgr16<6, Row>;
 
-}
 }
 }

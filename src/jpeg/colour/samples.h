@@ -4,8 +4,7 @@
 
 #include "core/walk.h"
 
-namespace qel {
-namespace QEL_BUILD {
+namespace qel::QEL_BUILD {
 namespace {
 
 template <int N> QEL_INLINE auto everyOtherBlock(const uint8_t* p)
@@ -186,6 +185,5 @@ QEL_INLINE ptrdiff_t walkGroupsInto(To to, ptrdiff_t i, ptrdiff_t n, Body body)
     return walkGroups<kGroup>(i, n, body);
 }
 
-}
 }
 }

@@ -4,8 +4,7 @@
 
 #include "core/walk.h"
 
-namespace qel {
-namespace QEL_BUILD {
+namespace qel::QEL_BUILD {
 namespace {
 
 // For filters that gain nothing by registers of a whole cache line: most of their loads would cross into the next one.
@@ -112,8 +111,7 @@ struct Bilinear {
 
 // Walks source samples, of which each gives two destination samples, so that registers of these are aligned: stores are
 // most of the traffic.
-template <int kWidest, class Body>
-QEL_INLINE void walkDoubling(uint8_t* dst, ptrdiff_t begin, ptrdiff_t end, Body body)
+template <int kWidest, class Body> QEL_INLINE void walkDoubling(uint8_t* dst, ptrdiff_t begin, ptrdiff_t end, Body body)
 {
     walkOverlapping<uint8_t, kWidest>(begin, end, ptrdiff_t((uintptr_t)dst / 2), body);
 }
@@ -133,8 +131,9 @@ template <class Store, class Rows> QEL_INLINE void upPlaneRow(Rows rows, uint8_t
         walkInto<Streamed, 2>(dst, pairs,
                               [=](auto lanes, ptrdiff_t i, auto out) QEL_INLINE_BODY { rows.up(lanes, i, out); });
     else
-        walkDoubling<Rows::kWidest>(dst, 0, pairs,
-                     [=](auto lanes, ptrdiff_t i) QEL_INLINE_BODY { rows.up(lanes, i, cachedAt(lanes, dst + 2 * i)); });
+        walkDoubling<Rows::kWidest>(dst, 0, pairs, [=](auto lanes, ptrdiff_t i) QEL_INLINE_BODY {
+            rows.up(lanes, i, cachedAt(lanes, dst + 2 * i));
+        });
     upLast(rows, dst, dstWidth);
 }
 
@@ -161,8 +160,9 @@ template <class Rows> QEL_INLINE void upRow(Rows rows, int srcWidth, uint8_t* ds
     dst[0] = rows.left(rows.at(0), rows.at(0));
     if (srcWidth > 1) {
         dst[1] = rows.right(rows.at(0), rows.at(1));
-        walkDoubling<Rows::kWidest>(dst, 1, last,
-                     [=](auto lanes, ptrdiff_t i) QEL_INLINE_BODY { rows.up(lanes, i, cachedAt(lanes, dst + 2 * i)); });
+        walkDoubling<Rows::kWidest>(dst, 1, last, [=](auto lanes, ptrdiff_t i) QEL_INLINE_BODY {
+            rows.up(lanes, i, cachedAt(lanes, dst + 2 * i));
+        });
         dst[2 * last] = rows.left(rows.at(last), rows.at(last - 1));
     }
     dst[2 * last + 1] = rows.right(rows.at(last), rows.at(last));
@@ -205,6 +205,4 @@ constexpr SamplingKernels kKernels = {
 }
 }
 
-const SamplingKernels SamplingKernels::QEL_BUILD = QEL_BUILD::kKernels;
-
-}
+const qel::SamplingKernels qel::SamplingKernels::QEL_BUILD = qel::QEL_BUILD::kKernels;

@@ -4,16 +4,14 @@
 
 #include "jpeg/entropy/scan_order.h"
 
-namespace qel {
-namespace QEL_BUILD {
+namespace qel::QEL_BUILD {
 namespace {
 
 // of[i][m] is the set, by position in the scan, of those coefficients from natural index 6i on that `m` has.
 struct ScanSets {
     uint64_t of[11][64];
 };
-constexpr ScanSets makeScanSets()
-{
+constexpr ScanSets kScanSets = [] {
     ScanSets sets = {};
     for (int position = 0; position < 64; ++position) {
         int index = kScanOrder.index[position];
@@ -21,8 +19,7 @@ constexpr ScanSets makeScanSets()
             if ((m >> (index % 6)) & 1) sets.of[index / 6][m] |= uint64_t(1) << position;
     }
     return sets;
-}
-constexpr ScanSets kScanSets = makeScanSets();
+}();
 
 constexpr int kBlockWidth = QEL_WIDTH < 16 ? 16 : QEL_WIDTH;
 
@@ -42,6 +39,5 @@ template <class Transform> QEL_INLINE uint64_t nonZero(const int16_t* block, Tra
     return scan;
 }
 
-}
 }
 }

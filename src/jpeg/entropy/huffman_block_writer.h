@@ -7,24 +7,21 @@
 #include "jpeg/entropy/huffman_tables.h"
 #include "jpeg/entropy/scan_coefficients.h"
 
-namespace qel {
-namespace QEL_BUILD {
+namespace qel::QEL_BUILD {
 namespace {
 
 // In the order of the scan: where the bytes of coefficients are.
 struct BytesInScan {
     alignas(64) uint8_t low[64], high[64];
 };
-constexpr BytesInScan makeBytesInScan()
-{
+constexpr BytesInScan kBytesInScan = [] {
     BytesInScan bytes = {};
     for (int i = 0; i < 64; ++i) {
         bytes.low[i] = uint8_t(2 * kScanOrder.index[i]);
         bytes.high[i] = uint8_t(2 * kScanOrder.index[i] + 1);
     }
     return bytes;
-}
-constexpr BytesInScan kBytesInScan = makeBytesInScan();
+}();
 
 // The symbols of a block: lane i of the registers is the symbol i.
 template <class S> struct AcSymbols {
@@ -160,6 +157,5 @@ private:
 };
 constexpr BlockWriter::Before BlockWriter::kBefore = BlockWriter::makeBefore();
 
-}
 }
 }

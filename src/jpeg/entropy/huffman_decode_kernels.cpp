@@ -6,8 +6,7 @@
 #include "jpeg/entropy/huffman_plain_reader.h"
 #include "jpeg/entropy/scan_order.h"
 
-namespace qel {
-namespace QEL_BUILD {
+namespace qel::QEL_BUILD {
 namespace {
 
 // With registers of 16 bytes: for wider ones the function would align its frame.
@@ -234,6 +233,4 @@ constexpr HuffmanDecodeKernels kKernels = {
 }
 }
 
-const HuffmanDecodeKernels HuffmanDecodeKernels::QEL_BUILD = QEL_BUILD::kKernels;
-
-}
+const qel::HuffmanDecodeKernels qel::HuffmanDecodeKernels::QEL_BUILD = qel::QEL_BUILD::kKernels;

@@ -6,8 +6,7 @@
 #include "jpeg/entropy/huffman_fast_writer.h"
 #include "jpeg/entropy/scan_coefficients.h"
 
-namespace qel {
-namespace QEL_BUILD {
+namespace qel::QEL_BUILD {
 namespace {
 
 QEL_INLINE Coefficients coefficientsOf(const int16_t* block)
@@ -144,6 +143,4 @@ constexpr HuffmanEncodeKernels kKernels = {
 }
 }
 
-const HuffmanEncodeKernels HuffmanEncodeKernels::QEL_BUILD = QEL_BUILD::kKernels;
-
-}
+const qel::HuffmanEncodeKernels qel::HuffmanEncodeKernels::QEL_BUILD = qel::QEL_BUILD::kKernels;

@@ -5,20 +5,17 @@
 
 #include "jpeg/entropy/huffman_plain_reader.h"
 
-namespace qel {
-namespace QEL_BUILD {
+namespace qel::QEL_BUILD {
 namespace {
 
 struct AllOnes {
     uint32_t of[16]; // by number of bits
 };
-constexpr AllOnes makeAllOnes()
-{
+constexpr AllOnes kAllOnes = [] {
     AllOnes ones = {};
     for (int n = 0; n < 16; ++n) ones.of[n] = (1u << n) - 1;
     return ones;
-}
-constexpr AllOnes kAllOnes = makeAllOnes();
+}();
 
 class FastReader {
 public:
@@ -153,6 +150,5 @@ private:
     unsigned count_;
 };
 
-}
 }
 }

@@ -6,8 +6,7 @@
 #include "jpeg/entropy/huffman_tables.h"
 #include "jpeg/entropy/scan_coefficients.h"
 
-namespace qel {
-namespace QEL_BUILD {
+namespace qel::QEL_BUILD {
 namespace {
 
 // Bits on their way to memory, 64 at a time: from the top of `bits`, the `free` lowest of which are zero.
@@ -112,6 +111,5 @@ struct SymbolCounter {
     QEL_INLINE bool fail(QelStatus why) { return status = why, false; }
 };
 
-}
 }
 }

@@ -8,8 +8,7 @@
 #include "jpeg/entropy/huffman_reading.h"
 #include "jpeg/entropy/huffman_tables.h"
 
-namespace qel {
-namespace QEL_BUILD {
+namespace qel::QEL_BUILD {
 namespace {
 
 // The accumulator of a state, loaded and stored as one word: what has been stored in halves is loaded late.
@@ -207,6 +206,5 @@ private:
     int* count_;
 };
 
-}
 }
 }

@@ -31,13 +31,11 @@ struct ValueRanges {
         uint32_t all, half;
     } of[16];
 };
-constexpr ValueRanges makeValueRanges()
-{
+constexpr ValueRanges kValueRanges = [] {
     ValueRanges ranges = {};
     for (int n = 1; n < 16; ++n) ranges.of[n] = {(1u << n) - 1, 1u << (n - 1)};
     return ranges;
-}
-constexpr ValueRanges kValueRanges = makeValueRanges();
+}();
 
 // Stores the next difference and returns true if the state has all its bits, its code is a short one for a value of up
 // to 15 bits, and no marker is near. For the caller that decodes value by value: nothing but the number of bits

@@ -23,13 +23,11 @@ inline __attribute__((always_inline)) constexpr Magnitude measure(int value)
 struct SmallMagnitudes {
     uint16_t of[512];
 };
-constexpr SmallMagnitudes makeSmallMagnitudes()
-{
+constexpr SmallMagnitudes kSmallMagnitudes = [] {
     SmallMagnitudes table = {};
     for (int i = 0; i < 512; ++i) table.of[i] = uint16_t(measure(i - 256).bits << 8 | measure(i - 256).category);
     return table;
-}
-constexpr SmallMagnitudes kSmallMagnitudes = makeSmallMagnitudes();
+}();
 
 inline __attribute__((always_inline)) Magnitude magnitudeOf(int value)
 {

@@ -5,8 +5,7 @@
 #include "jpeg/entropy/coefficient_sets.h"
 #include "jpeg/entropy/huffman_fast_reader.h"
 
-namespace qel {
-namespace QEL_BUILD {
+namespace qel::QEL_BUILD {
 namespace {
 
 __attribute__((noinline)) QelStatus finishDcFirst(const uint8_t* src, int srcLen, int* pos, int16_t* block,
@@ -361,6 +360,4 @@ constexpr ProgressiveDecodeKernels kKernels = {
 }
 }
 
-const ProgressiveDecodeKernels ProgressiveDecodeKernels::QEL_BUILD = QEL_BUILD::kKernels;
-
-}
+const qel::ProgressiveDecodeKernels qel::ProgressiveDecodeKernels::QEL_BUILD = qel::QEL_BUILD::kKernels;

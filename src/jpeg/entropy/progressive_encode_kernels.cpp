@@ -5,22 +5,19 @@
 #include "jpeg/entropy/huffman_fast_writer.h"
 #include "jpeg/entropy/scan_coefficients.h"
 
-namespace qel {
-namespace QEL_BUILD {
+namespace qel::QEL_BUILD {
 namespace {
 
 // Bit i is bit 7 - i of the index.
 struct ReversedBytes {
     uint8_t of[256];
 };
-constexpr ReversedBytes makeReversedBytes()
-{
+constexpr ReversedBytes kReversedBytes = [] {
     ReversedBytes reversed = {};
     for (int i = 0; i < 256; ++i)
         for (int bit = 0; bit < 8; ++bit) reversed.of[i] = uint8_t(reversed.of[i] | ((i >> bit) & 1) << (7 - bit));
     return reversed;
-}
-constexpr ReversedBytes kReversedBytes = makeReversedBytes();
+}();
 
 // Correction bits of a block: the oldest lowest.
 struct Corrections {
@@ -305,6 +302,4 @@ constexpr ProgressiveEncodeKernels kKernels = {
 }
 }
 
-const ProgressiveEncodeKernels ProgressiveEncodeKernels::QEL_BUILD = QEL_BUILD::kKernels;
-
-}
+const qel::ProgressiveEncodeKernels qel::ProgressiveEncodeKernels::QEL_BUILD = qel::QEL_BUILD::kKernels;

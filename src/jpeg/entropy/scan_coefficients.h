@@ -6,21 +6,18 @@
 #include "jpeg/entropy/huffman_tables.h"
 #include "jpeg/entropy/magnitudes.h"
 
-namespace qel {
-namespace QEL_BUILD {
+namespace qel::QEL_BUILD {
 namespace {
 
 // By a byte: the category of the value v that it stands for, which is v itself from 0 on, and else v - 1.
 struct Categories {
     uint32_t of[256];
 };
-constexpr Categories makeCategories()
-{
+constexpr Categories kCategories = [] {
     Categories table = {};
     for (int i = 0; i < 256; ++i) table.of[i] = uint32_t(measure(i < 128 ? i : i - 255).category);
     return table;
-}
-constexpr Categories kCategories = makeCategories();
+}();
 
 // The order of the scan in packed registers of N bytes, whose blocks of 16 hold two rows each.
 template <int N> struct PackedScanOrder {
@@ -118,14 +115,12 @@ QEL_INLINE uint64_t endsOfSixteenZeros(uint64_t values)
 struct AllPositions {
     alignas(64) uint8_t index[64], category[128]; // of a position: itself; of a byte's magnitude
 };
-constexpr AllPositions makeAllPositions()
-{
+constexpr AllPositions kAllPositions = [] {
     AllPositions positions = {};
     for (int i = 0; i < 64; ++i) positions.index[i] = uint8_t(i);
     for (int i = 0; i < 128; ++i) positions.category[i] = uint8_t(measure(i).category);
     return positions;
-}
-constexpr AllPositions kAllPositions = makeAllPositions();
+}();
 
 // The zeros before each position of `set`, at most 15, as lanes; `before` is the position before the first one. Zeros
 // that are symbols join the set. What lies after its lanes is not above 0.
@@ -146,7 +141,8 @@ QEL_INLINE void countAll(const Coefficients& coefficients, uint64_t set, uint64_
 {
     U8<64> runs = runsOf<S>(set, before), value = S::compress(load<U8<64>>(coefficients.bytes), set);
     U8<64> magnitude = value ^ (U8<64>)((S8<64>)value < 0);
-    U8<64> category = S::pick(load<U8<64>>(kAllPositions.category), load<U8<64>>(kAllPositions.category + 64), magnitude);
+    U8<64> category =
+        S::pick(load<U8<64>>(kAllPositions.category), load<U8<64>>(kAllPositions.category + 64), magnitude);
     uint8_t indices[64];
     store(indices, (U8<64>)((U16<64>)runs << 4) | category);
     for (int i = 0, all = __builtin_popcountll(set); i < all; ++i) ++counts[indices[i]];
@@ -169,6 +165,5 @@ QEL_INLINE bool walk(const Coefficients& coefficients, uint64_t set, uint64_t fi
     return walkSet<kLargest>(set, first, sink, [&](uint64_t position) { return magnitudeOf(valueAt(position)); });
 }
 
-}
 }
 }

@@ -4,15 +4,13 @@
 
 #include "core/simd.h"
 
-namespace qel {
-namespace QEL_BUILD {
+namespace qel::QEL_BUILD {
 namespace {
 
 struct ScanOrder {
     uint8_t index[64 + 16]; // by position: 8 * row + column; 63 also after the end, as far as a run of zeros leads
 };
-constexpr ScanOrder makeScanOrder()
-{
+constexpr ScanOrder kScanOrder = [] {
     ScanOrder order = {};
     for (int position = 0, row = 0, column = 0; position < 64; ++position) {
         order.index[position] = uint8_t(8 * row + column);
@@ -33,9 +31,7 @@ constexpr ScanOrder makeScanOrder()
     }
     for (int position = 64; position < 80; ++position) order.index[position] = 63;
     return order;
-}
-constexpr ScanOrder kScanOrder = makeScanOrder();
+}();
 
-}
 }
 }

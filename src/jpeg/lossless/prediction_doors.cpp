@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
-// Lossless prediction: exported internal functions.
-#include "jpeg/lossless/prediction_doors.h"
-
+// Lossless prediction: the internal functions that the library exports beside its interface. They check nothing.
 #include "core/dispatch.h"
+#include "core/exports.h"
+#include "jpeg/lossless/prediction.h"
 
 using namespace qel;
 
 #define QEL_DOOR(NAME, KERNEL)                                                                                         \
-    void NAME(const int16_t* src, const int16_t* prev, int16_t* dst, int width)                                        \
+    QEL_KERNEL void NAME(const int16_t* src, const int16_t* prev, int16_t* dst, int width)                             \
     {                                                                                                                  \
         kernels<PredictionKernels>().KERNEL(src, prev, dst, width);                                                    \
     }

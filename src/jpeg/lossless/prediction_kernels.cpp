@@ -5,8 +5,7 @@
 
 #include "core/walk.h"
 
-namespace qel {
-namespace QEL_BUILD {
+namespace qel::QEL_BUILD {
 namespace {
 
 // Halves rounded down.
@@ -255,6 +254,4 @@ template <int... kPredictors> constexpr PredictionKernels kKernels = {
 }
 }
 
-const PredictionKernels PredictionKernels::QEL_BUILD = QEL_BUILD::kKernels<1, 2, 3, 4, 5, 6, 7>;
-
-}
+const qel::PredictionKernels qel::PredictionKernels::QEL_BUILD = qel::QEL_BUILD::kKernels<1, 2, 3, 4, 5, 6, 7>;

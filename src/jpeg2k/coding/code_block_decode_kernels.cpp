@@ -6,8 +6,7 @@
 #include "jpeg2k/coding/mq_window.h"
 #include "jpeg2k/coding/sample_groups.h"
 
-namespace qel {
-namespace QEL_BUILD {
+namespace qel::QEL_BUILD {
 namespace {
 
 // Where the decisions of a pass come from.
@@ -264,6 +263,4 @@ constexpr CodeBlockDecodeKernels kKernels = {
 }
 }
 
-const CodeBlockDecodeKernels CodeBlockDecodeKernels::QEL_BUILD = QEL_BUILD::kKernels;
-
-}
+const qel::CodeBlockDecodeKernels qel::CodeBlockDecodeKernels::QEL_BUILD = qel::QEL_BUILD::kKernels;

@@ -8,8 +8,7 @@
 #include "jpeg2k/coding/mq_states.h"
 #include "jpeg2k/coding/recorded_bytes.h"
 
-namespace qel {
-namespace QEL_BUILD {
+namespace qel::QEL_BUILD {
 namespace {
 
 constexpr int kColumns = 16, kRows = 4;
@@ -377,6 +376,4 @@ constexpr CodeBlockEncodeKernels kKernels = {
 }
 }
 
-const CodeBlockEncodeKernels CodeBlockEncodeKernels::QEL_BUILD = QEL_BUILD::kKernels;
-
-}
+const qel::CodeBlockEncodeKernels qel::CodeBlockEncodeKernels::QEL_BUILD = qel::QEL_BUILD::kKernels;

@@ -5,8 +5,7 @@
 #include "core/inline.h"
 #include "jpeg2k/coding/mq_rows.h"
 
-namespace qel {
-namespace QEL_BUILD {
+namespace qel::QEL_BUILD {
 namespace {
 
 QEL_INLINE const MqRow& rowAt(uint64_t row) { return *(const MqRow*)((const uint8_t*)&kMqRows + row); }
@@ -83,6 +82,5 @@ QEL_INLINE unsigned splitInterval(uint64_t& code, uint64_t& interval, uint64_t& 
 
 #endif
 
-}
 }
 }

@@ -7,8 +7,7 @@
 #include "jpeg2k/coding/mq_decoder.h"
 #include "jpeg2k/coding/mq_split.h"
 
-namespace qel {
-namespace QEL_BUILD {
+namespace qel::QEL_BUILD {
 namespace {
 
 struct MqInput {
@@ -134,6 +133,5 @@ private:
     MqMemory* memory_;
 };
 
-}
 }
 }

@@ -6,8 +6,7 @@
 #include "jpeg2k/coding/mq_tables.h"
 #include "jpeg2k/coding/sample_sets.h"
 
-namespace qel {
-namespace QEL_BUILD {
+namespace qel::QEL_BUILD {
 namespace {
 
 constexpr int N = QEL_WIDTH < 16 ? 16 : QEL_WIDTH;
@@ -27,14 +26,12 @@ struct LanesOfSet {
     uint64_t shifts[N / 8];
     uint8_t bits[N];
 };
-constexpr LanesOfSet makeLanesOfSet()
-{
+constexpr LanesOfSet kLanesOfSet = [] {
     LanesOfSet lanes = {};
     for (int i = 0; i < N / 8; ++i) lanes.shifts[i] = uint64_t(i / 2 * 16);
     for (int i = 0; i < N; ++i) lanes.bits[i] = uint8_t(1 << i % 8);
     return lanes;
-}
-constexpr LanesOfSet kLanesOfSet = makeLanesOfSet();
+}();
 
 // All ones in the lanes of the first N samples that the set has, 0 in the others.
 QEL_INLINE U8<N> lanesOf(uint64_t set)
@@ -143,6 +140,5 @@ struct SampleBytes {
     }
 };
 
-}
 }
 }

@@ -58,8 +58,7 @@ struct FlagPatterns {
     FlagPattern neighbours[kStripeHeight]; // of a significant sample, by row
     FlagPattern signs[kStripeHeight];      // of a negative one
 };
-constexpr FlagPatterns makeFlagPatterns()
-{
+constexpr FlagPatterns kFlagPatterns = [] {
     // By row and column of the neighbour, where it sees the sample.
     const uint8_t seen[3][3] = {{kRightBottom, kBottom, kLeftBottom}, {kRight, 0, kLeft}, {kRightTop, kTop, kLeftTop}};
     const uint8_t signs[3][3] = {{0, kBottomNegative, 0}, {kRightNegative, 0, kLeftNegative}, {0, kTopNegative, 0}};
@@ -72,8 +71,7 @@ constexpr FlagPatterns makeFlagPatterns()
                     patterns.signs[row].columns[column][near] = signs[near - row + 1][column];
                 }
     return patterns;
-}
-constexpr FlagPatterns kFlagPatterns = makeFlagPatterns();
+}();
 
 // The rows of a stripe from one of its columns on.
 struct FlagStripe {

@@ -6,8 +6,7 @@
 #include "core/simd.h"
 #include "jpeg2k/coding/sample_flags.h"
 
-namespace qel {
-namespace QEL_BUILD {
+namespace qel::QEL_BUILD {
 namespace {
 
 constexpr int kGroupColumns = 16;
@@ -36,13 +35,11 @@ QEL_INLINE uint64_t samplesWithNeighbours(const FlagColumn* columns)
 struct BitOfLane {
     alignas(32) uint16_t of[16];
 };
-constexpr BitOfLane makeBitOfLane()
-{
+constexpr BitOfLane kBitOfLane = [] {
     BitOfLane bits = {};
     for (int i = 0; i < 16; ++i) bits.of[i] = uint16_t(1 << i);
     return bits;
-}
-constexpr BitOfLane kBitOfLane = makeBitOfLane();
+}();
 
 // Ones in the lanes of the lowest samples.
 template <int kBytes> QEL_INLINE S16<kBytes> lanesOf(uint64_t samples)
@@ -65,6 +62,5 @@ template <unsigned kSet, unsigned kCleared = 0> QEL_INLINE void changeFlags(Flag
     }
 }
 
-}
 }
 }

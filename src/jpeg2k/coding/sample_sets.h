@@ -5,8 +5,7 @@
 #include "core/simd.h"
 #include "jpeg2k/coding/code_block_encode.h"
 
-namespace qel {
-namespace QEL_BUILD {
+namespace qel::QEL_BUILD {
 namespace {
 
 constexpr uint64_t kTopRow = 0x1111111111111111, kBottomRow = kTopRow << 3;
@@ -145,6 +144,5 @@ QEL_INLINE Decisions refinementCoding(uint64_t hasNeighbour, uint64_t isRefined,
     return decisionsOf(decision, hasNeighbour & ~isRefined, isRefined, 0, 0);
 }
 
-}
 }
 }

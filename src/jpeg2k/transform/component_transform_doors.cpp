@@ -1,16 +1,19 @@
 // SPDX-License-Identifier: Apache-2.0
-// Component transforms: exported internal functions.
-#include "jpeg2k/transform/component_transform_doors.h"
-
+// Component transforms: the internal functions that the library exports beside its interface. They check nothing.
 #include "core/dispatch.h"
+#include "core/exports.h"
+#include "jpeg2k/transform/component_transform.h"
 
 using namespace qel;
 
 #define QEL_DOORS(T, KERNELS, FORWARD_IN_PLACE, INVERSE_IN_PLACE, TO_PLANES, TO_PIXELS)                                \
-    void FORWARD_IN_PLACE(T* a, T* b, T* c, int width) { KERNELS.forwardInPlace(a, b, c, width); }                     \
-    void INVERSE_IN_PLACE(T* a, T* b, T* c, int width) { KERNELS.inverseInPlace(a, b, c, width); }                     \
-    void TO_PLANES(const T* src, T* a, T* b, T* c, int width) { KERNELS.forward(src, a, b, c, width); }                \
-    void TO_PIXELS(const T* a, const T* b, const T* c, T* dst, int width) { KERNELS.inverse(a, b, c, dst, width); }
+    QEL_KERNEL void FORWARD_IN_PLACE(T* a, T* b, T* c, int width) { KERNELS.forwardInPlace(a, b, c, width); }          \
+    QEL_KERNEL void INVERSE_IN_PLACE(T* a, T* b, T* c, int width) { KERNELS.inverseInPlace(a, b, c, width); }          \
+    QEL_KERNEL void TO_PLANES(const T* src, T* a, T* b, T* c, int width) { KERNELS.forward(src, a, b, c, width); }     \
+    QEL_KERNEL void TO_PIXELS(const T* a, const T* b, const T* c, T* dst, int width)                                   \
+    {                                                                                                                  \
+        KERNELS.inverse(a, b, c, dst, width);                                                                          \
+    }
 
 // clang-format off
 QEL_DOORS(int32_t, kernels<ComponentTransformKernels>().reversible,

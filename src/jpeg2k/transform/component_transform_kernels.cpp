@@ -5,8 +5,7 @@
 #include "core/channels.h"
 #include "core/walk.h"
 
-namespace qel {
-namespace QEL_BUILD {
+namespace qel::QEL_BUILD {
 namespace {
 
 // T.800 G.2: floors, and sums that wrap.
@@ -80,6 +79,4 @@ constexpr ComponentTransformKernels kKernels = {
 }
 }
 
-const ComponentTransformKernels ComponentTransformKernels::QEL_BUILD = QEL_BUILD::kKernels;
-
-}
+const qel::ComponentTransformKernels qel::ComponentTransformKernels::QEL_BUILD = qel::QEL_BUILD::kKernels;

@@ -5,8 +5,7 @@
 
 #include "core/simd.h"
 
-namespace qel {
-namespace QEL_BUILD {
+namespace qel::QEL_BUILD {
 namespace {
 
 // What the pair before had. Down columns that is what was put into the slot last, lane by lane.
@@ -196,6 +195,5 @@ template <class F, int N> QEL_INLINE void write(typename F::Sample* p, ValueOf<F
     store(p, SamplesOf<F, N>(F::template toMemory<N>(v)));
 }
 
-}
 }
 }

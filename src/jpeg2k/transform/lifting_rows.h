@@ -6,8 +6,7 @@
 #include "jpeg2k/transform/lifting.h"
 #include "jpeg2k/transform/wavelet.h"
 
-namespace qel {
-namespace QEL_BUILD {
+namespace qel::QEL_BUILD {
 namespace {
 
 inline ptrdiff_t least(ptrdiff_t a, ptrdiff_t b) { return a < b ? a : b; }
@@ -189,6 +188,5 @@ template <class F, class T> void inverseRow(const T* low, const T* high, Line li
     walkRow<F>(row, F::kLag + 1, wholeTo);
 }
 
-}
 }
 }

@@ -5,8 +5,7 @@
 #include "core/walk.h"
 #include "jpeg2k/transform/lifting_rows.h"
 
-namespace qel {
-namespace QEL_BUILD {
+namespace qel::QEL_BUILD {
 namespace {
 
 template <class F, int kPairs, class T>
@@ -43,6 +42,5 @@ template <class F, class I, class T = typename F::Sample> constexpr LiftingKerne
     .inversePairs = liftPairs<I, T>,
 };
 
-}
 }
 }

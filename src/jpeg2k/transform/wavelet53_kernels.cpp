@@ -3,8 +3,7 @@
 #include "jpeg2k/transform/lifting_walks.h"
 #include "jpeg2k/transform/wavelet53.h"
 
-namespace qel {
-namespace QEL_BUILD {
+namespace qel::QEL_BUILD {
 namespace {
 
 constexpr Wavelet53Kernels kKernels = {
@@ -15,6 +14,4 @@ constexpr Wavelet53Kernels kKernels = {
 }
 }
 
-const Wavelet53Kernels Wavelet53Kernels::QEL_BUILD = QEL_BUILD::kKernels;
-
-}
+const qel::Wavelet53Kernels qel::Wavelet53Kernels::QEL_BUILD = qel::QEL_BUILD::kKernels;

@@ -3,8 +3,7 @@
 #include "jpeg2k/transform/lifting_walks.h"
 #include "jpeg2k/transform/wavelet97.h"
 
-namespace qel {
-namespace QEL_BUILD {
+namespace qel::QEL_BUILD {
 namespace {
 
 constexpr Wavelet97Kernels kKernels = {
@@ -16,6 +15,4 @@ constexpr Wavelet97Kernels kKernels = {
 }
 }
 
-const Wavelet97Kernels Wavelet97Kernels::QEL_BUILD = QEL_BUILD::kKernels;
-
-}
+const qel::Wavelet97Kernels qel::Wavelet97Kernels::QEL_BUILD = qel::QEL_BUILD::kKernels;
