@@ -153,8 +153,7 @@ template <int N> struct Lanes {
 template <class L>
 concept Single = L::kSamples == 1;
 template <class L>
-concept Several = L::kSamples >
-1;
+concept Several = !Single<L>;
 
 }
 }

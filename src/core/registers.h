@@ -25,6 +25,9 @@ template <int N> using U32 = Vec<uint32_t, N>;
 template <int N> using U64 = Vec<uint64_t, N>;
 template <int N> using F32 = Vec<float, N>;
 
+// Where elements one by one are no choice, builds without intrinsics take registers as well.
+constexpr int kWidth = QEL_WIDTH < 16 ? 16 : QEL_WIDTH;
+
 // A register of N bytes, or one element for N = 1.
 template <class T, int N> struct LanesOf {
     using Type = Vec<T, N>;

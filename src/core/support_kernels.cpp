@@ -20,7 +20,7 @@ template <class Store> void convert8u16u(const uint8_t* src, uint16_t* dst, size
                     [=](auto lanes, ptrdiff_t i, auto out) QEL_INLINE_BODY { out.put(lanes.widen(src + i)); });
 }
 
-void fence() { Simd < QEL_WIDTH<16 ? 16 : QEL_WIDTH>::fence(); }
+void fence() { Simd<kWidth>::fence(); }
 
 void and32s(const int32_t* src, int32_t value, int32_t* dst, int len)
 {

@@ -10,7 +10,6 @@
 namespace qel::QEL_BUILD {
 namespace {
 
-constexpr int kWidth = QEL_WIDTH < 16 ? 16 : QEL_WIDTH;
 using Wide = S16<kWidth>;
 using Wide32 = S32<kWidth>;
 using Op = Simd<kWidth>;

@@ -7,7 +7,6 @@
 namespace qel::QEL_BUILD {
 namespace {
 
-constexpr int kWidth = QEL_WIDTH < 16 ? 16 : QEL_WIDTH;
 constexpr int kLanes = kWidth / 2;
 
 // The floor at 2^-16, then ties upwards: (floor(8c * (T / 2) / 65536) + 1) / 2. 8c wraps beyond the range of the DCT.

@@ -9,7 +9,7 @@
 namespace qel::QEL_BUILD {
 namespace {
 
-constexpr int kWidth = QEL_WIDTH < 16 ? 16 : QEL_WIDTH, kBlocks = kWidth / 16;
+constexpr int kBlocks = kWidth / 16;
 using Wide = S16<kWidth>;
 using Op = Simd<kWidth>;
 

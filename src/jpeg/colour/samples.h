@@ -140,9 +140,6 @@ private:
     };
 };
 
-// The widest lanes; compilers look at what a build without registers leaves out, too.
-constexpr int kWidest = QEL_WIDTH < 16 ? 16 : QEL_WIDTH;
-
 // Walks a row from sample i on in whole groups of kGroup (4 or 8) samples: body(lanes, i) is to do the samples from i
 // on, lanes.kSamples of them. The widest registers that fit come first. Returns where the last group ends.
 template <int kGroup, class Body> QEL_INLINE ptrdiff_t walkGroups(ptrdiff_t i, ptrdiff_t n, Body body)
@@ -150,7 +147,7 @@ template <int kGroup, class Body> QEL_INLINE ptrdiff_t walkGroups(ptrdiff_t i, p
     [[maybe_unused]] auto run = [&](auto lanes) QEL_INLINE_BODY {
         for (; n - i >= lanes.kSamples; i += lanes.kSamples) body(lanes, i);
     };
-    if constexpr (QEL_WIDTH > 16) run(Samples<kWidest>());
+    if constexpr (QEL_WIDTH > 16) run(Samples<kWidth>());
     if constexpr (QEL_WIDTH >= 16) {
         run(Samples<16>());
         run(Few<8>());
@@ -179,7 +176,7 @@ QEL_INLINE ptrdiff_t walkGroupsInto(To to, ptrdiff_t i, ptrdiff_t n, Body body)
         if (beginsLines(start)) {
             for (; i < start && n - i >= 8; i += 8) body(Few<8>(), i);
             for (ptrdiff_t end = i + (n - i) / kCacheLine * kCacheLine; i < end; i += QEL_WIDTH)
-                body(StreamedSamples<kWidest>(), i);
+                body(StreamedSamples<kWidth>(), i);
         }
     }
     return walkGroups<kGroup>(i, n, body);

@@ -21,12 +21,10 @@ constexpr ScanSets kScanSets = [] {
     return sets;
 }();
 
-constexpr int kBlockWidth = QEL_WIDTH < 16 ? 16 : QEL_WIDTH;
-
 // The coefficients that are not zero after `transform`, by position in the scan.
 template <class Transform> QEL_INLINE uint64_t nonZero(const int16_t* block, Transform transform)
 {
-    constexpr int N = kBlockWidth;
+    constexpr int N = kWidth;
     uint64_t zeros = 0;
     for (int i = 0; i < 64; i += N) {
         auto low = (S16<N>)(transform(load<S16<N>>(block + i)) == 0),

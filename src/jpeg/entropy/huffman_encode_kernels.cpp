@@ -33,7 +33,7 @@ QEL_INLINE SymbolWriter writeBlock(const int16_t* block, const Coefficients& coe
 
 // Whether to put a block together all at once: that takes the same time whatever the values are, the walk a time for
 // each.
-QEL_INLINE bool hasMany(uint64_t set) { return kBlockWidth == 64 && __builtin_popcountll(set) >= 11; }
+QEL_INLINE bool hasMany(uint64_t set) { return kWidth == 64 && __builtin_popcountll(set) >= 11; }
 
 // The block after the bits of `out`; `set` has its values. False if it has a symbol without a code, or more bits than
 // fit a step: then `out` stands anywhere, and what is written is what the walk writes there.
@@ -81,7 +81,7 @@ QelStatus encodeBlock(const int16_t* src, uint8_t* dst, int dstLen, int* pos, in
     // First of all, as the rest waits for it.
     Coefficients coefficients = coefficientsOf(src);
     if (hasMany(coefficients.set) && dstLen - *pos >= HuffmanEncodeKernels::kRoomForAnyBlock &&
-        encodeAtOnce<kBlockWidth>(src, coefficients.set, dst, pos, lastDc, *dc, *ac, *state))
+        encodeAtOnce<kWidth>(src, coefficients.set, dst, pos, lastDc, *dc, *ac, *state))
         return qelStsNoErr;
     auto writer = writeBlock(src, coefficients, FastWriter::of(*state, dst, dstLen, *pos), *lastDc, *dc, *ac);
     if (writer.status == qelStsJPEGOutOfBufErr || !writer.out.hasRoom()) return qelStsJPEGOutOfBufErr;
@@ -113,7 +113,7 @@ void encodeBlockDirect(const int16_t* src, uint8_t* dst, int* bitLength, int16_t
                        const QelEncodeHuffmanSpec* dc, const QelEncodeHuffmanSpec* ac)
 {
     Coefficients coefficients = coefficientsOf(src);
-    if (hasMany(coefficients.set) && encodeAtOnce<kBlockWidth>(src, coefficients.set, dst, bitLength, lastDc, *dc, *ac))
+    if (hasMany(coefficients.set) && encodeAtOnce<kWidth>(src, coefficients.set, dst, bitLength, lastDc, *dc, *ac))
         return;
     int bytes = *bitLength >> 3, count = *bitLength & 7;
     uint64_t bits = count == 0 ? 0 : uint64_t(dst[bytes] >> (8 - count)) << (64 - count);

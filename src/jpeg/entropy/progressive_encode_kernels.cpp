@@ -156,7 +156,7 @@ struct Refined {
 
     QEL_INLINE Refined(const int16_t* block, const Band& band)
     {
-        constexpr int N = kBlockWidth, kRegisters = 64 / N;
+        constexpr int N = kWidth, kRegisters = 64 / N;
         auto describe = [&](int i) {
             auto v = load<S16<N>>(block + i), sign = v >> 15;
             auto magnitude = (S16<N>)((U16<N>)((v ^ sign) - sign) >> band.al);
@@ -180,7 +180,7 @@ struct Refined {
     QEL_INLINE Corrections correctionsIn(uint64_t set) const
     {
         set &= others;
-        return {Simd<kBlockWidth>::gatherBits(low, set), __builtin_popcountll(set)};
+        return {Simd<kWidth>::gatherBits(low, set), __builtin_popcountll(set)};
     }
 };
 

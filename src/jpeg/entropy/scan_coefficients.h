@@ -75,7 +75,7 @@ public:
     alignas(32) uint8_t bytes[64];
 
 private:
-    static constexpr int N = kBlockWidth, kRegisters = 64 / N;
+    static constexpr int N = kWidth, kRegisters = 64 / N;
     static constexpr bool kAsBytes = Simd<N>::kPermutesFast;
     U8<N> beyond_ = {};
 };
@@ -153,7 +153,7 @@ template <int kLargest, class Sink, class ValueAt>
 QEL_INLINE bool walk(const Coefficients& coefficients, uint64_t set, uint64_t first, Sink& sink, ValueAt valueAt)
 {
     if (__builtin_expect(coefficients.areBytes(), 1)) {
-        if constexpr (kBlockWidth == 64 && requires { sink.counts; }) {
+        if constexpr (kWidth == 64 && requires { sink.counts; }) {
             countAll<Simd<64>>(coefficients, set, uint64_t(1) << (first - 1), sink.counts);
             return true;
         }

@@ -9,7 +9,7 @@
 namespace qel::QEL_BUILD {
 namespace {
 
-constexpr int N = QEL_WIDTH < 16 ? 16 : QEL_WIDTH;
+constexpr int N = kWidth;
 constexpr bool kGathers = Simd<16>::kGathersFast;
 
 // Decisions in that context as they are recorded, less the lowest bit.

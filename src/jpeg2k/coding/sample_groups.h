@@ -15,11 +15,10 @@ constexpr uint64_t kTopRow = 0x1111111111111111;
 // The samples whose byte has its highest bit in choose(bytes).
 template <class Choose> QEL_INLINE uint64_t samplesWhere(const FlagColumn* columns, Choose choose)
 {
-    constexpr int kBytes = QEL_WIDTH < 16 ? 16 : QEL_WIDTH;
     uint64_t samples = 0;
 #pragma GCC unroll 4
-    for (int i = 0; i < 64; i += kBytes)
-        samples |= Simd<kBytes>::signMask(choose(load<U8<kBytes>>((const uint8_t*)columns + i))) << i;
+    for (int i = 0; i < 64; i += kWidth)
+        samples |= Simd<kWidth>::signMask(choose(load<U8<kWidth>>((const uint8_t*)columns + i))) << i;
     return samples;
 }
 template <unsigned kFlag> QEL_INLINE uint64_t samplesWith(const FlagColumn* columns)
