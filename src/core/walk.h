@@ -103,6 +103,7 @@ template <int kOutputs, class T, class Body> QEL_INLINE void walkLines(T* dst, p
 // Walks the elements from `begin` to `end` for a body that may do elements twice: body(Lanes<N>(), i) is to do
 // Lanes<N>::kCount<T> of them. What is left of the row is done by a step that ends with it, so that only rows shorter
 // than 16 bytes go one by one. All steps between the first and the last start where i + phase is a multiple of theirs.
+// kWidest: the bytes of the largest registers to take.
 template <class T, int kWidest = QEL_WIDTH, class Body>
 QEL_INLINE void walkOverlapping(ptrdiff_t begin, ptrdiff_t end, ptrdiff_t phase, Body body)
 {

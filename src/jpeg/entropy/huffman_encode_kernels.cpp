@@ -54,8 +54,7 @@ template <class S> QEL_INLINE bool putBlock(const int16_t* src, uint64_t set, in
     return true;
 }
 
-// By putBlock. False where that cannot: nothing has changed but bytes after
-// the position.
+// By putBlock. False where that cannot: nothing has changed but bytes after the position.
 template <int N> QEL_INLINE bool encodeAtOnce(const int16_t* src, uint64_t set, uint8_t* dst, int* pos, int16_t* lastDc,
                                               const QelEncodeHuffmanSpec& dc, const QelEncodeHuffmanSpec& ac,
                                               QelEncodeHuffmanState& state)

@@ -136,6 +136,7 @@ template <class S> QEL_INLINE U8<64> runsOf(uint64_t& set, uint64_t before)
     return runs(set);
 }
 
+// Counts the symbols of coefficients that are bytes: each by its run and its category.
 template <class S>
 QEL_INLINE void countAll(const Coefficients& coefficients, uint64_t set, uint64_t before, uint32_t* counts)
 {
@@ -144,7 +145,7 @@ QEL_INLINE void countAll(const Coefficients& coefficients, uint64_t set, uint64_
     U8<64> category =
         S::pick(load<U8<64>>(kAllPositions.category), load<U8<64>>(kAllPositions.category + 64), magnitude);
     uint8_t indices[64];
-    store(indices, (U8<64>)((U16<64>)runs << 4) | category);
+    store(indices, (U8<64>)((U16<64>)runs << 4) | category); // up to the last symbol, no run leaves its byte
     for (int i = 0, all = __builtin_popcountll(set); i < all; ++i) ++counts[indices[i]];
 }
 
