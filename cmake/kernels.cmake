@@ -6,9 +6,9 @@ include(CheckCXXCompilerFlag)
 
 file(GLOB_RECURSE QELJX_KERNEL_FILES CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/src/*_kernels.cpp)
 
-# Processors with AVX-512 take the AVX2 build of these (QEL_BUILDS_TO_AVX2): blocks of eight rows and unaligned rows are
-# slower in registers of 64 bytes, and what has no vectors is slower by longer instructions.
-set(QELJX_KERNELS_TO_AVX2 dct prediction huffman_decode)
+# Processors with AVX-512 take the AVX2 build of these (QEL_BUILDS_TO_AVX2): blocks of eight rows, unaligned rows, and
+# packs to bytes are slower in registers of 64 bytes, and what has no vectors is slower by longer instructions.
+set(QELJX_KERNELS_TO_AVX2 dct huffman_decode level_shift prediction)
 
 # qeljx_kernel_build(NAME WIDTH INTRINSICS FLAGS...): the object library qeljx_kernels_NAME.
 # A build named BUILD_emulated stands in for BUILD and bears its name in the source.

@@ -15,7 +15,7 @@ struct LevelShiftKernels {
     void (*sub128Block)(const uint8_t* src, int srcStep, int16_t* dst);
     void (*add128Block)(const int16_t* src, uint8_t* dst, int dstStep);
 
-    QEL_BUILDS(LevelShiftKernels);
+    QEL_BUILDS_TO_AVX2(LevelShiftKernels);
 };
 
 }
